@@ -1,0 +1,24 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace VorselKelp::platform {
+
+/// The information dictionaries of the process's bundles: what a phone keeps in property lists. Values never change
+/// while the process lives. Any thread.
+class BundleInformation {
+ public:
+  virtual ~BundleInformation() = default;
+
+  /// The text under `key` in the main bundle (the application's in the application, the extension's own in an
+  /// extension). Absent when missing or not a text. The library asks for "CFBundleIdentifier",
+  /// "CFBundleShortVersionString" and "VorselKellpApiKey".
+  virtual std::optional<std::string> mainBundleText(std::string_view key) = 0;
+
+  /// The same of the bundle that holds this library; the library asks for "CFBundleShortVersionString".
+  virtual std::optional<std::string> libraryBundleText(std::string_view key) = 0;
+};
+
+}  // namespace VorselKelp::platform

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "VorselKelp/Result.h"
+
+namespace VorselKelp::platform {
+
+/// Files of the process and of its application groups. Paths are absolute, UTF-8, with "/" between components. All
+/// operations block for the file system, may be called from any thread, and never throw.
+class FileManager {
+ public:
+  virtual ~FileManager() = default;
+
+  /// The folder that the processes of application group `groupId` share; absent when the device does not know the
+  /// group. An id never names a folder outside the place where containers live, whatever it holds.
+  virtual std::optional<std::string> containerPath(std::string_view groupId) = 0;
+
+  /// A folder of this process for files of passing use. It exists when this returns.
+  virtual std::string temporaryDirectory() = 0;
+
+  /// Writes the whole file or leaves none: a reader, or a next start after a kill, never finds half of it. Missing
+  /// parent folders are made, with access for the owner alone.
+  virtual Status writeFile(const std::string& path, std::string_view bytes) = 0;
+
+  /// The file's bytes; an error when it is missing, unreadable, or larger than `limit` bytes.
+  virtual Result<std::string> readFile(const std::string& path, std::size_t limit) = 0;
+
+  virtual bool fileExists(const std::string& path) = 0;
+
+  /// Removes a file, or a folder with all that is in it. Removing what is not there succeeds.
+  virtual Status removeItem(const std::string& path) = 0;
+};
+
+}  // namespace VorselKelp::platform
