@@ -34,8 +34,8 @@ class JSONCodingKey {
 };
 
 /// Any JSON value. A number without fraction and exponent that fits 64 signed bits is an integer; every other
-/// number is a double. Objects keep the order in which their keys first came; of a key that comes twice, the last
-/// value holds.
+/// number is a double. Objects keep the order in which their keys first came; of a key that comes twice, the
+/// last value holds.
 class JSONAny {
  public:
   struct Member;
@@ -45,16 +45,17 @@ class JSONAny {
 
   JSONAny() = default;
   template <class T>
-    requires std::is_constructible_v<Value, T&&> && (!std::is_same_v<std::remove_cvref_t<T>, JSONAny>)
-  JSONAny(T&& v) : value(std::forward<T>(v)) {}
+  requires std::is_constructible_v<Value, T&&> &&
+      (!std::is_same_v<std::remove_cvref_t<T>, JSONAny>)JSONAny(T&& v)
+      : value(std::forward<T>(v)) {}
   JSONAny(const char* text) : value(std::string(text)) {}
   JSONAny(int number) : value(std::int64_t{number}) {}
 
   /// Reads one JSON text of at most 64 levels; "Cannot decode JSONAny" and the reason when it is none.
   static Result<JSONAny> decode(std::string_view json);
 
-  /// Writes the value without white space; "Cannot encode JSONAny" for what JSON has no form for: a number that is
-  /// not finite, or a text that is not UTF-8.
+  /// Writes the value without white space; "Cannot encode JSONAny" for what JSON has no form for: a number
+  /// that is not finite, or a text that is not UTF-8.
   [[nodiscard]] Result<std::string> encode() const;
 
   /// The value under `key`, or null when this is no object or has no such key. Owned by this object.

@@ -6,7 +6,8 @@
 
 namespace VorselKelp {
 
-/// Why an operation failed, in words meant for a person; `code` is the service's own number, 0 when it has none.
+/// Why an operation failed, in words meant for a person; `code` is the service's own number, 0 when it has
+/// none.
 struct Error {
   std::string description;
   int code = 0;
@@ -23,8 +24,9 @@ class [[nodiscard]] Result {
   explicit operator bool() const { return ok(); }
 
   /// Only while ok().
-  T& operator*() { return *std::get_if<0>(&state_); }
-  const T& operator*() const { return *std::get_if<0>(&state_); }
+  T& operator*() & { return *std::get_if<0>(&state_); }
+  const T& operator*() const& { return *std::get_if<0>(&state_); }
+  T&& operator*() && { return std::move(*std::get_if<0>(&state_)); }
   T* operator->() { return std::get_if<0>(&state_); }
   const T* operator->() const { return std::get_if<0>(&state_); }
 

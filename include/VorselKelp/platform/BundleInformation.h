@@ -6,8 +6,8 @@
 
 namespace VorselKelp::platform {
 
-/// The information dictionaries of the process's bundles: what a phone keeps in property lists. Values never change
-/// while the process lives. Any thread.
+/// The information dictionaries of the process's bundles: what a phone keeps in property lists. Values never
+/// change while the process lives. Any thread.
 class BundleInformation {
  public:
   virtual ~BundleInformation() = default;

@@ -9,8 +9,8 @@ class Console {
  public:
   virtual ~Console() = default;
 
-  /// Writes `text` word for word and ends the line. Texts of several threads never mix. A text may hold line feeds
-  /// of its own; it is still one text.
+  /// Writes `text` word for word and ends the line. Texts of several threads never mix. A text may hold line
+  /// feeds of its own; it is still one text.
   virtual void print(std::string_view text) = 0;
 };
 

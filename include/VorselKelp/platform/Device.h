@@ -4,14 +4,14 @@
 
 namespace VorselKelp::platform {
 
-/// The device as the process finds it. Any thread; values may change while the process lives (a journey changes the
-/// time zone), except for the hardware.
+/// The device as the process finds it. Any thread; values may change while the process lives (a journey
+/// changes the time zone), except for the hardware.
 class Device {
  public:
   virtual ~Device() = default;
 
-  /// The machine field of the system's `uname` record, such as "iPhone13,2": the bytes as they are. When the process
-  /// environment has SIMULATOR_MODEL_IDENTIFIER, that value stands in for it.
+  /// The machine field of the system's `uname` record, such as "iPhone13,2": the bytes as they are. When the
+  /// process environment has SIMULATOR_MODEL_IDENTIFIER, that value stands in for it.
   virtual std::string machineIdentifier() = 0;
   /// The operating system's version, such as "17.4".
   virtual std::string systemVersion() = 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -9,21 +10,27 @@
 
 namespace VorselKelp::platform {
 
-/// Files of the process and of its application groups. Paths are absolute, UTF-8, with "/" between components. All
-/// operations block for the file system, may be called from any thread, and never throw.
+/// Held while the object lives; given back when it is destroyed, and by the system when the process dies.
+class FileLock {
+ public:
+  virtual ~FileLock() = default;
+};
+
+/// Files of the process and of its application groups. Paths are absolute, UTF-8, with "/" between
+/// components. All operations block for the file system, may be called from any thread, and never throw.
 class FileManager {
  public:
   virtual ~FileManager() = default;
 
-  /// The folder that the processes of application group `groupId` share; absent when the device does not know the
-  /// group. An id never names a folder outside the place where containers live, whatever it holds.
+  /// The folder that the processes of application group `groupId` share; absent when the device does not know
+  /// the group. An id never names a folder outside the place where containers live, whatever it holds.
   virtual std::optional<std::string> containerPath(std::string_view groupId) = 0;
 
   /// A folder of this process for files of passing use. It exists when this returns.
   virtual std::string temporaryDirectory() = 0;
 
-  /// Writes the whole file or leaves none: a reader, or a next start after a kill, never finds half of it. Missing
-  /// parent folders are made, with access for the owner alone.
+  /// Writes the whole file or leaves none: a reader, or a next start after a kill, never finds half of it.
+  /// Missing parent folders are made, with access for the owner alone.
   virtual Status writeFile(const std::string& path, std::string_view bytes) = 0;
 
   /// The file's bytes; an error when it is missing, unreadable, or larger than `limit` bytes.
@@ -33,6 +40,11 @@ class FileManager {
 
   /// Removes a file, or a folder with all that is in it. Removing what is not there succeeds.
   virtual Status removeItem(const std::string& path) = 0;
+
+  /// Waits for and takes the lock named by the file `path`, which excludes every other thread and every other
+  /// process that asks for the same path. The file is made when missing, with its folder, and stays. Null
+  /// when it can't be made. A thread must not take one lock twice.
+  virtual std::unique_ptr<FileLock> lock(const std::string& path) = 0;
 };
 
 }  // namespace VorselKelp::platform

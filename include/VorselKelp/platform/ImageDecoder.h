@@ -21,9 +21,9 @@ class ImageDecoder {
  public:
   virtual ~ImageDecoder() = default;
 
-  /// Recognises `bytes` as a picture without decoding its pixels, so that the memory used depends neither on the
-  /// picture's size nor on its truth. An error when it is no picture that this system shows, or when it has more
-  /// than `pixelLimit` pixels.
+  /// Recognises `bytes` as a picture without decoding its pixels, so that the memory used depends neither on
+  /// the picture's size nor on its truth. An error when it is no picture that this system shows, or when it
+  /// has more than `pixelLimit` pixels.
   virtual Result<ImageInfo> inspect(std::string_view bytes, std::int64_t pixelLimit) = 0;
 };
 

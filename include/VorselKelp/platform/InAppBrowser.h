@@ -9,8 +9,8 @@ class InAppBrowser {
  public:
   virtual ~InAppBrowser() = default;
 
-  /// Shows the page as a sheet on the key window's root controller, or on the controller that the root is already
-  /// presenting. `url` is absolute and of scheme "http" or "https". Main thread.
+  /// Shows the page as a sheet on the key window's root controller, or on the controller that the root is
+  /// already presenting. `url` is absolute and of scheme "http" or "https". Main thread.
   virtual void present(const std::string& url) = 0;
 };
 

@@ -11,14 +11,14 @@
 
 namespace VorselKelp::platform {
 
-/// A notification's user information: a dictionary, or the JSON bytes in which a remote notification arrived (kept
-/// as they came, so that nothing is parsed twice). Copies share their contents, which never change.
+/// A notification's user information: a dictionary, or the JSON bytes in which a remote notification arrived
+/// (kept as they came, so that nothing is parsed twice). Copies share their contents, which never change.
 class UserInfo {
  public:
   UserInfo() : UserInfo(JSONAny::Dictionary{}) {}
   explicit UserInfo(JSONAny::Dictionary dictionary);
-  /// Takes the bytes unseen: they may turn out to be no JSON object, and then count as information that cannot be
-  /// serialised.
+  /// Takes the bytes unseen: they may turn out to be no JSON object, and then count as information that
+  /// cannot be serialised.
   static UserInfo fromJSON(std::string bytes);
 
   /// The bytes, when it was made of bytes.
@@ -31,7 +31,8 @@ class UserInfo {
   std::shared_ptr<const std::string> bytes_;
 };
 
-/// What a notification plays. `name` is a file name in the application's bundle; absent for the system's sound.
+/// What a notification plays. `name` is a file name in the application's bundle; absent for the system's
+/// sound.
 struct NotificationSound {
   std::optional<std::string> name;
   static NotificationSound defaultSound() { return {}; }
@@ -39,8 +40,8 @@ struct NotificationSound {
   friend bool operator==(const NotificationSound&, const NotificationSound&) = default;
 };
 
-/// A file shown with a notification. The notification centre takes the file over when the notification is delivered
-/// and removes it, with its folder when that is empty then, when the notification goes.
+/// A file shown with a notification. The notification centre takes the file over when the notification is
+/// delivered and removes it, with its folder when that is empty then, when the notification goes.
 struct NotificationAttachment {
   std::string identifier;
   std::string path;

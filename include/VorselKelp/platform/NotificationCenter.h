@@ -30,14 +30,14 @@ enum AuthorizationOption : unsigned {
   authorizeAlert = 4,
 };
 
-/// The device's notification centre, as this application sees it. Operations may be called from any thread. Answers
-/// come exactly once, on a thread of the platform's choosing, possibly before the call returns.
+/// The device's notification centre, as this application sees it. Operations may be called from any thread.
+/// Answers come exactly once, on a thread of the platform's choosing, possibly before the call returns.
 class NotificationCenter {
  public:
   virtual ~NotificationCenter() = default;
 
-  /// Asks the user, the first time; afterwards answers with what the user decided then. `granted` is false, with an
-  /// error, when the system can't ask.
+  /// Asks the user, the first time; afterwards answers with what the user decided then. `granted` is false,
+  /// with an error, when the system can't ask.
   virtual void requestAuthorization(unsigned options,
                                     UniqueFunction<void(bool granted, std::optional<Error>)> answer) = 0;
 
@@ -48,8 +48,8 @@ class NotificationCenter {
   /// Replaces the whole set.
   virtual void setNotificationCategories(std::vector<NotificationCategory> categories) = 0;
 
-  /// Schedules a notification, or delivers it at once when it has no trigger. One of the same identifier, pending
-  /// or delivered, is replaced.
+  /// Schedules a notification, or delivers it at once when it has no trigger. One of the same identifier,
+  /// pending or delivered, is replaced.
   virtual void add(NotificationRequest request) = 0;
   /// Identifiers that are not there are ignored.
   virtual void removePendingNotificationRequests(const std::vector<std::string>& identifiers) = 0;

@@ -19,8 +19,8 @@
 
 namespace VorselKelp::platform {
 
-/// Where the servers are: scheme and host, without path and without a slash at the end. The compiled values lead
-/// nowhere on purpose, so that an application that forgets to name its servers sends nothing to anybody.
+/// Where the servers are: scheme and host, without path and without a slash at the end. The compiled values
+/// lead nowhere on purpose, so that an application that forgets to name its servers sends nothing to anybody.
 struct Endpoints {
   std::string collection = "https://collection.vorsel.example";  ///< activity and users
   std::string tag = "https://tag.vorsel.example";                ///< remote configuration
@@ -30,8 +30,8 @@ struct Endpoints {
 };
 
 /// Everything that the library asks of its system. All services are present: one that a system lacks is an
-/// implementation that answers with an error. The library shares ownership; it calls no service after the platform
-/// was replaced and all answers have come.
+/// implementation that answers with an error. The library shares ownership; it calls no service after the
+/// platform was replaced and all answers have come.
 struct Platform {
   Endpoints endpoints;
   std::shared_ptr<UserDefaults> userDefaults;

@@ -16,22 +16,22 @@ struct HTTPHeader {
   friend bool operator==(const HTTPHeader&, const HTTPHeader&) = default;
 };
 
-/// One HTTP request, whole. Sizes are in bytes of the body as it comes over the wire and, when the server compressed
-/// it, also of the body as it comes out; times are in seconds.
+/// One HTTP request, whole. Sizes are in bytes of the body as it comes over the wire and, when the server
+/// compressed it, also of the body as it comes out; times are in seconds.
 struct URLRequest {
   std::string method = "GET";
   /// Absolute, "http" or "https". Anything else is answered with an error; no other scheme is ever opened.
   std::string url;
   std::vector<HTTPHeader> headers;
   std::string body;
-  /// Seconds without a single byte in either direction after which the request fails, connecting included. Where
-  /// both are set, the shorter one holds.
+  /// Seconds without a single byte in either direction after which the request fails, connecting included.
+  /// Where both are set, the shorter one holds.
   double timeout = 60;
   std::optional<double> sessionTimeout;
   /// A response whose body grows past this is a transport error.
   std::size_t responseLimit = std::size_t{1} << 20;
-  /// The caller does not want the body: it is read up to the limit, so that the connection can be used again, and
-  /// dropped.
+  /// The caller does not want the body: it is read up to the limit, so that the connection can be used again,
+  /// and dropped.
   bool discardBody = false;
 };
 
@@ -40,8 +40,8 @@ struct HTTPURLResponse {
   std::vector<HTTPHeader> headers;
   /// Where the body came from, after redirects.
   std::string url;
-  /// A name for the body as a file: from "Content-Disposition", else the URL's last path component. As received: it
-  /// may hold anything a hostile server likes. Absent when neither gives one.
+  /// A name for the body as a file: from "Content-Disposition", else the URL's last path component. As
+  /// received: it may hold anything a hostile server likes. Absent when neither gives one.
   std::optional<std::string> suggestedFilename;
 };
 
@@ -55,18 +55,18 @@ struct URLResult {
 
 /// Executes HTTP requests, one answer each. Retry, counters and endpoints are the caller's.
 ///
-/// Redirects are followed, at most five, to "http" and "https" only; a circle, a sixth one or another scheme is an
-/// error. Certificates are verified. No cookies are kept and no credentials sent.
+/// Redirects are followed, at most five, to "http" and "https" only; a circle, a sixth one or another scheme
+/// is an error. Certificates are verified. No cookies are kept and no credentials sent.
 class URLSession {
  public:
   using Completion = UniqueFunction<void(URLResult)>;
 
   virtual ~URLSession() = default;
 
-  /// Starts the request and returns at once. `completion` runs exactly once, on the session's delegate queue: a
-  /// serial queue off the main thread, never inside this call. Requests run side by side; a stalled one delays no
-  /// other. When the session is destroyed, requests still running are answered with an error ("cancelled", code
-  /// -999) on the destroying thread or the delegate queue, before the destructor returns.
+  /// Starts the request and returns at once. `completion` runs exactly once, on the session's delegate queue:
+  /// a serial queue off the main thread, never inside this call. Requests run side by side; a stalled one
+  /// delays no other. When the session is destroyed, requests still running are answered with an error
+  /// ("cancelled", code -999) on the destroying thread or the delegate queue, before the destructor returns.
   virtual void send(URLRequest request, Completion completion) = 0;
 };
 

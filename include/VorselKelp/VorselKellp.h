@@ -1,0 +1,102 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+
+#include "VorselKelp/JSONAny.h"
+#include "VorselKelp/PushRecords.h"
+#include "VorselKelp/VorselBuilder.h"
+#include "VorselKelp/VorselConfig.h"
+#include "VorselKelp/VorselKellpDelegate.h"
+#include "VorselKelp/platform/Platform.h"
+#include "VorselKelp/ui/ViewController.h"
+
+namespace VorselKelp {
+
+/// Delivers a notification's content. Given by the system to the service extension; may be copied.
+using ContentHandler = std::function<void(std::shared_ptr<platform::NotificationContent>)>;
+
+/// The core's one entry. Install a platform first; any other call without one stops the process with a line
+/// that says so. Unless said otherwise a call may be made on any thread (the main thread in practice),
+/// returns at once, and reports failures on the console only.
+class VorselKellp {
+ public:
+  VorselKellp() = delete;
+
+  // Set-up
+
+  /// Makes the process's core on `platform`, in place of the one that was there, whose answers still under
+  /// way are dropped. A platform without one of its services stops the process.
+  static void install(std::shared_ptr<platform::Platform> platform);
+
+  /// Brings the core up: counts the session, writes the default endpoints until the installation is reported,
+  /// and fetches the remote configuration; what follows (activity report, permission check) happens when that
+  /// answers. A transport error leaves the core uninitialised for this launch. Main thread; blocks for the
+  /// store alone.
+  static void initialize(std::shared_ptr<VorselConfig> config);
+  [[nodiscard]] static bool isInitialised();
+
+  /// Held weakly.
+  static void setVorselDelegate(std::weak_ptr<VorselKellpDelegate> delegate);
+  [[nodiscard]] static std::shared_ptr<VorselKellpDelegate> vorselDelegate();
+
+  /// Sets the application group whose store is used; without effect once the store was used.
+  static void setValueFor(const std::string& appGroupId);
+  /// Unregisters from remote notifications and forgets that the installation was reported. Main thread.
+  static void clearInstallationData();
+  /// Schedules the re-engagement notification anew with the stored interval; nothing when none is stored.
+  static void updateScheduler();
+
+  // Activity
+
+  /// Adds an entry to the map that every activity and user report carries as "u".
+  static void setUserValue(const std::string& key, const std::string& value);
+  /// Reports an event. A value that JSON has no form for, or a process in which no session was ever counted,
+  /// is a programming error and stops the process.
+  static void sendCustomEvent(const std::string& key, const JSONAny& value);
+  /// Does nothing and never calls its completion.
+  static void sendCustomTestTrack(const JSONAny& track,
+                                  std::function<void(std::optional<std::string>)> completion);
+
+  // Push: application
+
+  /// Hands the device token over, from the application's registration callback. With push on, the permission
+  /// is asked for and a changed token reported; the delegate hears of it. Stops the process when the
+  /// permission is granted and no session was ever counted.
+  static void registerToken(std::span<const std::uint8_t> deviceToken);
+  /// Shows the system's permission dialog when the user has not decided yet.
+  static void askForNotificationsPermission();
+  /// The same, through the publisher's own page when the remote configuration asks for one; the page is
+  /// presented on `controller`, which is not kept. Does nothing when the user has decided.
+  static void askForNotificationPermissionWith(const std::shared_ptr<ui::ViewController>& controller);
+  /// The user opened a notification or tapped a button. Click trackers go out. With `handle`, the URL stored
+  /// for the action is opened (a web page in the in-app browser, any other through the delegate) and
+  /// `completion` is not called; without, `completion` gets the URL, or nothing when the action has none. A
+  /// notification that stored no URL, and push switched off, call nothing. Main thread.
+  static void pushTrackOpen(bool handle, const platform::NotificationResponse& response,
+                            std::function<void(std::optional<std::string>)> completion);
+
+  // Push: notification-service extension
+
+  /// Fits the notification out and hands it to `completion`, at once or when its image or its ad has come. A
+  /// notification that carries no single message of ours stops the process. Answers nothing. A message
+  /// without a notification and without an ad endpoint is never handed over: the extension's time limit ends
+  /// it. `best` is changed, and `completion` runs, on the calling thread or on the main queue: call this on
+  /// the main thread.
+  static std::optional<std::string> didReceiveNotification(
+      const platform::NotificationRequest& request, std::shared_ptr<platform::NotificationContent> best,
+      ContentHandler completion);
+  /// The extension's time is over: hands over what there is, when push is on.
+  static void notificationBuilderWillTerminate(const platform::UserInfo& userInfo,
+                                               std::shared_ptr<platform::NotificationContent> best,
+                                               ContentHandler completion);
+  /// What the request carries, campaigns included; nothing, and a line that says why, when it can't be read.
+  [[nodiscard]] static std::optional<NotificationObject> getNotificationContent(
+      const platform::NotificationRequest& request);
+};
+
+}  // namespace VorselKelp

@@ -1,0 +1,54 @@
+#include "analytics/SessionHelper.h"
+
+#include <utility>
+
+#include "base/Date.h"
+
+namespace VorselKelp {
+
+std::shared_ptr<SessionHelper> SessionHelper::start(std::shared_ptr<CoreContext> context) {
+  constexpr unsigned idleTimeout = 3;
+  const auto application = context->services->application;
+  auto helper = std::make_shared<SessionHelper>(std::move(context), idleTimeout);
+  application->addObserver(std::weak_ptr<platform::LifeCycleObserver>(helper));
+  return helper;
+}
+
+SessionHelper::SessionHelper(std::shared_ptr<CoreContext> context, unsigned sessionIdleTimeout)
+    : context_(std::move(context)), sessionIdleTimeout_(sessionIdleTimeout) {}
+
+void SessionHelper::appBecameActive() {
+  if (startNewSession_) {
+    startNewSession_ = false;
+  } else if (bgTask_ != platform::invalidBackgroundTask) {
+    context_->services->application->endBackgroundTask(bgTask_);
+    bgTask_ = platform::invalidBackgroundTask;
+  }
+}
+
+void SessionHelper::appBecameInactive() {
+  becameInactiveAt_ = context_->services->clock->now();
+}
+
+void SessionHelper::appBecameBackground() {
+  bgTask_ = context_->services->application->beginBackgroundTask("ksession", [weak = weak_from_this()] {
+    const auto self = weak.lock();
+    if (!self) return;
+    self->context_->services->application->endBackgroundTask(self->bgTask_);
+    self->bgTask_ = platform::invalidBackgroundTask;
+  });
+  if (!becameInactiveAt_) becameInactiveAt_ = context_->services->clock->now();
+}
+
+void SessionHelper::appWillTerminate() {
+  if (!becameInactiveAt_) becameInactiveAt_ = context_->services->clock->now();
+  endSession();
+}
+
+void SessionHelper::endSession() {
+  if (!becameInactiveAt_) return;
+  startNewSession_ = true;
+  context_->print("Session ended " + dateDescription(context_->services->clock->now()));
+}
+
+}  // namespace VorselKelp

@@ -1,0 +1,40 @@
+#include "core/CoreContext.h"
+
+#include <mutex>
+#include <string>
+#include <utility>
+
+#include "base/FatalError.h"
+
+namespace VorselKelp {
+namespace {
+
+struct Installed {
+  std::mutex mutex;
+  std::shared_ptr<CoreContext> context;
+};
+
+Installed& installed() {
+  // Never destroyed: answers may still come while the process's statics go.
+  static auto* const instance = new Installed;
+  return *instance;
+}
+
+}  // namespace
+
+CoreContext::CoreContext(std::shared_ptr<platform::Platform> platformServices)
+    : services(std::move(platformServices)), storage(*services, state) {}
+
+std::shared_ptr<CoreContext> CoreContext::current(std::string_view caller) {
+  const std::lock_guard lock(installed().mutex);
+  if (!installed().context)
+    fatalError(std::string(caller) + ": no platform is installed; call VorselKellp::install first");
+  return installed().context;
+}
+
+void CoreContext::setCurrent(std::shared_ptr<CoreContext> context) {
+  const std::lock_guard lock(installed().mutex);
+  installed().context.swap(context);
+}
+
+}  // namespace VorselKelp

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+#include "VorselKelp/platform/Platform.h"
+#include "core/CoreState.h"
+#include "core/StorageManager.h"
+
+namespace VorselKelp {
+
+/// What the parts of one core share: its system, its memory and its store. Parts hold it by shared pointer,
+/// so that an answer that comes late still finds it.
+///
+/// A configuration that the state keeps refers back to this context; the core breaks that circle when it
+/// goes.
+class CoreContext {
+ public:
+  explicit CoreContext(std::shared_ptr<platform::Platform> services);
+
+  void print(std::string_view text) const { services->console->print(text); }
+
+  /// The context of the process's installed core; stops the process, naming `caller`, when none is installed.
+  /// Only the classes that an application constructs itself ask for it.
+  static std::shared_ptr<CoreContext> current(std::string_view caller);
+  static void setCurrent(std::shared_ptr<CoreContext> context);
+
+  const std::shared_ptr<platform::Platform> services;
+  CoreState state;
+  StorageManager storage;
+};
+
+}  // namespace VorselKelp

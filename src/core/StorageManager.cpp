@@ -1,0 +1,159 @@
+#include "core/StorageManager.h"
+
+#include "base/Date.h"
+#include "core/CoreState.h"
+
+namespace VorselKelp {
+namespace {
+
+using platform::DefaultsValue;
+using platform::MapKind;
+
+std::optional<StorageManager::TextMap> toTextMap(const std::optional<DefaultsValue>& value) {
+  const auto* map = value ? value->as<DefaultsValue::Map>() : nullptr;
+  if (!map) return std::nullopt;
+  StorageManager::TextMap texts;
+  for (const auto& [key, entry] : *map) {
+    const auto* text = entry.as<std::string>();
+    if (!text) return std::nullopt;
+    texts.emplace_hint(texts.end(), key, *text);
+  }
+  return texts;
+}
+
+}  // namespace
+
+StorageManager::StorageManager(const platform::Platform& services, const CoreState& coreState)
+    : services_(services), coreState_(coreState) {}
+
+platform::DefaultsDomain* StorageManager::domain() {
+  std::call_once(opened_, [this] {
+    suiteName_ = coreState_.appGroupSetting();
+    defaultStorage_ = services_.userDefaults->suite(suiteName_);
+  });
+  return defaultStorage_.get();
+}
+
+bool StorageManager::available() {
+  return domain() != nullptr;
+}
+
+const std::string& StorageManager::suiteName() {
+  domain();
+  return suiteName_;
+}
+
+template <class T>
+std::optional<T> StorageManager::typed(StorageKey key) {
+  auto* store = domain();
+  if (!store) return std::nullopt;
+  const auto object = store->object(keyText(key));
+  const T* value = object ? object->as<T>() : nullptr;
+  return value ? std::optional<T>(*value) : std::nullopt;
+}
+
+std::optional<bool> StorageManager::boolean(StorageKey key) {
+  return typed<bool>(key);
+}
+bool StorageManager::flag(StorageKey key) {
+  return boolean(key).value_or(false);
+}
+std::optional<std::int64_t> StorageManager::integer(StorageKey key) {
+  return typed<std::int64_t>(key);
+}
+std::optional<double> StorageManager::real(StorageKey key) {
+  return typed<double>(key);
+}
+std::optional<std::string> StorageManager::text(StorageKey key) {
+  return typed<std::string>(key);
+}
+
+std::optional<StorageManager::TextMap> StorageManager::textMap(StorageKey key) {
+  auto* store = domain();
+  return store ? toTextMap(store->object(keyText(key))) : std::nullopt;
+}
+
+std::optional<platform::TextList> StorageManager::conversionTrackers(const std::string& notification) {
+  services_.console->print("conv");
+  auto* store = domain();
+  if (!store) return std::nullopt;
+  const auto entry =
+      store->mapEntry(keyText(StorageKey::conversionTrackers), {notification}, MapKind::listMap);
+  const auto* list = entry ? entry->as<TextList>() : nullptr;
+  return list ? std::optional(*list) : std::nullopt;
+}
+
+std::optional<StorageManager::TextMap> StorageManager::deepLinks(const std::string& notification) {
+  auto* store = domain();
+  if (!store) return std::nullopt;
+  return toTextMap(store->mapEntry(keyText(StorageKey::deepLinks), {notification}, MapKind::textMapMap));
+}
+
+double StorageManager::appOpenSavedAt() {
+  const auto saved = real(StorageKey::appOpenSavedAt);
+  return saved ? *saved : services_.clock->now();
+}
+
+void StorageManager::set(StorageKey key, bool value) {
+  if (auto* store = domain()) store->setObject(keyText(key), {value});
+}
+void StorageManager::set(StorageKey key, std::int64_t value) {
+  if (auto* store = domain()) store->setObject(keyText(key), {value});
+}
+void StorageManager::set(StorageKey key, double value) {
+  if (auto* store = domain()) store->setObject(keyText(key), {value});
+}
+void StorageManager::set(StorageKey key, std::string value) {
+  if (auto* store = domain()) store->setObject(keyText(key), {std::move(value)});
+}
+void StorageManager::set(StorageKey key, TextList value) {
+  if (auto* store = domain()) store->setObject(keyText(key), {std::move(value)});
+}
+void StorageManager::remove(StorageKey key) {
+  if (auto* store = domain()) store->removeObject(keyText(key));
+}
+
+void StorageManager::setTextEntry(StorageKey key, const std::string& entry, std::string value) {
+  if (auto* store = domain()) store->setMapEntry(keyText(key), {entry}, MapKind::textMap, {std::move(value)});
+}
+
+void StorageManager::setConversionTrackers(const std::string& notification, TextList trackers) {
+  if (auto* store = domain())
+    store->setMapEntry(keyText(StorageKey::conversionTrackers), {notification}, MapKind::listMap,
+                       {std::move(trackers)});
+}
+
+void StorageManager::removeConversionTrackers(const std::string& notification) {
+  if (auto* store = domain())
+    store->removeMapEntry(keyText(StorageKey::conversionTrackers), {notification}, MapKind::listMap);
+}
+
+void StorageManager::setDeepLink(const std::string& notification, const std::string& action,
+                                 std::string url) {
+  if (auto* store = domain())
+    store->setMapEntry(keyText(StorageKey::deepLinks), {notification, action}, MapKind::textMapMap,
+                       {std::move(url)});
+}
+
+void StorageManager::removeDeepLinks(const std::string& notification) {
+  if (auto* store = domain())
+    store->removeMapEntry(keyText(StorageKey::deepLinks), {notification}, MapKind::textMapMap);
+}
+
+void StorageManager::synchronize() {
+  if (auto* store = domain()) store->synchronize();
+}
+
+void StorageManager::transact(platform::FunctionRef<void()> work) {
+  if (auto* store = domain()) {
+    store->transact(work);
+  } else {
+    work();
+  }
+}
+
+std::string StorageManager::formatDate(double secondsSince1970) const {
+  return httpDateText(secondsSince1970);
+}
+
+}  // namespace VorselKelp

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "VorselKelp/platform/Platform.h"
+#include "core/StorageKeys.h"
+
+namespace VorselKelp {
+
+class CoreState;
+
+/// The shared store: typed reading and writing of the keys. The suite is chosen once, at the first use, from
+/// the application-group setting as it stands then. Without a domain every read is absent and every write is
+/// skipped. A stored value of another type reads as absent. Any thread.
+class StorageManager {
+ public:
+  using TextList = platform::TextList;
+  using TextMap = std::map<std::string, std::string>;
+
+  /// Both outlive this object.
+  StorageManager(const platform::Platform& services, const CoreState& coreState);
+
+  [[nodiscard]] bool available();
+  /// The suite's name, fixed by the first use.
+  [[nodiscard]] const std::string& suiteName();
+
+  [[nodiscard]] std::optional<bool> boolean(StorageKey key);
+  /// False when absent.
+  [[nodiscard]] bool flag(StorageKey key);
+  [[nodiscard]] std::optional<std::int64_t> integer(StorageKey key);
+  [[nodiscard]] std::optional<double> real(StorageKey key);
+  [[nodiscard]] std::optional<std::string> text(StorageKey key);
+  [[nodiscard]] std::optional<TextMap> textMap(StorageKey key);
+
+  /// The click trackers stored for one notification. Every reading writes the line "conv" first.
+  [[nodiscard]] std::optional<TextList> conversionTrackers(const std::string& notification);
+  /// One notification's URLs by action identifier.
+  [[nodiscard]] std::optional<TextMap> deepLinks(const std::string& notification);
+  /// Unix seconds; the current time when none is stored.
+  [[nodiscard]] double appOpenSavedAt();
+
+  void set(StorageKey key, bool value);
+  void set(StorageKey key, std::int64_t value);
+  void set(StorageKey key, double value);
+  void set(StorageKey key, std::string value);
+  void set(StorageKey key, const char* value) { set(key, std::string(value)); }
+  void set(StorageKey key, TextList value);
+  void remove(StorageKey key);
+
+  void setTextEntry(StorageKey key, const std::string& entry, std::string value);
+  void setConversionTrackers(const std::string& notification, TextList trackers);
+  void removeConversionTrackers(const std::string& notification);
+  void setDeepLink(const std::string& notification, const std::string& action, std::string url);
+  void removeDeepLinks(const std::string& notification);
+
+  void synchronize();
+  /// Runs `work` as one atomic step of the store; it must not wait, call back or start a request.
+  void transact(platform::FunctionRef<void()> work);
+
+  /// The text of a date in the form of HTTP headers, GMT.
+  [[nodiscard]] std::string formatDate(double secondsSince1970) const;
+
+ private:
+  template <class T>
+  std::optional<T> typed(StorageKey key);
+  platform::DefaultsDomain* domain();
+
+  const platform::Platform& services_;
+  const CoreState& coreState_;
+  std::once_flag opened_;
+  std::string suiteName_;
+  std::shared_ptr<platform::DefaultsDomain> defaultStorage_;
+};
+
+}  // namespace VorselKelp

@@ -1,0 +1,91 @@
+#include "VorselKelp/VorselBuilder.h"
+
+#include <utility>
+
+#include "base/FatalError.h"
+#include "core/CoreContext.h"
+
+namespace VorselKelp {
+namespace {
+
+std::string apiKeyOfBundle(CoreContext& context) {
+  auto key = context.services->bundle->mainBundleText("VorselKellpApiKey");
+  if (!key)
+    fatalError("VorselBuilder: no API key was given and the main bundle has no text VorselKellpApiKey");
+  return *std::move(key);
+}
+
+}  // namespace
+
+VorselBuilder::VorselBuilder(std::optional<std::string> apiKey, std::optional<std::string> appGroupId)
+    : VorselBuilder(CoreContext::current("VorselBuilder"), std::move(apiKey), std::move(appGroupId)) {}
+
+VorselBuilder::VorselBuilder(std::shared_ptr<CoreContext> context, std::optional<std::string> apiKey,
+                             std::optional<std::string> appGroupId)
+    : context_(std::move(context)) {
+  context_->state.setAppGroupSetting(appGroupId.value_or(""));
+  _apiKey = apiKey ? *std::move(apiKey) : apiKeyOfBundle(*context_);
+  _appGroupId = std::move(appGroupId);
+}
+
+VorselBuilder::VorselBuilder() {
+  fatalError("VorselBuilder: init() has not been implemented");
+}
+
+VorselBuilder& VorselBuilder::crash() {
+  _crash = true;
+  return *this;
+}
+
+VorselBuilder& VorselBuilder::adex() {
+  _adex = true;
+  return *this;
+}
+
+VorselBuilder& VorselBuilder::push() {
+  _push = true;
+  return *this;
+}
+
+VorselBuilder& VorselBuilder::custom() {
+  return customNotificationHandling();
+}
+
+VorselBuilder& VorselBuilder::customNotificationHandling() {
+  _custom = true;
+  return *this;
+}
+
+VorselBuilder& VorselBuilder::analytics(bool enabled) {
+  _analytics = enabled;
+  return *this;
+}
+
+VorselBuilder& VorselBuilder::geofence(bool enabled) {
+  _geofence = enabled;
+  return *this;
+}
+
+VorselBuilder& VorselBuilder::beacon(bool enabled) {
+  _beacon = enabled;
+  return *this;
+}
+
+VorselBuilder& VorselBuilder::locationTracking(bool enabled) {
+  _location = enabled;
+  return *this;
+}
+
+VorselBuilder& VorselBuilder::scheduleNotifications(double interval) {
+  _schedulerEnabled = true;
+  context_->storage.set(StorageKey::schedulerInterval, interval);
+  context_->storage.synchronize();
+  return *this;
+}
+
+std::shared_ptr<VorselConfig> VorselBuilder::build() const {
+  return std::make_shared<VorselConfig>(context_, _apiKey, _appGroupId, _crash, _analytics, _push, _geofence,
+                                        _beacon, _custom, _location, _schedulerEnabled, _adex, _consent);
+}
+
+}  // namespace VorselKelp

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <boost/json.hpp>
+#include <memory>
+#include <string_view>
+
+#include "VorselKelp/Result.h"
+
+namespace VorselKelp::json {
+
+/// One parsed JSON text with the memory of its values. Texts that are not UTF-8, or nest deeper than 64
+/// levels, do not parse; numbers beyond 64 bits become doubles.
+class Document {
+ public:
+  static Result<Document> parse(std::string_view text);
+
+  [[nodiscard]] const boost::json::value& root() const { return memory_->root; }
+
+ private:
+  struct Memory {
+    explicit Memory(std::size_t expected) : resource(expected), root(&resource) {}
+    boost::json::monotonic_resource resource;
+    boost::json::value root;
+  };
+  explicit Document(std::unique_ptr<Memory> memory) : memory_(std::move(memory)) {}
+
+  std::unique_ptr<Memory> memory_;
+};
+
+}  // namespace VorselKelp::json

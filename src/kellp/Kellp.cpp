@@ -1,0 +1,84 @@
+#include "kellp/Kellp.h"
+
+#include <utility>
+
+#include "analytics/Utm.h"
+#include "core/SessionStep.h"
+#include "net/URLConstants.h"
+
+namespace VorselKelp {
+
+Kellp::Kellp(std::shared_ptr<platform::Platform> services)
+    : context(std::make_shared<CoreContext>(std::move(services))),
+      requests(std::make_shared<VorselRequest>(context)),
+      reports(std::make_shared<ReportBuilder>(context)),
+      activity(std::make_shared<ActivityEvents>(context, requests, reports)),
+      permission(std::make_shared<Permission>(context, activity)),
+      tokens(std::make_shared<TokenRegistration>(context, requests, reports)),
+      openTargets(std::make_shared<OpenTargets>(context)),
+      serviceExtension(std::make_shared<ServiceExtension>(
+          context, requests, openTargets, std::make_shared<CategoryHelper>(context),
+          std::make_shared<ImageAttachment>(context, requests))),
+      openHandling(std::make_shared<OpenHandling>(context, requests, openTargets)),
+      reminder(std::make_shared<Reminder>(context)),
+      remoteConfiguration_(std::make_shared<RemoteConfiguration>(context, requests)),
+      screens_(std::make_shared<ScreenTracking>(context)) {}
+
+Kellp::~Kellp() {
+  context->state.setConfiguration(nullptr);
+}
+
+void Kellp::initialize(std::shared_ptr<VorselConfig> config) {
+  context->storage.transact([&] {
+    runSessionStep(*context);  // the store's first use, which fixes its suite
+    context->state.setAppGroupSetting(config->appGroupId().value_or(""));
+    if (!context->storage.flag(StorageKey::installReported)) writeDefaultEndpoints();
+  });
+  screens_->exchange();
+  if (config->apiKey().empty()) {
+    context->print("\n***************\n Missing ApiKey! \n***************\n");
+    return;
+  }
+  remoteConfiguration_->fetch(config->apiKey(), [weak = weak_from_this(), config] {
+    if (const auto self = weak.lock()) self->continueStartUp(config);
+  });
+}
+
+void Kellp::writeDefaultEndpoints() {
+  const URLConstants defaults(context->services->endpoints);
+  auto& storage = context->storage;
+  storage.set(StorageKey::activityUrl, defaults.activity);
+  storage.set(StorageKey::userUrl, defaults.user);
+  storage.set(StorageKey::crash, defaults.activity);  // under the crash switch's key, where installations carry it
+  storage.set(StorageKey::configUrl, defaults.config);
+}
+
+void Kellp::continueStartUp(const std::shared_ptr<VorselConfig>& config) {
+  context->state.setConfiguration(config);
+  context->state.initialised = true;
+  startSessionTracking(config->apiKey());
+  if (context->storage.flag(StorageKey::push)) {
+    permission->checkAtStart();
+  } else {
+    context->print("Notification service is not enabled");
+  }
+}
+
+void Kellp::startSessionTracking(const std::string& apiKey) {
+  storeUtm(*context, "ht", apiKey);
+  auto helper = SessionHelper::start(context);
+  {
+    const std::lock_guard lock(mutex_);
+    sessionHelper_.swap(helper);
+  }
+  activity->startActivity({{"utm_ht", apiKey}});
+}
+
+void Kellp::clearInstallationData() {
+  context->services->application->unregisterForRemoteNotifications();
+  context->storage.set(StorageKey::installReported, false);
+  context->storage.synchronize();
+  context->storage.synchronize();
+}
+
+}  // namespace VorselKelp

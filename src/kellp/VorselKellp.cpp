@@ -1,0 +1,143 @@
+#include "VorselKelp/VorselKellp.h"
+
+#include <array>
+#include <mutex>
+#include <utility>
+
+#include "base/FatalError.h"
+#include "kellp/Kellp.h"
+#include "push/NotificationReader.h"
+
+namespace VorselKelp {
+namespace {
+
+struct Face {
+  std::mutex mutex;
+  std::shared_ptr<Kellp> kellp;
+};
+
+Face& face() {
+  // Never destroyed: answers may still come while the process's statics go.
+  static auto* const instance = new Face;
+  return *instance;
+}
+
+std::shared_ptr<Kellp> core(const char* caller) {
+  const std::lock_guard lock(face().mutex);
+  if (!face().kellp)
+    fatalError(std::string("VorselKellp::") + caller +
+               ": no platform is installed; call VorselKellp::install first");
+  return face().kellp;
+}
+
+void requireService(bool present, const char* name) {
+  if (!present) fatalError(std::string("VorselKellp::install: the platform has no ") + name);
+}
+
+void requireServices(const platform::Platform& p) {
+  requireService(p.userDefaults != nullptr, "userDefaults");
+  requireService(p.fileManager != nullptr, "fileManager");
+  requireService(p.urlSession != nullptr, "urlSession");
+  requireService(p.bundle != nullptr, "bundle");
+  requireService(p.notificationCenter != nullptr, "notificationCenter");
+  requireService(p.application != nullptr, "application");
+  requireService(p.mainQueue != nullptr, "mainQueue");
+  requireService(p.clock != nullptr, "clock");
+  requireService(p.random != nullptr, "random");
+  requireService(p.device != nullptr, "device");
+  requireService(p.screen != nullptr, "screen");
+  requireService(p.console != nullptr, "console");
+  requireService(p.imageDecoder != nullptr, "imageDecoder");
+  requireService(p.inAppBrowser != nullptr, "inAppBrowser");
+}
+
+}  // namespace
+
+void VorselKellp::install(std::shared_ptr<platform::Platform> platform) {
+  requireService(platform != nullptr, "services at all");
+  requireServices(*platform);
+  auto kellp = std::make_shared<Kellp>(std::move(platform));
+  CoreContext::setCurrent(kellp->context);
+  const std::lock_guard lock(face().mutex);
+  face().kellp.swap(kellp);
+}
+
+void VorselKellp::initialize(std::shared_ptr<VorselConfig> config) {
+  const auto kellp = core("initialize");
+  if (!config) fatalError("VorselKellp::initialize: no configuration was given");
+  kellp->initialize(std::move(config));
+}
+
+bool VorselKellp::isInitialised() {
+  return core("isInitialised")->context->state.initialised;
+}
+
+void VorselKellp::setVorselDelegate(std::weak_ptr<VorselKellpDelegate> delegate) {
+  core("setVorselDelegate")->context->state.setDelegate(std::move(delegate));
+}
+
+std::shared_ptr<VorselKellpDelegate> VorselKellp::vorselDelegate() {
+  return core("vorselDelegate")->context->state.delegate();
+}
+
+void VorselKellp::setValueFor(const std::string& appGroupId) {
+  core("setValueFor")->context->state.setAppGroupSetting(appGroupId);
+}
+
+void VorselKellp::clearInstallationData() {
+  core("clearInstallationData")->clearInstallationData();
+}
+
+void VorselKellp::updateScheduler() {
+  core("updateScheduler")->reminder->update();
+}
+
+void VorselKellp::setUserValue(const std::string& key, const std::string& value) {
+  core("setUserValue")->context->state.setUserValue(key, value);
+}
+
+void VorselKellp::sendCustomEvent(const std::string& key, const JSONAny& value) {
+  core("sendCustomEvent")->activity->sendCustomEvent(key, value);
+}
+
+void VorselKellp::sendCustomTestTrack(const JSONAny&, std::function<void(std::optional<std::string>)>) {
+  (void)core("sendCustomTestTrack");
+}
+
+void VorselKellp::registerToken(std::span<const std::uint8_t> deviceToken) {
+  core("registerToken")->tokens->registerToken(deviceToken);
+}
+
+void VorselKellp::askForNotificationsPermission() {
+  core("askForNotificationsPermission")->permission->askForNotificationsPermission();
+}
+
+void VorselKellp::askForNotificationPermissionWith(const std::shared_ptr<ui::ViewController>& controller) {
+  core("askForNotificationPermissionWith")->permission->askForNotificationPermissionWith(controller);
+}
+
+void VorselKellp::pushTrackOpen(bool handle, const platform::NotificationResponse& response,
+                                std::function<void(std::optional<std::string>)> completion) {
+  core("pushTrackOpen")->openHandling->pushTrackOpen(handle, response, completion);
+}
+
+std::optional<std::string> VorselKellp::didReceiveNotification(
+    const platform::NotificationRequest& request, std::shared_ptr<platform::NotificationContent> best,
+    ContentHandler completion) {
+  core("didReceiveNotification")
+      ->serviceExtension->didReceive(request, std::move(best), std::move(completion));
+  return std::nullopt;
+}
+
+void VorselKellp::notificationBuilderWillTerminate(const platform::UserInfo&,
+                                                   std::shared_ptr<platform::NotificationContent> best,
+                                                   ContentHandler completion) {
+  core("notificationBuilderWillTerminate")->serviceExtension->willTerminate(std::move(best), completion);
+}
+
+std::optional<NotificationObject> VorselKellp::getNotificationContent(
+    const platform::NotificationRequest& request) {
+  return readNotification(*core("getNotificationContent")->context, request);
+}
+
+}  // namespace VorselKelp

@@ -1,0 +1,78 @@
+#include "net/ReportBuilder.h"
+
+#include "base/Date.h"
+#include "base/Text.h"
+
+namespace VorselKelp {
+namespace {
+
+constexpr std::string_view versionKey = "CFBundleShortVersionString";
+
+std::string bundleIdentifier(const platform::Platform& services) {
+  return services.bundle->mainBundleText("CFBundleIdentifier").value_or("Bundle error");
+}
+
+UserAgent userAgent(const platform::Platform& services) {
+  const std::string size =
+      decimalText(services.screen->height()) + "x" + decimalText(services.screen->width());
+  UserAgent agent;
+  agent.z = 1;
+  agent.t = "iOS";
+  agent.de = services.device->languageCode();
+  agent.sr = size;
+  agent.vp = size;
+  agent.v = services.bundle->mainBundleText(versionKey);
+  return agent;
+}
+
+}  // namespace
+
+std::string ReportBuilder::modelName() const {
+  return std::string(device_.modelName(context_->services->device->machineIdentifier()));
+}
+
+ActivityBody ReportBuilder::activity(CS session) const {
+  const auto& services = *context_->services;
+  ActivityBody body;
+  body.timestamp = wholeSeconds(services.clock->now());
+  body.app = bundleIdentifier(services);
+  body.sdkVersion = services.bundle->libraryBundleText(versionKey);
+  body.rid = context_->storage.text(StorageKey::userId);
+  body.version = services.device->systemVersion();
+  body.vt = context_->storage.text(StorageKey::uniqueSessionFirstTime);
+  body.model = modelName();
+  body.lang = services.device->languageCode();
+  body.tmz = services.device->secondsFromGMT() / 3600;
+  body.u = context_->state.userValues();
+  body.dr = context_->state.referrer();
+  body.dl = context_->state.link();
+  body.ua = userAgent(services);
+  body.cs = std::move(session);
+  return body;
+}
+
+PushBody ReportBuilder::push(CS session, std::string token) const {
+  constexpr std::int64_t tokenReport = 200;
+  const auto& services = *context_->services;
+  PushBody body;
+  body.timestamp = wholeSeconds(services.clock->now());
+  body.app = bundleIdentifier(services);
+  body.appVersion = services.bundle->mainBundleText(versionKey);
+  body.sdkVersion = services.bundle->libraryBundleText(versionKey);
+  body.os = services.device->systemName();
+  body.version = services.device->systemVersion();
+  body.mfg = "Apple";
+  body.model = modelName();
+  body.sdk = "VorselKelp";
+  body.lang = services.device->languageCode();
+  body.u = context_->state.userValues();
+  body.token = std::move(token);
+  body.status = true;  // only a granted permission leads here
+  body.cs = std::move(session);
+  body.rid = context_->storage.text(StorageKey::userId);
+  body.code = tokenReport;
+  body.bundle = body.app;
+  return body;
+}
+
+}  // namespace VorselKelp

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+#include "VorselKelp/platform/Platform.h"
+
+namespace VorselKelp {
+
+/// The default URLs, which the store holds until the installation was reported or the remote configuration
+/// replaces them.
+class URLConstants {
+ public:
+  explicit URLConstants(const platform::Endpoints& endpoints)
+      : activity(endpoints.collection + "/v2/activity?type=mobile"),
+        user(endpoints.collection + "/v2/users?type=mobile"),
+        config(endpoints.tag + "/tag") {}
+
+  std::string activity;
+  std::string user;
+  std::string config;
+};
+
+}  // namespace VorselKelp

@@ -1,0 +1,82 @@
+#include "push/Permission.h"
+
+#include <optional>
+#include <string>
+
+#include "base/FatalError.h"
+
+namespace VorselKelp {
+namespace {
+
+constexpr std::int64_t permissionRefused = 501;
+
+}  // namespace
+
+void Permission::checkAtStart() {
+  context_->services->mainQueue->async([weak = weak_from_this()] {
+    const auto self = weak.lock();
+    if (!self) return;
+    self->context_->services->notificationCenter->getNotificationSettings(
+        [weak](const platform::NotificationSettings& settings) {
+          if (const auto alive = weak.lock()) alive->checked(settings.authorizationStatus);
+        });
+  });
+}
+
+void Permission::checked(platform::AuthorizationStatus status) {
+  switch (status) {
+    case platform::AuthorizationStatus::authorized:
+    case platform::AuthorizationStatus::provisional:
+      context_->services->mainQueue->async([context = context_] {
+        context->state.registrationRequested = true;
+        context->services->application->registerForRemoteNotifications();
+      });
+      return;
+    case platform::AuthorizationStatus::denied:
+      context_->print("denied");
+      return;
+    case platform::AuthorizationStatus::notDetermined:
+    case platform::AuthorizationStatus::ephemeral:
+      context_->print("not determined, ask user for permission now");
+      return;
+  }
+  fatalError("unknown notification authorization status " + std::to_string(static_cast<int>(status)));
+}
+
+void Permission::askForNotificationsPermission() {
+  context_->services->mainQueue->async([weak = weak_from_this()] {
+    const auto self = weak.lock();
+    if (!self) return;
+    self->context_->services->notificationCenter->requestAuthorization(
+        options, [weak](bool granted, const std::optional<Error>&) {
+          if (const auto alive = weak.lock()) alive->asked(granted);
+        });
+  });
+}
+
+void Permission::asked(bool granted) {
+  if (!granted) {
+    activity_->sendStatusEvent(permissionRefused);
+    return;
+  }
+  context_->services->mainQueue->async([context = context_] {
+    if (!context->state.registrationRequested)
+      context->services->application->registerForRemoteNotifications();
+  });
+}
+
+void Permission::askForNotificationPermissionWith(const std::shared_ptr<ui::ViewController>&) {
+  context_->services->notificationCenter->getNotificationSettings(
+      [weak = weak_from_this()](const platform::NotificationSettings& settings) {
+        const auto self = weak.lock();
+        if (!self || settings.authorizationStatus != platform::AuthorizationStatus::notDetermined) return;
+        if (self->context_->state.customPrompt) {
+          self->context_->print(
+              "The publisher's permission page can't be shown yet; no permission was asked for");
+        } else {
+          self->askForNotificationsPermission();
+        }
+      });
+}
+
+}  // namespace VorselKelp
