@@ -9,16 +9,18 @@ namespace {
 using platform::DefaultsValue;
 using platform::MapKind;
 
-std::optional<StorageManager::TextMap> toTextMap(const std::optional<DefaultsValue>& value) {
+/// A map with one entry of another type is absent as a whole.
+template <class T>
+std::optional<std::map<std::string, T>> toMap(const std::optional<DefaultsValue>& value) {
   const auto* map = value ? value->as<DefaultsValue::Map>() : nullptr;
   if (!map) return std::nullopt;
-  StorageManager::TextMap texts;
+  std::map<std::string, T> typed;
   for (const auto& [key, entry] : *map) {
-    const auto* text = entry.as<std::string>();
-    if (!text) return std::nullopt;
-    texts.emplace_hint(texts.end(), key, *text);
+    const T* wanted = entry.as<T>();
+    if (!wanted) return std::nullopt;
+    typed.emplace_hint(typed.end(), key, *wanted);
   }
-  return texts;
+  return typed;
 }
 
 }  // namespace
@@ -70,7 +72,17 @@ std::optional<std::string> StorageManager::text(StorageKey key) {
 
 std::optional<StorageManager::TextMap> StorageManager::textMap(StorageKey key) {
   auto* store = domain();
-  return store ? toTextMap(store->object(keyText(key))) : std::nullopt;
+  return store ? toMap<std::string>(store->object(keyText(key))) : std::nullopt;
+}
+
+std::optional<StorageManager::RealMap> StorageManager::realMap(StorageKey key) {
+  auto* store = domain();
+  return store ? toMap<double>(store->object(keyText(key))) : std::nullopt;
+}
+
+std::optional<StorageManager::ListMap> StorageManager::listMap(StorageKey key) {
+  auto* store = domain();
+  return store ? toMap<TextList>(store->object(keyText(key))) : std::nullopt;
 }
 
 std::optional<platform::TextList> StorageManager::conversionTrackers(const std::string& notification) {
@@ -86,7 +98,8 @@ std::optional<platform::TextList> StorageManager::conversionTrackers(const std::
 std::optional<StorageManager::TextMap> StorageManager::deepLinks(const std::string& notification) {
   auto* store = domain();
   if (!store) return std::nullopt;
-  return toTextMap(store->mapEntry(keyText(StorageKey::deepLinks), {notification}, MapKind::textMapMap));
+  return toMap<std::string>(
+      store->mapEntry(keyText(StorageKey::deepLinks), {notification}, MapKind::textMapMap));
 }
 
 double StorageManager::appOpenSavedAt() {

@@ -23,6 +23,8 @@ class StorageManager {
  public:
   using TextList = platform::TextList;
   using TextMap = std::map<std::string, std::string>;
+  using RealMap = std::map<std::string, double>;
+  using ListMap = std::map<std::string, TextList>;
 
   /// Both outlive this object.
   StorageManager(const platform::Platform& services, const CoreState& coreState);
@@ -38,6 +40,8 @@ class StorageManager {
   [[nodiscard]] std::optional<double> real(StorageKey key);
   [[nodiscard]] std::optional<std::string> text(StorageKey key);
   [[nodiscard]] std::optional<TextMap> textMap(StorageKey key);
+  [[nodiscard]] std::optional<RealMap> realMap(StorageKey key);
+  [[nodiscard]] std::optional<ListMap> listMap(StorageKey key);
 
   /// The click trackers stored for one notification. Every reading writes the line "conv" first.
   [[nodiscard]] std::optional<TextList> conversionTrackers(const std::string& notification);

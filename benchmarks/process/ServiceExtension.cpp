@@ -1,0 +1,86 @@
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "support/BareStore.h"
+#include "support/BenchmarkPlatform.h"
+#include "support/ChildProcess.h"
+#include "support/ProcessMemory.h"
+
+namespace VorselKelp::benchmarks {
+namespace {
+
+/// A push without trackers, so that no request leaves the process.
+std::string quietPush() {
+  std::string text;
+  for (int i = 0; i < 24; ++i)
+    text += "Gusts of up to 130 km/h are expected from tonight on; stay away from the shore. ";
+  return R"({"aps":{"alert":{"title":"Storm warning","n":{"body":")" + text +
+         R"(","actions":[{"action":"read","title":"Read","url":"https://news.example/storm"}],)"
+         R"("data":{"url":"https://news.example/storm"}}},"mutable-content":1}})";
+}
+
+/// A device home with one application whose store exists, as after its first start.
+struct Device {
+  Device() {
+    std::ofstream(folder.path + "/push.json") << quietPush();
+    std::ofstream(folder.path + "/app.json")
+        << R"({"bundleIdentifier":"com.example.news","version":"1.0","machine":"iPhone13,2","apiKey":"k-123",)"
+           R"("appGroupId":"group.com.example.news","switches":{"push":true}})";
+    const BareStore made(folder.path + "/bare.sqlite");
+  }
+
+  [[nodiscard]] std::vector<std::string> extension(int number) const {
+    return {SERVICE_EXECUTABLE,           "--home",    folder.path + "/home",      "--app",
+            folder.path + "/app.json",    "--payload", folder.path + "/push.json", "--id",
+            "n-" + std::to_string(number)};
+  }
+  [[nodiscard]] std::vector<std::string> bare(int number) const {
+    return {BARE_EXECUTABLE, folder.path + "/push.json", folder.path + "/bare.sqlite",
+            "n-" + std::to_string(number)};
+  }
+
+  TemporaryFolder folder;
+};
+
+void extension(benchmark::State& state) {
+  const Device device;
+  int number = 0;
+  runChild(device.extension(number++));
+  for (auto _ : state) runChild(device.extension(number++));
+}
+
+void bareExtension(benchmark::State& state) {
+  const Device device;
+  int number = 0;
+  runChild(device.bare(number++));
+  for (auto _ : state) runChild(device.bare(number++));
+}
+
+template <class Command>
+double medianMemory(Command command) {
+  std::vector<long> peaks;
+  for (int i = 0; i < 21; ++i) peaks.push_back(runChild(command(i)));
+  std::ranges::sort(peaks);
+  return static_cast<double>(peaks[peaks.size() / 2]) / 1024;
+}
+
+BENCHMARK(extension)->Name("service extension, spawn to exit")->UseRealTime();
+BENCHMARK(bareExtension)->Name("service extension, bare")->UseRealTime();
+
+}  // namespace
+
+Line serviceExtensionMemory() {
+  const Device device;
+  return {"service extension, peak memory",
+          "MB",
+          medianMemory([&](int i) { return device.extension(i); }),
+          medianMemory([&](int i) { return device.bare(i); }),
+          1.5,
+          true};
+}
+
+}  // namespace VorselKelp::benchmarks

@@ -1,0 +1,97 @@
+#include "support/BenchmarkPlatform.h"
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "VorselKelpLinux/DiskFileManager.h"
+#include "VorselKelpLinux/SqliteUserDefaults.h"
+#include "VorselKelpTesting/MemoryPlatform.h"
+
+namespace VorselKelp::benchmarks {
+namespace {
+
+std::string makeFolder() {
+  std::string path = (std::filesystem::temp_directory_path() / "vorsel-benchmark-XXXXXX").string();
+  if (::mkdtemp(path.data()) == nullptr) std::abort();
+  return path;
+}
+
+struct NoRequests final : platform::URLSession {
+  void send(platform::URLRequest, Completion) override {}
+};
+
+struct SilentConsole final : platform::Console {
+  void print(std::string_view) override {}
+};
+
+struct FixedCategories final : platform::NotificationCenter {
+  explicit FixedCategories(std::vector<platform::NotificationCategory> fixed)
+      : categories(std::move(fixed)) {}
+  void requestAuthorization(unsigned,
+                            platform::UniqueFunction<void(bool, std::optional<Error>)> answer) override {
+    answer(true, std::nullopt);
+  }
+  void getNotificationSettings(
+      platform::UniqueFunction<void(platform::NotificationSettings)> answer) override {
+    answer({platform::AuthorizationStatus::authorized});
+  }
+  void getNotificationCategories(
+      platform::UniqueFunction<void(std::vector<platform::NotificationCategory>)> answer) override {
+    answer(categories);
+  }
+  void setNotificationCategories(std::vector<platform::NotificationCategory>) override {}
+  void add(platform::NotificationRequest) override {}
+  void removePendingNotificationRequests(const std::vector<std::string>&) override {}
+  void removeDeliveredNotifications(const std::vector<std::string>&) override {}
+  std::vector<platform::NotificationCategory> categories;
+};
+
+}  // namespace
+
+TemporaryFolder::TemporaryFolder() : path(makeFolder()) {}
+TemporaryFolder::~TemporaryFolder() {
+  std::error_code ignored;
+  std::filesystem::remove_all(path, ignored);
+}
+
+std::shared_ptr<platform::Platform> benchmarkPlatform(
+    const std::string& folder, std::vector<platform::NotificationCategory> categories) {
+  testing_platform::MemoryPlatform memory;
+  auto services = std::make_shared<platform::Platform>(*memory.platform());
+  linux_platform::FileManagerOptions files;
+  files.containersFolder = folder + "/groups";
+  files.groups = {benchmarkGroup};
+  files.temporaryFolder = folder + "/tmp";
+  services->fileManager = linux_platform::makeFileManager(files);
+  linux_platform::UserDefaultsOptions defaults;
+  defaults.standardFile = folder + "/standard.sqlite";
+  defaults.containerPath = [manager = services->fileManager](std::string_view group) {
+    return manager->containerPath(group);
+  };
+  services->userDefaults = linux_platform::makeUserDefaults(defaults);
+  services->urlSession = std::make_shared<NoRequests>();
+  services->console = std::make_shared<SilentConsole>();
+  services->notificationCenter = std::make_shared<FixedCategories>(std::move(categories));
+  return services;
+}
+
+std::string textPush() {
+  const auto tracker = [](const std::string& kind, int i) {
+    return "\"https://track.example/" + kind + "/" + std::to_string(i) +
+           "?campaign=2026-11-breaking&device=8f14e45f" + std::string(70, static_cast<char>('a' + i)) + "\"";
+  };
+  std::string push =
+      R"({"aps":{"alert":{"title":"Storm warning for the coast","v":)" + tracker("view", 0) + R"(,"t":[)";
+  for (int i = 0; i < 4; ++i) push += (i ? "," : "") + tracker("impression", i);
+  push += R"(],"n":{"body":")";
+  for (int i = 0; i < 6; ++i)
+    push += "Gusts of up to 130 km/h are expected from tonight on; stay away from the shore. ";
+  push += R"(","sound":"alarm","tid":"task-4711","tag":"weather","actions":[)"
+          R"({"action":"read","title":"Read","url":"https://news.example/storm?b=${VA_BACID}"},)"
+          R"({"action":"no","title":"No","url":"https://news.example/mute?b=${VA_BACID}"}],)"
+          R"("data":{"url":"https://news.example/storm?button=${VA_BACID}","t":[)";
+  for (int i = 0; i < 3; ++i) push += (i ? "," : "") + tracker("click", i);
+  return push + R"(]}}},"mutable-content":1}})";
+}
+
+}  // namespace VorselKelp::benchmarks

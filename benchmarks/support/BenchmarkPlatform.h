@@ -1,0 +1,31 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "VorselKelp/platform/Platform.h"
+
+namespace VorselKelp::benchmarks {
+
+/// A new empty folder, removed with all that is in it.
+class TemporaryFolder {
+ public:
+  TemporaryFolder();
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+  ~TemporaryFolder();
+  const std::string path;
+};
+
+/// A platform with the real store and real files below `folder`; requests are dropped unsent, the console is
+/// silent and the notification centre always has the same `categories` registered.
+[[nodiscard]] std::shared_ptr<platform::Platform> benchmarkPlatform(
+    const std::string& folder, std::vector<platform::NotificationCategory> categories = {});
+
+inline constexpr const char* benchmarkGroup = "group.com.example.news";
+
+/// A text-only push of 2.2 KB: title, body, two buttons, open target, trackers.
+[[nodiscard]] std::string textPush();
+
+}  // namespace VorselKelp::benchmarks

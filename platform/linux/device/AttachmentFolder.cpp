@@ -1,0 +1,56 @@
+#include "device/AttachmentFolder.h"
+
+#include <filesystem>
+
+#include "VorselKelpLinux/LineSink.h"
+#include "runtime/Hex.h"
+#include "runtime/SystemRandom.h"
+#include "support/SafeName.h"
+
+namespace VorselKelp::linux_platform {
+namespace fs = std::filesystem;
+
+bool AttachmentFolder::holds(const std::string& file) const {
+  return fs::path(file).lexically_normal().parent_path().parent_path() == fs::path(path_).lexically_normal();
+}
+
+bool AttachmentFolder::moveIn(platform::NotificationAttachment& attachment) const {
+  if (holds(attachment.path)) return true;
+  const fs::path source = attachment.path;
+  const fs::path folder = fs::path(path_) / hexOf(randomBytes(8));
+  const fs::path target = folder / safeName(source.filename().string());
+  std::error_code error;
+  if (!fs::is_regular_file(fs::symlink_status(source, error)) || error) return false;
+  fs::create_directories(folder, error);
+  fs::rename(source, target, error);
+  if (error) {
+    // Another file system.
+    error.clear();
+    fs::copy_file(source, target, error);
+    if (!error) fs::remove(source, error);
+  }
+  if (error) return false;
+  attachment.path = target.string();
+  std::error_code ignored;
+  fs::remove(source.parent_path(), ignored);
+  return true;
+}
+
+void AttachmentFolder::takeOver(std::vector<platform::NotificationAttachment>& attachments) const {
+  std::erase_if(attachments, [&](platform::NotificationAttachment& attachment) {
+    if (moveIn(attachment)) return false;
+    standardErrorLines()("The attachment " + attachment.path + " can't be read; it is left out");
+    return true;
+  });
+}
+
+void AttachmentFolder::remove(const std::vector<platform::NotificationAttachment>& attachments) const {
+  for (const auto& attachment : attachments) {
+    if (!holds(attachment.path)) continue;
+    std::error_code ignored;
+    fs::remove(attachment.path, ignored);
+    fs::remove(fs::path(attachment.path).parent_path(), ignored);
+  }
+}
+
+}  // namespace VorselKelp::linux_platform

@@ -1,0 +1,178 @@
+#include "device/DeviceDatabase.h"
+
+#include <filesystem>
+
+#include "VorselKelpLinux/LineSink.h"
+
+namespace VorselKelp::linux_platform {
+namespace {
+
+constexpr int schemaVersion = 1;
+constexpr int lockPatience = 10'000;  // milliseconds
+
+// A notification is held in one of three states: pending (0), delivered (1), tapped (2).
+constexpr const char* schema = R"(
+CREATE TABLE device(name TEXT PRIMARY KEY, value) WITHOUT ROWID;
+CREATE TABLE application(identifier TEXT PRIMARY KEY, authorization INTEGER NOT NULL DEFAULT 0,
+                         registered INTEGER NOT NULL DEFAULT 0, token BLOB, badge INTEGER NOT NULL DEFAULT 0)
+  WITHOUT ROWID;
+CREATE TABLE category(application TEXT, identifier TEXT, actions TEXT NOT NULL, dismissAction INTEGER NOT NULL,
+                      PRIMARY KEY(application, identifier)) WITHOUT ROWID;
+CREATE TABLE notification(serial INTEGER PRIMARY KEY, application TEXT NOT NULL, identifier TEXT NOT NULL,
+                          state INTEGER NOT NULL, due REAL NOT NULL, seconds REAL, repeats INTEGER,
+                          content TEXT NOT NULL, userInfo BLOB NOT NULL, infoIsBytes INTEGER NOT NULL);
+CREATE UNIQUE INDEX notificationByName ON notification(application, identifier, state);
+CREATE INDEX notificationByTime ON notification(application, state, due);
+PRAGMA user_version = 1;
+)";
+
+Error errorOf(sqlite3* connection, const std::string& path) {
+  return Error{"Cannot use the simulated device's database " + path + ": " +
+                   (connection != nullptr ? sqlite3_errmsg(connection) : "out of memory"),
+               connection != nullptr ? sqlite3_errcode(connection) : SQLITE_NOMEM};
+}
+
+bool execute(sqlite3* connection, const char* sql) {
+  return sqlite3_exec(connection, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
+}
+
+/// Absent when the file is no database.
+std::optional<std::int64_t> userVersion(sqlite3* connection) {
+  Statement statement(connection, "PRAGMA user_version");
+  if (!statement.step()) return std::nullopt;
+  return statement.integer(0);
+}
+
+}  // namespace
+
+Statement::Statement(sqlite3* database, const char* sql) : statement_(nullptr, &sqlite3_finalize) {
+  sqlite3_stmt* statement = nullptr;
+  sqlite3_prepare_v2(database, sql, -1, &statement, nullptr);
+  statement_.reset(statement);
+}
+
+Statement& Statement::bind(int position, std::string_view text) {
+  sqlite3_bind_text64(statement_.get(), position, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+  return *this;
+}
+
+Statement& Statement::bind(int position, std::int64_t number) {
+  sqlite3_bind_int64(statement_.get(), position, number);
+  return *this;
+}
+
+Statement& Statement::bind(int position, double number) {
+  sqlite3_bind_double(statement_.get(), position, number);
+  return *this;
+}
+
+bool Statement::step() {
+  return statement_ != nullptr && sqlite3_step(statement_.get()) == SQLITE_ROW;
+}
+
+void Statement::run() {
+  if (statement_ == nullptr) return;
+  while (sqlite3_step(statement_.get()) == SQLITE_ROW) {
+  }
+  sqlite3_reset(statement_.get());
+}
+
+std::string Statement::text(int column) const {
+  const auto* bytes = static_cast<const char*>(sqlite3_column_blob(statement_.get(), column));
+  const auto count = static_cast<std::size_t>(sqlite3_column_bytes(statement_.get(), column));
+  return bytes != nullptr ? std::string(bytes, count) : std::string();
+}
+
+std::int64_t Statement::integer(int column) const {
+  return sqlite3_column_int64(statement_.get(), column);
+}
+double Statement::real(int column) const {
+  return sqlite3_column_double(statement_.get(), column);
+}
+bool Statement::isNull(int column) const {
+  return sqlite3_column_type(statement_.get(), column) == SQLITE_NULL;
+}
+
+Status DeviceDatabase::open() {
+  const std::lock_guard lock(mutex_);
+  return openLocked();
+}
+
+Status DeviceDatabase::openLocked() {
+  if (connection_ != nullptr) return Done{};
+  constexpr int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
+  sqlite3* connection = nullptr;
+  if (sqlite3_open_v2(path_.c_str(), &connection, flags, nullptr) != SQLITE_OK) {
+    sqlite3_close(connection);
+    connection = nullptr;
+    std::error_code error;
+    std::filesystem::create_directories(std::filesystem::path(path_).parent_path(), error);
+    sqlite3_open_v2(path_.c_str(), &connection, flags | SQLITE_OPEN_CREATE, nullptr);
+  }
+  connection_.reset(connection);
+  auto status = prepareSchema();
+  if (!status) connection_.reset();
+  return status;
+}
+
+Status DeviceDatabase::prepareSchema() {
+  auto* connection = connection_.get();
+  if (connection == nullptr || sqlite3_errcode(connection) != SQLITE_OK) return errorOf(connection, path_);
+  sqlite3_busy_timeout(connection, lockPatience);
+  // The journal file is kept between transactions: making and removing it costs more than the rest of a
+  // write.
+  if (!execute(connection, "PRAGMA synchronous = OFF; PRAGMA journal_mode = PERSIST")) {
+    return errorOf(connection, path_);
+  }
+  auto version = userVersion(connection);
+  if (version == 0) {
+    // Two processes may find an empty file at the same moment; the second one then finds the work done.
+    if (!execute(connection, "BEGIN EXCLUSIVE")) return errorOf(connection, path_);
+    version = userVersion(connection);
+    if (version == 0 && !execute(connection, schema)) return errorOf(connection, path_);
+    if (!execute(connection, "COMMIT")) return errorOf(connection, path_);
+    version = userVersion(connection);
+  }
+  if (!version) return errorOf(connection, path_);
+  if (*version != schemaVersion) {
+    return Error{"The simulated device in " + path_ + " was made by another version; use a new home"};
+  }
+  return Done{};
+}
+
+bool DeviceDatabase::openOrReport() {
+  const auto status = openLocked();
+  if (!status && !reported_) {
+    reported_ = true;
+    standardErrorLines()(status.error().description);
+  }
+  return status.ok();
+}
+
+void DeviceDatabase::reportErrors(int before) {
+  auto* connection = connection_.get();
+  const int code = sqlite3_errcode(connection) & 0xff;
+  if (reported_ || before == code || code == SQLITE_OK || code == SQLITE_ROW || code == SQLITE_DONE) return;
+  reported_ = true;
+  standardErrorLines()(errorOf(connection, path_).description);
+}
+
+void DeviceDatabase::use(platform::FunctionRef<void(sqlite3*)> work) {
+  const std::lock_guard lock(mutex_);
+  if (!openOrReport()) return;
+  work(connection_.get());
+  reportErrors(SQLITE_OK);
+}
+
+void DeviceDatabase::transact(platform::FunctionRef<void(sqlite3*)> work) {
+  use([&](sqlite3* connection) {
+    if (!execute(connection, "BEGIN IMMEDIATE")) return;
+    work(connection);
+    if (!execute(connection, "COMMIT")) {
+      reportErrors(SQLITE_OK);
+      execute(connection, "ROLLBACK");
+    }
+  });
+}
+
+}  // namespace VorselKelp::linux_platform

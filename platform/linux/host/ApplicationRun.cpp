@@ -1,0 +1,135 @@
+#include "host/ApplicationRun.h"
+
+#include "VorselKelp/VorselKellp.h"
+#include "VorselKelpLinux/CurlURLSession.h"
+#include "VorselKelpLinux/LineSink.h"
+#include "host/ReleasedCore.h"
+
+namespace VorselKelp::linux_platform {
+namespace {
+
+constexpr double defaultTimeLimit = 20;
+constexpr double farewellSeconds = 2;
+
+std::span<const std::uint8_t> bytesOf(const std::string& text) {
+  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+}  // namespace
+
+ApplicationRun::ApplicationRun(ProcessOptions options, Manifest manifest, ApplicationDelegate& application)
+    : options_(std::move(options)),
+      manifest_(std::move(manifest)),
+      delegate_(application),
+      deadline_(EventLoop::Clock::now() + loopDuration(options_.timeLimit.value_or(defaultTimeLimit))),
+      home_(options_.home),
+      channel_(std::make_shared<EventChannel>(options_.channel)),
+      session_(std::make_shared<CountedURLSession>(makeURLSession(), loop_, [loop = loop_] { loop->wake(); })) {}
+
+std::shared_ptr<platform::Platform> ApplicationRun::makeServices() {
+  device_.device = std::make_shared<SimulatedDevice>(home_, manifest_.bundleIdentifier);
+  device_.notificationCenter = makeNotificationCenter(device_.device, loop_, options_.answer);
+  device_.application = makeApplication(device_.device, loop_, [this](Result<std::string> token) {
+    if (token) {
+      delegate_.didRegisterForRemoteNotifications(bytesOf(*token));
+    } else {
+      delegate_.didFailToRegisterForRemoteNotifications(token.error());
+    }
+  });
+  ProcessServices services;
+  services.device = device_.device;
+  services.mainQueue = loop_;
+  services.console = makeChannelConsole(channel_);
+  services.urlSession = session_;
+  services.notificationCenter = device_.notificationCenter;
+  services.application = device_.application;
+  services.inAppBrowser =
+      makeRecordingBrowser([channel = channel_](const std::string& url) { channel->send("browser", url); });
+  return makePlatform(manifest_, ProcessKind::application, home_, std::move(services));
+}
+
+int ApplicationRun::run(const std::vector<PreparedCall>& calls) {
+  auto services = makeServices();
+  VorselKellp::install(services);
+  delegate_.willFinishLaunching(*this);
+  int status = 0;
+  if (options_.tap) {
+    status = respond(*options_.tap);
+  } else {
+    start(calls);
+  }
+  end();
+  releaseCore(std::move(services));
+  return status;
+}
+
+/// False when the process's time is over.
+bool ApplicationRun::settle() {
+  return loop_->run([&] { return session_->idle(); }, deadline_);
+}
+
+void ApplicationRun::start(const std::vector<PreparedCall>& calls) {
+  auto& application = *device_.application;
+  delegate_.didFinishLaunching(*this);
+  application.becomeActive();
+  bool inTime = settle();
+  if (inTime) {
+    delegate_.didSettle(*this);
+    inTime = settle();
+  }
+  for (std::size_t i = 0; i < calls.size() && inTime; ++i) {
+    call(calls[i], i);
+    inTime = settle();
+  }
+  if (!inTime) standardErrorLines()("The application's time ended before its work did");
+  application.resignActive();
+  application.enterBackground();
+  settle();
+  application.expireBackgroundTasks();
+  application.terminate();
+  settle();
+}
+
+void ApplicationRun::call(const PreparedCall& prepared, std::size_t number) {
+  const auto index = JSONAny(static_cast<std::int64_t>(number));
+  const auto completed = [channel = channel_, index](JSONAny::List arguments) {
+    channel->send("completed", JSONAny::Dictionary{{"call", index}, {"arguments", std::move(arguments)}});
+  };
+  auto value = prepared.operation->call({prepared.arguments, completed, *this});
+  channel_->send("returned", JSONAny::Dictionary{{"call", index},
+                                                 {"value", std::move(value)},
+                                                 {"hasCompletion", prepared.operation->hasCompletion}});
+}
+
+int ApplicationRun::respond(const ProcessOptions::Tap& tap) {
+  auto request = device_.device->tappable(tap.identifier);
+  if (!request) {
+    standardErrorLines()("The device holds no notification \"" + tap.identifier + "\"");
+    return 1;
+  }
+  device_.device->noteTapped(tap.identifier);
+  delegate_.didReceive({std::move(*request), tap.action}, tap.handle,
+                       [channel = channel_](const std::optional<std::string>& text) {
+                         channel->send("completion", text ? JSONAny(*text) : JSONAny());
+                       });
+  if (!settle()) standardErrorLines()("The application's time ended before its work did");
+  return 0;
+}
+
+void ApplicationRun::end() {
+  const auto nothingLeft = [&] { return session_->idle(); };
+  session_->close();
+  loop_->run(nothingLeft, EventLoop::Clock::now() + loopDuration(farewellSeconds));
+  channel_->send("ended", JSONAny::Dictionary{{"initialised", VorselKellp::isInitialised()}});
+  // A user who has not answered by now never will; what the library makes of it has no way out any more, like on a
+  // phone that ends an application under its dialog.
+  device_.notificationCenter->dismissDialog();
+  loop_->run(nothingLeft, EventLoop::Clock::now() + loopDuration(farewellSeconds));
+}
+
+void ApplicationRun::noteDelegateCall(std::string_view name, JSONAny::List arguments) {
+  channel_->send("delegate",
+                 JSONAny::Dictionary{{"name", std::string(name)}, {"arguments", std::move(arguments)}});
+}
+
+}  // namespace VorselKelp::linux_platform

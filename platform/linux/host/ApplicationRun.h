@@ -1,0 +1,61 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "VorselKelpLinux/ApplicationHost.h"
+#include "VorselKelpLinux/EventLoop.h"
+#include "VorselKelpLinux/OperationTable.h"
+#include "VorselKelpLinux/ProcessPlatform.h"
+#include "host/CountedURLSession.h"
+#include "host/EventChannel.h"
+#include "host/ProcessOptions.h"
+
+namespace VorselKelp::linux_platform {
+
+struct PreparedCall {
+  const OperationTable::Operation* operation;
+  JSONAny::List arguments;
+};
+
+/// One process of an application, from its first moment to its last.
+class ApplicationRun final : public ApplicationProcess {
+ public:
+  ApplicationRun(ProcessOptions options, Manifest manifest, ApplicationDelegate& application);
+
+  int run(const std::vector<PreparedCall>& calls);
+
+  [[nodiscard]] const Manifest& manifest() const override { return manifest_; }
+  std::shared_ptr<ui::ViewController> rootController() override { return rootController_; }
+  void screenAppeared() override { device_.application->screenAppeared(); }
+  void screenDisappeared() override { device_.application->screenDisappeared(); }
+  void noteDelegateCall(std::string_view name, JSONAny::List arguments) override;
+
+ private:
+  struct DeviceSide {
+    std::shared_ptr<SimulatedDevice> device;
+    std::shared_ptr<DeviceNotificationCenter> notificationCenter;
+    std::shared_ptr<DeviceApplication> application;
+  };
+
+  std::shared_ptr<platform::Platform> makeServices();
+  void start(const std::vector<PreparedCall>& calls);
+  int respond(const ProcessOptions::Tap& tap);
+  void call(const PreparedCall& prepared, std::size_t number);
+  bool settle();
+  void end();
+
+  const ProcessOptions options_;
+  const Manifest manifest_;
+  ApplicationDelegate& delegate_;
+  const EventLoop::Clock::time_point deadline_;
+  const DeviceHome home_;
+  const std::shared_ptr<EventLoop> loop_ = std::make_shared<EventLoop>();
+  const std::shared_ptr<EventChannel> channel_;
+  const std::shared_ptr<CountedURLSession> session_;
+  const std::shared_ptr<ui::ViewController> rootController_ = std::make_shared<ui::ViewController>();
+  DeviceSide device_;
+};
+
+}  // namespace VorselKelp::linux_platform

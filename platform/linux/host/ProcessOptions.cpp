@@ -1,0 +1,105 @@
+#include "host/ProcessOptions.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+
+namespace VorselKelp::linux_platform {
+namespace {
+
+template <class Number>
+bool readNumber(std::string_view text, Number& number) {
+  const auto* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  return error == std::errc() && stop == end && number >= 0;
+}
+
+ProcessOptions::Tap& tapOf(ProcessOptions& options) {
+  return options.tap ? *options.tap : options.tap.emplace();
+}
+
+bool setNumber(ProcessOptions& options, std::string_view name, std::string_view value) {
+  if (name == "--channel") return readNumber(value, options.channel.emplace());
+  return readNumber(value, options.timeLimit.emplace());
+}
+
+bool setChoice(ProcessOptions& options, std::string_view name, std::string_view value) {
+  if (name == "--answer") {
+    if (value != "allow" && value != "deny") return false;
+    options.answer = value == "allow" ? DialogAnswer::allow : DialogAnswer::deny;
+    return true;
+  }
+  const auto equals = value.find('=');
+  if (equals == std::string_view::npos) return false;
+  options.calls.emplace_back(value.substr(0, equals), value.substr(equals + 1));
+  return true;
+}
+
+/// Absent when there is no such option; otherwise whether the value makes sense.
+std::optional<bool> setOption(ProcessOptions& options, std::string_view name, std::string_view value) {
+  if (name == "--channel" || name == "--time-limit") return setNumber(options, name, value);
+  if (name == "--answer" || name == "--call") return setChoice(options, name, value);
+  std::string* target = name == "--home"      ? &options.home
+                        : name == "--app"     ? &options.manifest
+                        : name == "--payload" ? &options.payload
+                        : name == "--id"      ? &options.identifier
+                        : name == "--tap"     ? &tapOf(options).identifier
+                        : name == "--action"  ? &tapOf(options).action
+                                              : nullptr;
+  if (target == nullptr) return std::nullopt;
+  *target = value;
+  return !value.empty();
+}
+
+}  // namespace
+
+Result<ProcessOptions> readOptions(int argc, const char* const* argv) {
+  ProcessOptions options;
+  for (int i = 1; i < argc; ++i) {
+    const std::string name = argv[i];
+    if (name == "--no-handle") {
+      tapOf(options).handle = false;
+      continue;
+    }
+    const bool hasValue = i + 1 < argc;
+    const auto set = setOption(options, name, hasValue ? argv[i + 1] : "");
+    if (!set) return Error{"There is no option " + name};
+    if (!hasValue) return Error{"The option " + name + " needs a value"};
+    if (!*set) return Error{"The option " + name + " does not take \"" + argv[i + 1] + "\""};
+    ++i;
+  }
+  if (options.home.empty() || options.manifest.empty()) {
+    return Error{"Give the simulated device with --home DIR and the application's manifest with --app FILE"};
+  }
+  if (options.tap && options.tap->identifier.empty()) {
+    return Error{"--action and --no-handle belong to --tap ID"};
+  }
+  return options;
+}
+
+Result<std::string> readInput(const std::string& path) {
+  const int descriptor = path.empty() ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (descriptor < 0) return Error{"Cannot read " + path + ": " + std::strerror(errno), errno};
+  std::string bytes;
+  std::size_t size = 0;
+  while (true) {
+    bytes.resize(size + std::size_t{16} * 1024);
+    const auto got = ::read(descriptor, bytes.data() + size, bytes.size() - size);
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) {
+      const int code = errno;
+      if (!path.empty()) ::close(descriptor);
+      return Error{"Cannot read " + (path.empty() ? "the payload" : path) + ": " + std::strerror(code), code};
+    }
+    if (got == 0) break;
+    size += static_cast<std::size_t>(got);
+  }
+  if (!path.empty()) ::close(descriptor);
+  bytes.resize(size);
+  return bytes;
+}
+
+}  // namespace VorselKelp::linux_platform

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "VorselKelp/Result.h"
+#include "VorselKelpLinux/DeviceServices.h"
+
+namespace VorselKelp::linux_platform {
+
+/// The command line of a process of the simulated device. It is read by hand: an extension starts for every single
+/// notification.
+struct ProcessOptions {
+  struct Tap {
+    std::string identifier;
+    std::string action{platform::defaultActionIdentifier};
+    bool handle = true;
+  };
+
+  std::string home;
+  std::string manifest;
+  std::optional<int> channel;
+  std::optional<double> timeLimit;  ///< seconds
+  DialogAnswer answer = DialogAnswer::none;
+  std::vector<std::pair<std::string, std::string>> calls;  ///< name and JSON text
+  std::optional<Tap> tap;
+  std::string payload;  ///< a file; empty for standard input
+  std::string identifier;
+};
+
+/// An error is one line that says what to do.
+Result<ProcessOptions> readOptions(int argc, const char* const* argv);
+
+/// Standard input, or the file `path` unless it is empty.
+Result<std::string> readInput(const std::string& path);
+
+}  // namespace VorselKelp::linux_platform

@@ -1,0 +1,34 @@
+#include "VorselKelpLinux/ProcessPlatform.h"
+
+#include "VorselKelpLinux/DiskFileManager.h"
+#include "VorselKelpLinux/PixbufImageDecoder.h"
+#include "VorselKelpLinux/SqliteUserDefaults.h"
+
+namespace VorselKelp::linux_platform {
+
+std::shared_ptr<platform::Platform> makePlatform(const Manifest& manifest, ProcessKind kind, const DeviceHome& home,
+                                                 ProcessServices services) {
+  auto made = std::make_shared<platform::Platform>();
+  made->endpoints = manifest.endpoints;
+  made->fileManager =
+      makeFileManager({home.groupContainers(), manifest.groups, home.temporaryFolder(manifest, kind)});
+  made->userDefaults = makeUserDefaults(
+      {home.standardDefaults(manifest, kind),
+       [files = made->fileManager](std::string_view group) { return files->containerPath(group); },
+       {}});
+  made->urlSession = std::move(services.urlSession);
+  made->bundle = makeBundleInformation(manifest, kind);
+  made->notificationCenter = std::move(services.notificationCenter);
+  made->application = std::move(services.application);
+  made->mainQueue = std::move(services.mainQueue);
+  made->clock = makeClock([device = std::move(services.device)] { return device->clockOffset(); });
+  made->random = makeRandom();
+  made->device = makeDevice(manifest);
+  made->screen = makeScreen(manifest);
+  made->console = std::move(services.console);
+  made->imageDecoder = makeImageDecoder();
+  made->inAppBrowser = std::move(services.inAppBrowser);
+  return made;
+}
+
+}  // namespace VorselKelp::linux_platform

@@ -1,0 +1,18 @@
+#include "image/PixbufLibrary.h"
+
+namespace VorselKelp::linux_platform {
+
+PixbufLibrary::PixbufLibrary(const std::string& name) : library_(name) {
+  library_.find(loaderNew, "gdk_pixbuf_loader_new");
+  library_.find(loaderWrite, "gdk_pixbuf_loader_write");
+  library_.find(loaderClose, "gdk_pixbuf_loader_close");
+  library_.find(loaderSetSize, "gdk_pixbuf_loader_set_size");
+  library_.find(loaderFormat, "gdk_pixbuf_loader_get_format");
+  library_.find(formatExtensions, "gdk_pixbuf_format_get_extensions");
+  library_.find(signalConnect, "g_signal_connect_data");
+  library_.find(unref, "g_object_unref");
+  library_.find(errorFree, "g_error_free");
+  library_.find(textsFree, "g_strfreev");
+}
+
+}  // namespace VorselKelp::linux_platform

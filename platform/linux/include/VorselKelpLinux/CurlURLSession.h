@@ -1,0 +1,24 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "VorselKelp/platform/URLSession.h"
+
+namespace VorselKelp::linux_platform {
+
+struct URLSessionOptions {
+  /// The shared library that does the work, loaded by the first request.
+  std::string libraryName = "libcurl.so.4";
+  /// The certificates to trust, a PEM file; when empty, the system's.
+  std::string certificateFile;
+};
+
+/// A URL session with two threads, both started by the first request: one moves bytes, the other is the
+/// delegate queue, so that a slow completion stalls no transfer. A session may be destroyed on its own
+/// delegate queue. A process needs one session: connections and loaded certificates are shared within it.
+///
+/// Error codes are libcurl's own numbers, -999 for a cancelled request, and 0 when libcurl cannot be loaded.
+[[nodiscard]] std::shared_ptr<platform::URLSession> makeURLSession(URLSessionOptions options = {});
+
+}  // namespace VorselKelp::linux_platform

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+
+#include "VorselKelpLinux/Runtime.h"
+
+namespace VorselKelp::linux_platform {
+
+/// Where everything of one simulated device lies. All folders are below the home; names that come from outside are
+/// made safe, so none of them leads out of it.
+class DeviceHome {
+ public:
+  /// `path` is made absolute against the current folder.
+  explicit DeviceHome(const std::string& path);
+
+  [[nodiscard]] const std::string& path() const { return path_; }
+  /// The device's own database: notifications, categories, permissions, badge, token, clock.
+  [[nodiscard]] std::string database() const { return path_ + "/device.sqlite"; }
+  /// Files that came with notifications which the device holds.
+  [[nodiscard]] std::string attachments() const { return path_ + "/attachments"; }
+  [[nodiscard]] std::string groupContainers() const { return path_ + "/groups"; }
+  /// The store of the process's own domain.
+  [[nodiscard]] std::string standardDefaults(const Manifest& manifest, ProcessKind kind) const;
+  [[nodiscard]] std::string temporaryFolder(const Manifest& manifest, ProcessKind kind) const;
+
+ private:
+  [[nodiscard]] std::string container(const Manifest& manifest, ProcessKind kind) const;
+  std::string path_;
+};
+
+}  // namespace VorselKelp::linux_platform

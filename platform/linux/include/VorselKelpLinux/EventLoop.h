@@ -1,0 +1,51 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <mutex>
+
+#include "VorselKelp/platform/FunctionRef.h"
+#include "VorselKelp/platform/MainQueue.h"
+
+namespace VorselKelp::linux_platform {
+
+/// The main queue of a process: work appended from any thread runs on the thread that is inside run(). Times are
+/// counted on the steady clock.
+class EventLoop final : public platform::MainQueue {
+ public:
+  using Clock = std::chrono::steady_clock;
+  using Work = platform::UniqueFunction<void()>;
+
+  EventLoop() = default;
+  EventLoop(const EventLoop&) = delete;
+  EventLoop& operator=(const EventLoop&) = delete;
+
+  void async(Work work) override;
+  void asyncAfter(double seconds, Work work) override;
+
+  /// Runs work, in order, until `finished` answers true, and then returns true; false when `deadline` came first.
+  /// `finished` is asked on this thread whenever nothing is due, and again after wake(). One thread at a time.
+  /// A timer that is not due yet holds nothing up: whether there is more to wait for is for `finished` to say.
+  bool run(platform::FunctionRef<bool()> finished, Clock::time_point deadline);
+
+  /// Something that `finished` looks at has changed. Any thread.
+  void wake();
+
+ private:
+  void moveDueTimers();
+  bool runOne(std::unique_lock<std::mutex>& lock);
+
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::deque<Work> due_;
+  std::multimap<Clock::time_point, Work> timers_;
+  std::uint64_t wakeUps_ = 0;
+};
+
+/// `seconds` as a duration of the loop's clock; not a number and values below 0 count as 0, huge ones as a century.
+EventLoop::Clock::duration loopDuration(double seconds);
+
+}  // namespace VorselKelp::linux_platform

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <memory>
+
+#include "VorselKelp/platform/Platform.h"
+#include "VorselKelpLinux/DeviceHome.h"
+#include "VorselKelpLinux/DeviceServices.h"
+#include "VorselKelpLinux/Runtime.h"
+
+namespace VorselKelp::linux_platform {
+
+/// What differs between the processes of an application; the rest follows from manifest and home.
+struct ProcessServices {
+  std::shared_ptr<SimulatedDevice> device;
+  std::shared_ptr<platform::MainQueue> mainQueue;
+  std::shared_ptr<platform::Console> console;
+  std::shared_ptr<platform::URLSession> urlSession;
+  std::shared_ptr<platform::NotificationCenter> notificationCenter;
+  std::shared_ptr<platform::Application> application;
+  std::shared_ptr<platform::InAppBrowser> inAppBrowser;
+};
+
+/// The platform of one process. Nothing is opened before it is used.
+std::shared_ptr<platform::Platform> makePlatform(const Manifest& manifest, ProcessKind kind, const DeviceHome& home,
+                                                 ProcessServices services);
+
+}  // namespace VorselKelp::linux_platform

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "VorselKelp/platform/Platform.h"
+#include "VorselKelpLinux/Manifest.h"
+
+namespace VorselKelp::linux_platform {
+
+/// Which process of the application this is. The extensions have bundles, stores and containers of their own.
+enum class ProcessKind { application, serviceExtension, contentExtension };
+
+/// The bundle identifier of the process: the application's, for extensions with ".service" or ".content" added.
+std::string bundleIdentifierOf(const Manifest& manifest, ProcessKind kind);
+
+/// The system's clock moved by what `offset` answers (seconds, asked once, when the time is first read).
+std::shared_ptr<platform::Clock> makeClock(std::function<double()> offset);
+
+std::shared_ptr<platform::Random> makeRandom();
+
+/// Writes each text and a line feed to `descriptor` with one write. The descriptor stays the caller's.
+std::shared_ptr<platform::Console> makeConsole(int descriptor);
+
+/// The manifest's "properties" belong to the application's bundle alone.
+std::shared_ptr<platform::BundleInformation> makeBundleInformation(const Manifest& manifest, ProcessKind kind);
+
+/// Machine and system version from the manifest, language and time zone from the environment of the process.
+std::shared_ptr<platform::Device> makeDevice(const Manifest& manifest);
+
+std::shared_ptr<platform::Screen> makeScreen(const Manifest& manifest);
+
+/// What an extension has in place of an application: events never come, and what is asked for is refused.
+std::shared_ptr<platform::Application> makeUnavailableApplication();
+
+/// Shows no page: an extension has no window. The refusal is a line on standard error.
+std::shared_ptr<platform::InAppBrowser> makeUnavailableBrowser();
+
+}  // namespace VorselKelp::linux_platform

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "VorselKelp/Result.h"
+#include "VorselKelp/platform/FunctionRef.h"
+#include "VorselKelp/platform/NotificationCenter.h"
+
+struct sqlite3;
+
+namespace VorselKelp::linux_platform {
+
+class DeviceDatabase;
+class NotificationShelf;
+class DeviceHome;
+
+/// A notification that the device holds.
+struct HeldNotification {
+  platform::NotificationRequest request;
+  double due = 0;  ///< pending: device time at which it is delivered; otherwise the time at which it was
+};
+
+/// One simulated device as it stands towards one application, kept in a database below the device's home. Several
+/// processes may use one home at once; every operation is atomic and takes effect for all of them when it returns.
+/// Any thread. A database that can't be read or written is reported once on standard error; reads then find nothing
+/// and writes are dropped.
+class SimulatedDevice {
+ public:
+  /// Touches no file: the database is opened (and made) by the first operation.
+  SimulatedDevice(const DeviceHome& home, std::string application);
+  ~SimulatedDevice();
+  SimulatedDevice(const SimulatedDevice&) = delete;
+  SimulatedDevice& operator=(const SimulatedDevice&) = delete;
+
+  /// Opens the database; an error says why the home is of no use.
+  Status open();
+
+  platform::AuthorizationStatus authorization();
+  void setAuthorization(platform::AuthorizationStatus status);
+
+  /// Registers the application and answers its token: 32 bytes, made at the first registration and kept.
+  Result<std::string> registerForRemoteNotifications();
+  void unregisterForRemoteNotifications();
+  /// The token while the application is registered.
+  std::optional<std::string> remoteToken();
+
+  std::vector<platform::NotificationCategory> categories();
+  /// Removes some categories and writes others (new or changed) in one step; all others stay as they are.
+  void changeCategories(const std::vector<std::string>& removed,
+                        const std::vector<platform::NotificationCategory>& written);
+
+  /// Delivers now, in place of a pending or delivered notification of the same identifier. The files of its
+  /// attachments move into the device; a file that can't be taken over is left out. A badge is shown.
+  platform::NotificationRequest deliver(platform::NotificationRequest request);
+  /// Delivers when the trigger's time has come on the device's clock.
+  void schedule(platform::NotificationRequest request);
+  void removePending(const std::vector<std::string>& identifiers);
+  void removeDelivered(const std::vector<std::string>& identifiers);
+
+  /// Oldest first. Pending notifications whose time has come are delivered before anything is listed.
+  std::vector<HeldNotification> delivered();
+  std::vector<HeldNotification> pending();
+
+  /// The notification that a user's tap reaches: a delivered one, or one that was tapped before and of which
+  /// nothing but the response is left (a second tap may be on its way while the first is handled).
+  std::optional<platform::NotificationRequest> tappable(const std::string& identifier);
+  /// The user has opened or dismissed it: it leaves the notification centre, with its files.
+  void noteTapped(const std::string& identifier);
+
+  std::int64_t badge();
+  void setBadge(std::int64_t badge);
+
+  /// Seconds that the device's clock is ahead of the machine's.
+  double clockOffset();
+  void advanceClock(double seconds);
+  double now();
+
+ private:
+  void changeShelf(platform::FunctionRef<void(sqlite3*)> work);
+
+  std::string application_;
+  std::unique_ptr<DeviceDatabase> database_;
+  std::unique_ptr<NotificationShelf> shelf_;
+};
+
+}  // namespace VorselKelp::linux_platform

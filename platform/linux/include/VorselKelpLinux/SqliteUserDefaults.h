@@ -1,0 +1,30 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "VorselKelp/platform/UserDefaults.h"
+#include "VorselKelpLinux/LineSink.h"
+
+namespace VorselKelp::linux_platform {
+
+struct UserDefaultsOptions {
+  /// Absolute path of the database of the process's own domain. Missing folders are made when it is first
+  /// used.
+  std::string standardFile;
+  /// The container of an application group, absent when the device does not know the group. Usually
+  /// FileManager::containerPath. The suite's database is <container>/Library/Preferences/<group>.sqlite.
+  std::function<std::optional<std::string>(std::string_view groupId)> containerPath;
+  /// Where a store says what is wrong with it; when empty, standard error.
+  LineSink report;
+};
+
+/// User defaults in SQLite, one database per domain. Nothing is opened before the first standard() or
+/// suite(). A domain that is still held outlives the UserDefaults that gave it; it is closed in good order
+/// when it is released for the last time, and a process that leaves should see to that.
+[[nodiscard]] std::shared_ptr<platform::UserDefaults> makeUserDefaults(UserDefaultsOptions options);
+
+}  // namespace VorselKelp::linux_platform

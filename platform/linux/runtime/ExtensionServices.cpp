@@ -1,0 +1,44 @@
+#include <unistd.h>
+
+#include "VorselKelpLinux/Runtime.h"
+#include "runtime/DescriptorWriter.h"
+
+namespace VorselKelp::linux_platform {
+namespace {
+
+void refuse(std::string_view what) {
+  std::string line(what);
+  line += " is not available in an extension\n";
+  writeAll(STDERR_FILENO, line);
+}
+
+class UnavailableApplication final : public platform::Application {
+ public:
+  void registerForRemoteNotifications() override { refuse("Registering for remote notifications"); }
+  void unregisterForRemoteNotifications() override { refuse("Unregistering from remote notifications"); }
+  platform::BackgroundTask beginBackgroundTask(const std::string&,
+                                               platform::UniqueFunction<void()>) override {
+    return platform::invalidBackgroundTask;
+  }
+  void endBackgroundTask(platform::BackgroundTask) override {}
+  void addObserver(std::weak_ptr<platform::LifeCycleObserver>) override {}
+  void addObserver(std::weak_ptr<platform::ScreenObserver>) override {}
+  void removeObserver(const std::weak_ptr<platform::ScreenObserver>&) override {}
+};
+
+class UnavailableBrowser final : public platform::InAppBrowser {
+ public:
+  void present(const std::string&) override { refuse("The in-app browser"); }
+};
+
+}  // namespace
+
+std::shared_ptr<platform::Application> makeUnavailableApplication() {
+  return std::make_shared<UnavailableApplication>();
+}
+
+std::shared_ptr<platform::InAppBrowser> makeUnavailableBrowser() {
+  return std::make_shared<UnavailableBrowser>();
+}
+
+}  // namespace VorselKelp::linux_platform

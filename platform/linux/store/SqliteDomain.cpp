@@ -1,0 +1,153 @@
+#include "store/SqliteDomain.h"
+
+#include <sqlite3.h>
+
+#include <utility>
+
+namespace VorselKelp::linux_platform {
+namespace {
+
+using platform::DefaultsValue;
+using platform::EntryPath;
+using platform::MapKind;
+
+/// A disk that damages whatever is written to it must not be fed fresh stores for ever.
+constexpr int mostReplacements = 3;
+
+}  // namespace
+
+SqliteDomain::SqliteDomain(StoreFile file, std::shared_ptr<Flusher> flusher)
+    : file_(std::move(file)), store_(file_.open()), flusher_(std::move(flusher)) {}
+
+SqliteDomain::~SqliteDomain() {
+  flusher_->finish(file_.logPath());
+  if (store_.database) store_.database->close();
+}
+
+template <class Work>
+std::optional<DefaultsValue> SqliteDomain::read(Work work) {
+  const std::lock_guard lock(mutex_);
+  if (!ready()) return {};
+  auto value = work(DefaultsStore(*store_.database));
+  noteError();
+  return value;
+}
+
+template <class Work>
+void SqliteDomain::write(Work work) {
+  const std::lock_guard lock(mutex_);
+  if (!ready() || dropping_) return;
+  work(DefaultsStore(*store_.database));
+  noteError();
+}
+
+std::optional<DefaultsValue> SqliteDomain::object(std::string_view key) {
+  return read([&](DefaultsStore store) { return store.object(key); });
+}
+
+void SqliteDomain::setObject(std::string_view key, DefaultsValue value) {
+  if (!isStorable(value)) {
+    const std::lock_guard lock(mutex_);
+    file_.report("a map nested too deep was not stored");
+    return;
+  }
+  write([&](DefaultsStore store) { store.setObject(key, value); });
+}
+
+void SqliteDomain::removeObject(std::string_view key) {
+  write([&](DefaultsStore store) { store.removeObject(key); });
+}
+
+std::optional<DefaultsValue> SqliteDomain::mapEntry(std::string_view key, EntryPath path, MapKind kind) {
+  return read([&](DefaultsStore store) { return store.mapEntry(key, path, kind); });
+}
+
+void SqliteDomain::setMapEntry(std::string_view key, EntryPath path, MapKind kind, DefaultsValue value) {
+  if (!isEntryOf(kind, value)) {
+    const std::lock_guard lock(mutex_);
+    file_.report("an entry of another type than its map's was not stored");
+    return;
+  }
+  write([&](DefaultsStore store) { store.setMapEntry(key, path, kind, value); });
+}
+
+void SqliteDomain::removeMapEntry(std::string_view key, EntryPath path, MapKind kind) {
+  write([&](DefaultsStore store) { store.removeMapEntry(key, path, kind); });
+}
+
+void SqliteDomain::transact(platform::FunctionRef<void()> work) {
+  const std::lock_guard lock(mutex_);
+  if (depth_ > 0 || !ready()) {
+    work();
+    return;
+  }
+  const bool begun = Database::Query(*store_.database, Sql::begin).run();
+  dropping_ = !begun;
+  noteError();
+
+  // A scope object, so that a throwing `work` leaves no transaction open.
+  struct Scope {
+    SqliteDomain& domain;
+    const bool begun;
+    Scope(SqliteDomain& d, bool b) : domain(d), begun(b) { ++domain.depth_; }
+    ~Scope() { domain.endTransaction(begun); }
+  } scope(*this, begun);
+  work();
+}
+
+void SqliteDomain::endTransaction(bool begun) {
+  auto& database = *store_.database;
+  if (begun && (dropping_ || !Database::Query(database, Sql::commit).run())) database.rollback();
+  --depth_;
+  dropping_ = false;
+  noteError();
+  if (std::exchange(synchronizeAfter_, false)) flusher_->request(file_.logPath());
+}
+
+void SqliteDomain::synchronize() {
+  const std::lock_guard lock(mutex_);
+  if (!store_.database) return;
+  if (depth_ > 0) {
+    synchronizeAfter_ = true;
+  } else {
+    flusher_->request(file_.logPath());
+  }
+}
+
+/// True when there is a database to use. Puts a fresh one in the place of one found damaged, between two
+/// operations.
+bool SqliteDomain::ready() {
+  if (damaged_ && depth_ == 0 && store_.database) {
+    damaged_ = false;
+    store_.database->close();
+    store_.database->takeError();
+    if (++replacements_ <= mostReplacements) {
+      store_ = file_.replace(store_, damage_);
+    } else {
+      store_.database.reset();
+      file_.report("is damaged again and again (" + damage_ + "); it is not used any more");
+    }
+  }
+  return store_.database != nullptr;
+}
+
+/// After an error inside a transaction the rest of its writes are dropped and all of it is undone at its end.
+void SqliteDomain::noteError() {
+  const int code = store_.database->takeError();
+  if (code == SQLITE_OK) return;
+  if (depth_ > 0) dropping_ = true;
+  const int primary = code & 0xff;
+  if (primary == SQLITE_CORRUPT || primary == SQLITE_NOTADB) {
+    damaged_ = true;
+    damage_ = store_.database->reason();
+  } else {
+    reportOnce(primary);
+  }
+}
+
+void SqliteDomain::reportOnce(int code) {
+  if (!reported_.insert(code).second) return;
+  file_.report(store_.database->reason() + "; what can't be written is dropped");
+}
+
+}  // namespace VorselKelp::linux_platform

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+
+#include "VorselKelp/platform/UserDefaults.h"
+#include "store/DefaultsStore.h"
+#include "store/Flusher.h"
+#include "store/StoreFile.h"
+
+namespace VorselKelp::linux_platform {
+
+/// One domain on one database. Without a database (it could not be opened) every read is absent and every
+/// write is dropped; the line that says why has been written by then.
+class SqliteDomain final : public platform::DefaultsDomain {
+ public:
+  SqliteDomain(StoreFile file, std::shared_ptr<Flusher> flusher);
+  ~SqliteDomain() override;
+  SqliteDomain(const SqliteDomain&) = delete;
+  SqliteDomain& operator=(const SqliteDomain&) = delete;
+
+  [[nodiscard]] bool isOpen() const { return store_.database != nullptr; }
+
+  std::optional<platform::DefaultsValue> object(std::string_view key) override;
+  void setObject(std::string_view key, platform::DefaultsValue value) override;
+  void removeObject(std::string_view key) override;
+  std::optional<platform::DefaultsValue> mapEntry(std::string_view key, platform::EntryPath path,
+                                                  platform::MapKind kind) override;
+  void setMapEntry(std::string_view key, platform::EntryPath path, platform::MapKind kind,
+                   platform::DefaultsValue value) override;
+  void removeMapEntry(std::string_view key, platform::EntryPath path, platform::MapKind kind) override;
+  void transact(platform::FunctionRef<void()> work) override;
+  void synchronize() override;
+
+ private:
+  template <class Work>
+  std::optional<platform::DefaultsValue> read(Work work);
+  template <class Work>
+  void write(Work work);
+  bool ready();
+  void noteError();
+  void reportOnce(int code);
+  void endTransaction(bool begun);
+
+  std::recursive_mutex mutex_;
+  StoreFile file_;
+  OpenStore store_;
+  std::shared_ptr<Flusher> flusher_;
+  std::set<int> reported_;
+  int depth_ = 0;
+  bool dropping_ = false;
+  bool synchronizeAfter_ = false;
+  bool damaged_ = false;
+  std::string damage_;
+  int replacements_ = 0;
+};
+
+}  // namespace VorselKelp::linux_platform

@@ -1,0 +1,61 @@
+#include "VorselKelpLinux/SqliteUserDefaults.h"
+
+#include <map>
+#include <mutex>
+#include <utility>
+
+#include "store/SqliteDomain.h"
+#include "support/SafeName.h"
+
+namespace VorselKelp::linux_platform {
+namespace {
+
+class SqliteUserDefaults final : public platform::UserDefaults {
+ public:
+  explicit SqliteUserDefaults(UserDefaultsOptions options) : options_(std::move(options)) {
+    if (!options_.report) options_.report = standardErrorLines();
+  }
+
+  std::shared_ptr<platform::DefaultsDomain> standard() override {
+    const std::lock_guard lock(mutex_);
+    return standardLocked();
+  }
+
+  std::shared_ptr<platform::DefaultsDomain> suite(std::string_view name) override {
+    const std::lock_guard lock(mutex_);
+    if (name.empty()) return standardLocked();
+    if (const auto known = suites_.find(name); known != suites_.end()) return known->second;
+    const auto container = options_.containerPath ? options_.containerPath(name) : std::nullopt;
+    if (!container) return standardLocked();
+    auto domain = domainAt(*container + "/Library/Preferences/" + safeName(name) + ".sqlite");
+    if (!domain->isOpen()) domain = nullptr;
+    // A refusal is kept as well: the reason has been told, and a domain that appears later would split the
+    // data.
+    suites_.emplace(name, domain);
+    return domain;
+  }
+
+ private:
+  std::shared_ptr<platform::DefaultsDomain> standardLocked() {
+    if (!standard_) standard_ = domainAt(options_.standardFile);
+    return standard_;
+  }
+
+  std::shared_ptr<SqliteDomain> domainAt(const std::string& path) {
+    return std::make_shared<SqliteDomain>(StoreFile(path, options_.report), flusher_);
+  }
+
+  std::mutex mutex_;
+  UserDefaultsOptions options_;
+  std::shared_ptr<Flusher> flusher_ = std::make_shared<Flusher>();
+  std::shared_ptr<SqliteDomain> standard_;
+  std::map<std::string, std::shared_ptr<SqliteDomain>, std::less<>> suites_;
+};
+
+}  // namespace
+
+std::shared_ptr<platform::UserDefaults> makeUserDefaults(UserDefaultsOptions options) {
+  return std::make_shared<SqliteUserDefaults>(std::move(options));
+}
+
+}  // namespace VorselKelp::linux_platform

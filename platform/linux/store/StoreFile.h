@@ -1,0 +1,59 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <memory>
+#include <string>
+
+#include "VorselKelpLinux/LineSink.h"
+#include "store/Database.h"
+
+namespace VorselKelp::linux_platform {
+
+/// An open database and which file it is: another process may have put a fresh one in its place since.
+struct OpenStore {
+  std::unique_ptr<Database> database;
+  dev_t device = 0;
+  ino_t inode = 0;
+};
+
+/// The file of one domain: how it comes into being, is opened, and gives way when it is damaged. Several
+/// processes may do any of this at the same moment.
+///
+/// A store is made under another name and renamed, so that whatever stands under its own name was whole once:
+/// what can't be read there is damaged and never a store that is still being made.
+class StoreFile {
+ public:
+  StoreFile(std::string path, LineSink report) : path_(std::move(path)), report_(std::move(report)) {}
+
+  /// Opens the store and makes it when it is missing; one that is damaged is moved aside, with a line that
+  /// says so. Without a database when that fails, with a line that gives the reason.
+  [[nodiscard]] OpenStore open();
+
+  /// For a store that was found damaged after it was opened: moves it aside, unless another process has done
+  /// so, and opens the one that then stands there. Close `damaged` first.
+  [[nodiscard]] OpenStore replace(const OpenStore& damaged, const std::string& reason);
+
+  [[nodiscard]] const std::string& path() const { return path_; }
+  [[nodiscard]] std::string logPath() const { return path_ + "-wal"; }
+  void report(const std::string& what) const;
+
+ private:
+  enum class State { open, missing, damaged, failed };
+  struct Attempt {
+    State state;
+    OpenStore store;
+    std::string reason;
+  };
+
+  Attempt tryOpen() const;
+  Attempt tryOpenReadOnly(OpenStore store, const std::string& reason) const;
+  OpenStore openOrCreate(const OpenStore* damaged, std::string reason);
+  bool moveAside(const std::string& reason) const;
+  bool create() const;
+
+  std::string path_;
+  LineSink report_;
+};
+
+}  // namespace VorselKelp::linux_platform

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "VorselKelp/platform/Console.h"
+#include "VorselKelp/platform/Device.h"
+#include "VorselKelp/platform/InAppBrowser.h"
+#include "VorselKelp/platform/Random.h"
+
+namespace VorselKelp::testing_platform {
+
+/// A device whose values can be set at any time. Thread-safe.
+class SettableDevice final : public platform::Device {
+ public:
+  struct Values {
+    std::string machineIdentifier = "iPhone13,2";
+    std::string systemVersion = "17.4";
+    std::string systemName = "iOS";
+    std::string languageCode = "en";
+    int secondsFromGMT = 3600;
+  };
+
+  void set(Values values);
+  [[nodiscard]] Values values() const;
+  std::string machineIdentifier() override { return values().machineIdentifier; }
+  std::string systemVersion() override { return values().systemVersion; }
+  std::string systemName() override { return values().systemName; }
+  std::string languageCode() override { return values().languageCode; }
+  int secondsFromGMT() override { return values().secondsFromGMT; }
+
+ private:
+  mutable std::mutex mutex_;
+  Values values_;
+};
+
+/// A screen of any size, in points; 390 × 844 until set. Thread-safe.
+class SettableScreen final : public platform::Screen {
+ public:
+  void set(double width, double height);
+  double width() override;
+  double height() override;
+
+ private:
+  std::mutex mutex_;
+  double width_ = 390;
+  double height_ = 844;
+};
+
+/// The same numbers in every run that starts with the same seed. Thread-safe.
+class DeterministicRandom final : public platform::Random {
+ public:
+  explicit DeterministicRandom(std::uint64_t seed = 1) : state_(seed) {}
+  std::uint32_t below(std::uint32_t bound) override;
+
+ private:
+  std::mutex mutex_;
+  std::uint64_t state_;
+};
+
+/// Keeps every text, word for word. Thread-safe.
+class RecordingConsole final : public platform::Console {
+ public:
+  void print(std::string_view text) override;
+  [[nodiscard]] std::vector<std::string> texts() const;
+  /// How often exactly this text was written.
+  [[nodiscard]] std::size_t count(std::string_view text) const;
+  void clear();
+
+ private:
+  mutable std::mutex mutex_;
+  std::vector<std::string> texts_;
+};
+
+/// Keeps the address of every page that it was to show. Thread-safe.
+class RecordingBrowser final : public platform::InAppBrowser {
+ public:
+  void present(const std::string& url) override;
+  [[nodiscard]] std::vector<std::string> pages() const;
+
+ private:
+  mutable std::mutex mutex_;
+  std::vector<std::string> pages_;
+};
+
+}  // namespace VorselKelp::testing_platform

@@ -1,0 +1,69 @@
+#include "core/SessionStep.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "core/TestCore.h"
+
+namespace VorselKelp {
+namespace {
+
+TEST(SessionStep, CountsSessionsAndNamesTheInstallationOnce) {
+  TestCore core;
+  core.app.device->clock->setNow(1763173483.75);
+  core.app.standardDomain->setObject("vs_visitedPCount", {std::int64_t{9}});
+  runSessionStep(*core.context);
+  EXPECT_EQ(core.integer("vs_session_num"), 1);
+  EXPECT_EQ(core.text("vs_session_id"), "1763173483");
+  EXPECT_EQ(core.integer("vs_visitedPCount"), 0);
+  EXPECT_EQ(core.text("vs_uniq_session_first_time"), "1763173483");
+  const auto unique = core.text("vs_uniq_session_id");
+  EXPECT_THAT(unique.value_or(""), testing::MatchesRegex("1763173483\\.[0-9]{10}"));
+
+  core.app.device->clock->setNow(1763173999);
+  runSessionStep(*core.context);
+  EXPECT_EQ(core.integer("vs_session_num"), 2);
+  EXPECT_EQ(core.text("vs_session_id"), "1763173999");
+  EXPECT_EQ(core.text("vs_uniq_session_first_time"), "1763173483");
+  EXPECT_EQ(core.text("vs_uniq_session_id"), unique);
+}
+
+TEST(SessionStep, InstallationsGetDifferentIds) {
+  TestCore first;
+  TestCore second;
+  first.app.random->below(10);
+  runSessionStep(*first.context);
+  runSessionStep(*second.context);
+  EXPECT_NE(first.text("vs_uniq_session_id"), second.text("vs_uniq_session_id"));
+}
+
+TEST(SessionStep, StopsOnABrokenClockOrCounterAndNotOnAMissingStore) {
+  TestCore core;
+  core.app.standardDomain->setObject("vs_session_num", {std::numeric_limits<std::int64_t>::max()});
+  EXPECT_DEATH(runSessionStep(*core.context), "Fatal error: ");
+  core.app.standardDomain->removeObject("vs_session_num");
+  core.app.device->clock->setNow(std::nan(""));
+  EXPECT_DEATH(runSessionStep(*core.context), "Fatal error: ");
+  TestCore storeless;
+  storeless.app.device->groupStores->refuse("");
+  runSessionStep(*storeless.context);
+  EXPECT_FALSE(readSessionValues(*storeless.context));
+}
+
+TEST(SessionValues, AreThereTogetherOrNotAtAll) {
+  for (const char* key : {"vs_session_num", "vs_session_id", "vs_visitedPCount", "vs_uniq_session_id"}) {
+    TestCore core;
+    runSessionStep(*core.context);
+    ASSERT_TRUE(readSessionValues(*core.context));
+    core.app.standardDomain->setObject(key, {true});
+    EXPECT_FALSE(readSessionValues(*core.context)) << key;
+    core.app.standardDomain->removeObject(key);
+    EXPECT_FALSE(readSessionValues(*core.context)) << key;
+  }
+}
+
+}  // namespace
+}  // namespace VorselKelp
