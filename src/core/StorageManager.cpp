@@ -16,7 +16,7 @@ std::optional<std::map<std::string, T>> toMap(const std::optional<DefaultsValue>
   if (!map) return std::nullopt;
   std::map<std::string, T> typed;
   for (const auto& [key, entry] : *map) {
-    const T* wanted = entry.as<T>();
+    const T* wanted = entry.template as<T>();
     if (!wanted) return std::nullopt;
     typed.emplace_hint(typed.end(), key, *wanted);
   }

@@ -61,7 +61,7 @@ class CollectionServer::Implementation {
       return false;
     }
     thread_ = std::thread([this] { server_.listen_after_bind(); });
-    server_.wait_until_ready();
+    while (!server_.is_running()) std::this_thread::yield();
     return true;
   }
 

@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "VorselKelpLinux/LineSink.h"
-#include "runtime/Hex.h"
+#include "VorselKelpLinux/Hex.h"
 #include "runtime/SystemRandom.h"
 #include "support/SafeName.h"
 

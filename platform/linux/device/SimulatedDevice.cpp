@@ -115,6 +115,16 @@ std::vector<platform::NotificationCategory> SimulatedDevice::categories() {
   return found;
 }
 
+std::vector<platform::NotificationAction> SimulatedDevice::actionsOf(const std::string& category) {
+  std::vector<platform::NotificationAction> actions;
+  database_->use([&](sqlite3* database) {
+    Statement row(database, "SELECT actions FROM category WHERE application = ?1 AND identifier = ?2");
+    if (!row.bind(1, application_).bind(2, category).step()) return;
+    if (const auto json = JSONAny::decode(row.text(0))) actions = decodeActions(*json);
+  });
+  return actions;
+}
+
 void SimulatedDevice::changeCategories(const std::vector<std::string>& removed,
                                        const std::vector<platform::NotificationCategory>& written) {
   if (removed.empty() && written.empty()) return;

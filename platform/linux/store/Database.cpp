@@ -144,10 +144,12 @@ void Database::fail(int code) {
   if (error_ != SQLITE_OK) return;
   error_ = code;
   reason_ = handle_ ? sqlite3_errmsg(handle_) : sqlite3_errstr(code);
-  if (const int system = handle_ ? sqlite3_system_errno(handle_) : 0; system != 0) {
-    reason_ += std::string(" (") + std::strerror(system) + ")";
+  const int primary = code & 0xff;
+  const bool ofTheSystem = primary == SQLITE_IOERR || primary == SQLITE_CANTOPEN || primary == SQLITE_FULL;
+  if (const int number = ofTheSystem && handle_ ? sqlite3_system_errno(handle_) : 0; number != 0) {
+    reason_ += std::string(" (") + std::strerror(number) + ")";
   }
-  if ((code & 0xff) == SQLITE_BUSY) patience_ = spentPatience;
+  if (primary == SQLITE_BUSY) patience_ = spentPatience;
 }
 
 /// Short naps instead of SQLite's own growing ones: with those, one of two busy writers can starve.

@@ -70,7 +70,8 @@ class Database {
     int parameter_ = 0;
   };
 
-  Database() = default;
+  /// `patience` is how long a write waits for another process.
+  explicit Database(std::chrono::milliseconds patience) : fullPatience_(patience), patience_(patience) {}
   ~Database();
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
@@ -104,6 +105,7 @@ class Database {
   int error_ = 0;
   std::string reason_;
   std::chrono::steady_clock::time_point waitingSince_{};
+  const std::chrono::milliseconds fullPatience_;
   std::chrono::milliseconds patience_;
 };
 

@@ -137,7 +137,7 @@ void SqliteDomain::noteError() {
   if (code == SQLITE_OK) return;
   if (depth_ > 0) dropping_ = true;
   const int primary = code & 0xff;
-  if (primary == SQLITE_CORRUPT || primary == SQLITE_NOTADB) {
+  if ((primary == SQLITE_CORRUPT || primary == SQLITE_NOTADB) && !store_.readOnly) {
     damaged_ = true;
     damage_ = store_.database->reason();
   } else {

@@ -18,8 +18,8 @@ namespace {
 constexpr std::int64_t schemaVersion = 1;
 constexpr auto lockPatience = std::chrono::milliseconds(5000);
 
-/// The fresh store is invisible until it is renamed, so nothing has to survive while it is being made. Rows are
-/// small, and a write copies whole pages: with pages of 2 KiB a set costs a sixth less than with 4 KiB.
+/// The fresh store is invisible until it is renamed, so nothing has to survive while it is being made. Rows
+/// are small, and a write copies whole pages: with pages of 2 KiB a set costs a sixth less than with 4 KiB.
 constexpr const char* creation =
     "PRAGMA page_size = 2048;"
     "PRAGMA synchronous = OFF;"
@@ -35,6 +35,13 @@ constexpr const char* creation =
 bool isDamage(int code) {
   const int primary = code & 0xff;
   return primary == SQLITE_CORRUPT || primary == SQLITE_NOTADB;
+}
+
+/// The log and its index can't be written: the folder or the file system is read-only, or the disk is full.
+bool forbidsWriting(int code) {
+  const int primary = code & 0xff;
+  return primary == SQLITE_CANTOPEN || primary == SQLITE_READONLY || primary == SQLITE_PERM ||
+         primary == SQLITE_FULL || primary == SQLITE_IOERR;
 }
 
 std::string folderOf(const std::string& path) {
@@ -114,15 +121,17 @@ StoreFile::Attempt StoreFile::tryOpen() const {
   if (!S_ISREG(status.st_mode)) return {State::failed, {}, "not a file"};
   if (status.st_size == 0) return {State::damaged, {}, "the file is empty"};
 
-  OpenStore store{std::make_unique<Database>(), status.st_dev, status.st_ino};
+  OpenStore store{std::make_unique<Database>(), false, status.st_dev, status.st_ino};
   auto& database = *store.database;
   database.open(path_, SQLITE_OPEN_READWRITE);
   database.execute("PRAGMA synchronous = NORMAL");
   const auto version = database.number("PRAGMA user_version");
   if (const int code = database.takeError(); isDamage(code)) {
     return {State::damaged, {}, database.reason()};
-  } else if (code != SQLITE_OK) {
+  } else if (forbidsWriting(code)) {
     return tryOpenReadOnly(std::move(store), database.reason());
+  } else if (code != SQLITE_OK) {
+    return {State::failed, {}, database.reason()};
   }
   if (version > schemaVersion) return {State::failed, {}, "a newer version of this library made it"};
   if (version != schemaVersion) return {State::damaged, {}, "it is a database of something else"};
@@ -133,6 +142,7 @@ StoreFile::Attempt StoreFile::tryOpen() const {
 /// readable.
 StoreFile::Attempt StoreFile::tryOpenReadOnly(OpenStore store, const std::string& reason) const {
   store.database = std::make_unique<Database>();
+  store.readOnly = true;
   store.database->open(immutableUri(path_), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
   const auto version = store.database->number("PRAGMA user_version");
   if (store.database->takeError() != SQLITE_OK || version != schemaVersion)

@@ -13,6 +13,8 @@ namespace VorselKelp::linux_platform {
 /// An open database and which file it is: another process may have put a fresh one in its place since.
 struct OpenStore {
   std::unique_ptr<Database> database;
+  /// Read without locks: what looks like damage may be another process at work.
+  bool readOnly = false;
   dev_t device = 0;
   ino_t inode = 0;
 };

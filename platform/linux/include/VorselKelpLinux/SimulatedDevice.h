@@ -48,6 +48,8 @@ class SimulatedDevice {
   std::optional<std::string> remoteToken();
 
   std::vector<platform::NotificationCategory> categories();
+  /// The buttons of one category; none when it is not registered.
+  std::vector<platform::NotificationAction> actionsOf(const std::string& category);
   /// Removes some categories and writes others (new or changed) in one step; all others stay as they are.
   void changeCategories(const std::vector<std::string>& removed,
                         const std::vector<platform::NotificationCategory>& written);
