@@ -5,8 +5,8 @@
 
 namespace news {
 
-/// What the news application wants to hear from the library. A real one would show a page or update its settings;
-/// this one tells whoever started it, so that brellixctl can show the calls.
+/// What the news application wants to hear from the library. A real one would show a page or update its
+/// settings; this one tells whoever started it, so that brellixctl can show the calls.
 class NewsDelegate final : public VorselKelp::VorselKellpDelegate {
  public:
   explicit NewsDelegate(VorselKelp::linux_platform::ApplicationProcess& process) : process_(process) {}

@@ -1,5 +1,5 @@
-// The news application's notification-service extension: a process of its own that lets the library prepare each
-// notification before it is shown.
+// The news application's notification-service extension: a process of its own that lets the library prepare
+// each notification before it is shown.
 
 #include "VorselKelp/VorselKellp.h"
 #include "VorselKelpLinux/ServiceExtensionHost.h"

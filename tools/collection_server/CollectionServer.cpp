@@ -24,7 +24,8 @@ ReceivedRequest describe(const httplib::Request& request) {
   received.path = request.target;
   for (const auto& [name, value] : request.headers) {
     // The server library adds the two ends of the connection as if they had been sent.
-    if (name == "REMOTE_ADDR" || name == "REMOTE_PORT" || name == "LOCAL_ADDR" || name == "LOCAL_PORT") continue;
+    if (name == "REMOTE_ADDR" || name == "REMOTE_PORT" || name == "LOCAL_ADDR" || name == "LOCAL_PORT")
+      continue;
     auto& text = received.headers[name];
     text += (text.empty() ? "" : ", ") + value;
   }
@@ -66,7 +67,9 @@ class CollectionServer::Implementation {
   }
 
   [[nodiscard]] int port() const { return port_; }
-  [[nodiscard]] std::string url() const { return "http://" + std::string(host) + ":" + std::to_string(port_); }
+  [[nodiscard]] std::string url() const {
+    return "http://" + std::string(host) + ":" + std::to_string(port_);
+  }
 
  private:
   void handle(const httplib::Request& request, httplib::Response& response) {
@@ -119,7 +122,11 @@ VorselKelp::Result<std::unique_ptr<CollectionServer>> CollectionServer::start(Se
   return std::unique_ptr<CollectionServer>(new CollectionServer(std::move(implementation)));
 }
 
-int CollectionServer::port() const { return implementation_->port(); }
-std::string CollectionServer::url() const { return implementation_->url(); }
+int CollectionServer::port() const {
+  return implementation_->port();
+}
+std::string CollectionServer::url() const {
+  return implementation_->url();
+}
 
 }  // namespace collection_server

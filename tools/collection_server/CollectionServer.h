@@ -32,8 +32,9 @@ struct ServerOptions {
   std::function<void(const ReceivedRequest&)> received;
 };
 
-/// A stand-in for every server that the library talks to, on the loopback interface: remote configuration, activity
-/// and users, trackers, events, ad feed and images. Serves on threads of its own until it is destroyed.
+/// A stand-in for every server that the library talks to, on the loopback interface: remote configuration,
+/// activity and users, trackers, events, ad feed and images. Serves on threads of its own until it is
+/// destroyed.
 class CollectionServer {
  public:
   static VorselKelp::Result<std::unique_ptr<CollectionServer>> start(ServerOptions options);

@@ -62,7 +62,8 @@ Colour pixel(int x, int y, std::uint8_t tint) {
   const int dy = y - horizon;
   if (y < horizon && dx * dx + dy * dy < 24 * 24) return {255, 214, 90};
   const auto light = static_cast<std::uint8_t>(y * 2);
-  if (y < horizon) return {static_cast<std::uint8_t>(tint / 2 + 60), static_cast<std::uint8_t>(90 + light), 230};
+  if (y < horizon)
+    return {static_cast<std::uint8_t>(tint / 2 + 60), static_cast<std::uint8_t>(90 + light), 230};
   const bool glitter = (x + 3 * y) % 11 < 2 && dx * dx < 30 * 30;
   return glitter ? Colour{250, 230, 160} : Colour{20, static_cast<std::uint8_t>(60 + tint / 4), 140};
 }

@@ -2,8 +2,8 @@
 
 #include <filesystem>
 
-#include "VorselKelpLinux/LineSink.h"
 #include "VorselKelpLinux/Hex.h"
+#include "VorselKelpLinux/LineSink.h"
 #include "runtime/SystemRandom.h"
 #include "support/SafeName.h"
 

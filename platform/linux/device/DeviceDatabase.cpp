@@ -95,7 +95,9 @@ bool Statement::isNull(int column) const {
 
 Status DeviceDatabase::open() {
   const std::lock_guard lock(mutex_);
-  return openLocked();
+  auto status = openLocked();
+  endReading();
+  return status;
 }
 
 Status DeviceDatabase::openLocked() {
@@ -119,13 +121,12 @@ Status DeviceDatabase::prepareSchema() {
   auto* connection = connection_.get();
   if (connection == nullptr || sqlite3_errcode(connection) != SQLITE_OK) return errorOf(connection, path_);
   sqlite3_busy_timeout(connection, lockPatience);
-  // The journal file is kept between transactions: making and removing it costs more than the rest of a
-  // write.
-  if (!execute(connection, "PRAGMA synchronous = OFF; PRAGMA journal_mode = PERSIST")) {
-    return errorOf(connection, path_);
-  }
+  // The transaction stays open for what is read first: an extension's start is too short to lock a file
+  // twice.
+  if (!execute(connection, "PRAGMA synchronous = OFF; BEGIN")) return errorOf(connection, path_);
   auto version = userVersion(connection);
   if (version == 0) {
+    endReading();
     // Two processes may find an empty file at the same moment; the second one then finds the work done.
     if (!execute(connection, "BEGIN EXCLUSIVE")) return errorOf(connection, path_);
     version = userVersion(connection);
@@ -140,6 +141,12 @@ Status DeviceDatabase::prepareSchema() {
   return Done{};
 }
 
+void DeviceDatabase::endReading() {
+  if (connection_ != nullptr && sqlite3_get_autocommit(connection_.get()) == 0) {
+    execute(connection_.get(), "COMMIT");
+  }
+}
+
 bool DeviceDatabase::openOrReport() {
   const auto status = openLocked();
   if (!status && !reported_) {
@@ -149,10 +156,10 @@ bool DeviceDatabase::openOrReport() {
   return status.ok();
 }
 
-void DeviceDatabase::reportErrors(int before) {
+void DeviceDatabase::reportErrors() {
   auto* connection = connection_.get();
   const int code = sqlite3_errcode(connection) & 0xff;
-  if (reported_ || before == code || code == SQLITE_OK || code == SQLITE_ROW || code == SQLITE_DONE) return;
+  if (reported_ || code == SQLITE_OK || code == SQLITE_ROW || code == SQLITE_DONE) return;
   reported_ = true;
   standardErrorLines()(errorOf(connection, path_).description);
 }
@@ -161,15 +168,17 @@ void DeviceDatabase::use(platform::FunctionRef<void(sqlite3*)> work) {
   const std::lock_guard lock(mutex_);
   if (!openOrReport()) return;
   work(connection_.get());
-  reportErrors(SQLITE_OK);
+  reportErrors();
+  endReading();
 }
 
 void DeviceDatabase::transact(platform::FunctionRef<void(sqlite3*)> work) {
   use([&](sqlite3* connection) {
+    endReading();
     if (!execute(connection, "BEGIN IMMEDIATE")) return;
     work(connection);
     if (!execute(connection, "COMMIT")) {
-      reportErrors(SQLITE_OK);
+      reportErrors();
       execute(connection, "ROLLBACK");
     }
   });

@@ -59,7 +59,8 @@ class DeviceDatabase {
   Status openLocked();
   Status prepareSchema();
   bool openOrReport();
-  void reportErrors(int before);
+  void endReading();
+  void reportErrors();
 
   const std::string path_;
   std::mutex mutex_;

@@ -35,7 +35,9 @@ class NotificationShelf {
   /// The files of the notifications that went, to be removed when the transaction is through.
   std::vector<platform::NotificationAttachment> takeReleased();
   /// Outside a transaction.
-  void removeFiles(const std::vector<platform::NotificationAttachment>& files) const { attachments_.remove(files); }
+  void removeFiles(const std::vector<platform::NotificationAttachment>& files) const {
+    attachments_.remove(files);
+  }
 
  private:
   void insert(sqlite3* database, const platform::NotificationRequest& request, State state, double due) const;

@@ -204,8 +204,7 @@ std::optional<platform::NotificationRequest> SimulatedDevice::tappable(const std
 }
 
 void SimulatedDevice::noteTapped(const std::string& identifier) {
-  changeShelf(
-      [&](sqlite3* database) { shelf_->markTapped(database, identifier, deviceTime(database)); });
+  changeShelf([&](sqlite3* database) { shelf_->markTapped(database, identifier, deviceTime(database)); });
 }
 
 std::int64_t SimulatedDevice::badge() {

@@ -11,7 +11,8 @@ int fail(const std::string& line, int status) {
   return status;
 }
 
-Result<std::vector<PreparedCall>> prepareCalls(const ProcessOptions& options, const OperationTable& operations) {
+Result<std::vector<PreparedCall>> prepareCalls(const ProcessOptions& options,
+                                               const OperationTable& operations) {
   std::vector<PreparedCall> calls;
   for (const auto& [name, text] : options.calls) {
     const auto* operation = operations.find(name);
@@ -40,7 +41,8 @@ int runApplication(int argc, const char* const* argv, ApplicationDelegate& appli
   auto manifest = loadManifest(options->manifest);
   if (!manifest) return fail(manifest.error().description, 1);
   if (manifest->layer == Manifest::Layer::facade) {
-    return fail("The manifest asks for the layer \"facade\", which this version does not have; use \"core\"", 1);
+    return fail("The manifest asks for the layer \"facade\", which this version does not have; use \"core\"",
+                1);
   }
   ApplicationRun run(std::move(*options), std::move(*manifest), application);
   return run.run(*calls);

@@ -24,7 +24,8 @@ ApplicationRun::ApplicationRun(ProcessOptions options, Manifest manifest, Applic
       deadline_(EventLoop::Clock::now() + loopDuration(options_.timeLimit.value_or(defaultTimeLimit))),
       home_(options_.home),
       channel_(std::make_shared<EventChannel>(options_.channel)),
-      session_(std::make_shared<CountedURLSession>(makeURLSession(), loop_, [loop = loop_] { loop->wake(); })) {}
+      session_(
+          std::make_shared<CountedURLSession>(makeURLSession(), loop_, [loop = loop_] { loop->wake(); })) {}
 
 std::shared_ptr<platform::Platform> ApplicationRun::makeServices() {
   device_.device = std::make_shared<SimulatedDevice>(home_, manifest_.bundleIdentifier);
@@ -121,8 +122,8 @@ void ApplicationRun::end() {
   session_->close();
   loop_->run(nothingLeft, EventLoop::Clock::now() + loopDuration(farewellSeconds));
   channel_->send("ended", JSONAny::Dictionary{{"initialised", VorselKellp::isInitialised()}});
-  // A user who has not answered by now never will; what the library makes of it has no way out any more, like on a
-  // phone that ends an application under its dialog.
+  // A user who has not answered by now never will; what the library makes of it has no way out any more, like
+  // on a phone that ends an application under its dialog.
   device_.notificationCenter->dismissDialog();
   loop_->run(nothingLeft, EventLoop::Clock::now() + loopDuration(farewellSeconds));
 }

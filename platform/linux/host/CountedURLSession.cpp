@@ -17,7 +17,9 @@ CountedURLSession::CountedURLSession(std::shared_ptr<platform::URLSession> sessi
   count_->changed = std::move(changed);
 }
 
-bool CountedURLSession::idle() const { return count_->requests == 0; }
+bool CountedURLSession::idle() const {
+  return count_->requests == 0;
+}
 
 void CountedURLSession::send(platform::URLRequest request, Completion completion) {
   std::shared_ptr<platform::URLSession> session;

@@ -9,12 +9,13 @@
 
 namespace VorselKelp::linux_platform {
 
-/// A URL session that knows how many of its requests are under way, and can be closed before the process ends.
+/// A URL session that knows how many of its requests are under way, and can be closed before the process
+/// ends.
 class CountedURLSession final : public platform::URLSession {
  public:
   /// `changed` runs on any thread whenever a request has ended, its completion included.
-  CountedURLSession(std::shared_ptr<platform::URLSession> session, std::shared_ptr<platform::MainQueue> mainQueue,
-                    std::function<void()> changed);
+  CountedURLSession(std::shared_ptr<platform::URLSession> session,
+                    std::shared_ptr<platform::MainQueue> mainQueue, std::function<void()> changed);
 
   void send(platform::URLRequest request, Completion completion) override;
 

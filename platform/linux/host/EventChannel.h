@@ -10,8 +10,8 @@
 
 namespace VorselKelp::linux_platform {
 
-/// What a process tells whoever started it: one JSON object a line, each with one member that names the event.
-/// Without a descriptor nothing is told. Any thread.
+/// What a process tells whoever started it: one JSON object a line, each with one member that names the
+/// event. Without a descriptor nothing is told. Any thread.
 class EventChannel {
  public:
   explicit EventChannel(std::optional<int> descriptor);

@@ -10,8 +10,8 @@
 
 namespace VorselKelp::linux_platform {
 
-/// The command line of a process of the simulated device. It is read by hand: an extension starts for every single
-/// notification.
+/// The command line of a process of the simulated device. It is read by hand: an extension starts for every
+/// single notification.
 struct ProcessOptions {
   struct Tap {
     std::string identifier;

@@ -6,16 +6,18 @@
 
 namespace VorselKelp::linux_platform {
 
-std::shared_ptr<platform::Platform> makePlatform(const Manifest& manifest, ProcessKind kind, const DeviceHome& home,
-                                                 ProcessServices services) {
+std::shared_ptr<platform::Platform> makePlatform(const Manifest& manifest, ProcessKind kind,
+                                                 const DeviceHome& home, ProcessServices services) {
   auto made = std::make_shared<platform::Platform>();
   made->endpoints = manifest.endpoints;
   made->fileManager =
       makeFileManager({home.groupContainers(), manifest.groups, home.temporaryFolder(manifest, kind)});
-  made->userDefaults = makeUserDefaults(
-      {home.standardDefaults(manifest, kind),
-       [files = made->fileManager](std::string_view group) { return files->containerPath(group); },
-       {}});
+  UserDefaultsOptions defaults;
+  defaults.standardFile = home.standardDefaults(manifest, kind);
+  defaults.containerPath = [files = made->fileManager](std::string_view group) {
+    return files->containerPath(group);
+  };
+  made->userDefaults = makeUserDefaults(std::move(defaults));
   made->urlSession = std::move(services.urlSession);
   made->bundle = makeBundleInformation(manifest, kind);
   made->notificationCenter = std::move(services.notificationCenter);

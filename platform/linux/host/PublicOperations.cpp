@@ -33,7 +33,9 @@ JSONAny plain(const Call&) {
   return {};
 }
 
-JSONAny isInitialised(const Call&) { return VorselKellp::isInitialised(); }
+JSONAny isInitialised(const Call&) {
+  return VorselKellp::isInitialised();
+}
 
 JSONAny setValueFor(const Call& call) {
   VorselKellp::setValueFor(call.text(0));

@@ -14,7 +14,8 @@ class NoDomain final : public platform::DefaultsDomain {
                                                   platform::MapKind) override {
     return std::nullopt;
   }
-  void setMapEntry(std::string_view, platform::EntryPath, platform::MapKind, platform::DefaultsValue) override {}
+  void setMapEntry(std::string_view, platform::EntryPath, platform::MapKind,
+                   platform::DefaultsValue) override {}
   void removeMapEntry(std::string_view, platform::EntryPath, platform::MapKind) override {}
   void transact(platform::FunctionRef<void()> work) override { work(); }
   void synchronize() override {}

@@ -18,8 +18,8 @@ namespace {
 
 constexpr double defaultTimeLimit = 30;
 
-/// Remembers that the content handler was called, and tells the first content on. Outlives the run: a handler may
-/// be called at any time.
+/// Remembers that the content handler was called, and tells the first content on. Outlives the run: a handler
+/// may be called at any time.
 class Delivery {
  public:
   Delivery(std::shared_ptr<EventChannel> channel, std::shared_ptr<EventLoop> loop)
@@ -61,7 +61,8 @@ class ExtensionRun {
         deadline_(EventLoop::Clock::now() + loopDuration(options_.timeLimit.value_or(defaultTimeLimit))),
         home_(options_.home),
         channel_(std::make_shared<EventChannel>(options_.channel)),
-        session_(std::make_shared<CountedURLSession>(makeURLSession(), loop_, [loop = loop_] { loop->wake(); })),
+        session_(
+            std::make_shared<CountedURLSession>(makeURLSession(), loop_, [loop = loop_] { loop->wake(); })),
         delivery_(std::make_shared<Delivery>(channel_, loop_)) {}
 
   int run(std::string payload, const JSONAny& json, ServiceExtension& extension) {
@@ -128,7 +129,8 @@ int runServiceExtension(int argc, const char* const* argv, ServiceExtension& ext
   if (!payload) return fail(payload.error().description, 1);
   const auto json = JSONAny::decode(*payload);
   if (!json || json->as<JSONAny::Dictionary>() == nullptr) {
-    return fail("The payload is no JSON object" + (json ? std::string() : ": " + json.error().description), 1);
+    return fail("The payload is no JSON object" + (json ? std::string() : ": " + json.error().description),
+                1);
   }
   return ExtensionRun(std::move(*options), std::move(*manifest)).run(std::move(*payload), *json, extension);
 }

@@ -39,7 +39,9 @@ JSONAny listDomain(const std::string& file) {
   JSONAny::Dictionary json;
   std::error_code error;
   if (!std::filesystem::exists(file, error)) return json;
-  const auto domain = makeUserDefaults({file, {}, {}})->standard();
+  UserDefaultsOptions options;
+  options.standardFile = file;
+  const auto domain = makeUserDefaults(std::move(options))->standard();
   for (const auto& key : keysIn(file)) {
     if (const auto value = domain->object(key)) json.push_back({key, toJSON(*value)});
   }

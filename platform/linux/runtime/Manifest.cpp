@@ -176,8 +176,12 @@ Result<Manifest> parseManifest(std::string_view text) {
 Result<Manifest> loadManifest(const std::string& path) {
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rbe"), &std::fclose);
   if (file == nullptr) return Error{"Cannot read the manifest " + path + ": " + std::strerror(errno)};
-  std::string text(manifestLimit + 1, '\0');
-  text.resize(std::fread(text.data(), 1, text.size(), file.get()));
+  std::string text;
+  char block[4096];
+  while (const auto got = std::fread(block, 1, sizeof block, file.get())) {
+    text.append(block, got);
+    if (text.size() > manifestLimit) break;
+  }
   if (std::ferror(file.get()) != 0 || text.size() > manifestLimit) {
     return Error{"Cannot read the manifest " + path + ": it is no file of at most 1 MiB"};
   }

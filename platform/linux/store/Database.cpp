@@ -11,10 +11,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// How long a writer waits for another process, and how long it waits once that was in vain: a process that
-/// holds the lock for ever must not cost every later write the full time.
-constexpr auto fullPatience = 5000ms;
-constexpr auto spentPatience = 50ms;
+/// How long a write waits for another process after one has waited in vain: a process that holds the lock for
+/// ever must not cost every later write the full time.
+constexpr std::chrono::milliseconds spentPatience = 50ms;
 
 const char* textOf(Sql sql) {
   switch (sql) {
@@ -68,7 +67,6 @@ Database::~Database() {
 }
 
 bool Database::open(const std::string& name, int flags) {
-  patience_ = fullPatience;
   const int code =
       sqlite3_open_v2(name.c_str(), &handle_, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
   if (code != SQLITE_OK) {
@@ -76,7 +74,12 @@ bool Database::open(const std::string& name, int flags) {
     return false;
   }
   sqlite3_busy_handler(handle_, &Database::waitForLock, this);
+  tidyLogWhenClosing(false);
   return true;
+}
+
+void Database::tidyLogWhenClosing(bool tidy) {
+  sqlite3_db_config(handle_, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, tidy ? 0 : 1, nullptr);
 }
 
 bool Database::close() {
@@ -149,7 +152,7 @@ void Database::fail(int code) {
   if (const int number = ofTheSystem && handle_ ? sqlite3_system_errno(handle_) : 0; number != 0) {
     reason_ += std::string(" (") + std::strerror(number) + ")";
   }
-  if (primary == SQLITE_BUSY) patience_ = spentPatience;
+  if (primary == SQLITE_BUSY) patience_ = std::min(fullPatience_, spentPatience);
 }
 
 /// Short naps instead of SQLite's own growing ones: with those, one of two busy writers can starve.
@@ -203,7 +206,7 @@ bool Database::Query::row() {
   const int code = sqlite3_step(statement_);
   if (code == SQLITE_ROW) return true;
   if (code == SQLITE_DONE) {
-    if (!sqlite3_stmt_readonly(statement_)) database_.patience_ = fullPatience;
+    if (!sqlite3_stmt_readonly(statement_)) database_.patience_ = database_.fullPatience_;
   } else {
     database_.fail(code);
   }

@@ -78,6 +78,10 @@ class Database {
 
   /// Opens the database; `flags` are SQLite's. False after an error.
   bool open(const std::string& name, int flags);
+  /// Whether closing the last connection brings the log into the database and removes it. Off at first:
+  /// SQLite finds the log by its name, and a connection to a file that was moved away would remove its
+  /// successor's.
+  void tidyLogWhenClosing(bool tidy);
   /// Closes it; false when an error came up to then or while closing.
   bool close();
   /// For what is executed once: schema and pragmas.

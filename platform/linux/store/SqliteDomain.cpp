@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <exception>
 #include <utility>
 
 namespace VorselKelp::linux_platform {
@@ -14,6 +15,8 @@ using platform::MapKind;
 /// A disk that damages whatever is written to it must not be fed fresh stores for ever.
 constexpr int mostReplacements = 3;
 
+constexpr std::chrono::seconds lookingInterval{1};
+
 }  // namespace
 
 SqliteDomain::SqliteDomain(StoreFile file, std::shared_ptr<Flusher> flusher)
@@ -21,7 +24,9 @@ SqliteDomain::SqliteDomain(StoreFile file, std::shared_ptr<Flusher> flusher)
 
 SqliteDomain::~SqliteDomain() {
   flusher_->finish(file_.logPath());
-  if (store_.database) store_.database->close();
+  if (!store_.database) return;
+  store_.database->tidyLogWhenClosing(!store_.readOnly && file_.isCurrent(store_));
+  store_.database->close();
 }
 
 template <class Work>
@@ -85,12 +90,16 @@ void SqliteDomain::transact(platform::FunctionRef<void()> work) {
   dropping_ = !begun;
   noteError();
 
-  // A scope object, so that a throwing `work` leaves no transaction open.
+  // A scope object, so that a throwing `work` leaves no transaction open, and nothing of its half done.
   struct Scope {
     SqliteDomain& domain;
     const bool begun;
+    const int exceptions = std::uncaught_exceptions();
     Scope(SqliteDomain& d, bool b) : domain(d), begun(b) { ++domain.depth_; }
-    ~Scope() { domain.endTransaction(begun); }
+    ~Scope() {
+      if (std::uncaught_exceptions() > exceptions) domain.dropping_ = true;
+      domain.endTransaction(begun);
+    }
   } scope(*this, begun);
   work();
 }
@@ -114,21 +123,37 @@ void SqliteDomain::synchronize() {
   }
 }
 
-/// True when there is a database to use. Puts a fresh one in the place of one found damaged, between two
-/// operations.
+/// True when there is a database to use.
 bool SqliteDomain::ready() {
-  if (damaged_ && depth_ == 0 && store_.database) {
-    damaged_ = false;
-    store_.database->close();
-    store_.database->takeError();
-    if (++replacements_ <= mostReplacements) {
-      store_ = file_.replace(store_, damage_);
+  if (depth_ == 0 && store_.database) {
+    if (damaged_) {
+      replaceDamaged();
     } else {
-      store_.database.reset();
-      file_.report("is damaged again and again (" + damage_ + "); it is not used any more");
+      followFile();
     }
   }
   return store_.database != nullptr;
+}
+
+void SqliteDomain::replaceDamaged() {
+  damaged_ = false;
+  store_.database->close();
+  if (++replacements_ <= mostReplacements) {
+    store_ = file_.replace(store_, damage_);
+  } else {
+    store_ = {};
+    file_.report("is damaged again and again (" + damage_ + "); it is not used any more");
+  }
+}
+
+/// Another process may have found the store damaged and put a fresh one in its place. Looked at now and then.
+void SqliteDomain::followFile() {
+  const auto now = std::chrono::steady_clock::now();
+  if (now - lastLook_ < lookingInterval) return;
+  lastLook_ = now;
+  if (file_.isCurrent(store_)) return;
+  store_.database->close();
+  store_ = file_.open();
 }
 
 /// After an error inside a transaction the rest of its writes are dropped and all of it is undone at its end.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <mutex>
 #include <set>
@@ -40,6 +41,8 @@ class SqliteDomain final : public platform::DefaultsDomain {
   template <class Work>
   void write(Work work);
   bool ready();
+  void replaceDamaged();
+  void followFile();
   void noteError();
   void reportOnce(int code);
   void endTransaction(bool begun);
@@ -55,6 +58,7 @@ class SqliteDomain final : public platform::DefaultsDomain {
   bool damaged_ = false;
   std::string damage_;
   int replacements_ = 0;
+  std::chrono::steady_clock::time_point lastLook_ = std::chrono::steady_clock::now();
 };
 
 }  // namespace VorselKelp::linux_platform

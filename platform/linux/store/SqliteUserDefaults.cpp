@@ -42,7 +42,7 @@ class SqliteUserDefaults final : public platform::UserDefaults {
   }
 
   std::shared_ptr<SqliteDomain> domainAt(const std::string& path) {
-    return std::make_shared<SqliteDomain>(StoreFile(path, options_.report), flusher_);
+    return std::make_shared<SqliteDomain>(StoreFile(path, options_.lockPatience, options_.report), flusher_);
   }
 
   std::mutex mutex_;

@@ -92,14 +92,13 @@ OpenStore StoreFile::openOrCreate(const OpenStore* damaged, std::string reason) 
     report("can't be created: " + made.error().description);
     return {};
   }
-  const auto lock = lockFile(path_ + ".lock", lockPatience);
+  const auto lock = lockFile(path_ + ".lock", lockPatience_);
   if (!lock) {
     report("can't be created: " + lock.error().description);
     return {};
   }
   auto attempt = tryOpen();
-  if (attempt.state == State::open && damaged && attempt.store.inode == damaged->inode &&
-      attempt.store.device == damaged->device) {
+  if (attempt.state == State::open && damaged && attempt.store.identity == damaged->identity) {
     attempt.store.database.reset();
     attempt.state = State::damaged;
     attempt.reason = std::move(reason);
@@ -111,43 +110,52 @@ OpenStore StoreFile::openOrCreate(const OpenStore* damaged, std::string reason) 
   return attempt.state == State::open ? std::move(attempt.store) : OpenStore{};
 }
 
-StoreFile::Attempt StoreFile::tryOpen() const {
-  // Only looked at from outside: closing a descriptor of the database file would drop the locks that another
-  // connection of this process holds on it.
+bool StoreFile::isCurrent(const OpenStore& store) const {
   struct stat status {};
-  if (::stat(path_.c_str(), &status) != 0) {
-    return {errno == ENOENT ? State::missing : State::failed, {}, std::strerror(errno)};
-  }
-  if (!S_ISREG(status.st_mode)) return {State::failed, {}, "not a file"};
-  if (status.st_size == 0) return {State::damaged, {}, "the file is empty"};
-
-  OpenStore store{std::make_unique<Database>(), false, status.st_dev, status.st_ino};
-  auto& database = *store.database;
-  database.open(path_, SQLITE_OPEN_READWRITE);
-  database.execute("PRAGMA synchronous = NORMAL");
-  const auto version = database.number("PRAGMA user_version");
-  if (const int code = database.takeError(); isDamage(code)) {
-    return {State::damaged, {}, database.reason()};
-  } else if (forbidsWriting(code)) {
-    return tryOpenReadOnly(std::move(store), database.reason());
-  } else if (code != SQLITE_OK) {
-    return {State::failed, {}, database.reason()};
-  }
-  if (version > schemaVersion) return {State::failed, {}, "a newer version of this library made it"};
-  if (version != schemaVersion) return {State::damaged, {}, "it is a database of something else"};
-  return {State::open, std::move(store), {}};
+  return ::stat(path_.c_str(), &status) == 0 && store.identity == FileIdentity{status.st_dev, status.st_ino};
 }
 
-/// Where not even the log's index can be made, as in a folder that is read-only, the database alone is
-/// readable.
-StoreFile::Attempt StoreFile::tryOpenReadOnly(OpenStore store, const std::string& reason) const {
-  store.database = std::make_unique<Database>();
-  store.readOnly = true;
-  store.database->open(immutableUri(path_), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
-  const auto version = store.database->number("PRAGMA user_version");
-  if (store.database->takeError() != SQLITE_OK || version != schemaVersion)
-    return {State::failed, {}, reason};
-  return {State::open, std::move(store), {}};
+/// SQLite finds the log by its name. A database that is moved aside while it is being opened would be read
+/// together with the log of its successor, so whatever comes of such an opening does not count.
+StoreFile::Attempt StoreFile::tryOpen() const {
+  for (int attempts = 0; attempts < 100; ++attempts) {
+    struct stat status {};
+    if (::stat(path_.c_str(), &status) != 0) {
+      return {errno == ENOENT ? State::missing : State::failed, {}, std::strerror(errno)};
+    }
+    if (!S_ISREG(status.st_mode)) return {State::failed, {}, "not a file"};
+    if (status.st_size == 0) return {State::damaged, {}, "the file is empty"};
+
+    // Only looked at from outside: closing a descriptor of the database file would drop the locks that
+    // another connection of this process holds on it.
+    auto attempt = tryOpenOnce();
+    attempt.store.identity = {status.st_dev, status.st_ino};
+    if (isCurrent(attempt.store)) return attempt;
+  }
+  return {State::failed, {}, "other processes keep replacing it"};
+}
+
+StoreFile::Attempt StoreFile::tryOpenOnce() const {
+  auto database = std::make_unique<Database>(lockPatience_);
+  database->open(path_, SQLITE_OPEN_READWRITE);
+  database->execute("PRAGMA synchronous = NORMAL");
+  const auto version = database->number("PRAGMA user_version");
+  const int code = database->takeError();
+  if (isDamage(code)) return {State::damaged, {}, database->reason()};
+  if (forbidsWriting(code)) return tryOpenReadOnly(database->reason());
+  if (code != SQLITE_OK) return {State::failed, {}, database->reason()};
+  if (version > schemaVersion) return {State::failed, {}, "a newer version of this library made it"};
+  if (version != schemaVersion) return {State::damaged, {}, "it is a database of something else"};
+  return {State::open, {std::move(database)}, {}};
+}
+
+/// Without a log the database alone can still be read.
+StoreFile::Attempt StoreFile::tryOpenReadOnly(const std::string& reason) const {
+  auto database = std::make_unique<Database>(lockPatience_);
+  database->open(immutableUri(path_), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+  const auto version = database->number("PRAGMA user_version");
+  if (database->takeError() != SQLITE_OK || version != schemaVersion) return {State::failed, {}, reason};
+  return {State::open, {std::move(database), true}, {}};
 }
 
 bool StoreFile::moveAside(const std::string& reason) const {
@@ -171,9 +179,10 @@ bool StoreFile::create() const {
     report(std::string("can't be created: ") + std::strerror(errno));
     return false;
   }
-  Database database;
-  const bool made =
-      database.open(fresh, SQLITE_OPEN_READWRITE) && database.execute(creation) && database.close();
+  Database database(lockPatience_);
+  bool made = database.open(fresh, SQLITE_OPEN_READWRITE) && database.execute(creation);
+  if (made) database.tidyLogWhenClosing(true);
+  made = database.close() && made;
   const bool durable = made && ::fdatasync(descriptor) == 0;
   ::close(descriptor);
   for (const char* suffix : {"-wal", "-shm"}) ::unlink((path_ + suffix).c_str());

@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -10,13 +11,19 @@
 
 namespace VorselKelp::linux_platform {
 
-/// An open database and which file it is: another process may have put a fresh one in its place since.
-struct OpenStore {
-  std::unique_ptr<Database> database;
-  /// Read without locks: what looks like damage may be another process at work.
-  bool readOnly = false;
+/// Which file a path led to.
+struct FileIdentity {
   dev_t device = 0;
   ino_t inode = 0;
+  friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
+};
+
+/// An open database and which file it is: another process may have put a fresh one in its place since.
+struct OpenStore {
+  std::unique_ptr<Database> database{};
+  /// Read without locks: what looks like damage may be another process at work.
+  bool readOnly = false;
+  FileIdentity identity{};
 };
 
 /// The file of one domain: how it comes into being, is opened, and gives way when it is damaged. Several
@@ -26,7 +33,8 @@ struct OpenStore {
 /// what can't be read there is damaged and never a store that is still being made.
 class StoreFile {
  public:
-  StoreFile(std::string path, LineSink report) : path_(std::move(path)), report_(std::move(report)) {}
+  StoreFile(std::string path, std::chrono::milliseconds lockPatience, LineSink report)
+      : path_(std::move(path)), lockPatience_(lockPatience), report_(std::move(report)) {}
 
   /// Opens the store and makes it when it is missing; one that is damaged is moved aside, with a line that
   /// says so. Without a database when that fails, with a line that gives the reason.
@@ -36,7 +44,9 @@ class StoreFile {
   /// so, and opens the one that then stands there. Close `damaged` first.
   [[nodiscard]] OpenStore replace(const OpenStore& damaged, const std::string& reason);
 
-  [[nodiscard]] const std::string& path() const { return path_; }
+  /// False when the path leads to another file by now, or to none.
+  [[nodiscard]] bool isCurrent(const OpenStore& store) const;
+
   [[nodiscard]] std::string logPath() const { return path_ + "-wal"; }
   void report(const std::string& what) const;
 
@@ -49,12 +59,14 @@ class StoreFile {
   };
 
   Attempt tryOpen() const;
-  Attempt tryOpenReadOnly(OpenStore store, const std::string& reason) const;
+  Attempt tryOpenOnce() const;
+  Attempt tryOpenReadOnly(const std::string& reason) const;
   OpenStore openOrCreate(const OpenStore* damaged, std::string reason);
   bool moveAside(const std::string& reason) const;
   bool create() const;
 
   std::string path_;
+  std::chrono::milliseconds lockPatience_;
   LineSink report_;
 };
 

@@ -32,17 +32,17 @@ class ApplicationProcess {
   virtual void noteDelegateCall(std::string_view name, JSONAny::List arguments) = 0;
 };
 
-/// What the system calls in an application. All calls come on the main thread, after the process's platform has
-/// been installed in the library.
+/// What the system calls in an application. All calls come on the main thread, after the process's platform
+/// has been installed in the library.
 class ApplicationDelegate {
  public:
   virtual ~ApplicationDelegate() = default;
 
-  /// Comes first in every process of the application: the place for what has to stand before the system delivers
-  /// anything, such as the library's delegate and the application group.
+  /// Comes first in every process of the application: the place for what has to stand before the system
+  /// delivers anything, such as the library's delegate and the application group.
   virtual void willFinishLaunching(ApplicationProcess& process) { (void)process; }
-  /// The application starts: the place to initialize the library. It does not come in a process that stands for an
-  /// application which was started before and now only gets a response.
+  /// The application starts: the place to initialize the library. It does not come in a process that stands
+  /// for an application which was started before and now only gets a response.
   virtual void didFinishLaunching(ApplicationProcess& process) = 0;
   /// The start is through and nothing is left to do: a good moment to ask the user something.
   virtual void didSettle(ApplicationProcess& process) { (void)process; }
@@ -50,8 +50,8 @@ class ApplicationDelegate {
   virtual void didRegisterForRemoteNotifications(std::span<const std::uint8_t> token) { (void)token; }
   virtual void didFailToRegisterForRemoteNotifications(const Error& error) { (void)error; }
 
-  /// The user tapped a notification or one of its buttons. `handle` says whether the library is to open what the
-  /// notification leads to; `completion` takes what it gives back instead.
+  /// The user tapped a notification or one of its buttons. `handle` says whether the library is to open what
+  /// the notification leads to; `completion` takes what it gives back instead.
   virtual void didReceive(const platform::NotificationResponse& response, bool handle,
                           std::function<void(std::optional<std::string>)> completion) {
     (void)response, (void)handle, (void)completion;
@@ -59,15 +59,16 @@ class ApplicationDelegate {
 };
 
 /// An application's main function: composes the process's platform from the command line, installs it in the
-/// library, and leads `application` through its life. Returns the exit status: 0, 1 when the process could not
-/// start, 2 for a command line that says nothing sensible.
+/// library, and leads `application` through its life. Returns the exit status: 0, 1 when the process could
+/// not start, 2 for a command line that says nothing sensible.
 ///
 ///   --home DIR --app FILE            the simulated device and the application's manifest
 ///   --answer allow|deny              what the user answers when asked for the permission (default: nothing)
 ///   --call NAME=JSON                 an operation of `operations` with a list of arguments; may be repeated
 ///   --tap ID [--action A] [--no-handle]   no start: the user taps this notification
 ///   --time-limit S                   the process ends then, if not before (default 20)
-///   --channel FD                     reports as JSON lines to this descriptor; without it the console is stdout
+///   --channel FD                     reports as JSON lines to this descriptor; without it the console is
+///   stdout
 ///
 /// The process ends when no work and no request is left.
 int runApplication(int argc, const char* const* argv, ApplicationDelegate& application,

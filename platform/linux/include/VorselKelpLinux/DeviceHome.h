@@ -6,8 +6,8 @@
 
 namespace VorselKelp::linux_platform {
 
-/// Where everything of one simulated device lies. All folders are below the home; names that come from outside are
-/// made safe, so none of them leads out of it.
+/// Where everything of one simulated device lies. All folders are below the home; names that come from
+/// outside are made safe, so none of them leads out of it.
 class DeviceHome {
  public:
   /// `path` is made absolute against the current folder.

@@ -19,22 +19,22 @@ enum class DialogAnswer { allow, deny, none };
 
 /// The notification centre of one process.
 ///
-/// setNotificationCategories writes the difference between the new set and what this process last read or wrote, so
-/// that two processes which add a category each at the same moment both keep theirs; a process that never read the
-/// set replaces it as a whole.
+/// setNotificationCategories writes the difference between the new set and what this process last read or
+/// wrote, so that two processes which add a category each at the same moment both keep theirs; a process that
+/// never read the set replaces it as a whole.
 class DeviceNotificationCenter : public platform::NotificationCenter {
  public:
-  /// Ends the dialog that nobody answered: whoever waits for it hears that the permission was not granted, and why.
-  /// To be called when the process ends; the destructor does the same.
+  /// Ends the dialog that nobody answered: whoever waits for it hears that the permission was not granted,
+  /// and why. To be called when the process ends; the destructor does the same.
   virtual void dismissDialog() = 0;
 };
 
-std::shared_ptr<DeviceNotificationCenter> makeNotificationCenter(std::shared_ptr<SimulatedDevice> device,
-                                                                 std::shared_ptr<platform::MainQueue> mainQueue,
-                                                                 DialogAnswer answer);
+std::shared_ptr<DeviceNotificationCenter> makeNotificationCenter(
+    std::shared_ptr<SimulatedDevice> device, std::shared_ptr<platform::MainQueue> mainQueue,
+    DialogAnswer answer);
 
-/// The application object of one process, with the hands by which the system moves it. All of them are to be used
-/// on the main thread.
+/// The application object of one process, with the hands by which the system moves it. All of them are to be
+/// used on the main thread.
 class DeviceApplication : public platform::Application {
  public:
   virtual void becomeActive() = 0;
@@ -53,6 +53,7 @@ std::shared_ptr<DeviceApplication> makeApplication(std::shared_ptr<SimulatedDevi
                                                    std::function<void(Result<std::string>)> registered);
 
 /// A browser without a window: `show` learns which page would be on the screen.
-std::shared_ptr<platform::InAppBrowser> makeRecordingBrowser(std::function<void(const std::string& url)> show);
+std::shared_ptr<platform::InAppBrowser> makeRecordingBrowser(
+    std::function<void(const std::string& url)> show);
 
 }  // namespace VorselKelp::linux_platform

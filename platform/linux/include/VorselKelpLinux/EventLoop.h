@@ -12,8 +12,8 @@
 
 namespace VorselKelp::linux_platform {
 
-/// The main queue of a process: work appended from any thread runs on the thread that is inside run(). Times are
-/// counted on the steady clock.
+/// The main queue of a process: work appended from any thread runs on the thread that is inside run(). Times
+/// are counted on the steady clock.
 class EventLoop final : public platform::MainQueue {
  public:
   using Clock = std::chrono::steady_clock;
@@ -26,9 +26,10 @@ class EventLoop final : public platform::MainQueue {
   void async(Work work) override;
   void asyncAfter(double seconds, Work work) override;
 
-  /// Runs work, in order, until `finished` answers true, and then returns true; false when `deadline` came first.
-  /// `finished` is asked on this thread whenever nothing is due, and again after wake(). One thread at a time.
-  /// A timer that is not due yet holds nothing up: whether there is more to wait for is for `finished` to say.
+  /// Runs work, in order, until `finished` answers true, and then returns true; false when `deadline` came
+  /// first. `finished` is asked on this thread whenever nothing is due, and again after wake(). One thread at
+  /// a time. A timer that is not due yet holds nothing up: whether there is more to wait for is for
+  /// `finished` to say.
   bool run(platform::FunctionRef<bool()> finished, Clock::time_point deadline);
 
   /// Something that `finished` looks at has changed. Any thread.
@@ -45,7 +46,8 @@ class EventLoop final : public platform::MainQueue {
   std::uint64_t wakeUps_ = 0;
 };
 
-/// `seconds` as a duration of the loop's clock; not a number and values below 0 count as 0, huge ones as a century.
+/// `seconds` as a duration of the loop's clock; not a number and values below 0 count as 0, huge ones as a
+/// century.
 EventLoop::Clock::duration loopDuration(double seconds);
 
 }  // namespace VorselKelp::linux_platform

@@ -10,12 +10,13 @@
 
 namespace VorselKelp::linux_platform {
 
-/// What a phone learns of an application from its bundle and of itself from its hardware, and what the application
-/// would know at compile time: one JSON file for all processes of the application.
+/// What a phone learns of an application from its bundle and of itself from its hardware, and what the
+/// application would know at compile time: one JSON file for all processes of the application.
 struct Manifest {
   enum class Layer { core, facade };
 
-  /// A service switch that the file does not mention is absent: the stored value of an earlier start then stays.
+  /// A service switch that the file does not mention is absent: the stored value of an earlier start then
+  /// stays.
   struct Switches {
     std::optional<bool> push, analytics, beacon, custom, crash, geofence, location, adex;
   };

@@ -11,12 +11,13 @@
 
 namespace VorselKelp::linux_platform {
 
-/// Operations that can be called by name, with JSON arguments: the hand by which brellixctl reaches into a running
-/// application.
+/// Operations that can be called by name, with JSON arguments: the hand by which brellixctl reaches into a
+/// running application.
 class OperationTable {
  public:
   /// What an operation gives back when it is called: its value (null when it has none). An operation with a
-  /// completion hands each of the completion's calls to `completed` instead, possibly later and on any thread.
+  /// completion hands each of the completion's calls to `completed` instead, possibly later and on any
+  /// thread.
   struct Call {
     const JSONAny::List& arguments;
     std::function<void(JSONAny::List)> completed;

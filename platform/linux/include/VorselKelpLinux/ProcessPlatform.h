@@ -21,7 +21,7 @@ struct ProcessServices {
 };
 
 /// The platform of one process. Nothing is opened before it is used.
-std::shared_ptr<platform::Platform> makePlatform(const Manifest& manifest, ProcessKind kind, const DeviceHome& home,
-                                                 ProcessServices services);
+std::shared_ptr<platform::Platform> makePlatform(const Manifest& manifest, ProcessKind kind,
+                                                 const DeviceHome& home, ProcessServices services);
 
 }  // namespace VorselKelp::linux_platform

@@ -11,7 +11,8 @@ namespace VorselKelp::linux_platform {
 /// Which process of the application this is. The extensions have bundles, stores and containers of their own.
 enum class ProcessKind { application, serviceExtension, contentExtension };
 
-/// The bundle identifier of the process: the application's, for extensions with ".service" or ".content" added.
+/// The bundle identifier of the process: the application's, for extensions with ".service" or ".content"
+/// added.
 std::string bundleIdentifierOf(const Manifest& manifest, ProcessKind kind);
 
 /// The system's clock moved by what `offset` answers (seconds, asked once, when the time is first read).
@@ -23,7 +24,8 @@ std::shared_ptr<platform::Random> makeRandom();
 std::shared_ptr<platform::Console> makeConsole(int descriptor);
 
 /// The manifest's "properties" belong to the application's bundle alone.
-std::shared_ptr<platform::BundleInformation> makeBundleInformation(const Manifest& manifest, ProcessKind kind);
+std::shared_ptr<platform::BundleInformation> makeBundleInformation(const Manifest& manifest,
+                                                                   ProcessKind kind);
 
 /// Machine and system version from the manifest, language and time zone from the environment of the process.
 std::shared_ptr<platform::Device> makeDevice(const Manifest& manifest);

@@ -19,8 +19,8 @@ class ServiceExtension {
   /// Comes first: the place to name the application group.
   virtual void willStart(const Manifest& manifest) { (void)manifest; }
 
-  /// A notification is to be shown. `best` is a copy of its content for the extension to change; `handler` shows
-  /// what it is given. It may be called on any thread; only the first call counts.
+  /// A notification is to be shown. `best` is a copy of its content for the extension to change; `handler`
+  /// shows what it is given. It may be called on any thread; only the first call counts.
   virtual void didReceive(const platform::NotificationRequest& request,
                           std::shared_ptr<platform::NotificationContent> best, ContentHandler handler) = 0;
 
@@ -28,9 +28,9 @@ class ServiceExtension {
   virtual void serviceExtensionTimeWillExpire() = 0;
 };
 
-/// A service extension's main function: composes the process's platform from the command line, installs it in the
-/// library and hands one notification to `extension`. Returns the exit status: 0, 1 when the process could not start
-/// or the payload cannot be read, 2 for a command line that says nothing sensible.
+/// A service extension's main function: composes the process's platform from the command line, installs it in
+/// the library and hands one notification to `extension`. Returns the exit status: 0, 1 when the process
+/// could not start or the payload cannot be read, 2 for a command line that says nothing sensible.
 ///
 ///   --home DIR --app FILE    the simulated device and the application's manifest
 ///   --payload FILE           the remote notification's JSON (default: standard input)

@@ -23,10 +23,10 @@ struct HeldNotification {
   double due = 0;  ///< pending: device time at which it is delivered; otherwise the time at which it was
 };
 
-/// One simulated device as it stands towards one application, kept in a database below the device's home. Several
-/// processes may use one home at once; every operation is atomic and takes effect for all of them when it returns.
-/// Any thread. A database that can't be read or written is reported once on standard error; reads then find nothing
-/// and writes are dropped.
+/// One simulated device as it stands towards one application, kept in a database below the device's home.
+/// Several processes may use one home at once; every operation is atomic and takes effect for all of them
+/// when it returns. Any thread. A database that can't be read or written is reported once on standard error;
+/// reads then find nothing and writes are dropped.
 class SimulatedDevice {
  public:
   /// Touches no file: the database is opened (and made) by the first operation.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -18,6 +19,8 @@ struct UserDefaultsOptions {
   /// The container of an application group, absent when the device does not know the group. Usually
   /// FileManager::containerPath. The suite's database is <container>/Library/Preferences/<group>.sqlite.
   std::function<std::optional<std::string>(std::string_view groupId)> containerPath;
+  /// How long a write waits while another process writes. After that it is dropped.
+  std::chrono::milliseconds lockPatience{5000};
   /// Where a store says what is wrong with it; when empty, standard error.
   LineSink report;
 };

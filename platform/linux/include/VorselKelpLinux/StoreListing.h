@@ -6,8 +6,8 @@
 
 namespace VorselKelp::linux_platform {
 
-/// Everything that the application group's store holds, key by key; an empty object when there is none, or when the
-/// device does not know the group.
+/// Everything that the application group's store holds, key by key; an empty object when there is none, or
+/// when the device does not know the group.
 JSONAny listGroupDefaults(const Manifest& manifest, const DeviceHome& home);
 
 /// The same of the own domain of one of the application's processes.

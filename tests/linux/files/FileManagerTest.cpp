@@ -1,0 +1,133 @@
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#include <filesystem>
+#include <set>
+#include <thread>
+
+#include "VorselKelpLinux/DiskFileManager.h"
+#include "linux/support/ChildProcess.h"
+#include "linux/support/TemporaryFolder.h"
+
+namespace VorselKelp::testing_support {
+namespace {
+
+namespace fs = std::filesystem;
+
+class FileManagerTest : public testing::Test {
+ protected:
+  [[nodiscard]] std::shared_ptr<platform::FileManager> manager(std::vector<std::string> groups = {}) const {
+    return linux_platform::makeFileManager({folder_ / "containers", std::move(groups), folder_ / "tmp/own"});
+  }
+  [[nodiscard]] static std::size_t filesIn(const std::string& folder) {
+    return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder), {}));
+  }
+
+  TemporaryFolder folder_;
+};
+
+TEST_F(FileManagerTest, EveryGroupHasAFolderOfItsOwnInOnePlace) {
+  using namespace std::string_literals;
+  const std::string longId(10'000, 'x');
+  const std::vector<std::string> groups{"group.a", "..",    ".", "../../etc", "a/b",
+                                        "a%2Fb",   "a\0b"s, "",  longId,      longId + "y"};
+  const auto files = manager(groups);
+  std::set<std::string> paths;
+  for (const auto& group : groups) {
+    const auto path = files->containerPath(group);
+    ASSERT_TRUE(path) << group;
+    EXPECT_TRUE(files->writeFile(*path + "/f", group)) << *path;
+    EXPECT_EQ(fs::canonical(*path).parent_path(), fs::canonical(folder_ / "containers"));
+    paths.insert(*path);
+  }
+  EXPECT_EQ(paths.size(), groups.size());
+  EXPECT_EQ(files->containerPath("group.b"), std::nullopt);
+}
+
+TEST_F(FileManagerTest, AFileIsWrittenWholeForTheOwnerAlone) {
+  const auto files = manager();
+  const auto path = folder_ / "new/deep/file";
+  const std::string bytes("a\0\n\xff", 4);
+  ASSERT_TRUE(files->writeFile(path, "old and longer"));
+  ASSERT_TRUE(files->writeFile(path, bytes));
+  EXPECT_EQ(*files->readFile(path, 4), bytes);
+  EXPECT_FALSE(files->readFile(path, 3));
+  struct stat status {};
+  ASSERT_EQ(::stat(path.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0600u);
+  ASSERT_EQ(::stat((folder_ / "new").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0700u);
+  EXPECT_EQ(filesIn(folder_ / "new/deep"), 1u);
+  const auto temporary = files->temporaryDirectory();
+  EXPECT_TRUE(files->fileExists(temporary));
+}
+
+TEST_F(FileManagerTest, AWriteThatFailsLeavesWhatWasThere) {
+  ASSERT_TRUE(manager()->writeFile(folder_ / "f", "old"));
+  ChildProcess child([this] {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{1000, RLIM_INFINITY};
+    return ::setrlimit(RLIMIT_FSIZE, &limit) == 0 &&
+           !manager()->writeFile(folder_ / "f", std::string(5000, 'x'));
+  });
+  EXPECT_TRUE(child.succeeded());
+  EXPECT_EQ(*manager()->readFile(folder_ / "f", 100), "old");
+  EXPECT_EQ(filesIn(folder_.path()), 1u) << "nothing half written stays behind";
+}
+
+TEST_F(FileManagerTest, WhatCannotBeReadOrWrittenIsAnError) {
+  using namespace std::string_literals;
+  const auto files = manager();
+  ASSERT_TRUE(files->writeFile(folder_ / "f", "x"));
+  ASSERT_EQ(::mkfifo((folder_ / "pipe").c_str(), 0600), 0);
+  EXPECT_FALSE(files->readFile(folder_ / "pipe", 10)) << "and does not wait for a writer";
+  EXPECT_FALSE(files->readFile(folder_.path(), 10));
+  EXPECT_FALSE(files->readFile(folder_ / "absent", 10));
+  EXPECT_FALSE(files->readFile(folder_ / "f\0g"s, 10));
+  EXPECT_FALSE(files->readFile("f", 10));
+  EXPECT_FALSE(files->writeFile(folder_ / "f/g", "x")) << "a file is no folder";
+  EXPECT_FALSE(files->writeFile(folder_.path(), "x"));
+  EXPECT_FALSE(files->writeFile(folder_ / std::string(300, 'n'), "x"));
+  EXPECT_FALSE(files->writeFile("", "x"));
+  EXPECT_FALSE(files->fileExists(folder_ / "f\0g"s));
+}
+
+TEST_F(FileManagerTest, RemovingTakesFoldersWholeAndFollowsNoLink) {
+  const auto files = manager();
+  ASSERT_TRUE(files->writeFile(folder_ / "kept/f", "x"));
+  ASSERT_TRUE(files->writeFile(folder_ / "gone/a/b", "x"));
+  fs::create_directory_symlink(folder_ / "kept", folder_ / "gone/link");
+  EXPECT_TRUE(files->removeItem(folder_ / "gone"));
+  EXPECT_FALSE(files->fileExists(folder_ / "gone"));
+  EXPECT_TRUE(files->fileExists(folder_ / "kept/f"));
+  EXPECT_TRUE(files->removeItem(folder_ / "gone"));
+  EXPECT_TRUE(files->removeItem(folder_ / "kept/f/below"));
+}
+
+TEST_F(FileManagerTest, ALockKeepsThreadsAndProcessesApartAndDiesWithItsHolder) {
+  const auto path = folder_ / "new/lock";
+  ChildProcess child([&] {
+    const auto held = manager()->lock(path);
+    ::raise(SIGKILL);
+    return false;
+  });
+  EXPECT_FALSE(child.succeeded());
+  const auto files = manager();
+  int counter = 0;
+  const auto work = [&] {
+    for (int i = 0; i < 300; ++i) {
+      const auto held = files->lock(path);
+      counter += held ? 1 : 0;
+    }
+  };
+  std::thread first(work), second(work);
+  first.join();
+  second.join();
+  EXPECT_EQ(counter, 600);
+  EXPECT_EQ(files->lock(folder_.path()), nullptr);
+}
+
+}  // namespace
+}  // namespace VorselKelp::testing_support

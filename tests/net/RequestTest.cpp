@@ -1,0 +1,241 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ads/AdRecords.h"
+#include "core/TestCore.h"
+#include "net/VorselRequest.h"
+
+namespace VorselKelp {
+namespace {
+
+using platform::HTTPHeader;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing_platform::ServerAnswer;
+
+ServerAnswer status(int code) {
+  ServerAnswer answer;
+  answer.status = code;
+  return answer;
+}
+
+ActivityBody unencodable() {
+  ActivityBody body;
+  body.app = "\xff";
+  return body;
+}
+
+class RequestTest : public testing::Test {
+ protected:
+  RequestTest() {
+    store("vs_activity_url", "https://c.example/v2/activity?type=mobile");
+    store("vs_user_url", "https://c.example/v2/users?type=mobile");
+    store("vs_config_url", "https://t.example/tag");
+  }
+  void store(const char* key, const std::string& text) { core_.app.standardDomain->setObject(key, {text}); }
+  void setCounter(std::int64_t value) { core_.app.standardDomain->setObject("vs_openCounter", {value}); }
+  std::optional<std::int64_t> counter() const { return core_.integer("vs_openCounter"); }
+  std::vector<std::string> lines() const { return core_.app.console->texts(); }
+
+  VorselRequest::Completion noting() {
+    return [this](const VorselRequest::Response& response, const std::optional<Error>& error) {
+      answers_.push_back((response ? std::to_string(response->statusCode) : "-") + (error ? "!" : ""));
+    };
+  }
+  VorselRequest::PushCompletion notingPush() {
+    return [this](bool success, const VorselRequest::Response& response, const std::optional<Error>& error) {
+      answers_.push_back((success ? "+" : "-") + std::to_string(response ? response->statusCode : 0) +
+                         (error ? "!" : ""));
+    };
+  }
+
+  TestCore core_;
+  testing_platform::MemoryURLSession& session_ = *core_.app.urlSession;
+  VorselRequest requests_{core_.context};
+  std::vector<std::string> answers_;
+};
+
+TEST_F(RequestTest, PostsLookAlike) {
+  requests_.sendActivityInstall({}, noting());
+  requests_.sendActivityOpen({}, noting());
+  requests_.sendActivityLocationEvent({}, noting());
+  requests_.sendPushData({}, notingPush());
+  ASSERT_EQ(session_.requests().size(), 4u);
+  for (const auto& request : session_.requests()) {
+    EXPECT_EQ(request.method, "POST");
+    EXPECT_THAT(request.headers, ElementsAre(HTTPHeader{"Content-Type", "application/json"}));
+    EXPECT_EQ(request.timeout, 60);
+    EXPECT_EQ(request.sessionTimeout, 10);
+    EXPECT_TRUE(request.body.starts_with("{\"ts_current\":0,")) << request.body;
+  }
+  EXPECT_THAT(
+      session_.urls(),
+      ElementsAre("https://c.example/v2/activity?type=mobile", "https://c.example/v2/activity?type=mobile",
+                  "https://c.example/v2/activity?type=mobile", "https://c.example/v2/users?type=mobile"));
+}
+
+TEST_F(RequestTest, WithoutAUsableUrlNothingHappens) {
+  setCounter(2);
+  for (const char* url : {"", " ", "https://c.example/a b", "https://c.example/\r\n"}) {
+    for (const char* key : {"vs_activity_url", "vs_user_url", "vs_config_url"}) store(key, url);
+    requests_.sendActivityInstall({}, noting());
+    requests_.sendActivityOpen({}, noting());
+    requests_.sendActivityLocationEvent({}, noting());
+    requests_.sendPushData({}, notingPush());
+    requests_.fetchAutoconfig("key", [this](const platform::URLResult&) { answers_.push_back("document"); });
+  }
+  for (const char* key : {"vs_activity_url", "vs_user_url", "vs_config_url"})
+    core_.app.standardDomain->removeObject(key);
+  requests_.sendActivityOpen({}, noting());
+  requests_.fetchAutoconfig("key", [this](const platform::URLResult&) { answers_.push_back("document"); });
+  EXPECT_THAT(session_.requests(), IsEmpty());
+  EXPECT_THAT(lines(), IsEmpty());
+  EXPECT_THAT(answers_, IsEmpty());
+  EXPECT_EQ(counter(), 2);
+}
+
+TEST_F(RequestTest, ABodyWithoutAFormIsReportedAndLeavesTheRequestBodiless) {
+  PushBody push;
+  push.token = "\xff";
+  requests_.sendActivityInstall(unencodable(), noting());
+  requests_.sendActivityOpen(unencodable(), noting());
+  requests_.sendActivityLocationEvent(unencodable(), noting());
+  requests_.sendPushData(push, notingPush());
+  ASSERT_EQ(session_.requests().size(), 4u);
+  for (const auto& request : session_.requests()) {
+    EXPECT_EQ(request.method, "POST");
+    EXPECT_EQ(request.body, "");
+  }
+  const auto printed = lines();
+  ASSERT_EQ(printed.size(), 4u);
+  EXPECT_THAT(printed[0], testing::StartsWith("sendActivityInstall error: "));
+  EXPECT_THAT(printed[1], testing::StartsWith("sendActivityOpen "));
+  EXPECT_THAT(printed[2], testing::StartsWith("sendActivityLocationEvent "));
+  EXPECT_THAT(printed[3], testing::StartsWith("sendPushData "));
+}
+
+TEST_F(RequestTest, InstallAndLocationHandTheOutcomeOn) {
+  requests_.sendActivityInstall({}, noting());
+  EXPECT_THAT(lines(), ElementsAre("Install sent"));
+  requests_.sendActivityInstall({}, noting());
+  requests_.sendActivityLocationEvent({}, noting());
+  requests_.sendActivityLocationEvent({}, noting());
+  core_.app.console->clear();
+  session_.answer(0, status(503));
+  session_.answer(1, ServerAnswer::failure("no network"));
+  session_.answer(2, status(404));
+  session_.answer(3, ServerAnswer::failure("reset"));
+  EXPECT_THAT(answers_, ElementsAre("503", "-!", "404", "-!"));
+  EXPECT_THAT(lines(), ElementsAre("no network", "reset"));
+}
+
+TEST_F(RequestTest, PushDataIsPrintedAndNotJudged) {
+  for (int i = 0; i < 3; ++i) requests_.sendPushData({}, notingPush());
+  EXPECT_THAT(lines()[0], testing::StartsWith("sendPushData {\"ts_current\":0,"));
+  session_.answer(0, status(201));
+  session_.answer(1, status(500));
+  session_.answer(2, ServerAnswer::failure("down"));
+  EXPECT_THAT(answers_, ElementsAre("+201", "+500", "-0!"));
+  EXPECT_EQ(lines().size(), 5u) << "the body of each, and each response; an error is the caller's to tell";
+}
+
+TEST_F(RequestTest, OpensThatFailedAreMadeUpFor) {
+  requests_.sendActivityOpen({}, noting());
+  EXPECT_EQ(session_.requests().size(), 1u);
+  EXPECT_EQ(counter(), 0);
+
+  setCounter(3);
+  requests_.sendActivityOpen({}, noting());
+  ASSERT_EQ(session_.requests().size(), 5u);
+  EXPECT_EQ(counter(), 0);
+  for (std::size_t i = 1; i < 5; ++i) EXPECT_EQ(session_.request(i).body, session_.request(0).body);
+
+  session_.answer(1, ServerAnswer::failure("x"));
+  session_.answer(2, ServerAnswer::failure("x"));
+  EXPECT_EQ(counter(), 2);
+  session_.answer(3, status(200));
+  EXPECT_EQ(counter(), 2) << "200 is no acceptance";
+  session_.answer(4, status(201));
+  EXPECT_EQ(counter(), 1);
+  session_.answer(0, status(201));
+  EXPECT_EQ(counter(), 1) << "the last one owed stays";
+  EXPECT_THAT(answers_, ElementsAre("-!", "-!", "200", "201", "201"));
+  EXPECT_THAT(lines(), ElementsAre("Request ERROR", "Request ERROR", "Open sent", "Open sent"));
+}
+
+TEST_F(RequestTest, ACounterOfZeroStaysAndAnotherTypeCountsAsNone) {
+  core_.app.standardDomain->setObject("vs_openCounter", {std::string("7")});
+  requests_.sendActivityOpen({}, noting());
+  ASSERT_EQ(session_.requests().size(), 1u);
+  session_.answer(0, status(201));
+  EXPECT_EQ(counter(), 0);
+}
+
+TEST_F(RequestTest, ATrackingGetDecodesWhatItCan) {
+  std::vector<std::string> titles;
+  const auto get = [&](const std::string& url) {
+    requests_.sendTrackingGet<AdexObject>(url, [&](const std::optional<AdexObject>& ad,
+                                                   const std::optional<Error>&) {
+      titles.push_back(!ad ? "none" : ad->creative() ? ad->creative()->title.value_or("") : "no creative");
+    });
+  };
+  get("https://ad.example/x?a=b");
+  get("https://ad.example/x");
+  get("");
+  get("https://ad.example/a b");
+  get("https://ad.example/x?c");
+  get("https://ad.example/x?d");
+  EXPECT_THAT(
+      session_.urls(),
+      ElementsAre("https://ad.example/x?a=b&ver=2.0.0", "https://ad.example/x&ver=2.0.0", "&ver=2.0.0",
+                  "https://ad.example/x?c&ver=2.0.0", "https://ad.example/x?d&ver=2.0.0"));
+  for (const auto& request : session_.requests()) {
+    EXPECT_EQ(request.method, "GET");
+    EXPECT_THAT(request.headers, IsEmpty());
+    EXPECT_EQ(request.timeout, 10);
+  }
+  ServerAnswer answer;
+  answer.body = R"({"items":[{"md":{"title":"Ad"}}]})";
+  session_.answer(0, answer);
+  answer.body = R"({"items":[{"md":{"title":1}}]})";
+  session_.answer(1, answer);
+  session_.answer(2, answer);
+  session_.answer(3, status(204));
+  session_.answer(4, ServerAnswer::failure("down"));
+  EXPECT_THAT(titles, ElementsAre("Ad", "none", "none", "none", "none"));
+  EXPECT_THAT(lines(), ElementsAre("unsupported URL", "down"));
+}
+
+TEST_F(RequestTest, TrackersGoToTheWebAlone) {
+  for (const char* url :
+       {"https://a.example/t", "HTTP://a.example/t?x", "file:///etc/passwd", "//a.example/t", "t", "",
+        " https://a.example/", "https://a.example/\n", "ftp://a.example/t", "https:///t"})
+    requests_.fireTracker(url);
+  EXPECT_THAT(session_.urls(), ElementsAre("https://a.example/t", "HTTP://a.example/t?x"));
+  for (const auto& request : session_.requests()) EXPECT_EQ(request.method + request.body, "GET");
+  session_.answer(0, ServerAnswer::failure("down"));
+  EXPECT_THAT(lines(), IsEmpty());
+}
+
+TEST_F(RequestTest, TheFirstConfigurationFetchIsConditionalToo) {
+  requests_.fetchAutoconfig("key-1", [](const platform::URLResult&) {});
+  store("vs_last_modified", "Sun, 15 Nov 2026 02:24:43 GMT");
+  requests_.fetchAutoconfig("a/b c", [](const platform::URLResult&) {});
+  const auto first = session_.request(0);
+  EXPECT_EQ(first.url, "https://t.example/tag/key-1.json");
+  EXPECT_EQ(first.method, "GET");
+  EXPECT_EQ(first.timeout, 60);
+  EXPECT_EQ(first.sessionTimeout, std::nullopt);
+  EXPECT_EQ(first.responseLimit, std::size_t{1} << 20);
+  EXPECT_THAT(first.headers, ElementsAre(HTTPHeader{"If-Modified-Since", "Fri, 12 Jan 2024 09:42:01 GMT"}));
+  EXPECT_THAT(session_.request(1).headers,
+              ElementsAre(HTTPHeader{"If-Modified-Since", "Sun, 15 Nov 2026 02:24:43 GMT"}));
+  EXPECT_TRUE(session_.request(1).url.starts_with("https://t.example/tag/")) << session_.request(1).url;
+}
+
+}  // namespace
+}  // namespace VorselKelp

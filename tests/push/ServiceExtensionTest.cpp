@@ -1,0 +1,344 @@
+#include <future>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "kellp/Kellp.h"
+#include "push/ServiceTest.h"
+
+namespace VorselKelp {
+namespace {
+
+using platform::DefaultsValue;
+using platform::NotificationSound;
+using platform::TextList;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing_platform::pngBeginning;
+using testing_platform::ServerAnswer;
+using Map = DefaultsValue::Map;
+
+constexpr const char* defaultAction = "com.apple.UNNotificationDefaultActionIdentifier";
+
+DefaultsValue asText(const char* value) {
+  return {std::string(value)};
+}
+
+TEST_F(ServiceTest, ATextMessage) {
+  const std::string json = message(
+      R"(,"n":{"body":"B","actions":[{"action":"yes","title":"Yes","url":"https://y/${VA_BACID}?${VA_BACID}"},)"
+      R"({"action":"x","title":"NO"}],"data":{"url":"https://o/${VA_BACID}","t":["https://c/1","https://c/2"]}},)"
+      R"("v":"https://v/1","t":["https://i/1"," no url","file:///etc/passwd","https://i/2"])");
+  const auto best = deliver(json);
+  ASSERT_THAT(handled_, ElementsAre(best));
+  EXPECT_EQ(best->title, "T");
+  EXPECT_EQ(best->body, "B");
+  EXPECT_EQ(best->sound, NotificationSound::defaultSound());
+  EXPECT_THAT(best->attachments, IsEmpty());
+  EXPECT_THAT(best->categoryIdentifier, testing::MatchesRegex("Vorsel_categ_-?[0-9]+"));
+  EXPECT_THAT(service_.urlSession->urls(), ElementsAre("https://v/1", "https://i/1", "https://i/2"));
+  for (const auto& sent : service_.urlSession->requests()) EXPECT_EQ(sent.method + sent.body, "GET");
+  EXPECT_EQ(store().object("vs_t"), DefaultsValue{(Map{{"n-1", {TextList{"https://c/1", "https://c/2"}}}})});
+  EXPECT_EQ(
+      store().object("vs_url"),
+      DefaultsValue{(Map{
+          {"n-1", {Map{{defaultAction, asText("https://o/0")}, {"yes", asText("https://y/yes?yes")}}}}})});
+  EXPECT_EQ(service_.console->count(json), 1u) << "the message as one line";
+  service_.settle();
+  EXPECT_EQ(handled_.size(), 1u);
+}
+
+TEST_F(ServiceTest, SoundsAndWhatStaysAsSent) {
+  struct Case {
+    const char* n;
+    std::optional<NotificationSound> sound;
+  };
+  const Case cases[] = {
+      {"{}", NotificationSound::defaultSound()},
+      {R"({"sound":"ping"})", NotificationSound::named("ping.wav")},
+      {R"({"sound":"","silent":false})", NotificationSound::named(".wav")},
+      {R"({"sound":"ping","silent":true})", std::nullopt},
+      {R"({"silent":true,"cl":1})", std::nullopt},
+      {R"({"sound":"ping","cl":-1})", NotificationSound::named("ping.wav")},
+  };
+  for (const auto& c : cases) {
+    const auto best = deliver(message(std::string(",\"n\":") + c.n));
+    EXPECT_EQ(best->sound, c.sound) << c.n;
+    EXPECT_EQ(best->body, "as sent") << c.n;
+  }
+  EXPECT_EQ(handled_.size(), std::size(cases));
+  EXPECT_FALSE(store().object("vs_url"));
+  EXPECT_FALSE(store().object("vs_t"));
+}
+
+TEST_F(ServiceTest, ClSwitchesCategoryAndImageOff) {
+  const std::string rest =
+      R"("image":"https://i/p.png","body":"B","actions":[{"action":"a","title":"A","url":"https://a"}],)"
+      R"("data":{"url":"https://o"}},"t":["https://i/1"])";
+  const auto best = deliver(message(R"(,"n":{"cl":1,)" + rest));
+  EXPECT_EQ(handled_.size(), 1u);
+  EXPECT_EQ(best->title + best->body + best->categoryIdentifier, "TB");
+  EXPECT_THAT(service_.urlSession->urls(), ElementsAre("https://i/1"));
+  EXPECT_THAT(device_->notificationCenter->categories(), IsEmpty());
+  EXPECT_EQ(store().object("vs_url"),
+            DefaultsValue{(Map{{"n-1", {Map{{defaultAction, asText("https://o")}}}}})});
+  EXPECT_EQ(store().object("vs_t"), DefaultsValue{(Map{{"n-1", {TextList{}}}})});
+  const auto shown = deliver(message(R"(,"n":{"cl":0,)" + rest), "n-2");
+  EXPECT_FALSE(shown->categoryIdentifier.empty());
+  EXPECT_EQ(service_.urlSession->urls().back(), "https://i/p.png");
+  EXPECT_EQ(handled_.size(), 1u) << "the image is still on its way";
+}
+
+TEST_F(ServiceTest, TitlesAreReReadAndHostileOnesSurvive) {
+  const std::string megabyte(1 << 20, 'x');
+  const std::pair<std::string, std::string> cases[] = {{"Caf\\\\u00e9", "Caf\u00e9"},
+                                                       {"\\\\ud83d\\\\ude00", "\U0001F600"},
+                                                       {"caf\\\\351", "caf\u00e9"},
+                                                       {"Caf\u00e9 \\\\u00e9", "Caf\u00e9 \\u00e9"},
+                                                       {"broken \\\\u12", "broken \\u12"},
+                                                       {"a\\u0000b", std::string("a\0b", 3)},
+                                                       {"", ""},
+                                                       {megabyte, megabyte},
+                                                       {"100% %d %s %n", "100% %d %s %n"}};
+  for (const auto& [sent, shown] : cases) {
+    const auto best = deliver(R"({"aps":{"alert":{"title":")" + sent + R"(","n":{}}}})");
+    EXPECT_EQ(best->title, shown) << sent.substr(0, 40);
+  }
+}
+
+TEST_F(ServiceTest, TheImageIsAttachedOnTheMainQueue) {
+  const auto best = deliver(
+      message(R"(,"n":{"body":"B","image":"https://i/pics/p%201.jpeg?w=1","data":{"url":"https://o"}},)"
+              R"("t":["https://i/1"])"));
+  EXPECT_THAT(service_.urlSession->urls(), ElementsAre("https://i/pics/p%201.jpeg?w=1"));
+  EXPECT_EQ(service_.urlSession->request(0).responseLimit, std::size_t{10} << 20);
+  ServerAnswer answer = status(200, pngBeginning(64, 64));
+  answer.suggestedFilename = "../../evil name.png";
+  service_.urlSession->answer(0, answer);
+  EXPECT_THAT(handled_, IsEmpty());
+  EXPECT_EQ(best->title, "as sent") << "the content is the main thread's";
+  service_.settle();
+  EXPECT_THAT(handled_, ElementsAre(best));
+  EXPECT_EQ(best->title + best->body, "TB");
+  EXPECT_FALSE(best->categoryIdentifier.empty());
+  ASSERT_EQ(best->attachments.size(), 1u);
+  const std::string path = best->attachments[0].path;
+  EXPECT_EQ(path.find(".."), std::string::npos) << path;
+  EXPECT_TRUE(path.ends_with(".png")) << path;
+  EXPECT_EQ(*service_.fileManager->readFile(path, 1000), pngBeginning(64, 64));
+  EXPECT_THAT(service_.urlSession->urls().back(), "https://i/1");
+  EXPECT_TRUE(store().mapEntry("vs_url", {"n-1", defaultAction}, platform::MapKind::textMapMap));
+  const auto printed = serviceLines();
+  ASSERT_GE(printed.size(), 4u);
+  EXPECT_THAT(std::vector(printed.begin() + 1, printed.begin() + 4),
+              ElementsAre("Download Started", "../../evil name.png", "Download Finished"));
+
+  const auto second = deliver(message(R"(,"n":{"image":"https://i/p.gif"})"), "n-2");
+  service_.urlSession->setRule("/p.gif", status(200, testing_platform::gifBeginning(1, 1)));
+  service_.settle();
+  ASSERT_EQ(second->attachments.size(), 1u);
+  EXPECT_EQ(service_.console->count("p.gif"), 1u);
+  const auto folder = [](const std::string& file) { return file.substr(0, file.rfind('/')); };
+  EXPECT_NE(folder(second->attachments[0].path), folder(path));
+}
+
+TEST_F(ServiceTest, WithoutItsImageTheTextIsDelivered) {
+  struct Case {
+    const char* url;
+    ServerAnswer answer;
+    const char* line;
+  };
+  const Case cases[] = {
+      {"not a url", {}, "URL is not valid"},
+      {"", {}, "URL is not valid"},
+      {"https://i/x", ServerAnswer::failure("down"), "Image can't be downloaded"},
+      {"https://i/x", status(204), "Image can't be downloaded"},
+      {"file:///etc/passwd", {}, "Image can't be downloaded"},
+      {"/relative.png", {}, "Image can't be downloaded"},
+      {"https://i/x", status(200, std::string((10 << 20) + 1, 'x')), "Image can't be downloaded"},
+      {"https://i/x", status(200, "<html>"), "Download Finished"},
+      {"https://i/x", status(200, ""), "Download Finished"},
+      {"https://i/x", status(404, "gone"), "Download Finished"},
+      {"https://i/x", status(200, pngBeginning(100000, 100000)), "Download Finished"},
+  };
+  for (const auto& c : cases) {
+    handled_.clear();
+    service_.console->clear();
+    const auto best =
+        deliver(message(std::string(R"(,"n":{"body":"B","image":")") + c.url + R"("},"t":["https://t/"])"));
+    service_.urlSession->setRule("/x", c.answer);
+    service_.settle();
+    ASSERT_THAT(handled_, ElementsAre(best)) << c.url;
+    EXPECT_EQ(best->title + best->body, "TB");
+    EXPECT_THAT(best->attachments, IsEmpty());
+    EXPECT_EQ(service_.console->count("Download Started"), 1u);
+    EXPECT_EQ(service_.console->count(c.line), 1u) << c.url << c.line;
+    EXPECT_EQ(service_.urlSession->urls().back(), "https://t/");
+  }
+}
+
+TEST_F(ServiceTest, AFullDiskCostsTheImageAlone) {
+  deliver(message(R"(,"n":{"image":"https://i/x"})"));
+  device_->files->failWrites(Error{"disk full", 28});
+  service_.urlSession->setRule("/x", status(200, pngBeginning(1, 1)));
+  service_.settle();
+  ASSERT_EQ(handled_.size(), 1u);
+  EXPECT_THAT(handled_[0]->attachments, IsEmpty());
+  EXPECT_EQ(handled_[0]->title, "T");
+}
+
+TEST_F(ServiceTest, AnAdOnlyPushStoresWhatItSays) {
+  struct Case {
+    const char* members;
+    std::optional<bool> adex;
+    std::optional<std::string> endpoint;
+    std::vector<std::string> requests;
+  };
+  const Case cases[] = {
+      {"", {}, {}, {}},
+      {R"(,"adex":true)", true, {}, {}},
+      {R"(,"adex":false)", false, {}, {}},
+      {R"(,"v":"https://v/","t":["https://t/"])", {}, {}, {"https://v/"}},
+      {R"(,"e":"https://e/?a=b")", {}, "https://e/?a=b", {"https://e/?a=b&ver=2.0.0"}},
+      {R"(,"adex":true,"e":"no url")", true, "no url", {}},
+  };
+  for (const auto& c : cases) {
+    store().removeObject("vs_adex");
+    store().removeObject("vs_eEndpoint");
+    const auto before = service_.urlSession->urls().size();
+    const auto best = deliver(message(c.members));
+    service_.settle();
+    EXPECT_EQ(stored<bool>("vs_adex"), c.adex) << c.members;
+    EXPECT_EQ(text("vs_eEndpoint"), c.endpoint) << c.members;
+    auto urls = service_.urlSession->urls();
+    urls.erase(urls.begin(), urls.begin() + static_cast<std::ptrdiff_t>(before));
+    EXPECT_EQ(urls, c.requests) << c.members;
+    EXPECT_EQ(best->title, "as sent");
+  }
+  EXPECT_THAT(handled_, IsEmpty()) << "the time limit ends these";
+  EXPECT_THAT(device_->notificationCenter->categories(), IsEmpty());
+}
+
+TEST_F(ServiceTest, TheAdBecomesTheContentOnce) {
+  struct Case {
+    std::string title;
+    ServerAnswer answer;
+    const char* shown;
+  };
+  const Case cases[] = {
+      {"T", status(200, R"({"items":[{"md":{"title":"Ad"}},{"md":{"title":"Second"}}]})"), "Ad"},
+      {"T", status(200, R"({"items":[{"md":{"title":"Ad","img":"no url"}}]})"), "Ad"},
+      {"T", status(200, R"({"items":[{"md":{}}]})"), "T"},
+      {"T", status(200, R"({"items":[]})"), "T"},
+      {"T", status(200, "{}"), "T"},
+      {"T", status(200, "<html>"), "T"},
+      {"T", status(204), "T"},
+      {"T", ServerAnswer::failure("down"), "T"},
+      {"", status(200, "{}"), "No title"},
+      {"T", status(200, R"({"items":[{"md":{"title":""}}]})"), "No title"},
+  };
+  for (const auto& c : cases) {
+    handled_.clear();
+    const auto best = deliver(R"({"aps":{"alert":{"title":")" + c.title + R"(","e":"https://e/ad"}}})");
+    service_.urlSession->setRule("/ad&ver=2.0.0", c.answer);
+    service_.settle();
+    ASSERT_THAT(handled_, ElementsAre(best)) << c.answer.body;
+    EXPECT_EQ(best->title, c.shown) << c.answer.body;
+    EXPECT_THAT(best->attachments, IsEmpty());
+  }
+  handled_.clear();
+  const auto best = deliver(message(R"(,"e":"https://e/ad")"));
+  service_.urlSession->setRule("/ad&ver=2.0.0", status(200, R"({"items":[{"md":{"img":"https://i/x"}}]})"));
+  service_.urlSession->setRule("/x", status(200, pngBeginning(1, 1)));
+  service_.settle();
+  EXPECT_THAT(handled_, ElementsAre(best));
+  EXPECT_EQ(best->attachments.size(), 1u);
+}
+
+TEST_F(ServiceTest, WhatIsNoSingleMessageStopsTheProcess) {
+  const std::string payloads[] = {R"({"p":[{"o":{"body":"1"}}]})",
+                                  R"({"aps":{"alert":"Hello"}})",
+                                  "{}",
+                                  "[]",
+                                  "",
+                                  "not json",
+                                  message(R"(,"n":{"actions":[{"action":"a"}]})"),
+                                  message(",\"n\":{\"body\":\"\xff\"}"),
+                                  std::string(10000, '[') + std::string(10000, ']'),
+                                  message(R"(,"n":{"el":123456789012345678901234567890})")};
+  for (const auto& payload : payloads)
+    EXPECT_DEATH(deliver(payload), "Fatal error: ") << payload.substr(0, 60);
+}
+
+TEST_F(ServiceTest, TheLastWordIsSpokenWithPushOnAlone) {
+  const auto best = std::make_shared<platform::NotificationContent>();
+  int calls = 0;
+  const auto terminate = [&] {
+    VorselKellp::notificationBuilderWillTerminate({}, best, [&](auto content) {
+      ++calls;
+      EXPECT_EQ(content, best);
+    });
+  };
+  terminate();
+  store().setObject("vs_push", {false});
+  terminate();
+  EXPECT_EQ(calls, 0);
+  store().setObject("vs_push", {true});
+  terminate();
+  EXPECT_EQ(calls, 1);
+  testing_platform::MemoryPlatform storeless(device_, testing_platform::ProcessKind::extension, "storeless");
+  device_->groupStores->refuse("");
+  VorselKellp::install(storeless.platform());
+  terminate();
+  EXPECT_EQ(calls, 1);
+}
+
+TEST_F(ServiceTest, TheHandlerIsCalledWithNoLockHeld) {
+  // Another process must be able to deliver while the application's handler takes its time.
+  std::size_t looked = 0;
+  const auto handler = [&](auto) {
+    for (const auto& path : device_->files->paths()) {
+      ++looked;
+      const bool free = std::async(std::launch::async, [&] {
+                          const std::unique_lock lock(*device_->files->mutexOf(path), std::try_to_lock);
+                          return lock.owns_lock();
+                        }).get();
+      EXPECT_TRUE(free) << path;
+    }
+  };
+  for (const char* n : {R"({"body":"B"})", R"({"image":"https://i/x"})", R"({"image":"not a url"})"}) {
+    SCOPED_TRACE(n);
+    VorselKellp::didReceiveNotification(request(message(std::string(",\"n\":") + n), "n-1"),
+                                        std::make_shared<platform::NotificationContent>(), handler);
+    service_.urlSession->setRule("*", ServerAnswer::failure("down"));
+    service_.settle();
+  }
+  EXPECT_EQ(looked, 3u) << "the lock's file";
+}
+
+TEST_F(ServiceTest, TwoExtensionsAtOnceLoseNothing) {
+  constexpr int each = 40;
+  testing_platform::MemoryPlatform other(device_, testing_platform::ProcessKind::extension,
+                                         "com.example.app.other");
+  const auto deliverMany = [](testing_platform::MemoryPlatform& process, const std::string& prefix) {
+    const auto kellp = std::make_shared<Kellp>(process.platform());
+    kellp->context->state.setAppGroupSetting(group);
+    for (int i = 0; i < each; ++i) {
+      kellp->serviceExtension->didReceive(
+          request(message(R"(,"n":{"data":{"url":"https://o"}})"), prefix + std::to_string(i)),
+          std::make_shared<platform::NotificationContent>(), [](auto) {});
+    }
+    EXPECT_EQ(kellp->serviceExtension->lastReceived().at(0).notifId, prefix + std::to_string(each - 1));
+  };
+  std::thread thread([&] { deliverMany(other, "b"); });
+  deliverMany(service_, "a");
+  thread.join();
+  EXPECT_EQ(device_->notificationCenter->categories().size(), 2u * each);
+  for (const char* key : {"vs_url", "vs_t"})
+    EXPECT_EQ(store().object(key)->as<Map>()->size(), 2u * each) << key;
+}
+
+}  // namespace
+}  // namespace VorselKelp

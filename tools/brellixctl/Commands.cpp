@@ -1,0 +1,156 @@
+#include "brellixctl/Commands.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "VorselKelpLinux/NotificationRecords.h"
+#include "VorselKelpLinux/StoreListing.h"
+#include "brellixctl/Reports.h"
+
+namespace brellixctl {
+
+using VorselKelp::Error;
+using VorselKelp::JSONAny;
+namespace platform = VorselKelp::platform;
+namespace device = VorselKelp::linux_platform;
+
+namespace {
+
+void printErrorLines(const std::vector<std::string>& lines) {
+  for (const auto& line : lines) std::fprintf(stderr, "brellixctl: %s\n", line.c_str());
+}
+
+void printJSON(const JSONAny& json) {
+  std::printf("%s\n", device::encodeLossy(json).c_str());
+}
+
+/// Carries out `operation` on the target and shows its outcome.
+template <class Operation>
+int perform(const CommonOptions& common, Operation&& operation) {
+  const auto target = Target::open(common.home, common.manifest);
+  if (!target) return fail(target.error());
+  const auto outcome = operation(*target);
+  if (!outcome) return fail(outcome.error());
+  printErrorLines(outcome->errorLines);
+  if (common.json) {
+    printJSON(toJSON(*outcome));
+  } else {
+    std::fputs(inWords(*outcome).c_str(), stdout);
+  }
+  return 0;
+}
+
+void printStore(const char* title, const JSONAny& values) {
+  const auto& entries = *values.as<JSONAny::Dictionary>();
+  std::printf("%s%s\n", title, entries.empty() ? ": nothing" : "");
+  for (const auto& [key, value] : entries) {
+    std::printf("  %-28s %s\n", key.c_str(), device::encodeLossy(value).c_str());
+  }
+}
+
+std::string oneLine(std::string text) {
+  std::replace(text.begin(), text.end(), '\n', ' ');
+  return text;
+}
+
+JSONAny pendingJSON(const device::HeldNotification& held, double now) {
+  auto json = notificationJSON(held.request, {});
+  json.push_back({"dueIn", held.due - now});
+  json.push_back({"repeats", held.request.trigger && held.request.trigger->repeats});
+  return json;
+}
+
+JSONAny categoryJSON(const platform::NotificationCategory& category) {
+  return JSONAny::Dictionary{{"identifier", category.identifier},
+                             {"actions", device::encodeActions(category.actions)},
+                             {"customDismissAction", category.customDismissAction}};
+}
+
+JSONAny notificationsJSON(device::SimulatedDevice& simulated) {
+  JSONAny::List delivered, pending, categories;
+  for (const auto& held : simulated.delivered()) {
+    const auto actions = simulated.actionsOf(held.request.content.categoryIdentifier);
+    delivered.push_back(notificationJSON(held.request, actions));
+  }
+  for (const auto& held : simulated.pending()) pending.push_back(pendingJSON(held, simulated.now()));
+  for (const auto& category : simulated.categories()) categories.push_back(categoryJSON(category));
+  return JSONAny::Dictionary{{"delivered", std::move(delivered)},
+                             {"pending", std::move(pending)},
+                             {"categories", std::move(categories)}};
+}
+
+void printNotifications(device::SimulatedDevice& simulated) {
+  const auto delivered = simulated.delivered();
+  std::printf("Delivered: %zu\n", delivered.size());
+  for (const auto& held : delivered) {
+    const auto actions = simulated.actionsOf(held.request.content.categoryIdentifier);
+    std::printf("%s\n", inWords(held.request, actions).c_str());
+  }
+  const auto pending = simulated.pending();
+  std::printf("Pending: %zu\n", pending.size());
+  for (const auto& held : pending) {
+    std::printf("  %s  %s  in %.0f s\n", held.request.identifier.c_str(),
+                oneLine(held.request.content.title).c_str(), held.due - simulated.now());
+  }
+  std::printf("Categories registered: %zu\n", simulated.categories().size());
+}
+
+}  // namespace
+
+int fail(const Error& error) {
+  std::fprintf(stderr, "brellixctl: %s\n", oneLine(error.description).c_str());
+  return error.code == wrongUsage ? 2 : 1;
+}
+
+int fail(const std::string& reason) {
+  return fail(Error{reason});
+}
+
+int runLaunch(const CommonOptions& common, const LaunchRequest& request) {
+  return perform(common, [&](const Target& target) { return launch(target, request); });
+}
+
+int runPush(const CommonOptions& common, const PushRequest& request) {
+  return perform(common, [&](const Target& target) { return push(target, request); });
+}
+
+int runTap(const CommonOptions& common, const TapRequest& request) {
+  return perform(common, [&](const Target& target) { return tap(target, request); });
+}
+
+int runStore(const CommonOptions& common) {
+  const auto target = Target::open(common.home, common.manifest);
+  if (!target) return fail(target.error());
+  const auto own = [&](device::ProcessKind kind) {
+    return device::listStandardDefaults(target->manifest, target->home, kind);
+  };
+  const auto group = device::listGroupDefaults(target->manifest, target->home);
+  const auto application = own(device::ProcessKind::application);
+  const auto service = own(device::ProcessKind::serviceExtension);
+  const auto content = own(device::ProcessKind::contentExtension);
+  if (common.json) {
+    printJSON(JSONAny::Dictionary{
+        {"group", group}, {"application", application}, {"service", service}, {"content", content}});
+    return 0;
+  }
+  printStore("The application group's store", group);
+  printStore("The application's own", application);
+  printStore("The service extension's own", service);
+  printStore("The content extension's own", content);
+  return 0;
+}
+
+int runNotifications(const CommonOptions& common, double advance) {
+  const auto target = Target::open(common.home, common.manifest);
+  if (!target) return fail(target.error());
+  auto simulated = target->device();
+  if (advance > 0) simulated.advanceClock(advance);
+  if (common.json) {
+    printJSON(notificationsJSON(simulated));
+  } else {
+    printNotifications(simulated);
+  }
+  return 0;
+}
+
+}  // namespace brellixctl

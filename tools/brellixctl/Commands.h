@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "brellixctl/Operations.h"
+
+namespace brellixctl {
+
+/// What the command line says for all commands.
+struct CommonOptions {
+  std::string home;
+  std::string manifest;
+  bool json = false;
+};
+
+struct ServeOptions {
+  int port = 8080;
+  std::string log;
+  std::string document;
+  std::vector<std::string> statuses;  ///< PATH=CODE
+};
+
+// Each runs one command and returns the exit status: 0, 1 when the operation failed, 2 for wrong usage. The
+// result goes to standard output, everything else to standard error.
+
+int runDemo(const CommonOptions& common);
+int runServe(const CommonOptions& common, const ServeOptions& options);
+int runLaunch(const CommonOptions& common, const LaunchRequest& request);
+int runPush(const CommonOptions& common, const PushRequest& request);
+int runTap(const CommonOptions& common, const TapRequest& request);
+int runStore(const CommonOptions& common);
+/// `advance`: seconds by which the device's clock is moved on first.
+int runNotifications(const CommonOptions& common, double advance);
+
+/// Says in one line on standard error what went wrong, and returns the exit status for it.
+int fail(const VorselKelp::Error& error);
+int fail(const std::string& reason);
+
+}  // namespace brellixctl

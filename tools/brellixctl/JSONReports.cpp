@@ -1,0 +1,64 @@
+#include "VorselKelpLinux/NotificationRecords.h"
+#include "brellixctl/Reports.h"
+
+namespace brellixctl {
+
+using VorselKelp::JSONAny;
+namespace platform = VorselKelp::platform;
+namespace device = VorselKelp::linux_platform;
+
+namespace {
+
+JSONAny orNull(const std::optional<JSONAny>& value) {
+  return value ? *value : JSONAny();
+}
+JSONAny listOf(const std::vector<JSONAny>& values) {
+  return JSONAny::List(values);
+}
+
+}  // namespace
+
+JSONAny toJSON(const LaunchOutcome& outcome) {
+  return JSONAny::Dictionary{{"initialised", outcome.initialised},
+                             {"authorisation", outcome.authorisation},
+                             {"token", outcome.token ? JSONAny(*outcome.token) : JSONAny()},
+                             {"delegate", listOf(outcome.delegate)},
+                             {"results", listOf(outcome.results)},
+                             {"console", listOf(outcome.console)}};
+}
+
+JSONAny::Dictionary notificationJSON(const platform::NotificationRequest& request,
+                                     const std::vector<platform::NotificationAction>& actions) {
+  const auto& content = request.content;
+  JSONAny sound;
+  if (content.sound) sound = content.sound->name.value_or("default");
+  JSONAny::List attachments;
+  for (const auto& attachment : content.attachments) attachments.push_back(attachment.path);
+  const auto& category = content.categoryIdentifier;
+  return {{"id", request.identifier},
+          {"title", content.title},
+          {"body", content.body},
+          {"sound", std::move(sound)},
+          {"category", category.empty() ? JSONAny() : JSONAny(category)},
+          {"actions", device::encodeActions(actions)},
+          {"attachments", std::move(attachments)},
+          {"badge", content.badge ? JSONAny(*content.badge) : JSONAny()}};
+}
+
+JSONAny toJSON(const PushOutcome& outcome) {
+  auto json = notificationJSON(outcome.shown, outcome.actions);
+  json.push_back({"extension", outcome.extension});
+  json.push_back({"console", listOf(outcome.console)});
+  return json;
+}
+
+JSONAny toJSON(const TapOutcome& outcome) {
+  JSONAny::Dictionary json;
+  if (outcome.completion) json.push_back({"completion", *outcome.completion});
+  json.push_back({"browser", orNull(outcome.browser)});
+  json.push_back({"deepLink", orNull(outcome.deepLink)});
+  json.push_back({"console", listOf(outcome.console)});
+  return json;
+}
+
+}  // namespace brellixctl

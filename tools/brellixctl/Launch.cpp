@@ -1,0 +1,73 @@
+#include "VorselKelpLinux/Hex.h"
+#include "VorselKelpLinux/NotificationRecords.h"
+#include "brellixctl/ChildProcess.h"
+#include "brellixctl/Operations.h"
+
+namespace brellixctl {
+
+using VorselKelp::Error;
+using VorselKelp::JSONAny;
+using VorselKelp::Result;
+using VorselKelp::linux_platform::hexOf;
+
+namespace {
+
+/// One entry a call: what it returned, or for an operation with a completion the arguments of each of its
+/// calls.
+std::vector<JSONAny> resultsOf(const ChildOutcome& child) {
+  std::vector<JSONAny> results;
+  for (const auto& returned : child.valuesOf("returned")) {
+    const auto* index = returned.find("call");
+    const auto* hasCompletion = returned.find("hasCompletion");
+    if (hasCompletion == nullptr || hasCompletion->value != JSONAny(true).value) {
+      const auto* value = returned.find("value");
+      results.push_back(value != nullptr ? *value : JSONAny());
+      continue;
+    }
+    JSONAny::List completions;
+    for (const auto& completed : child.valuesOf("completed")) {
+      const auto* call = completed.find("call");
+      const auto* arguments = completed.find("arguments");
+      if (call != nullptr && arguments != nullptr && *call == *index) completions.push_back(*arguments);
+    }
+    results.push_back(std::move(completions));
+  }
+  return results;
+}
+
+}  // namespace
+
+Result<LaunchOutcome> launch(const Target& target, const LaunchRequest& request) {
+  ChildCommand command;
+  command.program = "news_app";
+  command.timeLimit = request.timeLimit;
+  command.arguments = {"--home",       target.homePath,
+                       "--app",        target.manifestPath,
+                       "--time-limit", std::to_string(request.timeLimit)};
+  if (!request.answer.empty())
+    command.arguments.insert(command.arguments.end(), {"--answer", request.answer});
+  for (const auto& call : request.calls) command.arguments.insert(command.arguments.end(), {"--call", call});
+  auto child = runChild(command);
+  if (!child) return child.error();
+  if (child->stopReason) return Error{"The application stopped: " + *child->stopReason};
+  if (child->exitStatus != 0) {
+    const auto reason =
+        child->errorLines.empty() ? "The application could not start" : child->errorLines.front();
+    return Error{reason, child->exitStatus == wrongUsage ? wrongUsage : 0};
+  }
+  LaunchOutcome outcome;
+  if (const auto ended = child->firstOf("ended")) {
+    const auto* flag = ended->find("initialised");
+    outcome.initialised = flag != nullptr && flag->value == JSONAny(true).value;
+  }
+  auto device = target.device();
+  outcome.authorisation = VorselKelp::linux_platform::authorizationWord(device.authorization());
+  if (const auto token = device.remoteToken()) outcome.token = hexOf(*token);
+  outcome.delegate = child->valuesOf("delegate");
+  outcome.results = resultsOf(*child);
+  outcome.console = child->valuesOf("console");
+  outcome.errorLines = std::move(child->errorLines);
+  return outcome;
+}
+
+}  // namespace brellixctl

@@ -1,0 +1,24 @@
+#include "brellixctl/Progress.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+
+namespace brellixctl {
+
+Progress::Progress(std::string what) : what_(std::move(what)), visible_(::isatty(STDERR_FILENO) == 1) {}
+
+Progress::~Progress() {
+  if (shown_ > 1) std::fputs("\r\033[K", stderr);
+}
+
+void Progress::tick() {
+  if (!visible_) return;
+  const auto passed = std::chrono::steady_clock::now() - start_;
+  const long seconds = std::chrono::duration_cast<std::chrono::seconds>(passed).count();
+  if (seconds <= shown_) return;
+  shown_ = seconds;
+  std::fprintf(stderr, "\r\033[K%s (%ld s)", what_.c_str(), seconds);
+}
+
+}  // namespace brellixctl

@@ -1,0 +1,115 @@
+#include <sys/random.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+#include "VorselKelpLinux/Hex.h"
+#include "VorselKelpLinux/NotificationRecords.h"
+#include "brellixctl/ChildProcess.h"
+#include "brellixctl/Operations.h"
+
+namespace brellixctl {
+
+using VorselKelp::Error;
+using VorselKelp::JSONAny;
+using VorselKelp::Result;
+using VorselKelp::linux_platform::hexOf;
+namespace platform = VorselKelp::platform;
+namespace device = VorselKelp::linux_platform;
+
+namespace {
+
+constexpr std::size_t payloadLimit = std::size_t{64} << 20;
+
+std::string makeIdentifier() {
+  std::string bytes(16, '\0');
+  if (::getrandom(bytes.data(), bytes.size(), 0) < 0) bytes.assign(16, '0');
+  auto text = hexOf(bytes);
+  for (const std::size_t dash : {8, 13, 18, 23}) text.insert(dash, 1, '-');
+  return text;
+}
+
+Result<std::string> readPayload(const std::string& path) {
+  std::FILE* opened = path == "-" ? stdin : std::fopen(path.c_str(), "rbe");
+  if (opened == nullptr) return Error{"Cannot read " + path + ": " + std::strerror(errno)};
+  const auto close = [](std::FILE* file) { return file == stdin ? 0 : std::fclose(file); };
+  const std::unique_ptr<std::FILE, decltype(close)> file(opened, close);
+  std::string bytes;
+  std::string block(std::size_t{1} << 16, '\0');
+  while (const auto got = std::fread(block.data(), 1, block.size(), file.get())) {
+    bytes.append(block, 0, got);
+    if (bytes.size() > payloadLimit)
+      return Error{path + " is larger than 64 MiB; no server sends such a payload"};
+  }
+  if (std::ferror(file.get()) != 0) return Error{"Cannot read " + path + ": " + std::strerror(errno)};
+  return bytes;
+}
+
+bool wantsExtension(const JSONAny& payload) {
+  const auto* aps = payload.find("aps");
+  const auto* flag = aps != nullptr ? aps->find("mutable-content") : nullptr;
+  return flag != nullptr && flag->value == JSONAny(1).value;
+}
+
+std::string wordFor(const ChildOutcome& child, bool answered) {
+  if (child.stopReason && !answered) return "stopped";
+  if (!answered) return "silent";
+  return child.firstOf("timeLimit") ? "timeLimit" : "answered";
+}
+
+/// Lets the service extension change `request`, and notes how that went.
+VorselKelp::Status runExtension(const Target& target, const PushRequest& asked, const std::string& payload,
+                                platform::NotificationRequest& request, PushOutcome& outcome) {
+  ChildCommand command;
+  command.program = "news_service";
+  command.input = payload;
+  command.timeLimit = asked.timeLimit;
+  command.arguments = {"--home", target.homePath,    "--app",        target.manifestPath,
+                       "--id",   request.identifier, "--time-limit", std::to_string(asked.timeLimit)};
+  auto child = runChild(command);
+  if (!child) return child.error();
+  if (!child->stopReason && !child->ended && child->exitStatus != 0 && !child->errorLines.empty()) {
+    return Error{child->errorLines.front()};
+  }
+  const auto content = child->firstOf("content");
+  outcome.extension = wordFor(*child, content.has_value());
+  outcome.console = child->valuesOf("console");
+  outcome.errorLines = std::move(child->errorLines);
+  if (child->stopReason) outcome.errorLines.push_back("The service extension stopped: " + *child->stopReason);
+  if (content) {
+    auto info = std::move(request.content.userInfo);
+    request.content = device::decodeContent(*content);
+    request.content.userInfo = std::move(info);
+  }
+  return VorselKelp::Done{};
+}
+
+}  // namespace
+
+Result<PushOutcome> push(const Target& target, const PushRequest& asked) {
+  const auto payload = readPayload(asked.payloadPath);
+  if (!payload) return payload.error();
+  const auto json = JSONAny::decode(*payload);
+  if (!json) return Error{asked.payloadPath + " cannot be read as JSON: " + json.error().description};
+  if (json->as<JSONAny::Dictionary>() == nullptr) {
+    return Error{asked.payloadPath + " is no JSON object; a payload looks like {\"aps\": {\"alert\": ...}}"};
+  }
+  platform::NotificationRequest request;
+  request.identifier = asked.identifier.empty() ? makeIdentifier() : asked.identifier;
+  request.content = device::originalContent(*json);
+  request.content.userInfo = platform::UserInfo::fromJSON(*payload);
+  PushOutcome outcome;
+  outcome.extension = "notRun";
+  if (wantsExtension(*json)) {
+    if (const auto status = runExtension(target, asked, *payload, request, outcome); !status)
+      return status.error();
+  }
+  auto simulated = target.device();
+  outcome.shown = simulated.deliver(std::move(request));
+  outcome.actions = simulated.actionsOf(outcome.shown.content.categoryIdentifier);
+  return outcome;
+}
+
+}  // namespace brellixctl

@@ -1,0 +1,86 @@
+#include <signal.h>
+
+#include <charconv>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <memory>
+#include <sstream>
+
+#include "VorselKelp/JSONAny.h"
+#include "brellixctl/Commands.h"
+#include "collection_server/CollectionServer.h"
+
+namespace brellixctl {
+
+using collection_server::CollectionServer;
+using VorselKelp::Error;
+using VorselKelp::Result;
+
+namespace {
+
+Result<std::map<std::string, int>> parseStatuses(const std::vector<std::string>& texts) {
+  std::map<std::string, int> statuses;
+  for (const auto& text : texts) {
+    const auto equals = text.rfind('=');
+    int code = 0;
+    if (equals != std::string::npos) {
+      std::from_chars(text.data() + equals + 1, text.data() + text.size(), code);
+    }
+    if (text.front() != '/' || code < 100 || code > 599) {
+      return Error{"--status takes PATH=CODE, such as /v2/users=500, not \"" + text + "\"", wrongUsage};
+    }
+    statuses[text.substr(0, equals)] = code;
+  }
+  return statuses;
+}
+
+/// Blocks until the user has had enough of it.
+void waitForInterrupt(const sigset_t& signals) {
+  int signal = 0;
+  ::sigwait(&signals, &signal);
+}
+
+}  // namespace
+
+int runServe(const CommonOptions& common, const ServeOptions& options) {
+  auto statuses = parseStatuses(options.statuses);
+  if (!statuses) return fail(statuses.error());
+  collection_server::ServerOptions server;
+  server.port = options.port;
+  server.statuses = std::move(*statuses);
+  if (!options.document.empty()) {
+    const std::ifstream file(options.document, std::ios::binary);
+    if (!file) return fail("Cannot read " + options.document + ": " + std::strerror(errno));
+    std::ostringstream text;
+    text << file.rdbuf();
+    server.document = text.str();
+  }
+  std::unique_ptr<std::FILE, int (*)(std::FILE*)> log(nullptr, &std::fclose);
+  if (!options.log.empty()) {
+    log.reset(std::fopen(options.log.c_str(), "ae"));
+    if (log == nullptr) return fail("Cannot write " + options.log + ": " + std::strerror(errno));
+  }
+  server.received = [sink = log ? log.get() : stdout](const collection_server::ReceivedRequest& request) {
+    std::fputs((toJSON(request) + '\n').c_str(), sink);
+    std::fflush(sink);
+  };
+  // Before the server's threads start, so that none of them takes the signal.
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGINT);
+  sigaddset(&signals, SIGTERM);
+  ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  const auto running = CollectionServer::start(std::move(server));
+  if (!running) return fail(running.error());
+  if (common.json) {
+    std::printf("{\"port\":%d,\"url\":\"%s\"}\n", (*running)->port(), (*running)->url().c_str());
+  } else {
+    std::printf("Collection server at %s (Ctrl-C ends it)\n", (*running)->url().c_str());
+  }
+  std::fflush(stdout);
+  waitForInterrupt(signals);
+  return 0;
+}
+
+}  // namespace brellixctl

@@ -1,0 +1,54 @@
+#include "brellixctl/ChildProcess.h"
+#include "brellixctl/Operations.h"
+
+namespace brellixctl {
+
+using VorselKelp::Error;
+using VorselKelp::JSONAny;
+using VorselKelp::Result;
+
+namespace {
+
+constexpr double timeLimit = 20;
+
+std::optional<JSONAny> deepLinkOf(const ChildOutcome& child) {
+  for (const auto& call : child.valuesOf("delegate")) {
+    const auto* name = call.find("name");
+    const auto* arguments = call.find("arguments");
+    if (name == nullptr || arguments == nullptr || name->value != JSONAny("handleURL").value) continue;
+    const auto* list = arguments->as<JSONAny::List>();
+    if (list != nullptr && !list->empty()) return list->front();
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+Result<TapOutcome> tap(const Target& target, const TapRequest& request) {
+  if (!target.device().tappable(request.identifier)) {
+    return Error{"The device holds no notification \"" + request.identifier +
+                 "\"; brellixctl notifications lists what there is"};
+  }
+  ChildCommand command;
+  command.program = "news_app";
+  command.timeLimit = timeLimit;
+  command.arguments = {"--home", target.homePath, "--app", target.manifestPath, "--tap", request.identifier};
+  if (!request.action.empty())
+    command.arguments.insert(command.arguments.end(), {"--action", request.action});
+  if (!request.handle) command.arguments.push_back("--no-handle");
+  auto child = runChild(command);
+  if (!child) return child.error();
+  if (child->stopReason) return Error{"The application stopped: " + *child->stopReason};
+  if (child->exitStatus != 0) {
+    return Error{child->errorLines.empty() ? "The application could not start" : child->errorLines.front()};
+  }
+  TapOutcome outcome;
+  outcome.completion = child->firstOf("completion");
+  outcome.browser = child->firstOf("browser");
+  outcome.deepLink = deepLinkOf(*child);
+  outcome.console = child->valuesOf("console");
+  outcome.errorLines = std::move(child->errorLines);
+  return outcome;
+}
+
+}  // namespace brellixctl

@@ -1,0 +1,126 @@
+#include <CLI/CLI.hpp>
+#include <functional>
+
+#include "brellixctl/Commands.h"
+
+namespace {
+
+using namespace brellixctl;
+
+class CommandLine {
+ public:
+  CommandLine() {
+    app_.require_subcommand(1);
+    app_.fallthrough();
+    app_.add_option("--home", common_.home, "Folder of the simulated device")->type_name("DIR");
+    app_.add_option("--app", common_.manifest, "The application's manifest")->type_name("FILE");
+    app_.add_flag("--json", common_.json, "Print JSON for a script");
+    addDemo();
+    addServe();
+    addLaunch();
+    addPush();
+    addTap();
+    addInspection();
+  }
+
+  int run(int argc, char** argv) {
+    try {
+      app_.parse(argc, argv);
+    } catch (const CLI::CallForHelp& help) {
+      return app_.exit(help);
+    } catch (const CLI::CallForAllHelp& help) {
+      return app_.exit(help);
+    } catch (const CLI::ParseError& error) {
+      return fail(VorselKelp::Error{std::string(error.what()) + "; see brellixctl --help", wrongUsage});
+    }
+    return command_();
+  }
+
+ private:
+  CLI::App* add(const char* name, const char* what, std::function<int()> command) {
+    auto* added = app_.add_subcommand(name, what);
+    added->callback([this, command = std::move(command)] { command_ = command; });
+    return added;
+  }
+
+  void addDemo() {
+    add("demo", "The whole road of one notification, with real processes and a server of its own",
+        [this] { return runDemo(common_); });
+  }
+
+  void addServe() {
+    auto* serve = add("serve", "A collection server that shows every request it receives",
+                      [this] { return runServe(common_, serve_); });
+    serve->add_option("--port", serve_.port, "Port on the loopback interface; 0 for any free one")
+        ->check(CLI::Range(0, 65535))
+        ->capture_default_str();
+    serve->add_option("--log", serve_.log, "Write the requests here, one JSON object a line")
+        ->type_name("FILE");
+    serve->add_option("--document", serve_.document, "The remote configuration to serve")->type_name("FILE");
+    serve->add_option("--status", serve_.statuses, "Answer this path with this code; may be repeated")
+        ->type_name("PATH=CODE")
+        ->allow_extra_args(false);
+  }
+
+  void addLaunch() {
+    auto* start =
+        add("launch", "One start of the application", [this] { return runLaunch(common_, launch_); });
+    start->add_option("--answer", launch_.answer, "What the user answers when asked for the permission")
+        ->check(CLI::IsMember({"allow", "deny"}));
+    start->add_option("--call", launch_.calls, "Call a public operation with a JSON list; may be repeated")
+        ->type_name("NAME=JSON")
+        ->allow_extra_args(false);
+    addTimeLimit(start, launch_.timeLimit);
+  }
+
+  void addPush() {
+    auto* deliver =
+        add("push", "Deliver one remote notification", [this] { return runPush(common_, push_); });
+    deliver->add_option("PAYLOAD", push_.payloadPath, "The payload, a JSON file; - for standard input")
+        ->required();
+    deliver->add_option("--id", push_.identifier, "The notification's identifier")->type_name("ID");
+    addTimeLimit(deliver, push_.timeLimit);
+  }
+
+  void addTap() {
+    auto* open = add("tap", "The user taps a notification or one of its buttons", [this] {
+      tap_.handle = !noHandle_;
+      return runTap(common_, tap_);
+    });
+    open->add_option("ID", tap_.identifier, "The notification's identifier")->required();
+    open->add_option("--action", tap_.action, "The button's identifier")->type_name("A");
+    open->add_flag("--no-handle", noHandle_, "The application opens the link itself");
+  }
+
+  void addInspection() {
+    add("store", "What the stores of the application hold", [this] { return runStore(common_); });
+    auto* list = add("notifications", "What the notification centre holds",
+                     [this] { return runNotifications(common_, advance_); });
+    list->add_option("--advance", advance_, "Move the device's clock on first")
+        ->type_name("SECONDS")
+        ->check(CLI::NonNegativeNumber);
+  }
+
+  static void addTimeLimit(CLI::App* command, double& seconds) {
+    command->add_option("--time-limit", seconds, "Seconds that the process has")
+        ->type_name("S")
+        ->check(CLI::Range(0.0, 86400.0))
+        ->capture_default_str();
+  }
+
+  CLI::App app_{"A phone's view of a push notification, on a desk", "brellixctl"};
+  std::function<int()> command_;
+  CommonOptions common_;
+  ServeOptions serve_;
+  LaunchRequest launch_;
+  PushRequest push_;
+  TapRequest tap_;
+  double advance_ = 0;
+  bool noHandle_ = false;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  return CommandLine().run(argc, argv);
+}
