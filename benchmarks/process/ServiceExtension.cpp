@@ -63,7 +63,7 @@ void bareExtension(benchmark::State& state) {
 template <class Command>
 double medianMemory(Command command) {
   std::vector<long> peaks;
-  for (int i = 0; i < 21; ++i) peaks.push_back(runChild(command(i)));
+  for (int i = 0; i < 21; ++i) peaks.push_back(peakMemory(command(i)));
   std::ranges::sort(peaks);
   return static_cast<double>(peaks[peaks.size() / 2]) / 1024;
 }

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <spawn.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -10,24 +9,42 @@
 #include <cstdlib>
 
 namespace VorselKelp::benchmarks {
+namespace {
 
-long runChild(const std::vector<std::string>& command) {
+/// Runs a program with its output to `descriptor`.
+void run(const std::vector<std::string>& command, int descriptor) {
   std::vector<char*> arguments;
   for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
   arguments.push_back(nullptr);
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+  posix_spawn_file_actions_adddup2(&actions, descriptor, STDOUT_FILENO);
   pid_t child = 0;
   const int spawned = posix_spawn(&child, arguments[0], &actions, nullptr, arguments.data(), environ);
   posix_spawn_file_actions_destroy(&actions);
   int status = 1;
-  rusage usage{};
-  if (spawned != 0 || wait4(child, &status, 0, &usage) != child || status != 0) {
+  if (spawned != 0 || waitpid(child, &status, 0) != child || status != 0) {
     std::fprintf(stderr, "%s failed\n", command.front().c_str());
     std::exit(1);
   }
-  return usage.ru_maxrss;
+}
+
+}  // namespace
+
+void runChild(const std::vector<std::string>& command) {
+  static const int dropped = open("/dev/null", O_WRONLY | O_CLOEXEC);
+  run(command, dropped);
+}
+
+long peakMemory(std::vector<std::string> command) {
+  command.insert(command.begin(), PEAK_MEMORY_EXECUTABLE);
+  std::FILE* const output = std::tmpfile();
+  run(command, fileno(output));
+  std::rewind(output);
+  long kibibytes = 0;
+  if (std::fscanf(output, "%ld", &kibibytes) != 1) std::exit(1);
+  std::fclose(output);
+  return kibibytes;
 }
 
 }  // namespace VorselKelp::benchmarks

@@ -5,8 +5,11 @@
 
 namespace VorselKelp::benchmarks {
 
-/// Runs a program to its end, its output dropped, and answers its peak memory in KiB. A program that fails
-/// ends the benchmark: a figure of something that does not work is none.
-long runChild(const std::vector<std::string>& command);
+/// Runs a program to its end, its output dropped. A program that fails ends the benchmark: a figure of
+/// something that does not work is none.
+void runChild(const std::vector<std::string>& command);
+
+/// The same, and answers the program's peak memory in KiB.
+long peakMemory(std::vector<std::string> command);
 
 }  // namespace VorselKelp::benchmarks

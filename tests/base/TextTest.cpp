@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -15,7 +14,7 @@ using namespace std::string_literals;
 TEST(Text, NonLossyAscii) {
   struct Case {
     const char* text;
-    std::optional<std::string> read;
+    const char* read;
   };
   const Case cases[] = {
       {"", ""},
@@ -25,22 +24,11 @@ TEST(Text, NonLossyAscii) {
       {"caf\\351 \\101\\377", "caf\u00e9 A\u00ff"},
       {"a\\\\u0041", "a\\u0041"},
       {"\\\\\\\\", "\\\\"},
-      {"Caf\u00e9", std::nullopt},
-      {"\\", std::nullopt},
-      {"\\n", std::nullopt},
-      {"\\u12", std::nullopt},
-      {"\\u12G4", std::nullopt},
-      {"\\u+123", std::nullopt},
-      {"\\u-123", std::nullopt},
-      {"\\ud83d", std::nullopt},
-      {"\\ud83d\\u0041", std::nullopt},
-      {"\\ud83d\\ud83d", std::nullopt},
-      {"\\ude00", std::nullopt},
-      {"\\12", std::nullopt},
-      {"\\129", std::nullopt},
-      {"\\777", std::nullopt},
   };
   for (const auto& c : cases) EXPECT_EQ(fromNonLossyAscii(c.text), c.read) << c.text;
+  for (const char* broken : {"Caf\u00e9", "\\", "\\n", "\\u12", "\\u12G4", "\\u+123", "\\u-123", "\\ud83d",
+                             "\\ud83d\\u0041", "\\ud83d\\ud83d", "\\ude00", "\\12", "\\129", "\\777"})
+    EXPECT_FALSE(fromNonLossyAscii(broken)) << broken;
   EXPECT_EQ(fromNonLossyAscii("a\0b\\u0000"s), "a\0b\0"s);
 }
 

@@ -144,13 +144,6 @@ TEST_F(StartUpTest, WithoutAStoreNothingBreaks) {
   EXPECT_TRUE(app_.standardDomain->contents().empty());
 }
 
-TEST_F(StartUpTest, AStoreThatDropsWritesLeavesTheCoreQuiet) {
-  store().dropWrites(true);
-  start();
-  EXPECT_FALSE(VorselKellp::isInitialised());
-  EXPECT_TRUE(store().contents().empty());
-}
-
 TEST_F(StartUpTest, TheStoreIsTheBuildersAndSetValueForComesTooLateAfterIt) {
   start();
   VorselKellp::setValueFor("");
@@ -158,15 +151,6 @@ TEST_F(StartUpTest, TheStoreIsTheBuildersAndSetValueForComesTooLateAfterIt) {
   VorselKellp::sendCustomEvent("k", 1);
   EXPECT_TRUE(app_.standardDomain->contents().empty());
   EXPECT_TRUE(store().object("vs_openCounter"));
-}
-
-TEST_F(StartUpTest, WithoutAGroupNothingIsShared) {
-  VorselKellp::initialize(VorselBuilder("key", std::nullopt).push().build());
-  EXPECT_TRUE(store().contents().empty());
-  testing_platform::MemoryPlatform service(device_, testing_platform::ProcessKind::extension,
-                                           "com.example.app.service");
-  EXPECT_TRUE(service.userDefaults->suite("")->object("vs_push") == std::nullopt);
-  EXPECT_EQ(app_.standardDomain->object("vs_push"), DefaultsValue{true});
 }
 
 TEST_F(StartUpTest, TheReminderFollowsTheStoredInterval) {

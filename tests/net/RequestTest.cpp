@@ -36,6 +36,8 @@ class RequestTest : public testing::Test {
     store("vs_user_url", "https://c.example/v2/users?type=mobile");
     store("vs_config_url", "https://t.example/tag");
   }
+  ~RequestTest() override { session_.cancelAll(); }
+
   void store(const char* key, const std::string& text) { core_.app.standardDomain->setObject(key, {text}); }
   void setCounter(std::int64_t value) { core_.app.standardDomain->setObject("vs_openCounter", {value}); }
   std::optional<std::int64_t> counter() const { return core_.integer("vs_openCounter"); }

@@ -41,7 +41,7 @@ class StoreFixture : public testing::Test {
     options.report = [this](std::string_view line) { lines_.emplace_back(line); };
     return linux_platform::makeUserDefaults(std::move(options));
   }
-  [[nodiscard]] std::shared_ptr<platform::DefaultsDomain> domain() { return userDefaults()->standard(); }
+  std::shared_ptr<platform::DefaultsDomain> domain() { return userDefaults()->standard(); }
   [[nodiscard]] std::string file() const { return folder_ / "Library/own.sqlite"; }
 
   TemporaryFolder folder_;
