@@ -51,7 +51,7 @@ class JSONAny {
   JSONAny(const char* text) : value(std::string(text)) {}
   JSONAny(int number) : value(std::int64_t{number}) {}
 
-  /// Reads one JSON text of at most 64 levels; "Cannot decode JSONAny" and the reason when it is none.
+  /// Reads one JSON text of at most 64 levels; "Cannot decode JSONAny" when it is none.
   static Result<JSONAny> decode(std::string_view json);
 
   /// Writes the value without white space; "Cannot encode JSONAny" for what JSON has no form for: a number

@@ -10,8 +10,8 @@ namespace VorselKelp {
 
 /// Describes, call by call, what the application wants of the core:
 ///   VorselKellp::initialize(VorselBuilder("key", "group.com.example.news").push().build());
-/// Constructing one decides which store the core uses: make it before any other call of the library but
-/// install(). Used on one thread.
+/// Constructing one decides which store the core uses: make it before any call that uses the store. Used on
+/// one thread.
 class VorselBuilder {
  public:
   /// Without a key, the main bundle's text "VorselKellpApiKey" is the key; a bundle without that text stops

@@ -29,8 +29,9 @@ class VorselKellp {
 
   // Set-up
 
-  /// Makes the process's core on `platform`, in place of the one that was there, whose answers still under
-  /// way are dropped. A platform without one of its services stops the process.
+  /// Makes the process's core on `platform`, in place of the one that was there. Work that the old one has
+  /// under way ends on the old platform: reports that failed are counted in its store, a notification that is
+  /// being prepared reaches its handler. A platform without one of its services stops the process.
   static void install(std::shared_ptr<platform::Platform> platform);
 
   /// Brings the core up: counts the session, writes the default endpoints until the installation is reported,
@@ -65,28 +66,31 @@ class VorselKellp {
   // Push: application
 
   /// Hands the device token over, from the application's registration callback. With push on, the permission
-  /// is asked for and a changed token reported; the delegate hears of it. Stops the process when the
-  /// permission is granted and no session was ever counted.
+  /// is asked for and a changed token reported; the delegate hears of it. Stops the process when a changed
+  /// token is to be reported and no session was ever counted.
   static void registerToken(std::span<const std::uint8_t> deviceToken);
   /// Shows the system's permission dialog when the user has not decided yet.
   static void askForNotificationsPermission();
-  /// The same, through the publisher's own page when the remote configuration asks for one; the page is
-  /// presented on `controller`, which is not kept. Does nothing when the user has decided.
+  /// The same, unless the remote configuration asks for a page of the publisher's to be shown first: that
+  /// page can't be shown yet, and then a line says so and nobody is asked. Does nothing when the user has
+  /// decided. `controller`, on which the page would be presented, is not kept.
   static void askForNotificationPermissionWith(const std::shared_ptr<ui::ViewController>& controller);
   /// The user opened a notification or tapped a button. Click trackers go out. With `handle`, the URL stored
-  /// for the action is opened (a web page in the in-app browser, any other through the delegate) and
-  /// `completion` is not called; without, `completion` gets the URL, or nothing when the action has none. A
-  /// notification that stored no URL, and push switched off, call nothing. Main thread.
+  /// for the action is opened: a web page in the in-app browser, any other through the delegate. Without,
+  /// `completion` gets the URL. An action without a URL gives nothing to `completion` in either case. A
+  /// notification that stored no URL at all, and push switched off, call nothing. Main thread.
   static void pushTrackOpen(bool handle, const platform::NotificationResponse& response,
                             std::function<void(std::optional<std::string>)> completion);
 
   // Push: notification-service extension
 
-  /// Fits the notification out and hands it to `completion`, at once or when its image or its ad has come. A
-  /// notification that carries no single message of ours stops the process. Answers nothing. A message
-  /// without a notification and without an ad endpoint is never handed over: the extension's time limit ends
-  /// it. `best` is changed, and `completion` runs, on the calling thread or on the main queue: call this on
-  /// the main thread.
+  /// Fits the notification out and hands it to `completion`, at once or when its image or its ad has come;
+  /// never after notificationBuilderWillTerminate has handed it over. A notification that carries no single
+  /// message of ours stops the process. Answers nothing. A message with neither a notification nor a usable
+  /// ad endpoint is never handed over: the extension's time limit ends it. `best` is changed, and
+  /// `completion` runs, on the calling thread or on the main queue: call this on the main thread. Blocks
+  /// while the notification centre is asked for its categories, at most 5 seconds, and while another
+  /// extension process does the same.
   static std::optional<std::string> didReceiveNotification(
       const platform::NotificationRequest& request, std::shared_ptr<platform::NotificationContent> best,
       ContentHandler completion);
@@ -94,7 +98,8 @@ class VorselKellp {
   static void notificationBuilderWillTerminate(const platform::UserInfo& userInfo,
                                                std::shared_ptr<platform::NotificationContent> best,
                                                ContentHandler completion);
-  /// What the request carries, campaigns included; nothing, and a line that says why, when it can't be read.
+  /// What the request carries, campaigns included; nothing when it can't be read, and then a line that says
+  /// why unless it is no JSON object at all.
   [[nodiscard]] static std::optional<NotificationObject> getNotificationContent(
       const platform::NotificationRequest& request);
 };

@@ -15,15 +15,26 @@ std::shared_ptr<SessionHelper> SessionHelper::start(std::shared_ptr<CoreContext>
 }
 
 SessionHelper::SessionHelper(std::shared_ptr<CoreContext> context, unsigned sessionIdleTimeout)
-    : context_(std::move(context)), sessionIdleTimeout_(sessionIdleTimeout) {}
+    : context_(std::move(context)),
+      bgTask_(std::make_shared<platform::BackgroundTask>(platform::invalidBackgroundTask)),
+      sessionIdleTimeout_(sessionIdleTimeout) {}
+
+SessionHelper::~SessionHelper() {
+  endBackgroundTask();
+}
 
 void SessionHelper::appBecameActive() {
   if (startNewSession_) {
     startNewSession_ = false;
-  } else if (bgTask_ != platform::invalidBackgroundTask) {
-    context_->services->application->endBackgroundTask(bgTask_);
-    bgTask_ = platform::invalidBackgroundTask;
+  } else {
+    endBackgroundTask();
   }
+}
+
+void SessionHelper::endBackgroundTask() {
+  if (*bgTask_ == platform::invalidBackgroundTask) return;
+  context_->services->application->endBackgroundTask(*bgTask_);
+  *bgTask_ = platform::invalidBackgroundTask;
 }
 
 void SessionHelper::appBecameInactive() {
@@ -31,11 +42,11 @@ void SessionHelper::appBecameInactive() {
 }
 
 void SessionHelper::appBecameBackground() {
-  bgTask_ = context_->services->application->beginBackgroundTask("ksession", [weak = weak_from_this()] {
-    const auto self = weak.lock();
-    if (!self) return;
-    self->context_->services->application->endBackgroundTask(self->bgTask_);
-    self->bgTask_ = platform::invalidBackgroundTask;
+  bgTask_ = std::make_shared<platform::BackgroundTask>(platform::invalidBackgroundTask);
+  const std::weak_ptr<platform::Application> application = context_->services->application;
+  *bgTask_ = context_->services->application->beginBackgroundTask("ksession", [application, task = bgTask_] {
+    if (const auto alive = application.lock()) alive->endBackgroundTask(*task);
+    *task = platform::invalidBackgroundTask;
   });
   if (!becameInactiveAt_) becameInactiveAt_ = context_->services->clock->now();
 }

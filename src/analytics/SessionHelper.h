@@ -17,6 +17,7 @@ class SessionHelper : public platform::LifeCycleObserver, public std::enable_sha
 
   /// The idle time is carried; the life-cycle handlers do not consult it.
   SessionHelper(std::shared_ptr<CoreContext> context, unsigned sessionIdleTimeout);
+  ~SessionHelper() override;
 
   void appBecameActive() override;
   void appBecameInactive() override;
@@ -29,11 +30,13 @@ class SessionHelper : public platform::LifeCycleObserver, public std::enable_sha
 
  private:
   void endSession();
+  void endBackgroundTask();
 
   std::shared_ptr<CoreContext> context_;
   bool startNewSession_ = true;
   std::optional<double> becameInactiveAt_;  ///< Unix seconds; never cleared once set
-  platform::BackgroundTask bgTask_ = platform::invalidBackgroundTask;
+  /// Shared with the task's expiration handler, which ends its own task and no later one.
+  std::shared_ptr<platform::BackgroundTask> bgTask_;
   const unsigned sessionIdleTimeout_;
 };
 

@@ -16,8 +16,7 @@ std::string randomDigits(platform::Random& random) {
   return text;
 }
 
-void makeUniqueId(CoreContext& context, const std::string& digits) {
-  const std::string time = std::to_string(wholeSeconds(context.services->clock->now()));
+void makeUniqueId(CoreContext& context, const std::string& time, const std::string& digits) {
   context.storage.set(StorageKey::uniqueSessionFirstTime, time);
   context.storage.set(StorageKey::uniqueSessionId, time + "." + digits);
 }
@@ -26,16 +25,17 @@ void makeUniqueId(CoreContext& context, const std::string& digits) {
 
 void runSessionStep(CoreContext& context) {
   const std::string digits = randomDigits(*context.services->random);
+  const std::string now = std::to_string(wholeSeconds(context.services->clock->now()));
   auto& store = context.storage;
   store.transact([&] {
     const auto sessions = store.integer(StorageKey::sessionNumber).value_or(0);
     if (sessions == std::numeric_limits<std::int64_t>::max()) fatalError("the session counter overflows");
     store.set(StorageKey::sessionNumber, sessions + 1);
     store.synchronize();
-    store.set(StorageKey::sessionId, std::to_string(wholeSeconds(context.services->clock->now())));
+    store.set(StorageKey::sessionId, now);
     store.set(StorageKey::visitedCount, std::int64_t{0});
     store.synchronize();
-    if (!store.text(StorageKey::uniqueSessionId)) makeUniqueId(context, digits);
+    if (!store.text(StorageKey::uniqueSessionId)) makeUniqueId(context, now, digits);
   });
 }
 

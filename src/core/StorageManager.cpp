@@ -81,12 +81,21 @@ std::optional<StorageManager::RealMap> StorageManager::realMap(StorageKey key) {
 }
 
 std::optional<StorageManager::ListMap> StorageManager::listMap(StorageKey key) {
+  if (key == StorageKey::conversionTrackers) announceTrackerReading();
   auto* store = domain();
   return store ? toMap<TextList>(store->object(keyText(key))) : std::nullopt;
 }
 
 std::optional<platform::TextList> StorageManager::conversionTrackers(const std::string& notification) {
+  announceTrackerReading();
+  return announcedTrackers(notification);
+}
+
+void StorageManager::announceTrackerReading() const {
   services_.console->print("conv");
+}
+
+std::optional<platform::TextList> StorageManager::announcedTrackers(const std::string& notification) {
   auto* store = domain();
   if (!store) return std::nullopt;
   const auto entry =

@@ -45,6 +45,9 @@ class StorageManager {
 
   /// The click trackers stored for one notification. Every reading writes the line "conv" first.
   [[nodiscard]] std::optional<TextList> conversionTrackers(const std::string& notification);
+  /// The two halves of that reading, for a reading inside a transaction, where nothing may be printed.
+  void announceTrackerReading() const;
+  [[nodiscard]] std::optional<TextList> announcedTrackers(const std::string& notification);
   /// One notification's URLs by action identifier.
   [[nodiscard]] std::optional<TextMap> deepLinks(const std::string& notification);
   /// Unix seconds; the current time when none is stored.

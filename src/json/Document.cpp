@@ -12,7 +12,8 @@ Result<Document> Document::parse(std::string_view text) {
   try {
     auto memory = std::make_unique<Memory>(text.size() + 1024);
     std::array<unsigned char, 4096> scratch;
-    boost::json::parser parser(&memory->resource, options, scratch.data(), scratch.size());
+    boost::json::parser parser({}, options, scratch.data(), scratch.size());
+    parser.reset(&memory->resource);  // the constructor's resource serves the parser's own scratch alone
     parser.write(text.data(), text.size(), error);
     if (!error) {
       memory->root = parser.release();

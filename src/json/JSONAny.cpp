@@ -75,7 +75,7 @@ Result<JSONNull> JSONNull::decode(std::string_view json) {
 
 Result<JSONAny> JSONAny::decode(std::string_view json) {
   const auto document = json::Document::parse(json);
-  if (!document) return Error{"Cannot decode JSONAny: " + document.error().description};
+  if (!document) return Error{"Cannot decode JSONAny"};
   return fromBoost(document->root());
 }
 

@@ -32,9 +32,9 @@ void Kellp::initialize(std::shared_ptr<VorselConfig> config) {
   context->storage.transact([&] {
     runSessionStep(*context);  // the store's first use, which fixes its suite
     context->state.setAppGroupSetting(config->appGroupId().value_or(""));
+    screens_->exchange();
     if (!context->storage.flag(StorageKey::installReported)) writeDefaultEndpoints();
   });
-  screens_->exchange();
   if (config->apiKey().empty()) {
     context->print("\n***************\n Missing ApiKey! \n***************\n");
     return;
@@ -49,7 +49,8 @@ void Kellp::writeDefaultEndpoints() {
   auto& storage = context->storage;
   storage.set(StorageKey::activityUrl, defaults.activity);
   storage.set(StorageKey::userUrl, defaults.user);
-  storage.set(StorageKey::crash, defaults.activity);  // under the crash switch's key, where installations carry it
+  // Under the crash switch's key, where installations carry it.
+  storage.set(StorageKey::crash, defaults.activity);
   storage.set(StorageKey::configUrl, defaults.config);
 }
 

@@ -34,6 +34,12 @@ void requireService(bool present, const char* name) {
   if (!present) fatalError(std::string("VorselKellp::install: the platform has no ") + name);
 }
 
+void requireDelivery(const std::shared_ptr<platform::NotificationContent>& best,
+                     const ContentHandler& handler, const char* caller) {
+  if (!best || !handler)
+    fatalError(std::string("VorselKellp::") + caller + ": no content or no content handler was given");
+}
+
 void requireServices(const platform::Platform& p) {
   requireService(p.userDefaults != nullptr, "userDefaults");
   requireService(p.fileManager != nullptr, "fileManager");
@@ -57,9 +63,9 @@ void VorselKellp::install(std::shared_ptr<platform::Platform> platform) {
   requireService(platform != nullptr, "services at all");
   requireServices(*platform);
   auto kellp = std::make_shared<Kellp>(std::move(platform));
-  CoreContext::setCurrent(kellp->context);
   const std::lock_guard lock(face().mutex);
-  face().kellp.swap(kellp);
+  CoreContext::setCurrent(kellp->context);
+  face().kellp.swap(kellp);  // the old core goes after the lock
 }
 
 void VorselKellp::initialize(std::shared_ptr<VorselConfig> config) {
@@ -118,21 +124,25 @@ void VorselKellp::askForNotificationPermissionWith(const std::shared_ptr<ui::Vie
 
 void VorselKellp::pushTrackOpen(bool handle, const platform::NotificationResponse& response,
                                 std::function<void(std::optional<std::string>)> completion) {
+  if (!completion) completion = [](const std::optional<std::string>&) {};
   core("pushTrackOpen")->openHandling->pushTrackOpen(handle, response, completion);
 }
 
 std::optional<std::string> VorselKellp::didReceiveNotification(
     const platform::NotificationRequest& request, std::shared_ptr<platform::NotificationContent> best,
     ContentHandler completion) {
-  core("didReceiveNotification")
-      ->serviceExtension->didReceive(request, std::move(best), std::move(completion));
+  const auto kellp = core("didReceiveNotification");
+  requireDelivery(best, completion, "didReceiveNotification");
+  kellp->serviceExtension->didReceive(request, std::move(best), std::move(completion));
   return std::nullopt;
 }
 
 void VorselKellp::notificationBuilderWillTerminate(const platform::UserInfo&,
                                                    std::shared_ptr<platform::NotificationContent> best,
                                                    ContentHandler completion) {
-  core("notificationBuilderWillTerminate")->serviceExtension->willTerminate(std::move(best), completion);
+  const auto kellp = core("notificationBuilderWillTerminate");
+  requireDelivery(best, completion, "notificationBuilderWillTerminate");
+  kellp->serviceExtension->willTerminate(std::move(best), completion);
 }
 
 std::optional<NotificationObject> VorselKellp::getNotificationContent(

@@ -1,17 +1,21 @@
 #include "net/OpenCounter.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace VorselKelp {
 
 std::int64_t OpenCounter::take() const {
-  std::int64_t owed = 0;
+  constexpr std::int64_t most = 1000;
+  std::int64_t taken = 0;
   context_->storage.transact([&] {
-    owed = context_->storage.integer(StorageKey::openCounter).value_or(0);
-    context_->storage.set(StorageKey::openCounter, std::int64_t{0});
+    const auto owed =
+        std::max<std::int64_t>(context_->storage.integer(StorageKey::openCounter).value_or(0), 0);
+    taken = std::min(owed, most);
+    context_->storage.set(StorageKey::openCounter, owed - taken);
     context_->storage.synchronize();
   });
-  return owed;
+  return taken;
 }
 
 void OpenCounter::owe() const {

@@ -12,7 +12,8 @@ class OpenCounter {
  public:
   explicit OpenCounter(std::shared_ptr<CoreContext> context) : context_(std::move(context)) {}
 
-  /// How many are owed; from now on none is.
+  /// How many of the owed ones to send now; they are owed no more. Bounded, so that a damaged counter floods
+  /// nobody: what is beyond stays owed.
   [[nodiscard]] std::int64_t take() const;
   /// One report failed.
   void owe() const;

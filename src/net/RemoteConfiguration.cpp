@@ -35,21 +35,29 @@ void RemoteConfiguration::handle(const platform::URLResult& result, const std::s
   }
   if (result.response->statusCode > lastSuccess) continuation();
   context_->print("Response HTTP Status code: " + std::to_string(result.response->statusCode));
-  if (!result.body) return;
+  // An error page without content is no document; an empty answer to a success is one that does not decode.
+  if (!result.body || (result.response->statusCode > lastSuccess && result.body->empty())) return;
   const auto decoded = json::decode<Config>(std::string_view(*result.body));
   const Config config = decoded ? *decoded : Config{};
+  const Received received = receive(*result.body);
   context_->storage.transact([&] {
-    store(*result.body);
+    store(received);
     applyUrls(config);
     applySwitches(config, apiKey);
   });
   continuation();
 }
 
-void RemoteConfiguration::store(const std::string& document) {
-  auto& storage = context_->storage;
-  if (isValidUtf8(document)) storage.set(StorageKey::autoConfiguration, withoutBackslashes(document));
-  storage.set(StorageKey::lastModified, storage.formatDate(context_->services->clock->now()));
+RemoteConfiguration::Received RemoteConfiguration::receive(const std::string& document) const {
+  Received received;
+  if (isValidUtf8(document)) received.text = withoutBackslashes(document);
+  received.date = context_->storage.formatDate(context_->services->clock->now());
+  return received;
+}
+
+void RemoteConfiguration::store(const Received& received) {
+  if (received.text) context_->storage.set(StorageKey::autoConfiguration, *received.text);
+  context_->storage.set(StorageKey::lastModified, received.date);
 }
 
 void RemoteConfiguration::applyUrls(const Config& config) {

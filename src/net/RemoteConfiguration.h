@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "core/CoreContext.h"
@@ -26,7 +27,13 @@ class RemoteConfiguration : public std::enable_shared_from_this<RemoteConfigurat
 
  private:
   void handle(const platform::URLResult& result, const std::string& apiKey, const Continuation& continuation);
-  void store(const std::string& document);
+  /// What is kept of a document as it came.
+  struct Received {
+    std::optional<std::string> text;  ///< without backslashes; absent when the document is no UTF-8
+    std::string date;
+  };
+  [[nodiscard]] Received receive(const std::string& document) const;
+  void store(const Received& received);
   void applyUrls(const Config& config);
   void applySwitches(const Config& config, const std::string& apiKey);
 

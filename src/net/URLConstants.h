@@ -6,8 +6,8 @@
 
 namespace VorselKelp {
 
-/// The default URLs, which the store holds until the installation was reported or the remote configuration
-/// replaces them.
+/// The default URLs. Every start writes them into the store until the installation was reported; the remote
+/// configuration may replace them there.
 class URLConstants {
  public:
   explicit URLConstants(const platform::Endpoints& endpoints)

@@ -28,7 +28,7 @@ std::optional<platform::URLRequest> VorselRequest::post(StorageKey key) const {
   request.headers = {{"Content-Type", "application/json"}};
   request.timeout = requestTimeout;
   request.sessionTimeout = sessionTimeout;
-  request.responseLimit = droppedLimit;
+  request.responseLimit = documentLimit;
   request.discardBody = true;
   return request;
 }

@@ -13,7 +13,8 @@ namespace VorselKelp {
 
 /// The core's one outlet to the servers: builds a request from the URL that the store holds at this moment,
 /// sends it, and answers on the session's delegate queue. Nothing is retried here but owed open reports.
-/// Without a usable URL nothing happens at all: no request, no line, no answer. Any thread.
+/// Where the stored text forms no URL nothing happens at
+/// all: no request, no line, no answer. Any thread.
 class VorselRequest {
  public:
   using Response = std::optional<platform::HTTPURLResponse>;

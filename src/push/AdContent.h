@@ -1,20 +1,23 @@
 #pragma once
 
-#include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 
 #include "ads/AdRecords.h"
-#include "core/CoreContext.h"
-#include "push/ImageAttachment.h"
 
 namespace VorselKelp {
 
-/// Turns an ad into the content of the ad-only push that asked for it: the ad's title, else the push's, and
-/// the ad's image. Calls `finish` exactly once, whatever the feed answered.
-void applyAd(const std::shared_ptr<ImageAttachment>& images, const std::optional<AdexObject>& ad,
-             const std::string& pushTitle, const std::shared_ptr<platform::NotificationContent>& content,
-             const std::function<void()>& finish);
+/// The title of an ad-only push: the ad's, else the push's, and never an empty one.
+[[nodiscard]] inline std::string adTitle(const std::optional<AdexObject>& ad, const std::string& pushTitle) {
+  const Md* creative = ad ? ad->creative() : nullptr;
+  std::string title = creative && creative->title ? *creative->title : pushTitle;
+  return title.empty() ? "No title" : title;
+}
+
+/// The URL of an ad's picture.
+[[nodiscard]] inline std::optional<std::string> adImage(const std::optional<AdexObject>& ad) {
+  const Md* creative = ad ? ad->creative() : nullptr;
+  return creative ? creative->img : std::nullopt;
+}
 
 }  // namespace VorselKelp

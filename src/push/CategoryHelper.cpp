@@ -66,6 +66,8 @@ CategoryHelper::Registration CategoryHelper::add(const std::vector<Action>& acti
   auto categories = currentCategories();
   registration.remembered = storedIdentifiers();
   insert(categories, makeCategory(registration.identifier, actions));
+  // One that comes again is the newest once more.
+  std::erase(registration.remembered, registration.identifier);
   registration.remembered.push_back(registration.identifier);
   prune(categories, registration.remembered);
   context_->services->notificationCenter->setNotificationCategories(std::move(categories));

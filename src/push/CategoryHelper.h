@@ -14,8 +14,8 @@ namespace VorselKelp {
 /// 5 seconds.
 class CategoryHelper {
  public:
-  /// A registered category whose identifier is still to be remembered. Until this object goes, no other
-  /// process changes the registered set.
+  /// A registered category whose identifier is still to be remembered. Until this object goes, no other core,
+  /// where the lock could be made, changes the registered set.
   struct Registration {
     std::string identifier;
     std::vector<std::string> remembered;  ///< oldest first, the new one last

@@ -28,50 +28,54 @@ std::string withExtension(std::string name, const std::string& extension) {
 
 }  // namespace
 
-void ImageAttachment::attach(const std::string& url, std::shared_ptr<platform::NotificationContent> content,
-                             std::function<void()> finish) {
+void ImageAttachment::fetch(const std::string& url, Finish finish) {
   context_->print("Download Started");
   if (!parseUrl(url)) {
     context_->print("URL is not valid");
-    finish();
+    finish(std::nullopt);
     return;
   }
-  requests_->download(
-      url, imageLimit,
-      [self = shared_from_this(), url, content = std::move(content), finish = std::move(finish)](
-          const platform::URLResult& result) { self->downloaded(result, url, content, finish); });
+  requests_->download(url, imageLimit,
+                      [self = shared_from_this(), url, finish = std::move(finish)](
+                          platform::URLResult result) { self->downloaded(std::move(result), url, finish); });
 }
 
-void ImageAttachment::downloaded(const platform::URLResult& result, const std::string& url,
-                                 const std::shared_ptr<platform::NotificationContent>& content,
-                                 const std::function<void()>& finish) {
+void ImageAttachment::downloaded(platform::URLResult result, const std::string& url, const Finish& finish) {
   auto& queue = *context_->services->mainQueue;
   if (result.error || !result.body || !result.response) {
     context_->print("Image can't be downloaded");
-    queue.async([finish] { finish(); });
+    queue.async([finish] { finish(std::nullopt); });
     return;
   }
   const std::string name = result.response->suggestedFilename.value_or(lastPathComponent(url));
   context_->print(name);
   context_->print("Download Finished");
-  queue.async([self = shared_from_this(), bytes = *result.body, name, content, finish] {
-    if (const auto written = self->write(bytes, name, *content); !written)
-      self->context_->print("Image can't be attached: " + written.error().description);
-    finish();
+  queue.async([self = shared_from_this(), bytes = *std::move(result.body), name, finish] {
+    finish(self->write(bytes, name));
   });
 }
 
-Status ImageAttachment::write(const std::string& bytes, const std::string& name,
-                              platform::NotificationContent& content) {
+std::optional<platform::NotificationAttachment> ImageAttachment::write(const std::string& bytes,
+                                                                       const std::string& name) {
   const auto& services = *context_->services;
+  const auto failed = [this](const Error& error) {
+    context_->print("Image can't be attached: " + error.description);
+    return std::nullopt;
+  };
   const auto image = services.imageDecoder->inspect(bytes, pixelLimit);
-  if (!image) return image.error();
+  if (!image) return failed(image.error());
   const std::string folder =
       services.fileManager->temporaryDirectory() + "/vorsel-attachment-" + uniqueName(*services.random);
   const std::string path = folder + "/" + withExtension(safeFileName(name), image->fileExtension);
-  auto written = services.fileManager->writeFile(path, bytes);
-  if (written) content.attachments.push_back({"image", path});
-  return written;
+  if (const auto written = services.fileManager->writeFile(path, bytes); !written) {
+    (void)services.fileManager->removeItem(folder);
+    return failed(written.error());
+  }
+  return platform::NotificationAttachment{"image", path};
+}
+
+void ImageAttachment::discard(const platform::NotificationAttachment& attachment) {
+  (void)context_->services->fileManager->removeItem(attachment.path.substr(0, attachment.path.rfind('/')));
 }
 
 }  // namespace VorselKelp

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "core/CoreContext.h"
@@ -9,23 +10,25 @@
 
 namespace VorselKelp {
 
-/// Downloads a picture and attaches it to a notification that is being prepared.
+/// Downloads a picture and makes a notification's attachment of it.
 class ImageAttachment : public std::enable_shared_from_this<ImageAttachment> {
  public:
+  /// Takes the attachment, whose file is the receiver's now, or nothing: then the console says why.
+  using Finish = std::function<void(std::optional<platform::NotificationAttachment>)>;
+
   ImageAttachment(std::shared_ptr<CoreContext> context, std::shared_ptr<VorselRequest> requests)
       : context_(std::move(context)), requests_(std::move(requests)) {}
 
-  /// Attaches the picture behind `url` to `content` when that succeeds, and calls `finish` exactly once in
-  /// any case: on the main queue, or on the calling thread when `url` is none.
-  void attach(const std::string& url, std::shared_ptr<platform::NotificationContent> content,
-              std::function<void()> finish);
+  /// Calls `finish` exactly once: on the main queue, or on the calling thread when `url` is none.
+  void fetch(const std::string& url, Finish finish);
+  /// Removes the file of an attachment that nobody wants any more.
+  void discard(const platform::NotificationAttachment& attachment);
 
  private:
-  void downloaded(const platform::URLResult& result, const std::string& url,
-                  const std::shared_ptr<platform::NotificationContent>& content,
-                  const std::function<void()>& finish);
+  void downloaded(platform::URLResult result, const std::string& url, const Finish& finish);
   /// Main queue.
-  Status write(const std::string& bytes, const std::string& name, platform::NotificationContent& content);
+  [[nodiscard]] std::optional<platform::NotificationAttachment> write(const std::string& bytes,
+                                                                      const std::string& name);
 
   std::shared_ptr<CoreContext> context_;
   std::shared_ptr<VorselRequest> requests_;

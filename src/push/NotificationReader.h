@@ -9,7 +9,7 @@
 namespace VorselKelp {
 
 /// Decodes what a request carries, single message or campaign, for the content extension. A request that
-/// can't be read yields nothing, and a line that says why unless it holds no JSON at all.
+/// can't be read yields nothing, and a line that says why unless its information is no JSON object.
 [[nodiscard]] std::optional<NotificationObject> readNotification(
     const CoreContext& context, const platform::NotificationRequest& request);
 

@@ -35,7 +35,7 @@ void OpenHandling::open(const std::string& url, const std::optional<std::string>
   }
   if (parsed->isWeb())
     context_->services->mainQueue->async(
-        [services = context_->services, url] { services->inAppBrowser->present(url); });
+        [browser = context_->services->inAppBrowser, url] { browser->present(url); });
   if (tracker) requests_->fireTracker(*tracker);
 }
 

@@ -14,8 +14,6 @@ constexpr std::string_view actionPlaceholder = "${VA_BACID}";
 void OpenTargets::store(const Conversion& conversion, const std::string& identifier) {
   auto& storage = context_->storage;
   storage.transact([&] {
-    (void)storage.conversionTrackers(
-        identifier);  // replaced below; read for the line that every reading writes
     storage.setConversionTrackers(identifier, conversion.t.value_or(StorageManager::TextList{}));
     storage.synchronize();
     record(identifier, std::string(platform::defaultActionIdentifier), conversion.url);
@@ -32,8 +30,9 @@ void OpenTargets::record(const std::string& identifier, const std::string& actio
 OpenTargets::Taken OpenTargets::take(const std::string& identifier) {
   auto& storage = context_->storage;
   Taken taken;
+  storage.announceTrackerReading();
   storage.transact([&] {
-    taken.trackers = storage.conversionTrackers(identifier);
+    taken.trackers = storage.announcedTrackers(identifier);
     storage.removeConversionTrackers(identifier);
     taken.urls = storage.deepLinks(identifier);
     storage.removeDeepLinks(identifier);

@@ -44,7 +44,7 @@ VorselReceivedObject flattened(const std::optional<N>& message, std::optional<st
 Result<Payload> Payload::open(const platform::UserInfo& userInfo) {
   std::string written;
   if (!userInfo.bytes()) {
-    auto bytes = serialized(*userInfo.dictionary());
+    auto bytes = serialized(userInfo.dictionary() ? *userInfo.dictionary() : JSONAny::Dictionary{});
     if (!bytes) return bytes.error();
     written = *std::move(bytes);
   }

@@ -27,9 +27,11 @@ void Permission::checked(platform::AuthorizationStatus status) {
   switch (status) {
     case platform::AuthorizationStatus::authorized:
     case platform::AuthorizationStatus::provisional:
-      context_->services->mainQueue->async([context = context_] {
-        context->state.registrationRequested = true;
-        context->services->application->registerForRemoteNotifications();
+      context_->services->mainQueue->async([weak = weak_from_this()] {
+        const auto self = weak.lock();
+        if (!self) return;
+        self->context_->state.registrationRequested = true;
+        self->context_->services->application->registerForRemoteNotifications();
       });
       return;
     case platform::AuthorizationStatus::denied:
@@ -59,9 +61,10 @@ void Permission::asked(bool granted) {
     activity_->sendStatusEvent(permissionRefused);
     return;
   }
-  context_->services->mainQueue->async([context = context_] {
-    if (!context->state.registrationRequested)
-      context->services->application->registerForRemoteNotifications();
+  context_->services->mainQueue->async([weak = weak_from_this()] {
+    const auto self = weak.lock();
+    if (self && !self->context_->state.registrationRequested)
+      self->context_->services->application->registerForRemoteNotifications();
   });
 }
 

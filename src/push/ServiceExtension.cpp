@@ -78,12 +78,22 @@ void ServiceExtension::deliverAd(Delivery delivery) {
   requests_->sendTrackingGet<AdexObject>(
       *message.e, [self = shared_from_this(), delivery](const std::optional<AdexObject>& ad,
                                                         const std::optional<Error>&) {
-        // The content is the main thread's to change, like an image that joins it.
-        self->context_->services->mainQueue->async([self, delivery, ad] {
-          applyAd(self->images_, ad, delivery.message.title, delivery.best,
-                  [delivery] { delivery.handler(delivery.best); });
-        });
+        // The content is the main thread's to change.
+        self->context_->services->mainQueue->async([self, delivery, ad] { self->adAnswered(delivery, ad); });
       });
+}
+
+void ServiceExtension::adAnswered(const Delivery& delivery, const std::optional<AdexObject>& ad) {
+  if (handedOver(delivery.best)) return;
+  delivery.best->title = adTitle(ad, delivery.message.title);
+  const auto image = adImage(ad);
+  if (!image) {
+    delivery.handler(delivery.best);
+    return;
+  }
+  images_->fetch(*image, [self = shared_from_this(), delivery](const auto& attachment) {
+    self->finishWithImage(delivery, attachment, [&] { delivery.handler(delivery.best); });
+  });
 }
 
 void ServiceExtension::deliverMessage(Delivery delivery) {
@@ -100,8 +110,21 @@ void ServiceExtension::deliverMessage(Delivery delivery) {
     return;
   }
   context_->storage.transact([&] { saveCategory(delivery, category); });
-  images_->attach(*n.image, delivery.best,
-                  [self = shared_from_this(), delivery] { self->finish(delivery, std::nullopt); });
+  category.lock.reset();  // a download is no time to keep others waiting
+  images_->fetch(*n.image, [self = shared_from_this(), delivery](const auto& attachment) {
+    self->finishWithImage(delivery, attachment, [&] { self->finish(delivery, std::nullopt); });
+  });
+}
+
+void ServiceExtension::finishWithImage(const Delivery& delivery,
+                                       const std::optional<platform::NotificationAttachment>& image,
+                                       const std::function<void()>& rest) {
+  if (handedOver(delivery.best)) {
+    if (image) images_->discard(*image);
+    return;
+  }
+  if (image) delivery.best->attachments.push_back(*image);
+  rest();
 }
 
 void ServiceExtension::saveCategory(const Delivery& delivery, const CategoryHelper::Registration& category) {
@@ -116,11 +139,11 @@ void ServiceExtension::saveCategory(const Delivery& delivery, const CategoryHelp
 void ServiceExtension::finish(const Delivery& delivery,
                               std::optional<CategoryHelper::Registration> category) {
   const NotificationBody& message = delivery.message;
-  delivery.best->title = fromNonLossyAscii(message.title).value_or(message.title);
-  if (message.n->body) delivery.best->body = *message.n->body;
+  setTexts(delivery);
   if (message.t) {
     for (const std::string& tracker : *message.t) requests_->fireTracker(tracker);
   }
+  if (message.n->data) targets_->announce();
   // All that one delivery stores goes in as one step: a killed extension leaves the whole of it or nothing.
   context_->storage.transact([&] {
     if (category) saveCategory(delivery, *category);
@@ -130,8 +153,24 @@ void ServiceExtension::finish(const Delivery& delivery,
   delivery.handler(delivery.best);
 }
 
+void ServiceExtension::setTexts(const Delivery& delivery) const {
+  const NotificationBody& message = delivery.message;
+  delivery.best->title = fromNonLossyAscii(message.title).value_or(message.title);
+  if (message.n->body) delivery.best->body = *message.n->body;
+}
+
 void ServiceExtension::willTerminate(Content best, const Handler& handler) {
-  if (context_->storage.flag(StorageKey::push)) handler(std::move(best));
+  if (!context_->storage.flag(StorageKey::push)) return;
+  {
+    const std::lock_guard lock(mutex_);
+    handedOver_ = best;
+  }
+  handler(std::move(best));
+}
+
+bool ServiceExtension::handedOver(const Content& content) const {
+  const std::lock_guard lock(mutex_);
+  return handedOver_.lock() == content;
 }
 
 std::vector<VorselReceivedObject> ServiceExtension::lastReceived() const {

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "ads/AdRecords.h"
 #include "core/CoreContext.h"
 #include "net/VorselRequest.h"
 #include "push/CategoryHelper.h"
@@ -27,8 +28,9 @@ class ServiceExtension : public std::enable_shared_from_this<ServiceExtension> {
                    std::shared_ptr<OpenTargets> targets, std::shared_ptr<CategoryHelper> categories,
                    std::shared_ptr<ImageAttachment> images);
 
-  /// Stops the process when the request carries no single message.
+  /// Main thread. Stops the process when the request carries no single message.
   void didReceive(const platform::NotificationRequest& request, Content best, Handler handler);
+  /// Main thread.
   void willTerminate(Content best, const Handler& handler);
 
   /// The last processed notification, one element.
@@ -45,8 +47,14 @@ class ServiceExtension : public std::enable_shared_from_this<ServiceExtension> {
 
   [[nodiscard]] PushObj decode(const platform::UserInfo& userInfo) const;
   void deliverAd(Delivery delivery);
+  void adAnswered(const Delivery& delivery, const std::optional<AdexObject>& ad);
   void deliverMessage(Delivery delivery);
   void finish(const Delivery& delivery, std::optional<CategoryHelper::Registration> category);
+  void finishWithImage(const Delivery& delivery, const std::optional<platform::NotificationAttachment>& image,
+                       const std::function<void()>& rest);
+  void setTexts(const Delivery& delivery) const;
+  /// The time limit has handed this content over; nothing may change it any more.
+  [[nodiscard]] bool handedOver(const Content& content) const;
   void saveCategory(const Delivery& delivery, const CategoryHelper::Registration& category);
 
   std::shared_ptr<CoreContext> context_;
@@ -56,6 +64,7 @@ class ServiceExtension : public std::enable_shared_from_this<ServiceExtension> {
   std::shared_ptr<ImageAttachment> images_;
   mutable std::mutex mutex_;
   std::vector<VorselReceivedObject> lastReceived_;
+  std::weak_ptr<platform::NotificationContent> handedOver_;
 };
 
 }  // namespace VorselKelp

@@ -295,6 +295,20 @@ TEST_F(ServiceTest, TheLastWordIsSpokenWithPushOnAlone) {
   EXPECT_EQ(calls, 1);
 }
 
+TEST_F(ServiceTest, WhatWasHandedOverAtTheTimeLimitIsNotHandedOverAgain) {
+  for (const bool push : {true, false}) {
+    store().setObject("vs_push", {push});
+    const auto best = deliver(message(R"(,"n":{"body":"B","image":"https://i/x"})"));
+    VorselKellp::notificationBuilderWillTerminate({}, best,
+                                                  [this](auto content) { handled_.push_back(content); });
+    EXPECT_EQ(handled_.size(), push ? 1u : 0u);
+    service_.urlSession->setRule("/x", status(200, pngBeginning(1, 1)));
+    service_.settle();
+    EXPECT_THAT(handled_, ElementsAre(best)) << (push ? "at the limit" : "when its image came");
+    handled_.clear();
+  }
+}
+
 TEST_F(ServiceTest, TheHandlerIsCalledWithNoLockHeld) {
   // Another process must be able to deliver while the application's handler takes its time.
   std::size_t looked = 0;

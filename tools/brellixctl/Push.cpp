@@ -81,7 +81,9 @@ VorselKelp::Status runExtension(const Target& target, const PushRequest& asked, 
   if (content) {
     auto info = std::move(request.content.userInfo);
     request.content = device::decodeContent(*content);
-    request.content.userInfo = std::move(info);
+    const auto* changed = content->find("userInfo");
+    const auto* dictionary = changed != nullptr ? changed->as<JSONAny::Dictionary>() : nullptr;
+    request.content.userInfo = dictionary != nullptr ? platform::UserInfo(*dictionary) : std::move(info);
   }
   return VorselKelp::Done{};
 }

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "brellixctl/ChildProcess.h"
 #include "brellixctl/Operations.h"
 
@@ -6,10 +8,20 @@ namespace brellixctl {
 using VorselKelp::Error;
 using VorselKelp::JSONAny;
 using VorselKelp::Result;
+namespace platform = VorselKelp::platform;
+namespace device = VorselKelp::linux_platform;
 
 namespace {
 
 constexpr double timeLimit = 20;
+
+bool hasButton(device::SimulatedDevice& simulated, const platform::NotificationContent& content,
+               const std::string& action) {
+  if (action == platform::defaultActionIdentifier || action == platform::dismissActionIdentifier) return true;
+  const auto actions = simulated.actionsOf(content.categoryIdentifier);
+  return std::any_of(actions.begin(), actions.end(),
+                     [&](const auto& button) { return button.identifier == action; });
+}
 
 std::optional<JSONAny> deepLinkOf(const ChildOutcome& child) {
   for (const auto& call : child.valuesOf("delegate")) {
@@ -25,7 +37,9 @@ std::optional<JSONAny> deepLinkOf(const ChildOutcome& child) {
 }  // namespace
 
 Result<TapOutcome> tap(const Target& target, const TapRequest& request) {
-  if (!target.device().tappable(request.identifier)) {
+  auto simulated = target.device();
+  const auto tapped = simulated.tappable(request.identifier);
+  if (!tapped) {
     return Error{"The device holds no notification \"" + request.identifier +
                  "\"; brellixctl notifications lists what there is"};
   }
@@ -48,6 +62,10 @@ Result<TapOutcome> tap(const Target& target, const TapRequest& request) {
   outcome.deepLink = deepLinkOf(*child);
   outcome.console = child->valuesOf("console");
   outcome.errorLines = std::move(child->errorLines);
+  if (!request.action.empty() && !hasButton(simulated, tapped->content, request.action)) {
+    outcome.errorLines.push_back("The notification shows no button \"" + request.action +
+                                 "\"; the application got the response all the same");
+  }
   return outcome;
 }
 

@@ -22,7 +22,7 @@ class Device {
   virtual int secondsFromGMT() = 0;
 };
 
-/// The main screen, in points.
+/// The main screen, in points. Any thread.
 class Screen {
  public:
   virtual ~Screen() = default;

@@ -17,8 +17,8 @@ class UserInfo {
  public:
   UserInfo() : UserInfo(JSONAny::Dictionary{}) {}
   explicit UserInfo(JSONAny::Dictionary dictionary);
-  /// Takes the bytes unseen: they may turn out to be no JSON object, and then count as information that
-  /// cannot be serialised.
+  /// Takes the bytes unseen: they may turn out to be no JSON, and then count as information that cannot be
+  /// serialised.
   static UserInfo fromJSON(std::string bytes);
 
   /// The bytes, when it was made of bytes.

@@ -30,8 +30,9 @@ struct Endpoints {
 };
 
 /// Everything that the library asks of its system. All services are present: one that a system lacks is an
-/// implementation that answers with an error. The library shares ownership; it calls no service after the
-/// platform was replaced and all answers have come.
+/// implementation that answers with an error. The library shares ownership, and so
+/// do requests and main-queue work that are under way: who takes a platform down ends its session and its
+/// queue first.
 struct Platform {
   Endpoints endpoints;
   std::shared_ptr<UserDefaults> userDefaults;

@@ -30,8 +30,8 @@ struct URLRequest {
   std::optional<double> sessionTimeout;
   /// A response whose body grows past this is a transport error.
   std::size_t responseLimit = std::size_t{1} << 20;
-  /// The caller does not want the body: it is read up to the limit, so that the connection can be used again,
-  /// and dropped.
+  /// The caller does not want the body: it is read, so that the connection can be used again, and dropped.
+  /// The limit holds all the same.
   bool discardBody = false;
 };
 

@@ -4,6 +4,7 @@
 
 #include "VorselKelpLinux/Hex.h"
 #include "VorselKelpLinux/LineSink.h"
+#include "files/FileIO.h"
 #include "runtime/SystemRandom.h"
 #include "support/SafeName.h"
 
@@ -21,7 +22,7 @@ bool AttachmentFolder::moveIn(platform::NotificationAttachment& attachment) cons
   const fs::path target = folder / safeName(source.filename().string());
   std::error_code error;
   if (!fs::is_regular_file(fs::symlink_status(source, error)) || error) return false;
-  fs::create_directories(folder, error);
+  if (!makeFolders(folder.string())) return false;
   fs::rename(source, target, error);
   if (error) {
     // Another file system.

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "VorselKelpLinux/LineSink.h"
+#include "files/FileIO.h"
 
 namespace VorselKelp::linux_platform {
 namespace {
@@ -107,8 +108,8 @@ Status DeviceDatabase::openLocked() {
   if (sqlite3_open_v2(path_.c_str(), &connection, flags, nullptr) != SQLITE_OK) {
     sqlite3_close(connection);
     connection = nullptr;
-    std::error_code error;
-    std::filesystem::create_directories(std::filesystem::path(path_).parent_path(), error);
+    if (const auto made = makeFolders(std::filesystem::path(path_).parent_path().string()); !made)
+      return made;
     sqlite3_open_v2(path_.c_str(), &connection, flags | SQLITE_OPEN_CREATE, nullptr);
   }
   connection_.reset(connection);

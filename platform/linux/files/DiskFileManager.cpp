@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
+#include <mutex>
 #include <utility>
 
 #include "files/FileIO.h"
@@ -23,6 +25,16 @@ Status checkPath(const std::string& path) {
 Status makeFolderOf(const std::string& path) {
   return makeFolders(path.substr(0, std::max<std::size_t>(path.rfind('/'), 1)));
 }
+
+/// A file lock alone would keep threads apart as well, but they would not be sure to see each other's writes
+/// to memory.
+struct HeldLock final : platform::FileLock {
+  explicit HeldLock(std::shared_ptr<std::mutex> among) : mutex(std::move(among)), guard(*mutex) {}
+
+  std::shared_ptr<std::mutex> mutex;
+  std::lock_guard<std::mutex> guard;
+  std::unique_ptr<platform::FileLock> file;
+};
 
 class DiskFileManager final : public platform::FileManager {
  public:
@@ -66,12 +78,27 @@ class DiskFileManager final : public platform::FileManager {
 
   std::unique_ptr<platform::FileLock> lock(const std::string& path) override {
     if (!checkPath(path) || !makeFolderOf(path)) return nullptr;
-    auto held = lockFile(path);
-    return held ? std::move(*held) : nullptr;
+    auto held = std::make_unique<HeldLock>(mutexOf(path));
+    auto file = lockFile(path);
+    if (!file) return nullptr;
+    held->file = std::move(*file);
+    return held;
   }
 
  private:
+  /// One mutex for each path that somebody holds or waits for.
+  std::shared_ptr<std::mutex> mutexOf(const std::string& path) {
+    const std::lock_guard guard(mutex_);
+    std::erase_if(locks_, [](const auto& lock) { return lock.second.expired(); });
+    auto& known = locks_[path];
+    auto mutex = known.lock();
+    if (!mutex) known = mutex = std::make_shared<std::mutex>();
+    return mutex;
+  }
+
   const FileManagerOptions options_;
+  std::mutex mutex_;
+  std::map<std::string, std::weak_ptr<std::mutex>> locks_;
 };
 
 }  // namespace

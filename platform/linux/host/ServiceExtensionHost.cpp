@@ -18,6 +18,15 @@ namespace {
 
 constexpr double defaultTimeLimit = 30;
 
+/// User information in the form in which it arrived is known to whoever sent it.
+JSONAny describe(const platform::NotificationContent& content) {
+  auto json = encodeContent(content);
+  if (const auto* info = content.userInfo.dictionary()) {
+    std::get<JSONAny::Dictionary>(json.value).push_back({"userInfo", JSONAny::Dictionary(*info)});
+  }
+  return json;
+}
+
 /// Remembers that the content handler was called, and tells the first content on. Outlives the run: a handler
 /// may be called at any time.
 class Delivery {
@@ -30,7 +39,7 @@ class Delivery {
       const std::lock_guard lock(mutex_);
       if (answered_ || content == nullptr) return;
       answered_ = true;
-      channel_->send("content", encodeContent(*content));
+      channel_->send("content", describe(*content));
     }
     loop_->wake();
   }

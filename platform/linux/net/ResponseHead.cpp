@@ -93,8 +93,10 @@ std::string lastPathComponent(std::string_view url) {
 bool ResponseHead::addLine(std::string_view line) {
   if (line.starts_with("HTTP/")) {
     headers_.clear();
+    complete_ = false;
     return true;
   }
+  complete_ = complete_ || line == "\r\n" || line == "\n";
   const auto colon = line.find(':');
   if (colon == std::string_view::npos || colon == 0) return false;
   headers_.push_back(

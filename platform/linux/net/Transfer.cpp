@@ -164,6 +164,8 @@ int Transfer::onProgress(void* self, curl_off_t, curl_off_t received, curl_off_t
 
 platform::URLResult Transfer::finished(CURLcode code) {
   platform::URLResult result;
+  // To libcurl a connection that ends within the headers is a response without a body.
+  if (code == CURLE_OK && !head_.isComplete()) code = CURLE_PARTIAL_FILE;
   if (code != CURLE_OK || tooLarge_) {
     result.error = errorOf(code);
     return result;

@@ -8,10 +8,10 @@
 #include <atomic>
 #include <functional>
 #include <list>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <thread>
+#include <utility>
 
 namespace VorselKelp::testing_support {
 
@@ -47,9 +47,11 @@ class RawConnection {
   }
   /// Ends the connection with a reset instead of a farewell.
   void reset() {
-    const linger now{1, 0};
-    ::setsockopt(socket_, SOL_SOCKET, SO_LINGER, &now, sizeof now);
+    sockaddr unspecified{};
+    unspecified.sa_family = AF_UNSPEC;
+    ::connect(socket_, &unspecified, sizeof unspecified);
   }
+  void end() { ::shutdown(socket_, SHUT_RDWR); }
 
  private:
   int socket_;
@@ -65,7 +67,7 @@ class RawServer {
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t size = sizeof address;
     ::bind(socket_, reinterpret_cast<sockaddr*>(&address), size);
-    ::listen(socket_, 64);
+    ::listen(socket_, 1024);
     ::getsockname(socket_, reinterpret_cast<sockaddr*>(&address), &size);
     port_ = ntohs(address.sin_port);
     acceptor_ = std::thread([this] { accept(); });
@@ -74,7 +76,11 @@ class RawServer {
     ::shutdown(socket_, SHUT_RDWR);
     acceptor_.join();
     ::close(socket_);
-    for (auto& thread : threads_) thread.join();
+    for (auto& [socket, thread] : served_) {
+      ::shutdown(socket, SHUT_RDWR);
+      thread.join();
+      ::close(socket);
+    }
   }
   RawServer(const RawServer&) = delete;
   RawServer& operator=(const RawServer&) = delete;
@@ -90,11 +96,11 @@ class RawServer {
       const int socket = ::accept(socket_, nullptr, nullptr);
       if (socket < 0) return;
       ++connections_;
-      threads_.emplace_back([this, socket] {
-        RawConnection connection(socket);
-        handler_(connection);
-        ::close(socket);
-      });
+      served_.emplace_back(socket, std::thread([this, socket] {
+                             RawConnection connection(socket);
+                             handler_(connection);
+                             connection.end();
+                           }));
     }
   }
 
@@ -102,7 +108,7 @@ class RawServer {
   int socket_ = -1;
   int port_ = 0;
   std::atomic<int> connections_ = 0;
-  std::list<std::thread> threads_;
+  std::list<std::pair<int, std::thread>> served_;
   std::thread acceptor_;
 };
 
