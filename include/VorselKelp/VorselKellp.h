@@ -33,6 +33,9 @@ class VorselKellp {
   /// under way ends on the old platform: reports that failed are counted in its store, a notification that is
   /// being prepared reaches its handler. A platform without one of its services stops the process.
   static void install(std::shared_ptr<platform::Platform> platform);
+  /// Lets the process's core go: the end of a process that leaves in good order. Its stores are closed when
+  /// the work that it has under way has ended. Does nothing when there is none.
+  static void uninstall();
 
   /// Brings the core up: counts the session, writes the default endpoints until the installation is reported,
   /// and fetches the remote configuration; what follows (activity report, permission check) happens when that

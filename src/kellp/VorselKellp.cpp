@@ -68,6 +68,13 @@ void VorselKellp::install(std::shared_ptr<platform::Platform> platform) {
   face().kellp.swap(kellp);  // the old core goes after the lock
 }
 
+void VorselKellp::uninstall() {
+  std::shared_ptr<Kellp> last;
+  const std::lock_guard lock(face().mutex);
+  CoreContext::setCurrent(nullptr);
+  face().kellp.swap(last);
+}
+
 void VorselKellp::initialize(std::shared_ptr<VorselConfig> config) {
   const auto kellp = core("initialize");
   if (!config) fatalError("VorselKellp::initialize: no configuration was given");
