@@ -18,4 +18,22 @@ struct Gl {
   friend bool operator==(const Gl&, const Gl&) = default;
 };
 
+struct Geofences {
+  std::vector<Gl> gl;
+};
+
+/// One beacon region as the push server sends it.
+struct B {
+  std::string id;  ///< what `enteredBeaconRegionWith` reports
+  std::string ib;  ///< the beacon's identifier
+  std::optional<std::int64_t> major;
+  std::optional<std::int64_t> minor;
+  std::optional<std::int64_t> distance;
+  friend bool operator==(const B&, const B&) = default;
+};
+
+struct Beacons {
+  std::vector<B> bl;
+};
+
 }  // namespace VorselKelp

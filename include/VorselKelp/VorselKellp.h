@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <span>
@@ -19,6 +20,11 @@ namespace VorselKelp {
 
 /// Delivers a notification's content. Given by the system to the service extension; may be copied.
 using ContentHandler = std::function<void(std::shared_ptr<platform::NotificationContent>)>;
+
+/// Hears how a tracking event ended: the status when a response came, a word about the outcome, the
+/// transport's error.
+using TrackCompletion =
+    std::function<void(std::optional<int>, std::optional<std::string>, std::optional<Error>)>;
 
 /// The core's one entry. Install a platform first; any other call without one stops the process with a line
 /// that says so. Unless said otherwise a call may be made on any thread (the main thread in practice),
@@ -66,6 +72,33 @@ class VorselKellp {
   static void sendCustomTestTrack(const JSONAny& track,
                                   std::function<void(std::optional<std::string>)> completion);
 
+  // Tracking parameters and UTM values. Before the core is initialised each of these writes a banner, does
+  // nothing and answers nothing (texts: "Vorsel not initialized").
+
+  /// Adds to the parameters that the next tracking event carries; values become text. Nothing while analytics
+  /// is off.
+  static void track(const JSONAny::Dictionary& parameters);
+  /// Sends one event with the collected parameters and those of earlier accepted events, on which collected
+  /// ones win. `completion` replaces the one of an earlier call. It hears each try: after a transport error
+  /// the event is sent again every half second, and the tenth time is reported once more. With push off a
+  /// banner is written and nothing sent.
+  static void sendTrack(TrackCompletion completion);
+  /// The collected parameters.
+  [[nodiscard]] static std::map<std::string, std::string> getTrack();
+  [[nodiscard]] static std::string getTrackFor(const std::string& key);
+  /// Forgets all parameters, the stored ones too.
+  static void removeTrack();
+  static void removeTrackFor(const std::string& key);
+  static void setUtm(const std::string& key, const std::string& value);
+  static void removeUtm(const std::string& key);
+  [[nodiscard]] static std::string getUtm(const std::string& key);
+
+  // Re-engagement notification
+
+  /// The title of the re-engagement notification.
+  static void setNotification(const std::string& text);
+  static void cancelScheduledNotifications();
+
   // Push: application
 
   /// Hands the device token over, from the application's registration callback. With push on, the permission
@@ -84,6 +117,16 @@ class VorselKellp {
   /// notification that stored no URL at all, and push switched off, call nothing. Main thread.
   static void pushTrackOpen(bool handle, const platform::NotificationResponse& response,
                             std::function<void(std::optional<std::string>)> completion);
+
+  // Adds one to the count of unread notifications and shows it: on `forNotify` when given, else on the icon.
+  static void addNotificationCount(const std::shared_ptr<platform::NotificationContent>& forNotify);
+  /// Takes one off, below zero too; nothing while nothing was counted.
+  static void decreseNotificationCount(const std::shared_ptr<platform::NotificationContent>& forNotify);
+  static void setAppBadge(std::int64_t value);
+  /// Hands over the geofences or the beacons of a silent administrative push; any other push calls nothing.
+  static void didReciveAdministrativeNotificationWith(
+      const platform::UserInfo& userInfo,
+      std::function<void(std::optional<Geofences>, std::optional<Beacons>)> completion);
 
   // Push: notification-service extension
 

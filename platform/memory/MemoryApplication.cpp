@@ -36,6 +36,17 @@ void MemoryApplication::unregisterForRemoteNotifications() {
   if (kind_ == ProcessKind::application) ++unregistrations_;
 }
 
+void MemoryApplication::setBadge(std::int64_t value) {
+  if (kind_ == ProcessKind::extension) return;
+  const std::lock_guard lock(mutex_);
+  badge_ = value;
+}
+
+std::optional<std::int64_t> MemoryApplication::badge() const {
+  const std::lock_guard lock(mutex_);
+  return badge_;
+}
+
 BackgroundTask MemoryApplication::beginBackgroundTask(const std::string& name,
                                                       platform::UniqueFunction<void()> expired) {
   const std::lock_guard lock(mutex_);

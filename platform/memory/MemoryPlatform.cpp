@@ -78,6 +78,7 @@ MemoryPlatform::MemoryPlatform(std::shared_ptr<MemoryDevice> onDevice, ProcessKi
       console(std::make_shared<RecordingConsole>()),
       browser(std::make_shared<RecordingBrowser>()),
       imageDecoder(std::make_shared<HeaderImageDecoder>()),
+      location(std::make_shared<MemoryLocation>()),
       platform_(std::make_shared<platform::Platform>()) {
   device->enroll(mainQueue);
   bundle->setMain("CFBundleIdentifier", bundleIdentifier);
@@ -97,7 +98,8 @@ MemoryPlatform::MemoryPlatform(std::shared_ptr<MemoryDevice> onDevice, ProcessKi
                                   .screen = device->screen,
                                   .console = console,
                                   .imageDecoder = imageDecoder,
-                                  .inAppBrowser = browser};
+                                  .inAppBrowser = browser,
+                                  .location = location};
 }
 
 MemoryPlatform::~MemoryPlatform() {

@@ -14,6 +14,12 @@ SettableDevice::Values SettableDevice::values() const {
   return values_;
 }
 
+std::optional<std::string> SettableDevice::environmentVariable(const std::string& name) {
+  const std::lock_guard lock(mutex_);
+  const auto found = values_.environment.find(name);
+  return found == values_.environment.end() ? std::nullopt : std::optional(found->second);
+}
+
 void SettableScreen::set(double width, double height) {
   const std::lock_guard lock(mutex_);
   width_ = width;

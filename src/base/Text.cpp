@@ -130,6 +130,13 @@ std::string lowerCased(std::string_view text) {
   return out;
 }
 
+std::string trimmed(std::string_view text) {
+  constexpr std::string_view blanks = " \t\n\v\f\r";
+  const auto first = text.find_first_not_of(blanks);
+  if (first == std::string_view::npos) return {};
+  return std::string(text.substr(first, text.find_last_not_of(blanks) - first + 1));
+}
+
 std::optional<std::string> fromNonLossyAscii(std::string_view text) {
   std::string out;
   while (!text.empty()) {

@@ -23,6 +23,9 @@ namespace VorselKelp {
 /// ASCII letters only.
 [[nodiscard]] std::string lowerCased(std::string_view text);
 
+/// Without the white space and line breaks at both ends.
+[[nodiscard]] std::string trimmed(std::string_view text);
+
 /// Re-reads `text` as ASCII whose escapes stand for other characters: \uXXXX (two of them for a surrogate
 /// pair), three octal digits behind a backslash, and a doubled backslash. Absent when a byte is above 127 or
 /// an escape is broken.

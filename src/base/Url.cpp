@@ -28,6 +28,10 @@ std::optional<std::string> appendingPathComponent(std::string_view base, std::st
   return std::string(url.buffer());
 }
 
+std::string escaped(std::string_view text) {
+  return boost::urls::encode(text, boost::urls::unreserved_chars);
+}
+
 std::string lastPathComponent(std::string_view url) {
   const auto parsed = boost::urls::parse_uri_reference(url);
   if (!parsed || parsed->segments().empty()) return {};

@@ -23,6 +23,9 @@ struct Url {
 [[nodiscard]] std::optional<std::string> appendingPathComponent(std::string_view base,
                                                                 std::string_view component);
 
+/// Percent-encoded for any place in a URL: only letters, digits, "-", ".", "_" and "~" stay.
+[[nodiscard]] std::string escaped(std::string_view text);
+
 /// The last component of the URL's path, decoded; empty when there is none.
 [[nodiscard]] std::string lastPathComponent(std::string_view url);
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <mutex>
 #include <string_view>
 
 #include "VorselKelp/platform/Platform.h"
@@ -25,9 +26,16 @@ class CoreContext {
   static std::shared_ptr<CoreContext> current(std::string_view caller);
   static void setCurrent(std::shared_ptr<CoreContext> context);
 
+  /// What a layer on top of the core keeps for this core; `make` makes it at the first call.
+  std::shared_ptr<void> upperLayer(platform::FunctionRef<std::shared_ptr<void>()> make);
+
   const std::shared_ptr<platform::Platform> services;
   CoreState state;
   StorageManager storage;
+
+ private:
+  std::mutex upperMutex_;
+  std::shared_ptr<void> upperLayer_;
 };
 
 }  // namespace VorselKelp

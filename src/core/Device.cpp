@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "base/FatalError.h"
 
@@ -130,10 +131,15 @@ Device::Device() {
 }
 
 std::string_view Device::modelName(std::string_view machineIdentifier) const {
-  if (std::ranges::any_of(machineIdentifier, [](char c) { return static_cast<unsigned char>(c) > 127; }))
-    fatalError("the machine identifier is not ASCII");
   const auto found = modelMap_.find(machineIdentifier);
   return found == modelMap_.end() ? "Unrecognized" : displayName(found->second);
+}
+
+std::string machineIdentifier(platform::Device& device) {
+  std::string machine = device.machineIdentifier();
+  if (std::ranges::any_of(machine, [](char c) { return static_cast<unsigned char>(c) > 127; }))
+    fatalError("the machine identifier is not ASCII");
+  return device.environmentVariable("SIMULATOR_MODEL_IDENTIFIER").value_or(std::move(machine));
 }
 
 }  // namespace VorselKelp

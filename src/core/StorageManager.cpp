@@ -96,12 +96,7 @@ void StorageManager::announceTrackerReading() const {
 }
 
 std::optional<platform::TextList> StorageManager::announcedTrackers(const std::string& notification) {
-  auto* store = domain();
-  if (!store) return std::nullopt;
-  const auto entry =
-      store->mapEntry(keyText(StorageKey::conversionTrackers), {notification}, MapKind::listMap);
-  const auto* list = entry ? entry->as<TextList>() : nullptr;
-  return list ? std::optional(*list) : std::nullopt;
+  return listEntry(StorageKey::conversionTrackers, notification);
 }
 
 std::optional<StorageManager::TextMap> StorageManager::deepLinks(const std::string& notification) {
@@ -135,14 +130,41 @@ void StorageManager::remove(StorageKey key) {
   if (auto* store = domain()) store->removeObject(keyText(key));
 }
 
+void StorageManager::set(StorageKey key, platform::DefaultsValue::Map value) {
+  if (auto* store = domain()) store->setObject(keyText(key), {std::move(value)});
+}
+
+template <class T>
+std::optional<T> StorageManager::typedEntry(StorageKey key, const std::string& entry,
+                                            platform::MapKind kind) {
+  auto* store = domain();
+  const auto stored = store ? store->mapEntry(keyText(key), {entry}, kind) : std::nullopt;
+  const T* value = stored ? stored->as<T>() : nullptr;
+  return value ? std::optional<T>(*value) : std::nullopt;
+}
+
+std::optional<std::string> StorageManager::textEntry(StorageKey key, const std::string& entry) {
+  return typedEntry<std::string>(key, entry, MapKind::textMap);
+}
+
+std::optional<platform::TextList> StorageManager::listEntry(StorageKey key, const std::string& entry) {
+  return typedEntry<TextList>(key, entry, MapKind::listMap);
+}
+
+void StorageManager::setListEntry(StorageKey key, const std::string& entry, TextList value) {
+  if (auto* store = domain()) store->setMapEntry(keyText(key), {entry}, MapKind::listMap, {std::move(value)});
+}
+
+void StorageManager::removeTextEntry(StorageKey key, const std::string& entry) {
+  if (auto* store = domain()) store->removeMapEntry(keyText(key), {entry}, MapKind::textMap);
+}
+
 void StorageManager::setTextEntry(StorageKey key, const std::string& entry, std::string value) {
   if (auto* store = domain()) store->setMapEntry(keyText(key), {entry}, MapKind::textMap, {std::move(value)});
 }
 
 void StorageManager::setConversionTrackers(const std::string& notification, TextList trackers) {
-  if (auto* store = domain())
-    store->setMapEntry(keyText(StorageKey::conversionTrackers), {notification}, MapKind::listMap,
-                       {std::move(trackers)});
+  setListEntry(StorageKey::conversionTrackers, notification, std::move(trackers));
 }
 
 void StorageManager::removeConversionTrackers(const std::string& notification) {

@@ -61,7 +61,14 @@ class StorageManager {
   void set(StorageKey key, TextList value);
   void remove(StorageKey key);
 
+  void set(StorageKey key, platform::DefaultsValue::Map value);
+
+  /// One entry of a map; absent when the map is absent or one of its entries is of another type.
+  [[nodiscard]] std::optional<std::string> textEntry(StorageKey key, const std::string& entry);
+  [[nodiscard]] std::optional<TextList> listEntry(StorageKey key, const std::string& entry);
   void setTextEntry(StorageKey key, const std::string& entry, std::string value);
+  void setListEntry(StorageKey key, const std::string& entry, TextList value);
+  void removeTextEntry(StorageKey key, const std::string& entry);
   void setConversionTrackers(const std::string& notification, TextList trackers);
   void removeConversionTrackers(const std::string& notification);
   void setDeepLink(const std::string& notification, const std::string& action, std::string url);
@@ -77,6 +84,8 @@ class StorageManager {
  private:
   template <class T>
   std::optional<T> typed(StorageKey key);
+  template <class T>
+  std::optional<T> typedEntry(StorageKey key, const std::string& entry, platform::MapKind kind);
   platform::DefaultsDomain* domain();
 
   const platform::Platform& services_;

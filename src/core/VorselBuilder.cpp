@@ -4,19 +4,9 @@
 
 #include "base/FatalError.h"
 #include "core/CoreContext.h"
+#include "core/PropertyList.h"
 
 namespace VorselKelp {
-namespace {
-
-std::string apiKeyOfBundle(CoreContext& context) {
-  auto key = context.services->bundle->mainBundleText("VorselKellpApiKey");
-  if (!key)
-    fatalError("VorselBuilder: no API key was given and the main bundle has no text VorselKellpApiKey");
-  return *std::move(key);
-}
-
-}  // namespace
-
 VorselBuilder::VorselBuilder(std::optional<std::string> apiKey, std::optional<std::string> appGroupId)
     : VorselBuilder(CoreContext::current("VorselBuilder"), std::move(apiKey), std::move(appGroupId)) {}
 
@@ -24,7 +14,7 @@ VorselBuilder::VorselBuilder(std::shared_ptr<CoreContext> context, std::optional
                              std::optional<std::string> appGroupId)
     : context_(std::move(context)) {
   context_->state.setAppGroupSetting(appGroupId.value_or(""));
-  _apiKey = apiKey ? *std::move(apiKey) : apiKeyOfBundle(*context_);
+  _apiKey = apiKey ? *std::move(apiKey) : requiredApiKey(*context_, "VorselBuilder");
   _appGroupId = std::move(appGroupId);
 }
 

@@ -21,8 +21,11 @@ Kellp::Kellp(std::shared_ptr<platform::Platform> services)
           std::make_shared<ImageAttachment>(context, requests))),
       openHandling(std::make_shared<OpenHandling>(context, requests, openTargets)),
       reminder(std::make_shared<Reminder>(context)),
+      badge(std::make_shared<Badge>(context)),
+      tracking(std::make_shared<Tracking>(context, requests, reports)),
       remoteConfiguration_(std::make_shared<RemoteConfiguration>(context, requests)),
-      screens_(std::make_shared<ScreenTracking>(context)) {}
+      screens_(std::make_shared<ScreenTracking>(context)),
+      quietPeriods_(std::make_shared<QuietPeriods>(context)) {}
 
 Kellp::~Kellp() {
   context->state.setConfiguration(nullptr);
@@ -60,6 +63,7 @@ void Kellp::continueStartUp(const std::shared_ptr<VorselConfig>& config) {
   startSessionTracking(config->apiKey());
   if (context->storage.flag(StorageKey::push)) {
     permission->checkAtStart();
+    if (context->storage.flag(StorageKey::beacon)) startBeacons();
   } else {
     context->print("Notification service is not enabled");
   }
@@ -73,6 +77,12 @@ void Kellp::startSessionTracking(const std::string& apiKey) {
     sessionHelper_.swap(helper);
   }
   activity->startActivity({{"utm_ht", apiKey}});
+}
+
+void Kellp::startBeacons() {
+  auto manager = VorselBeaconManager::start(context, quietPeriods_);
+  const std::lock_guard lock(mutex_);
+  beaconManager_.swap(manager);  // an earlier one goes after the lock
 }
 
 void Kellp::clearInstallationData() {

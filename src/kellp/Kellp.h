@@ -8,10 +8,13 @@
 #include "analytics/ActivityEvents.h"
 #include "analytics/ScreenTracking.h"
 #include "analytics/SessionHelper.h"
+#include "analytics/Tracking.h"
 #include "core/CoreContext.h"
+#include "location/VorselBeaconManager.h"
 #include "net/RemoteConfiguration.h"
 #include "net/ReportBuilder.h"
 #include "net/VorselRequest.h"
+#include "push/Badge.h"
 #include "push/CategoryHelper.h"
 #include "push/ImageAttachment.h"
 #include "push/OpenHandling.h"
@@ -47,17 +50,22 @@ class Kellp : public std::enable_shared_from_this<Kellp> {
   const std::shared_ptr<ServiceExtension> serviceExtension;
   const std::shared_ptr<OpenHandling> openHandling;
   const std::shared_ptr<Reminder> reminder;
+  const std::shared_ptr<Badge> badge;
+  const std::shared_ptr<Tracking> tracking;
 
  private:
   void writeDefaultEndpoints();
   /// The remote configuration answered. On the session's delegate queue; possibly more than once.
   void continueStartUp(const std::shared_ptr<VorselConfig>& config);
   void startSessionTracking(const std::string& apiKey);
+  void startBeacons();
 
   const std::shared_ptr<RemoteConfiguration> remoteConfiguration_;
   const std::shared_ptr<ScreenTracking> screens_;
+  const std::shared_ptr<QuietPeriods> quietPeriods_;
   std::mutex mutex_;
   std::shared_ptr<SessionHelper> sessionHelper_;
+  std::shared_ptr<VorselBeaconManager> beaconManager_;
 };
 
 }  // namespace VorselKelp

@@ -6,6 +6,7 @@
 
 #include "base/FatalError.h"
 #include "kellp/Kellp.h"
+#include "push/AdministrativePush.h"
 #include "push/NotificationReader.h"
 
 namespace VorselKelp {
@@ -55,6 +56,7 @@ void requireServices(const platform::Platform& p) {
   requireService(p.console != nullptr, "console");
   requireService(p.imageDecoder != nullptr, "imageDecoder");
   requireService(p.inAppBrowser != nullptr, "inAppBrowser");
+  requireService(p.location != nullptr, "location");
 }
 
 }  // namespace
@@ -115,6 +117,69 @@ void VorselKellp::sendCustomEvent(const std::string& key, const JSONAny& value) 
 
 void VorselKellp::sendCustomTestTrack(const JSONAny&, std::function<void(std::optional<std::string>)>) {
   (void)core("sendCustomTestTrack");
+}
+
+void VorselKellp::track(const JSONAny::Dictionary& parameters) {
+  core("track")->tracking->track(parameters);
+}
+
+void VorselKellp::sendTrack(TrackCompletion completion) {
+  core("sendTrack")->tracking->sendTrack(std::move(completion));
+}
+
+std::map<std::string, std::string> VorselKellp::getTrack() {
+  return core("getTrack")->tracking->getTrack();
+}
+
+std::string VorselKellp::getTrackFor(const std::string& key) {
+  return core("getTrackFor")->tracking->getTrackFor(key);
+}
+
+void VorselKellp::removeTrack() {
+  core("removeTrack")->tracking->removeTrack();
+}
+
+void VorselKellp::removeTrackFor(const std::string& key) {
+  core("removeTrackFor")->tracking->removeTrackFor(key);
+}
+
+void VorselKellp::setUtm(const std::string& key, const std::string& value) {
+  core("setUtm")->tracking->setUtm(key, value);
+}
+
+void VorselKellp::removeUtm(const std::string& key) {
+  core("removeUtm")->tracking->removeUtm(key);
+}
+
+std::string VorselKellp::getUtm(const std::string& key) {
+  return core("getUtm")->tracking->getUtm(key);
+}
+
+void VorselKellp::setNotification(const std::string& text) {
+  core("setNotification")->reminder->setText(text);
+}
+
+void VorselKellp::cancelScheduledNotifications() {
+  core("cancelScheduledNotifications")->reminder->cancel();
+}
+
+void VorselKellp::addNotificationCount(const std::shared_ptr<platform::NotificationContent>& forNotify) {
+  core("addNotificationCount")->badge->increase(forNotify.get());
+}
+
+void VorselKellp::decreseNotificationCount(const std::shared_ptr<platform::NotificationContent>& forNotify) {
+  core("decreseNotificationCount")->badge->decrease(forNotify.get());
+}
+
+void VorselKellp::setAppBadge(std::int64_t value) {
+  core("setAppBadge")->badge->set(value);
+}
+
+void VorselKellp::didReciveAdministrativeNotificationWith(
+    const platform::UserInfo& userInfo,
+    std::function<void(std::optional<Geofences>, std::optional<Beacons>)> completion) {
+  const auto kellp = core("didReciveAdministrativeNotificationWith");
+  if (completion) readAdministrativePush(*kellp->context, userInfo, completion);
 }
 
 void VorselKellp::registerToken(std::span<const std::uint8_t> deviceToken) {

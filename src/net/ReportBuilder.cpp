@@ -28,7 +28,7 @@ UserAgent userAgent(const platform::Platform& services) {
 }  // namespace
 
 std::string ReportBuilder::modelName() const {
-  return std::string(device_.modelName(context_->services->device->machineIdentifier()));
+  return std::string(device_.modelName(machineIdentifier(*context_->services->device)));
 }
 
 ActivityBody ReportBuilder::activity(CS session) const {

@@ -142,6 +142,20 @@ void VorselRequest::download(const std::string& url, std::size_t limit, Document
   send(std::move(request), std::move(completion));
 }
 
+void VorselRequest::sendFeedGet(const std::string& url, DocumentCompletion completion) {
+  if (!parseUrl(url)) {
+    context_->print("URL is not valid");
+    return;
+  }
+  platform::URLRequest request;
+  request.url = url;
+  request.headers = {{"Content-Type", "application/json"}};
+  request.timeout = requestTimeout;
+  request.sessionTimeout = sessionTimeout;
+  request.responseLimit = documentLimit;
+  send(std::move(request), std::move(completion));
+}
+
 void VorselRequest::fetchAutoconfig(const std::string& tag, DocumentCompletion completion) {
   const auto base = context_->storage.text(StorageKey::configUrl);
   if (!base || !parseUrl(*base)) return;

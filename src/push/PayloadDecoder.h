@@ -19,6 +19,7 @@ class Payload {
   /// An error when the information is no JSON object.
   static Result<Payload> open(const platform::UserInfo& userInfo);
 
+  [[nodiscard]] const boost::json::object& root() const { return document_.root().get_object(); }
   [[nodiscard]] Result<PushObj> pushObj() const { return json::decode<PushObj>(document_.root()); }
   [[nodiscard]] Result<PCampaignObject> campaign() const {
     return json::decode<PCampaignObject>(document_.root());

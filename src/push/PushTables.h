@@ -48,6 +48,12 @@ struct KeyTable<Gl> {
 };
 
 template <>
+struct KeyTable<B> {
+  static constexpr auto keys = std::tuple{key("id", &B::id), key("ib", &B::ib), key("major", &B::major),
+                                          key("minor", &B::minor), key("distance", &B::distance)};
+};
+
+template <>
 struct KeyTable<Action> {
   static constexpr auto keys =
       std::tuple{key("action", &Action::action), key("title", &Action::title), key("url", &Action::url)};

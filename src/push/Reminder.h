@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "core/CoreContext.h"
 
@@ -11,6 +12,8 @@ class Reminder {
  public:
   explicit Reminder(std::shared_ptr<CoreContext> context) : context_(std::move(context)) {}
 
+  /// The reminder's title from its next scheduling on.
+  void setText(const std::string& text);
   /// Schedules the reminder every `interval` seconds, at least every 60.
   void schedule(double interval);
   void cancel();

@@ -8,6 +8,7 @@
 #include "json/Encoder.h"
 #include "push/AdContent.h"
 #include "push/PayloadDecoder.h"
+#include "push/Tags.h"
 
 namespace VorselKelp {
 namespace {
@@ -149,6 +150,7 @@ void ServiceExtension::finish(const Delivery& delivery,
     if (category) saveCategory(delivery, *category);
     if (message.n->data) targets_->store(*message.n->data, delivery.identifier);
   });
+  replaceTagged(*context_, message.n->tag, delivery.identifier);
   category.reset();  // gives the lock back before the application's code runs
   delivery.handler(delivery.best);
 }

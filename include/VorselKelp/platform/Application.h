@@ -40,6 +40,9 @@ class Application {
   virtual void registerForRemoteNotifications() = 0;
   virtual void unregisterForRemoteNotifications() = 0;
 
+  /// Shows a number on the application's icon; 0 shows none.
+  virtual void setBadge(std::int64_t value) = 0;
+
   /// Keeps the process running for a while after it went to the background. `expired` runs on the main thread
   /// when the system's patience ends, and not at all when the task ends before. invalidBackgroundTask when
   /// refused (then `expired` is dropped unrun).

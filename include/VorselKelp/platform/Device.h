@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 namespace VorselKelp::platform {
@@ -10,9 +11,11 @@ class Device {
  public:
   virtual ~Device() = default;
 
-  /// The machine field of the system's `uname` record, such as "iPhone13,2": the bytes as they are. When the
-  /// process environment has SIMULATOR_MODEL_IDENTIFIER, that value stands in for it.
+  /// The machine field of the system's `uname` record, such as "iPhone13,2": the bytes up to the first zero.
   virtual std::string machineIdentifier() = 0;
+  /// A variable of the process's environment. The library asks for SIMULATOR_MODEL_IDENTIFIER, by which a
+  /// simulator says what hardware it stands for.
+  virtual std::optional<std::string> environmentVariable(const std::string& name) = 0;
   /// The operating system's version, such as "17.4".
   virtual std::string systemVersion() = 0;
   virtual std::string systemName() = 0;

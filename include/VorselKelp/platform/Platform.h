@@ -11,6 +11,7 @@
 #include "VorselKelp/platform/FileManager.h"
 #include "VorselKelp/platform/ImageDecoder.h"
 #include "VorselKelp/platform/InAppBrowser.h"
+#include "VorselKelp/platform/LocationManager.h"
 #include "VorselKelp/platform/MainQueue.h"
 #include "VorselKelp/platform/NotificationCenter.h"
 #include "VorselKelp/platform/Random.h"
@@ -49,6 +50,7 @@ struct Platform {
   std::shared_ptr<Console> console;
   std::shared_ptr<ImageDecoder> imageDecoder;
   std::shared_ptr<InAppBrowser> inAppBrowser;
+  std::shared_ptr<LocationServices> location;
 };
 
 }  // namespace VorselKelp::platform

@@ -61,6 +61,7 @@ class RunningApplication final : public DeviceApplication,
     });
   }
   void unregisterForRemoteNotifications() override { device_->unregisterForRemoteNotifications(); }
+  void setBadge(std::int64_t value) override { device_->setBadge(value); }
 
   BackgroundTask beginBackgroundTask(const std::string&, platform::UniqueFunction<void()> expired) override {
     const std::lock_guard lock(mutex_);

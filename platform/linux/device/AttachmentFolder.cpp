@@ -16,7 +16,6 @@ bool AttachmentFolder::holds(const std::string& file) const {
 }
 
 bool AttachmentFolder::moveIn(platform::NotificationAttachment& attachment) const {
-  if (holds(attachment.path)) return true;
   const fs::path source = attachment.path;
   const fs::path folder = fs::path(path_) / hexOf(randomBytes(8));
   const fs::path target = folder / safeName(source.filename().string());
@@ -37,12 +36,19 @@ bool AttachmentFolder::moveIn(platform::NotificationAttachment& attachment) cons
   return true;
 }
 
-void AttachmentFolder::takeOver(std::vector<platform::NotificationAttachment>& attachments) const {
+std::vector<platform::NotificationAttachment> AttachmentFolder::takeOver(
+    std::vector<platform::NotificationAttachment>& attachments) const {
+  std::vector<platform::NotificationAttachment> moved;
   std::erase_if(attachments, [&](platform::NotificationAttachment& attachment) {
-    if (moveIn(attachment)) return false;
+    if (holds(attachment.path)) return false;
+    if (moveIn(attachment)) {
+      moved.push_back(attachment);
+      return false;
+    }
     standardErrorLines()("The attachment " + attachment.path + " can't be read; it is left out");
     return true;
   });
+  return moved;
 }
 
 void AttachmentFolder::remove(const std::vector<platform::NotificationAttachment>& attachments) const {

@@ -1,6 +1,10 @@
 #include "device/DeviceDatabase.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <filesystem>
+#include <utility>
 
 #include "VorselKelpLinux/LineSink.h"
 #include "files/FileIO.h"
@@ -27,10 +31,13 @@ CREATE INDEX notificationByTime ON notification(application, state, due);
 PRAGMA user_version = 1;
 )";
 
+Error unusable(const std::string& path, const std::string& reason, int code) {
+  return Error{"Cannot use the simulated device's database " + path + ": " + reason, code};
+}
+
 Error errorOf(sqlite3* connection, const std::string& path) {
-  return Error{"Cannot use the simulated device's database " + path + ": " +
-                   (connection != nullptr ? sqlite3_errmsg(connection) : "out of memory"),
-               connection != nullptr ? sqlite3_errcode(connection) : SQLITE_NOMEM};
+  if (connection == nullptr) return unusable(path, "out of memory", SQLITE_NOMEM);
+  return unusable(path, sqlite3_errmsg(connection), sqlite3_errcode(connection));
 }
 
 bool execute(sqlite3* connection, const char* sql) {
@@ -38,42 +45,61 @@ bool execute(sqlite3* connection, const char* sql) {
 }
 
 /// Absent when the file is no database.
-std::optional<std::int64_t> userVersion(sqlite3* connection) {
+std::optional<std::int64_t> userVersion(sqlite3* handle) {
+  Connection connection{handle, std::nullopt};
   Statement statement(connection, "PRAGMA user_version");
   if (!statement.step()) return std::nullopt;
   return statement.integer(0);
 }
 
+/// The database would make it for everybody to read. A file that is there already keeps its mode.
+void makePrivateFile(const std::string& path) {
+  const int descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+  if (descriptor >= 0) ::close(descriptor);
+}
+
 }  // namespace
 
-Statement::Statement(sqlite3* database, const char* sql) : statement_(nullptr, &sqlite3_finalize) {
+Statement::Statement(Connection& connection, const char* sql)
+    : connection_(connection), statement_(nullptr, &sqlite3_finalize) {
   sqlite3_stmt* statement = nullptr;
-  sqlite3_prepare_v2(database, sql, -1, &statement, nullptr);
+  note(sqlite3_prepare_v2(connection.handle, sql, -1, &statement, nullptr));
   statement_.reset(statement);
 }
 
+void Statement::note(int code) {
+  if (code == SQLITE_OK || code == SQLITE_ROW || code == SQLITE_DONE || connection_.failure) return;
+  connection_.failure = Error{sqlite3_errmsg(connection_.handle), code};
+}
+
+int Statement::advance() {
+  if (statement_ == nullptr) return SQLITE_ERROR;
+  const int code = sqlite3_step(statement_.get());
+  note(code);
+  return code;
+}
+
 Statement& Statement::bind(int position, std::string_view text) {
-  sqlite3_bind_text64(statement_.get(), position, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+  note(sqlite3_bind_text64(statement_.get(), position, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8));
   return *this;
 }
 
 Statement& Statement::bind(int position, std::int64_t number) {
-  sqlite3_bind_int64(statement_.get(), position, number);
+  note(sqlite3_bind_int64(statement_.get(), position, number));
   return *this;
 }
 
 Statement& Statement::bind(int position, double number) {
-  sqlite3_bind_double(statement_.get(), position, number);
+  note(sqlite3_bind_double(statement_.get(), position, number));
   return *this;
 }
 
 bool Statement::step() {
-  return statement_ != nullptr && sqlite3_step(statement_.get()) == SQLITE_ROW;
+  return advance() == SQLITE_ROW;
 }
 
 void Statement::run() {
-  if (statement_ == nullptr) return;
-  while (sqlite3_step(statement_.get()) == SQLITE_ROW) {
+  while (step()) {
   }
   sqlite3_reset(statement_.get());
 }
@@ -110,6 +136,7 @@ Status DeviceDatabase::openLocked() {
     connection = nullptr;
     if (const auto made = makeFolders(std::filesystem::path(path_).parent_path().string()); !made)
       return made;
+    makePrivateFile(path_);
     sqlite3_open_v2(path_.c_str(), &connection, flags | SQLITE_OPEN_CREATE, nullptr);
   }
   connection_.reset(connection);
@@ -148,41 +175,41 @@ void DeviceDatabase::endReading() {
   }
 }
 
-bool DeviceDatabase::openOrReport() {
-  const auto status = openLocked();
-  if (!status && !reported_) {
-    reported_ = true;
-    standardErrorLines()(status.error().description);
+void DeviceDatabase::report(const Status& status) {
+  if (status) return;
+  {
+    const std::lock_guard lock(mutex_);
+    if (std::exchange(reported_, true)) return;
   }
-  return status.ok();
+  standardErrorLines()(status.error().description);
 }
 
-void DeviceDatabase::reportErrors() {
-  auto* connection = connection_.get();
-  const int code = sqlite3_errcode(connection) & 0xff;
-  if (reported_ || code == SQLITE_OK || code == SQLITE_ROW || code == SQLITE_DONE) return;
-  reported_ = true;
-  standardErrorLines()(errorOf(connection, path_).description);
+Status DeviceDatabase::run(Connection& connection, platform::FunctionRef<void(Connection&)> work) {
+  work(connection);
+  if (!connection.failure) return Done{};
+  return unusable(path_, connection.failure->description, connection.failure->code);
 }
 
-void DeviceDatabase::use(platform::FunctionRef<void(sqlite3*)> work) {
+Status DeviceDatabase::use(platform::FunctionRef<void(Connection&)> work) {
   const std::lock_guard lock(mutex_);
-  if (!openOrReport()) return;
-  work(connection_.get());
-  reportErrors();
+  if (auto opened = openLocked(); !opened) return opened;
+  Connection connection{connection_.get(), std::nullopt};
+  auto status = run(connection, work);
   endReading();
+  return status;
 }
 
-void DeviceDatabase::transact(platform::FunctionRef<void(sqlite3*)> work) {
-  use([&](sqlite3* connection) {
-    endReading();
-    if (!execute(connection, "BEGIN IMMEDIATE")) return;
-    work(connection);
-    if (!execute(connection, "COMMIT")) {
-      reportErrors();
-      execute(connection, "ROLLBACK");
-    }
-  });
+Status DeviceDatabase::transact(platform::FunctionRef<void(Connection&)> work) {
+  const std::lock_guard lock(mutex_);
+  if (auto opened = openLocked(); !opened) return opened;
+  endReading();
+  auto* handle = connection_.get();
+  if (!execute(handle, "BEGIN IMMEDIATE")) return errorOf(handle, path_);
+  Connection connection{handle, std::nullopt};
+  auto status = run(connection, work);
+  if (status && !execute(handle, "COMMIT")) status = errorOf(handle, path_);
+  if (!status) execute(handle, "ROLLBACK");
+  return status;
 }
 
 }  // namespace VorselKelp::linux_platform

@@ -14,11 +14,17 @@
 
 namespace VorselKelp::linux_platform {
 
-/// One prepared statement. A statement that could not be prepared or run yields no rows; the database notes
-/// why.
+/// An open database, and the first thing that went wrong with a statement on it.
+struct Connection {
+  sqlite3* handle;
+  std::optional<Error> failure;
+};
+
+/// One prepared statement. A statement that could not be prepared or run yields no rows; the connection, which
+/// must outlive it, notes why.
 class Statement {
  public:
-  Statement(sqlite3* database, const char* sql);
+  Statement(Connection& connection, const char* sql);
 
   Statement& bind(int position, std::string_view text);
   Statement& bind(int position, const char* text) { return bind(position, std::string_view(text)); }
@@ -36,11 +42,15 @@ class Statement {
   [[nodiscard]] bool isNull(int column) const;
 
  private:
+  [[nodiscard]] int advance();
+  void note(int code);
+
+  Connection& connection_;
   std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)> statement_;
 };
 
 /// The device's database, opened by its first use. It simulates a device for a developer's desk: it survives
-/// killed processes, and does not pay for surviving power cuts.
+/// killed processes, and does not pay for surviving power cuts. The file is for its owner alone.
 class DeviceDatabase {
  public:
   explicit DeviceDatabase(std::string path) : path_(std::move(path)) {}
@@ -50,17 +60,18 @@ class DeviceDatabase {
   Status open();
 
   /// Runs `work` on the open database while no other thread is inside; not at all when it can't be opened.
-  /// What goes wrong is reported on standard error, once.
-  void use(platform::FunctionRef<void(sqlite3*)> work);
-  /// The same as one atomic step among all processes. Must not be nested.
-  void transact(platform::FunctionRef<void(sqlite3*)> work);
+  Status use(platform::FunctionRef<void(Connection&)> work);
+  /// The same as one atomic step among all processes, which is through when this succeeds, and has left no trace
+  /// when it fails. Must not be nested.
+  Status transact(platform::FunctionRef<void(Connection&)> work);
+  /// Tells a failure on standard error that nobody else will tell; only the first one.
+  void report(const Status& status);
 
  private:
   Status openLocked();
   Status prepareSchema();
-  bool openOrReport();
+  Status run(Connection& connection, platform::FunctionRef<void(Connection&)> work);
   void endReading();
-  void reportErrors();
 
   const std::string path_;
   std::mutex mutex_;

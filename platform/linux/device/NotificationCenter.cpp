@@ -3,6 +3,7 @@
 #include <mutex>
 
 #include "VorselKelpLinux/DeviceServices.h"
+#include "VorselKelpLinux/LineSink.h"
 
 namespace VorselKelp::linux_platform {
 namespace {
@@ -83,7 +84,10 @@ class Center final : public DeviceNotificationCenter, public std::enable_shared_
     known_ = std::move(wanted);
   }
 
-  void add(platform::NotificationRequest request) override { device_->schedule(std::move(request)); }
+  void add(platform::NotificationRequest request) override {
+    const auto status = device_->schedule(std::move(request));
+    if (!status) standardErrorLines()(status.error().description);
+  }
 
   void removePendingNotificationRequests(const std::vector<std::string>& identifiers) override {
     device_->removePending(identifiers);

@@ -40,7 +40,7 @@ HeldNotification readRow(Statement& row) {
 
 }  // namespace
 
-void writeBadge(sqlite3* database, const std::string& application, std::int64_t badge) {
+void writeBadge(Connection& database, const std::string& application, std::int64_t badge) {
   Statement(database,
             "INSERT INTO application(identifier, badge) VALUES(?1, ?2) "
             "ON CONFLICT(identifier) DO UPDATE SET badge = ?2")
@@ -49,7 +49,7 @@ void writeBadge(sqlite3* database, const std::string& application, std::int64_t 
       .run();
 }
 
-void NotificationShelf::insert(sqlite3* database, const NotificationRequest& request, State state,
+void NotificationShelf::insert(Connection& database, const NotificationRequest& request, State state,
                                double due) const {
   const auto& info = request.content.userInfo;
   const std::string infoText =
@@ -63,14 +63,14 @@ void NotificationShelf::insert(sqlite3* database, const NotificationRequest& req
   row.bind(9, std::int64_t{info.bytes() != nullptr}).run();
 }
 
-void NotificationShelf::put(sqlite3* database, const NotificationRequest& request, State state, double due) {
+void NotificationShelf::put(Connection& database, const NotificationRequest& request, State state, double due) {
   for (const auto old : {State::pending, State::delivered, State::tapped})
     remove(database, request.identifier, old);
   insert(database, request, state, due);
   keepUsed(database, request.identifier);
 }
 
-void NotificationShelf::remove(sqlite3* database, const std::string& identifier, State state) {
+void NotificationShelf::remove(Connection& database, const std::string& identifier, State state) {
   const auto held = find(database, identifier, state);
   if (!held) return;
   Statement(database, "DELETE FROM notification WHERE application = ?1 AND identifier = ?2 AND state = ?3")
@@ -82,7 +82,7 @@ void NotificationShelf::remove(sqlite3* database, const std::string& identifier,
   keepUsed(database, identifier);
 }
 
-void NotificationShelf::keepUsed(sqlite3* database, const std::string& identifier) {
+void NotificationShelf::keepUsed(Connection& database, const std::string& identifier) {
   // A repeating notification shares its files with those of its kind that were delivered.
   for (const auto state : {State::pending, State::delivered}) {
     const auto held = find(database, identifier, state);
@@ -95,7 +95,7 @@ void NotificationShelf::keepUsed(sqlite3* database, const std::string& identifie
   }
 }
 
-void NotificationShelf::markTapped(sqlite3* database, const std::string& identifier, double now) {
+void NotificationShelf::markTapped(Connection& database, const std::string& identifier, double now) {
   auto held = find(database, identifier, State::delivered);
   if (!held) return;
   remove(database, identifier, State::delivered);
@@ -111,7 +111,7 @@ void NotificationShelf::markTapped(sqlite3* database, const std::string& identif
       .run();
 }
 
-void NotificationShelf::deliverDue(sqlite3* database, double now) {
+void NotificationShelf::deliverDue(Connection& database, double now) {
   for (auto& held : list(database, State::pending)) {
     if (held.due > now) break;
     auto& request = held.request;
@@ -129,7 +129,7 @@ void NotificationShelf::deliverDue(sqlite3* database, double now) {
   }
 }
 
-std::vector<HeldNotification> NotificationShelf::list(sqlite3* database, State state) const {
+std::vector<HeldNotification> NotificationShelf::list(Connection& database, State state) const {
   std::vector<HeldNotification> found;
   Statement rows(database, (std::string(columns) +
                             " FROM notification WHERE application = ?1 AND state = ?2 ORDER BY due, serial")
@@ -139,7 +139,7 @@ std::vector<HeldNotification> NotificationShelf::list(sqlite3* database, State s
   return found;
 }
 
-std::optional<HeldNotification> NotificationShelf::find(sqlite3* database, const std::string& identifier,
+std::optional<HeldNotification> NotificationShelf::find(Connection& database, const std::string& identifier,
                                                         State state) const {
   Statement rows(database, (std::string(columns) +
                             " FROM notification WHERE application = ?1 AND identifier = ?2 AND state = ?3")

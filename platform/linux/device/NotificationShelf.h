@@ -18,21 +18,26 @@ class NotificationShelf {
   NotificationShelf(std::string application, std::string attachmentFolder)
       : application_(std::move(application)), attachments_(std::move(attachmentFolder)) {}
 
-  /// Moves the files in and drops from the content those that can't be had. Outside a transaction.
-  void takeFiles(platform::NotificationContent& content) const { attachments_.takeOver(content.attachments); }
+  /// Moves the files in and drops from the content those that can't be had. Answers those that moved, so that
+  /// they can be removed when the notification does not come to be. Outside a transaction.
+  std::vector<platform::NotificationAttachment> takeFiles(platform::NotificationContent& content) const {
+    return attachments_.takeOver(content.attachments);
+  }
 
   /// Puts the notification in place of every other one of its identifier.
-  void put(sqlite3* database, const platform::NotificationRequest& request, State state, double due);
-  void remove(sqlite3* database, const std::string& identifier, State state);
+  void put(Connection& database, const platform::NotificationRequest& request, State state, double due);
+  void remove(Connection& database, const std::string& identifier, State state);
   /// What is left of a tapped notification is the response's request, without files.
-  void markTapped(sqlite3* database, const std::string& identifier, double now);
-  /// Delivers every pending notification whose time has come, once each however long ago that was.
-  void deliverDue(sqlite3* database, double now);
+  void markTapped(Connection& database, const std::string& identifier, double now);
+  /// Delivers every pending notification whose time has come. A repeating one stays pending for the first of its
+  /// times that is still to come; of those that have passed only the last is seen, for each replaces the one
+  /// before.
+  void deliverDue(Connection& database, double now);
 
-  std::vector<HeldNotification> list(sqlite3* database, State state) const;
-  std::optional<HeldNotification> find(sqlite3* database, const std::string& identifier, State state) const;
+  std::vector<HeldNotification> list(Connection& database, State state) const;
+  std::optional<HeldNotification> find(Connection& database, const std::string& identifier, State state) const;
 
-  /// The files of the notifications that went, to be removed when the transaction is through.
+  /// The files of the notifications that went, to be removed when the transaction is through, and only then.
   std::vector<platform::NotificationAttachment> takeReleased();
   /// Outside a transaction.
   void removeFiles(const std::vector<platform::NotificationAttachment>& files) const {
@@ -40,9 +45,9 @@ class NotificationShelf {
   }
 
  private:
-  void insert(sqlite3* database, const platform::NotificationRequest& request, State state, double due) const;
+  void insert(Connection& database, const platform::NotificationRequest& request, State state, double due) const;
   /// Takes those files out of the released ones that the notification still has.
-  void keepUsed(sqlite3* database, const std::string& identifier);
+  void keepUsed(Connection& database, const std::string& identifier);
 
   std::string application_;
   AttachmentFolder attachments_;
@@ -50,6 +55,6 @@ class NotificationShelf {
 };
 
 /// Shows `badge` on the application's icon.
-void writeBadge(sqlite3* database, const std::string& application, std::int64_t badge);
+void writeBadge(Connection& database, const std::string& application, std::int64_t badge);
 
 }  // namespace VorselKelp::linux_platform

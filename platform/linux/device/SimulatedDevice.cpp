@@ -1,6 +1,7 @@
 #include "VorselKelpLinux/SimulatedDevice.h"
 
 #include <chrono>
+#include <cmath>
 
 #include "VorselKelpLinux/DeviceHome.h"
 #include "VorselKelpLinux/NotificationRecords.h"
@@ -18,17 +19,22 @@ double machineTime() {
   return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
 }
 
-double readOffset(sqlite3* database) {
+double readOffset(Connection& database) {
   Statement row(database, "SELECT value FROM device WHERE name = 'clockOffset'");
   return row.step() ? row.real(0) : 0;
 }
 
-double deviceTime(sqlite3* database) {
+double deviceTime(Connection& database) {
   return machineTime() + readOffset(database);
 }
 
-void ensureApplication(sqlite3* database, const std::string& application) {
+void ensureApplication(Connection& database, const std::string& application) {
   Statement(database, "INSERT OR IGNORE INTO application(identifier) VALUES(?1)").bind(1, application).run();
+}
+
+/// What a phone takes; anything else would never come, or come without an end.
+bool isPossible(const platform::TimeIntervalTrigger& trigger) {
+  return std::isfinite(trigger.seconds) && trigger.seconds >= (trigger.repeats ? 60 : 0) && trigger.seconds > 0;
 }
 
 }  // namespace
@@ -46,7 +52,7 @@ Status SimulatedDevice::open() {
 
 platform::AuthorizationStatus SimulatedDevice::authorization() {
   auto status = platform::AuthorizationStatus::notDetermined;
-  database_->use([&](sqlite3* database) {
+  use([&](Connection& database) {
     Statement row(database, "SELECT authorization FROM application WHERE identifier = ?1");
     if (row.bind(1, application_).step()) status = static_cast<platform::AuthorizationStatus>(row.integer(0));
   });
@@ -54,7 +60,7 @@ platform::AuthorizationStatus SimulatedDevice::authorization() {
 }
 
 void SimulatedDevice::setAuthorization(platform::AuthorizationStatus status) {
-  database_->transact([&](sqlite3* database) {
+  transact([&](Connection& database) {
     ensureApplication(database, application_);
     Statement(database, "UPDATE application SET authorization = ?2 WHERE identifier = ?1")
         .bind(1, application_)
@@ -65,7 +71,7 @@ void SimulatedDevice::setAuthorization(platform::AuthorizationStatus status) {
 
 Result<std::string> SimulatedDevice::registerForRemoteNotifications() {
   std::string token;
-  database_->transact([&](sqlite3* database) {
+  const auto status = database_->transact([&](Connection& database) {
     ensureApplication(database, application_);
     Statement(database,
               "UPDATE application SET registered = 1, token = coalesce(token, ?2) WHERE identifier = ?1")
@@ -75,12 +81,13 @@ Result<std::string> SimulatedDevice::registerForRemoteNotifications() {
     Statement row(database, "SELECT token FROM application WHERE identifier = ?1");
     if (row.bind(1, application_).step()) token = row.text(0);
   });
+  if (!status) return status.error();
   if (token.size() != tokenBytes) return Error{"the device could not make a token"};
   return token;
 }
 
 void SimulatedDevice::unregisterForRemoteNotifications() {
-  database_->transact([&](sqlite3* database) {
+  transact([&](Connection& database) {
     Statement(database, "UPDATE application SET registered = 0 WHERE identifier = ?1")
         .bind(1, application_)
         .run();
@@ -89,7 +96,7 @@ void SimulatedDevice::unregisterForRemoteNotifications() {
 
 std::optional<std::string> SimulatedDevice::remoteToken() {
   std::optional<std::string> token;
-  database_->use([&](sqlite3* database) {
+  use([&](Connection& database) {
     Statement row(database, "SELECT token FROM application WHERE identifier = ?1 AND registered");
     if (row.bind(1, application_).step()) token = row.text(0);
   });
@@ -98,7 +105,7 @@ std::optional<std::string> SimulatedDevice::remoteToken() {
 
 std::vector<platform::NotificationCategory> SimulatedDevice::categories() {
   std::vector<platform::NotificationCategory> found;
-  database_->use([&](sqlite3* database) {
+  use([&](Connection& database) {
     Statement rows(database,
                    "SELECT identifier, actions, dismissAction FROM category WHERE application = ?1");
     rows.bind(1, application_);
@@ -117,7 +124,7 @@ std::vector<platform::NotificationCategory> SimulatedDevice::categories() {
 
 std::vector<platform::NotificationAction> SimulatedDevice::actionsOf(const std::string& category) {
   std::vector<platform::NotificationAction> actions;
-  database_->use([&](sqlite3* database) {
+  use([&](Connection& database) {
     Statement row(database, "SELECT actions FROM category WHERE application = ?1 AND identifier = ?2");
     if (!row.bind(1, application_).bind(2, category).step()) return;
     if (const auto json = JSONAny::decode(row.text(0))) actions = decodeActions(*json);
@@ -128,7 +135,7 @@ std::vector<platform::NotificationAction> SimulatedDevice::actionsOf(const std::
 void SimulatedDevice::changeCategories(const std::vector<std::string>& removed,
                                        const std::vector<platform::NotificationCategory>& written) {
   if (removed.empty() && written.empty()) return;
-  database_->transact([&](sqlite3* database) {
+  transact([&](Connection& database) {
     Statement remove(database, "DELETE FROM category WHERE application = ?1 AND identifier = ?2");
     for (const auto& identifier : removed) remove.bind(1, application_).bind(2, identifier).run();
     Statement write(database, "INSERT OR REPLACE INTO category VALUES(?1, ?2, ?3, ?4)");
@@ -140,35 +147,45 @@ void SimulatedDevice::changeCategories(const std::vector<std::string>& removed,
   });
 }
 
-platform::NotificationRequest SimulatedDevice::deliver(platform::NotificationRequest request) {
-  shelf_->takeFiles(request.content);
-  changeShelf([&](sqlite3* database) {
+Result<platform::NotificationRequest> SimulatedDevice::deliver(platform::NotificationRequest request) {
+  const auto taken = shelf_->takeFiles(request.content);
+  const auto status = changeShelf([&](Connection& database) {
     shelf_->put(database, request, State::delivered, deviceTime(database));
     if (request.content.badge) writeBadge(database, application_, *request.content.badge);
   });
-  return request;
+  if (status) return request;
+  shelf_->removeFiles(taken);
+  return status.error();
 }
 
-void SimulatedDevice::schedule(platform::NotificationRequest request) {
+Status SimulatedDevice::schedule(platform::NotificationRequest request) {
   if (!request.trigger) {
-    deliver(std::move(request));
-    return;
+    const auto delivered = deliver(std::move(request));
+    return delivered ? Status(Done{}) : delivered.error();
   }
-  shelf_->takeFiles(request.content);
-  changeShelf([&](sqlite3* database) {
-    shelf_->put(database, request, State::pending, deviceTime(database) + request.trigger->seconds);
+  const double seconds = request.trigger->seconds;
+  if (!isPossible(*request.trigger)) {
+    return Error{"The notification \"" + request.identifier + "\" can't be scheduled in " +
+                 std::to_string(seconds) + " seconds" +
+                 (request.trigger->repeats ? " repeatedly; at least 60 are needed" : "")};
+  }
+  const auto taken = shelf_->takeFiles(request.content);
+  auto status = changeShelf([&](Connection& database) {
+    shelf_->put(database, request, State::pending, deviceTime(database) + seconds);
   });
+  if (!status) shelf_->removeFiles(taken);
+  return status;
 }
 
 void SimulatedDevice::removePending(const std::vector<std::string>& identifiers) {
-  changeShelf([&](sqlite3* database) {
+  changeOrReport([&](Connection& database) {
     shelf_->deliverDue(database, deviceTime(database));
     for (const auto& identifier : identifiers) shelf_->remove(database, identifier, State::pending);
   });
 }
 
 void SimulatedDevice::removeDelivered(const std::vector<std::string>& identifiers) {
-  changeShelf([&](sqlite3* database) {
+  changeOrReport([&](Connection& database) {
     shelf_->deliverDue(database, deviceTime(database));
     for (const auto& identifier : identifiers) shelf_->remove(database, identifier, State::delivered);
   });
@@ -176,7 +193,7 @@ void SimulatedDevice::removeDelivered(const std::vector<std::string>& identifier
 
 std::vector<HeldNotification> SimulatedDevice::delivered() {
   std::vector<HeldNotification> found;
-  changeShelf([&](sqlite3* database) {
+  changeOrReport([&](Connection& database) {
     shelf_->deliverDue(database, deviceTime(database));
     found = shelf_->list(database, State::delivered);
   });
@@ -185,7 +202,7 @@ std::vector<HeldNotification> SimulatedDevice::delivered() {
 
 std::vector<HeldNotification> SimulatedDevice::pending() {
   std::vector<HeldNotification> found;
-  changeShelf([&](sqlite3* database) {
+  changeOrReport([&](Connection& database) {
     shelf_->deliverDue(database, deviceTime(database));
     found = shelf_->list(database, State::pending);
   });
@@ -194,7 +211,7 @@ std::vector<HeldNotification> SimulatedDevice::pending() {
 
 std::optional<platform::NotificationRequest> SimulatedDevice::tappable(const std::string& identifier) {
   std::optional<HeldNotification> held;
-  changeShelf([&](sqlite3* database) {
+  changeOrReport([&](Connection& database) {
     shelf_->deliverDue(database, deviceTime(database));
     held = shelf_->find(database, identifier, State::delivered);
     if (!held) held = shelf_->find(database, identifier, State::tapped);
@@ -204,12 +221,12 @@ std::optional<platform::NotificationRequest> SimulatedDevice::tappable(const std
 }
 
 void SimulatedDevice::noteTapped(const std::string& identifier) {
-  changeShelf([&](sqlite3* database) { shelf_->markTapped(database, identifier, deviceTime(database)); });
+  changeOrReport([&](Connection& database) { shelf_->markTapped(database, identifier, deviceTime(database)); });
 }
 
 std::int64_t SimulatedDevice::badge() {
   std::int64_t badge = 0;
-  database_->use([&](sqlite3* database) {
+  use([&](Connection& database) {
     Statement row(database, "SELECT badge FROM application WHERE identifier = ?1");
     if (row.bind(1, application_).step()) badge = row.integer(0);
   });
@@ -217,34 +234,51 @@ std::int64_t SimulatedDevice::badge() {
 }
 
 void SimulatedDevice::setBadge(std::int64_t badge) {
-  database_->transact([&](sqlite3* database) { writeBadge(database, application_, badge); });
+  transact([&](Connection& database) { writeBadge(database, application_, badge); });
 }
 
 double SimulatedDevice::clockOffset() {
   double offset = 0;
-  database_->use([&](sqlite3* database) { offset = readOffset(database); });
+  use([&](Connection& database) { offset = readOffset(database); });
   return offset;
 }
 
-void SimulatedDevice::advanceClock(double seconds) {
-  database_->transact([&](sqlite3* database) {
-    Statement(database, "INSERT OR REPLACE INTO device VALUES('clockOffset', ?1)")
-        .bind(1, readOffset(database) + seconds)
-        .run();
+Status SimulatedDevice::advanceClock(double seconds) {
+  return changeShelf([&](Connection& database) {
+    if (seconds != 0) {
+      Statement(database, "INSERT OR REPLACE INTO device VALUES('clockOffset', ?1)")
+          .bind(1, readOffset(database) + seconds)
+          .run();
+    }
+    shelf_->deliverDue(database, deviceTime(database));
   });
-}
-
-void SimulatedDevice::changeShelf(platform::FunctionRef<void(sqlite3*)> work) {
-  std::vector<platform::NotificationAttachment> released;
-  database_->transact([&](sqlite3* database) {
-    work(database);
-    released = shelf_->takeReleased();
-  });
-  shelf_->removeFiles(released);
 }
 
 double SimulatedDevice::now() {
   return machineTime() + clockOffset();
+}
+
+Status SimulatedDevice::changeShelf(platform::FunctionRef<void(Connection&)> work) {
+  std::vector<platform::NotificationAttachment> released;
+  auto status = database_->transact([&](Connection& database) {
+    work(database);
+    released = shelf_->takeReleased();
+  });
+  // What still stands in the database keeps its files.
+  if (status) shelf_->removeFiles(released);
+  return status;
+}
+
+void SimulatedDevice::changeOrReport(platform::FunctionRef<void(Connection&)> work) {
+  database_->report(changeShelf(work));
+}
+
+void SimulatedDevice::use(platform::FunctionRef<void(Connection&)> work) {
+  database_->report(database_->use(work));
+}
+
+void SimulatedDevice::transact(platform::FunctionRef<void(Connection&)> work) {
+  database_->report(database_->transact(work));
 }
 
 }  // namespace VorselKelp::linux_platform

@@ -3,7 +3,7 @@
 #include "VorselKelp/VorselKellp.h"
 #include "VorselKelpLinux/CurlURLSession.h"
 #include "VorselKelpLinux/LineSink.h"
-#include "host/ReleasedCore.h"
+#include "host/LeaveCore.h"
 
 namespace VorselKelp::linux_platform {
 namespace {
@@ -60,7 +60,8 @@ int ApplicationRun::run(const std::vector<PreparedCall>& calls) {
     start(calls);
   }
   end();
-  releaseCore(std::move(services));
+  services = nullptr;
+  leaveCore(*loop_);
   return status;
 }
 
@@ -108,24 +109,27 @@ int ApplicationRun::respond(const ProcessOptions::Tap& tap) {
     standardErrorLines()("The device holds no notification \"" + tap.identifier + "\"");
     return 1;
   }
-  device_.device->noteTapped(tap.identifier);
-  delegate_.didReceive({std::move(*request), tap.action}, tap.handle,
+  const auto action = tap.action.value_or(std::string(platform::defaultActionIdentifier));
+  delegate_.didReceive({std::move(*request), action}, tap.handle,
                        [channel = channel_](const std::optional<std::string>& text) {
                          channel->send("completion", text ? JSONAny(*text) : JSONAny());
                        });
   if (!settle()) standardErrorLines()("The application's time ended before its work did");
+  // Not before: the response names the files that go with the notification.
+  device_.device->noteTapped(tap.identifier);
   return 0;
 }
 
 void ApplicationRun::end() {
   const auto nothingLeft = [&] { return session_->idle(); };
+  const auto end = EventLoop::Clock::now() + loopDuration(farewellSeconds);
   session_->close();
-  loop_->run(nothingLeft, EventLoop::Clock::now() + loopDuration(farewellSeconds));
+  loop_->run(nothingLeft, end);
   channel_->send("ended", JSONAny::Dictionary{{"initialised", VorselKellp::isInitialised()}});
   // A user who has not answered by now never will; what the library makes of it has no way out any more, like
   // on a phone that ends an application under its dialog.
   device_.notificationCenter->dismissDialog();
-  loop_->run(nothingLeft, EventLoop::Clock::now() + loopDuration(farewellSeconds));
+  loop_->run(nothingLeft, end);
 }
 
 void ApplicationRun::noteDelegateCall(std::string_view name, JSONAny::List arguments) {

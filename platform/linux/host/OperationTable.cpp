@@ -3,6 +3,14 @@
 #include <algorithm>
 
 namespace VorselKelp::linux_platform {
+namespace {
+
+bool isHexadecimal(std::string_view text) {
+  return text.size() % 2 == 0 &&
+         text.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
+}
+
+}  // namespace
 
 const OperationTable::Operation* OperationTable::find(std::string_view name) const {
   const auto found = std::find_if(operations_.begin(), operations_.end(),
@@ -17,8 +25,11 @@ Status OperationTable::check(const Operation& operation, const JSONAny::List& ar
                  std::to_string(arguments.size())};
   }
   for (std::size_t i = 0; i < arguments.size(); ++i) {
-    if (operation.kinds[i] == 't' && arguments[i].as<std::string>() == nullptr) {
-      return Error{name + ": argument " + std::to_string(i + 1) + " must be a text"};
+    if (operation.kinds[i] == 'j') continue;
+    const auto* text = arguments[i].as<std::string>();
+    if (text == nullptr) return Error{name + ": argument " + std::to_string(i + 1) + " must be a text"};
+    if (operation.kinds[i] == 'x' && !isHexadecimal(*text)) {
+      return Error{name + ": argument " + std::to_string(i + 1) + " must be bytes as hexadecimal digits"};
     }
   }
   return Done{};

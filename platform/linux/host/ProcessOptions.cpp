@@ -5,15 +5,22 @@
 
 #include <cerrno>
 #include <charconv>
+#include <cmath>
 #include <cstring>
+#include <type_traits>
 
 namespace VorselKelp::linux_platform {
 namespace {
+
+constexpr std::size_t inputLimit = std::size_t{64} << 20;
 
 template <class Number>
 bool readNumber(std::string_view text, Number& number) {
   const auto* end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, number);
+  if constexpr (std::is_floating_point_v<Number>) {
+    if (!std::isfinite(number)) return false;
+  }
   return error == std::errc() && stop == end && number >= 0;
 }
 
@@ -42,16 +49,37 @@ bool setChoice(ProcessOptions& options, std::string_view name, std::string_view 
 std::optional<bool> setOption(ProcessOptions& options, std::string_view name, std::string_view value) {
   if (name == "--channel" || name == "--time-limit") return setNumber(options, name, value);
   if (name == "--answer" || name == "--call") return setChoice(options, name, value);
+  if (name == "--action") {
+    tapOf(options).action = value;
+    return true;
+  }
   std::string* target = name == "--home"      ? &options.home
                         : name == "--app"     ? &options.manifest
                         : name == "--payload" ? &options.payload
                         : name == "--id"      ? &options.identifier
                         : name == "--tap"     ? &tapOf(options).identifier
-                        : name == "--action"  ? &tapOf(options).action
                                               : nullptr;
   if (target == nullptr) return std::nullopt;
   *target = value;
   return !value.empty();
+}
+
+Result<std::string> readAll(int descriptor, const std::string& name) {
+  std::string bytes;
+  std::size_t size = 0;
+  while (true) {
+    bytes.resize(size + std::size_t{16} * 1024);
+    const auto got = ::read(descriptor, bytes.data() + size, bytes.size() - size);
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) return Error{"Cannot read " + name + ": " + std::strerror(errno), errno};
+    if (got == 0) break;
+    size += static_cast<std::size_t>(got);
+    if (size > inputLimit) {
+      return Error{"Cannot read " + name + ": it is larger than 64 MiB; no server sends such a payload"};
+    }
+  }
+  bytes.resize(size);
+  return bytes;
 }
 
 }  // namespace
@@ -83,22 +111,8 @@ Result<ProcessOptions> readOptions(int argc, const char* const* argv) {
 Result<std::string> readInput(const std::string& path) {
   const int descriptor = path.empty() ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (descriptor < 0) return Error{"Cannot read " + path + ": " + std::strerror(errno), errno};
-  std::string bytes;
-  std::size_t size = 0;
-  while (true) {
-    bytes.resize(size + std::size_t{16} * 1024);
-    const auto got = ::read(descriptor, bytes.data() + size, bytes.size() - size);
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) {
-      const int code = errno;
-      if (!path.empty()) ::close(descriptor);
-      return Error{"Cannot read " + (path.empty() ? "the payload" : path) + ": " + std::strerror(code), code};
-    }
-    if (got == 0) break;
-    size += static_cast<std::size_t>(got);
-  }
+  auto bytes = readAll(descriptor, path.empty() ? "the payload" : path);
   if (!path.empty()) ::close(descriptor);
-  bytes.resize(size);
   return bytes;
 }
 

@@ -15,7 +15,7 @@ namespace VorselKelp::linux_platform {
 struct ProcessOptions {
   struct Tap {
     std::string identifier;
-    std::string action{platform::defaultActionIdentifier};
+    std::optional<std::string> action;  ///< a button's identifier; absent for the notification itself
     bool handle = true;
   };
 
@@ -33,7 +33,7 @@ struct ProcessOptions {
 /// An error is one line that says what to do.
 Result<ProcessOptions> readOptions(int argc, const char* const* argv);
 
-/// Standard input, or the file `path` unless it is empty.
+/// Standard input, or the file `path` unless it is empty: at most 64 MiB.
 Result<std::string> readInput(const std::string& path);
 
 }  // namespace VorselKelp::linux_platform

@@ -30,6 +30,7 @@ std::shared_ptr<platform::Platform> makePlatform(const Manifest& manifest, Proce
   made->console = std::move(services.console);
   made->imageDecoder = makeImageDecoder();
   made->inAppBrowser = std::move(services.inAppBrowser);
+  made->location = services.location ? std::move(services.location) : makeUnavailableLocation();
   return made;
 }
 

@@ -8,13 +8,12 @@ namespace {
 
 using Call = OperationTable::Call;
 
-/// The bytes of a hexadecimal text, up to the first pair that is none.
+/// The bytes of a text that was checked to be hexadecimal.
 std::vector<std::uint8_t> bytesOfHex(std::string_view text) {
   std::vector<std::uint8_t> bytes;
   for (; text.size() >= 2; text.remove_prefix(2)) {
     std::uint8_t byte = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + 2, byte, 16);
-    if (error != std::errc() || end != text.data() + 2) break;
+    std::from_chars(text.data(), text.data() + 2, byte, 16);
     bytes.push_back(byte);
   }
   return bytes;
@@ -78,7 +77,7 @@ OperationTable publicOperations() {
       {"setUserValue", "tt", false, &setUserValue},
       {"sendCustomEvent", "tj", false, &sendCustomEvent},
       {"sendCustomTestTrack", "j", true, &sendCustomTestTrack},
-      {"registerToken", "t", false, &registerToken},
+      {"registerToken", "x", false, &registerToken},
       {"askForNotificationsPermission", "", false, &plain<&VorselKellp::askForNotificationsPermission>},
       {"askForNotificationPermissionWith", "", false, &askForNotificationPermissionWith},
   });

@@ -10,8 +10,9 @@
 #include "VorselKelpLinux/ProcessPlatform.h"
 #include "host/CountedURLSession.h"
 #include "host/EventChannel.h"
+#include "host/LeaveCore.h"
 #include "host/ProcessOptions.h"
-#include "host/ReleasedCore.h"
+#include "host/StaleFiles.h"
 
 namespace VorselKelp::linux_platform {
 namespace {
@@ -75,6 +76,7 @@ class ExtensionRun {
         delivery_(std::make_shared<Delivery>(channel_, loop_)) {}
 
   int run(std::string payload, const JSONAny& json, ServiceExtension& extension) {
+    removeStaleAttachments(home_.temporaryFolder(manifest_, ProcessKind::serviceExtension));
     auto services = makeServices();
     VorselKellp::install(services);
     extension.willStart(manifest_);
@@ -94,7 +96,8 @@ class ExtensionRun {
     channel_->send("ended", true);
     delivery_->close();
     session_->close();
-    releaseCore(std::move(services));
+    services = nullptr;
+    leaveCore(*loop_);
     return 0;
   }
 

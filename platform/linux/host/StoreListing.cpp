@@ -29,7 +29,8 @@ std::vector<std::string> keysIn(const std::string& file) {
   sqlite3_open_v2(file.c_str(), &opened, SQLITE_OPEN_READWRITE, nullptr);
   const std::unique_ptr<sqlite3, int (*)(sqlite3*)> connection(opened, &sqlite3_close);
   sqlite3_busy_timeout(connection.get(), 5000);
-  Statement rows(connection.get(), "SELECT key FROM object ORDER BY key");
+  Connection reading{connection.get(), std::nullopt};
+  Statement rows(reading, "SELECT key FROM object ORDER BY key");
   while (rows.step()) keys.push_back(rows.text(0));
   return keys;
 }

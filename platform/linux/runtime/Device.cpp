@@ -18,9 +18,10 @@ class ManifestDevice final : public platform::Device {
   explicit ManifestDevice(const Manifest& manifest)
       : machine_(manifest.machine), systemVersion_(manifest.systemVersion) {}
 
-  std::string machineIdentifier() override {
-    const char* simulated = std::getenv("SIMULATOR_MODEL_IDENTIFIER");
-    return simulated != nullptr ? simulated : machine_;
+  std::string machineIdentifier() override { return machine_; }
+  std::optional<std::string> environmentVariable(const std::string& name) override {
+    const char* value = std::getenv(name.c_str());
+    return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
   }
   std::string systemVersion() override { return systemVersion_; }
   std::string systemName() override { return "iOS"; }

@@ -44,6 +44,18 @@ void EventLoop::moveDueTimers() {
   }
 }
 
+void EventLoop::discard() {
+  while (true) {
+    // Work goes outside the lock: it may hold the last of something that says goodbye on this loop.
+    std::deque<Work> due;
+    std::multimap<Clock::time_point, Work> timers;
+    const std::lock_guard lock(mutex_);
+    if (due_.empty() && timers_.empty()) return;
+    due.swap(due_);
+    timers.swap(timers_);
+  }
+}
+
 bool EventLoop::runOne(std::unique_lock<std::mutex>& lock) {
   moveDueTimers();
   if (due_.empty()) return false;

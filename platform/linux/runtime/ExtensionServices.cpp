@@ -16,6 +16,7 @@ class UnavailableApplication final : public platform::Application {
  public:
   void registerForRemoteNotifications() override { refuse("Registering for remote notifications"); }
   void unregisterForRemoteNotifications() override { refuse("Unregistering from remote notifications"); }
+  void setBadge(std::int64_t) override { refuse("The icon's badge"); }
   platform::BackgroundTask beginBackgroundTask(const std::string&,
                                                platform::UniqueFunction<void()>) override {
     return platform::invalidBackgroundTask;
@@ -31,7 +32,28 @@ class UnavailableBrowser final : public platform::InAppBrowser {
   void present(const std::string&) override { refuse("The in-app browser"); }
 };
 
+class UnavailableLocation final : public platform::LocationServices {
+ public:
+  std::shared_ptr<platform::LocationManager> makeLocationManager() override {
+    refuse("Location");
+    return std::make_shared<Manager>();
+  }
+
+ private:
+  struct Manager final : platform::LocationManager {
+    void setDelegate(std::weak_ptr<platform::LocationManagerDelegate>) override {}
+    void requestAlwaysAuthorization() override {}
+    void startMonitoring(const platform::Region&) override {}
+    void startRangingBeacons(const platform::Region&) override {}
+    void requestState(const platform::Region&) override {}
+  };
+};
+
 }  // namespace
+
+std::shared_ptr<platform::LocationServices> makeUnavailableLocation() {
+  return std::make_shared<UnavailableLocation>();
+}
 
 std::shared_ptr<platform::Application> makeUnavailableApplication() {
   return std::make_shared<UnavailableApplication>();

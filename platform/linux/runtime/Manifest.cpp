@@ -76,7 +76,10 @@ class Reader {
   }
 
   void fail(std::string_view key, const char* what) {
-    if (error_.empty()) error_ = "\"" + path_ + std::string(key) + "\" " + what;
+    if (!error_.empty()) return;
+    auto name = path_ + std::string(key);
+    if (name.ends_with('.')) name.pop_back();
+    error_ = "\"" + name + "\" " + what;
   }
 
   [[nodiscard]] const JSONAny* find(std::string_view key) const {

@@ -45,7 +45,7 @@ TEST(Manifest, NamesTheKeyThatIsWrong) {
   EXPECT_EQ(errorOf(R"({"apiKey": "k"})"), "\"bundleIdentifier\" must be a text that is not empty");
   EXPECT_EQ(errorOf(R"({"bundleIdentifier": "a", "switches": {"push": 1}})"),
             "\"switches.push\" must be true or false");
-  EXPECT_EQ(errorOf(R"({"bundleIdentifier": "a", "screen": 5})"), "\"screen.\" must be an object");
+  EXPECT_EQ(errorOf(R"({"bundleIdentifier": "a", "screen": 5})"), "\"screen\" must be an object");
   EXPECT_EQ(errorOf(R"({"bundleIdentifier": "a", "groups": ["x", 1]})"),
             "\"groups\" must be a list of texts");
   EXPECT_EQ(errorOf(R"({"bundleIdentifier": "a", "layer": "roof"})"),

@@ -37,7 +37,8 @@ TEST(Device, TakesMachineLanguageAndTimeZoneFromManifestAndEnvironment) {
     EXPECT_EQ(device->machineIdentifier(), "iPhone10,4");
   }
   const Variable simulated("SIMULATOR_MODEL_IDENTIFIER", "iPad8,12");
-  EXPECT_EQ(device->machineIdentifier(), "iPad8,12");
+  EXPECT_EQ(device->environmentVariable("SIMULATOR_MODEL_IDENTIFIER"), "iPad8,12");
+  EXPECT_EQ(device->machineIdentifier(), "iPhone10,4");
 
   const Variable all("LC_ALL", nullptr);
   const Variable messages("LC_MESSAGES", nullptr);

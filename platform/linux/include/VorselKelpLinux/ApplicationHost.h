@@ -66,11 +66,12 @@ class ApplicationDelegate {
 ///   --answer allow|deny              what the user answers when asked for the permission (default: nothing)
 ///   --call NAME=JSON                 an operation of `operations` with a list of arguments; may be repeated
 ///   --tap ID [--action A] [--no-handle]   no start: the user taps this notification
-///   --time-limit S                   the process ends then, if not before (default 20)
+///   --time-limit S                   its work ends then, if not before (default 20)
 ///   --channel FD                     reports as JSON lines to this descriptor; without it the console is
 ///   stdout
 ///
-/// The process ends when no work and no request is left.
+/// The process ends when no work and no request is left, or at its time limit; saying goodbye takes it at most
+/// 2 seconds more. An --action may be empty: it is a button's identifier, not the notification itself.
 int runApplication(int argc, const char* const* argv, ApplicationDelegate& application,
                    const OperationTable& operations);
 int runApplication(int argc, const char* const* argv, ApplicationDelegate& application);

@@ -35,6 +35,10 @@ class EventLoop final : public platform::MainQueue {
   /// Something that `finished` looks at has changed. Any thread.
   void wake();
 
+  /// Drops all work that waits, timers included, unrun; what its going brings along is dropped too. To be
+  /// called when nothing will run the loop any more: waiting work may hold what the process has to close.
+  void discard();
+
  private:
   void moveDueTimers();
   bool runOne(std::unique_lock<std::mutex>& lock);

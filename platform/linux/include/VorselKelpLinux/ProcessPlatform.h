@@ -18,6 +18,7 @@ struct ProcessServices {
   std::shared_ptr<platform::NotificationCenter> notificationCenter;
   std::shared_ptr<platform::Application> application;
   std::shared_ptr<platform::InAppBrowser> inAppBrowser;
+  std::shared_ptr<platform::LocationServices> location;  ///< none: location is not available
 };
 
 /// The platform of one process. Nothing is opened before it is used.

@@ -35,6 +35,9 @@ std::shared_ptr<platform::Screen> makeScreen(const Manifest& manifest);
 /// What an extension has in place of an application: events never come, and what is asked for is refused.
 std::shared_ptr<platform::Application> makeUnavailableApplication();
 
+/// Finds nothing, ever. The refusal is a line on standard error.
+std::shared_ptr<platform::LocationServices> makeUnavailableLocation();
+
 /// Shows no page: an extension has no window. The refusal is a line on standard error.
 std::shared_ptr<platform::InAppBrowser> makeUnavailableBrowser();
 

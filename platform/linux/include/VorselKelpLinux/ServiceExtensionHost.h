@@ -33,12 +33,13 @@ class ServiceExtension {
 /// could not start or the payload cannot be read, 2 for a command line that says nothing sensible.
 ///
 ///   --home DIR --app FILE    the simulated device and the application's manifest
-///   --payload FILE           the remote notification's JSON (default: standard input)
+///   --payload FILE           the remote notification's JSON, at most 64 MiB (default: standard input)
 ///   --id ID                  the notification's identifier
 ///   --time-limit S           the extension's time (default 30)
 ///   --channel FD             reports as JSON lines to this descriptor; without it the console is stdout
 ///
-/// The process lives until the handler was called and its own requests have ended, at most its time.
+/// The process lives until the handler was called and its own requests have ended, at most its time. What
+/// killed processes left in the extension's temporary folder is removed at the start.
 int runServiceExtension(int argc, const char* const* argv, ServiceExtension& extension);
 
 }  // namespace VorselKelp::linux_platform

@@ -9,11 +9,10 @@
 #include "VorselKelp/platform/FunctionRef.h"
 #include "VorselKelp/platform/NotificationCenter.h"
 
-struct sqlite3;
-
 namespace VorselKelp::linux_platform {
 
 class DeviceDatabase;
+struct Connection;
 class NotificationShelf;
 class DeviceHome;
 
@@ -25,8 +24,8 @@ struct HeldNotification {
 
 /// One simulated device as it stands towards one application, kept in a database below the device's home.
 /// Several processes may use one home at once; every operation is atomic and takes effect for all of them
-/// when it returns. Any thread. A database that can't be read or written is reported once on standard error;
-/// reads then find nothing and writes are dropped.
+/// when it returns. Any thread. When the database can't be read or written, an operation that answers a Result
+/// says so there; the others report it on standard error, once, and then find nothing or write nothing.
 class SimulatedDevice {
  public:
   /// Touches no file: the database is opened (and made) by the first operation.
@@ -55,10 +54,13 @@ class SimulatedDevice {
                         const std::vector<platform::NotificationCategory>& written);
 
   /// Delivers now, in place of a pending or delivered notification of the same identifier. The files of its
-  /// attachments move into the device; a file that can't be taken over is left out. A badge is shown.
-  platform::NotificationRequest deliver(platform::NotificationRequest request);
-  /// Delivers when the trigger's time has come on the device's clock.
-  void schedule(platform::NotificationRequest request);
+  /// attachments move into the device; a file that can't be taken over is left out. A badge is shown. Answers
+  /// the notification as the device holds it; an error when it does not, and then its files are gone.
+  Result<platform::NotificationRequest> deliver(platform::NotificationRequest request);
+  /// Delivers when the trigger's time has come on the device's clock, and again each interval when it repeats.
+  /// Refuses a time that is not above 0, and below 60 seconds for one that repeats; the files then stay where
+  /// they are.
+  Status schedule(platform::NotificationRequest request);
   void removePending(const std::vector<std::string>& identifiers);
   void removeDelivered(const std::vector<std::string>& identifiers);
 
@@ -77,11 +79,15 @@ class SimulatedDevice {
 
   /// Seconds that the device's clock is ahead of the machine's.
   double clockOffset();
-  void advanceClock(double seconds);
+  /// Moves the clock on and delivers what is due then.
+  Status advanceClock(double seconds);
   double now();
 
  private:
-  void changeShelf(platform::FunctionRef<void(sqlite3*)> work);
+  Status changeShelf(platform::FunctionRef<void(Connection&)> work);
+  void changeOrReport(platform::FunctionRef<void(Connection&)> work);
+  void use(platform::FunctionRef<void(Connection&)> work);
+  void transact(platform::FunctionRef<void(Connection&)> work);
 
   std::string application_;
   std::unique_ptr<DeviceDatabase> database_;

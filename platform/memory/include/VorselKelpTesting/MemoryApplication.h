@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,7 @@ class MemoryApplication final : public platform::Application {
 
   void registerForRemoteNotifications() override;
   void unregisterForRemoteNotifications() override;
+  void setBadge(std::int64_t value) override;
   platform::BackgroundTask beginBackgroundTask(const std::string& name,
                                                platform::UniqueFunction<void()> expired) override;
   void endBackgroundTask(platform::BackgroundTask task) override;
@@ -41,6 +43,9 @@ class MemoryApplication final : public platform::Application {
   /// Registrations asked for, and accepted, so far. The token is the test's to hand over.
   [[nodiscard]] std::size_t registrations() const;
   [[nodiscard]] std::size_t unregistrations() const;
+
+  /// The number on the icon; absent until one was set.
+  [[nodiscard]] std::optional<std::int64_t> badge() const;
 
   /// Whether background tasks are refused; in an extension they always are.
   void refuseBackgroundTasks(bool refuse);
@@ -67,6 +72,7 @@ class MemoryApplication final : public platform::Application {
   bool refuseTasks_ = false;
   std::size_t registrations_ = 0;
   std::size_t unregistrations_ = 0;
+  std::optional<std::int64_t> badge_;
 };
 
 }  // namespace VorselKelp::testing_platform

@@ -15,6 +15,7 @@
 #include "VorselKelpTesting/MemoryApplication.h"
 #include "VorselKelpTesting/MemoryBundle.h"
 #include "VorselKelpTesting/MemoryFileManager.h"
+#include "VorselKelpTesting/MemoryLocation.h"
 #include "VorselKelpTesting/MemoryNotificationCenter.h"
 #include "VorselKelpTesting/MemoryURLSession.h"
 #include "VorselKelpTesting/MemoryUserDefaults.h"
@@ -85,6 +86,7 @@ class MemoryPlatform {
   const std::shared_ptr<RecordingConsole> console;
   const std::shared_ptr<RecordingBrowser> browser;
   const std::shared_ptr<HeaderImageDecoder> imageDecoder;
+  const std::shared_ptr<MemoryLocation> location;
 
   /// What the library is given. One object; a test may replace single services in it before it installs it.
   [[nodiscard]] const std::shared_ptr<platform::Platform>& platform() const { return platform_; }

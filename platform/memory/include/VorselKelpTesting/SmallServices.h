@@ -2,7 +2,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -24,11 +26,13 @@ class SettableDevice final : public platform::Device {
     std::string systemName = "iOS";
     std::string languageCode = "en";
     int secondsFromGMT = 3600;
+    std::map<std::string, std::string> environment;
   };
 
   void set(Values values);
   [[nodiscard]] Values values() const;
   std::string machineIdentifier() override { return values().machineIdentifier; }
+  std::optional<std::string> environmentVariable(const std::string& name) override;
   std::string systemVersion() override { return values().systemVersion; }
   std::string systemName() override { return values().systemName; }
   std::string languageCode() override { return values().languageCode; }

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace VorselKelp {
+class CoreContext;
+}
+
+namespace BrellixPush {
+
+class StorageManager;
+
+/// The switches that the publisher chose. An absent switch leaves what an earlier launch stored.
+struct BrellixPushSDKSwitches {
+  std::optional<bool> crash;
+  bool analytics = true;
+  std::optional<bool> push;
+  std::optional<bool> geofence;
+  std::optional<bool> beacon;
+  std::optional<bool> custom;
+  std::optional<bool> location;
+};
+
+/// A built configuration. Made by BrellixPushSDKBuilder, which writes its switches into the facade's store.
+class BrellixPushSDKConfig {
+ public:
+  BrellixPushSDKConfig(std::shared_ptr<VorselKelp::CoreContext> context, std::string apiKey,
+                       std::optional<std::string> appGroupId, const BrellixPushSDKSwitches& switches,
+                       bool schedule, bool consent);
+
+  [[nodiscard]] const std::string& apiKey() const { return _apiKey; }
+  [[nodiscard]] const std::optional<std::string>& appGroupId() const { return _appGroupId; }
+  [[nodiscard]] bool schedule() const { return schedule_; }
+  [[nodiscard]] bool consent() const { return consent_; }
+  /// The switches as the facade's store holds them now, absent ones false.
+  [[nodiscard]] BrellixPushSDKSwitches storedSwitches() const;
+
+ private:
+  std::shared_ptr<StorageManager> storeManager_;
+  bool schedule_ = false;
+  bool consent_ = false;
+  std::string _apiKey;
+  std::optional<std::string> _appGroupId;
+};
+
+}  // namespace BrellixPush

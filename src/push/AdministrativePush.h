@@ -1,0 +1,19 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+
+#include "VorselKelp/LocationRecords.h"
+#include "VorselKelp/platform/Notification.h"
+#include "core/CoreContext.h"
+
+namespace VorselKelp {
+
+/// Hands over the geofences or the beacons of a silent administrative push: geofences when it carries such a
+/// list, else beacons. Entries without a required member are left out. With push off, and for any other push,
+/// `completion` is not called.
+void readAdministrativePush(
+    CoreContext& context, const platform::UserInfo& userInfo,
+    const std::function<void(std::optional<Geofences>, std::optional<Beacons>)>& completion);
+
+}  // namespace VorselKelp
