@@ -12,7 +12,7 @@
 namespace VorselKelp {
 
 /// Fetches ads from the publisher's feed. Any thread; answers come on the session's delegate queue.
-class AdFeed : public std::enable_shared_from_this<AdFeed> {
+class AdFeed {
  public:
   using Completion = std::function<void(std::optional<AdexObject>, std::optional<Error>)>;
 

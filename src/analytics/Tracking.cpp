@@ -98,12 +98,12 @@ void Tracking::resendLater(std::optional<int> status, const std::optional<Error>
   context_->services->mainQueue->asyncAfter(resendDelay, [weak = weak_from_this(), status, error] {
     const auto self = weak.lock();
     if (!self) return;
-    self->send();
     bool due = false;
-    {
+    {  // before the new try, whose own failure may be counted in no time
       const std::lock_guard lock(self->mutex_);
       due = self->retries_ == reportedRetry;
     }
+    self->send();
     if (due) self->report(status, "", error);
   });
 }

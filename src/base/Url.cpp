@@ -18,6 +18,11 @@ std::optional<Url> parseUrl(std::string_view text) {
   return Url{std::string(text), std::string(parsed->scheme()), std::string(parsed->encoded_host())};
 }
 
+bool isWebUrl(std::string_view text) {
+  const auto url = parseUrl(text);
+  return url && url->isWeb();
+}
+
 std::optional<std::string> appendingPathComponent(std::string_view base, std::string_view component) {
   const auto parsed = boost::urls::parse_uri_reference(base);
   if (!parsed) return std::nullopt;

@@ -19,6 +19,9 @@ struct Url {
 /// Absent for the empty text, for blanks, control characters, bytes above 127 and broken escapes.
 [[nodiscard]] std::optional<Url> parseUrl(std::string_view text);
 
+/// Whether the text forms a URL that a request can go to.
+[[nodiscard]] bool isWebUrl(std::string_view text);
+
 /// `base` with one more path component, percent-encoded where need be; query and fragment of `base` stay.
 [[nodiscard]] std::optional<std::string> appendingPathComponent(std::string_view base,
                                                                 std::string_view component);

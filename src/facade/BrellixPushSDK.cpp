@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/FatalError.h"
 #include "core/CoreContext.h"
 #include "facade/BrellixPushInternalDelegate.h"
 #include "facade/Facade.h"
@@ -55,6 +56,7 @@ std::shared_ptr<VorselKelp::VorselConfig> coreConfiguration(const std::shared_pt
 
 void BrellixPushSDK::initialize(const std::shared_ptr<BrellixPushSDKConfig>& config) {
   const auto context = core();
+  if (!config) VorselKelp::fatalError("BrellixPushSDK::initialize: no configuration was given");
   const auto facade = Facade::of(*context);
   auto bridge = makeBridge(context);
   facade->keepBridge(bridge);

@@ -113,8 +113,7 @@ void VorselRequest::sendPushData(const PushBody& body, PushCompletion completion
 
 void VorselRequest::trackingGet(const std::string& url, DocumentCompletion completion) const {
   platform::URLRequest request;
-  request.url =
-      url + "&ver=2.0.0";  // the URL is expected to have a query; without one it is added all the same
+  request.url = trackingUrl(url);
   if (!parseUrl(request.url)) return;
   request.timeout = sessionTimeout;
   request.responseLimit = documentLimit;
@@ -126,8 +125,7 @@ void VorselRequest::trackingGet(const std::string& url, DocumentCompletion compl
 }
 
 void VorselRequest::fireTracker(const std::string& url) {
-  const auto parsed = parseUrl(url);
-  if (!parsed || !parsed->isWeb()) return;
+  if (!isWebUrl(url)) return;
   platform::URLRequest request;
   request.url = url;
   request.responseLimit = droppedLimit;

@@ -11,6 +11,12 @@
 
 namespace VorselKelp {
 
+/// The URL of a tracking GET: the given one, which is expected to have a query, with the library's version
+/// added.
+[[nodiscard]] inline std::string trackingUrl(const std::string& url) {
+  return url + "&ver=2.0.0";
+}
+
 /// The core's one outlet to the servers: builds a request from the URL that the store holds at this moment,
 /// sends it, and answers on the session's delegate queue. Nothing is retried here but owed open reports.
 /// Where the stored text forms no URL nothing happens at

@@ -1,5 +1,7 @@
 #include "push/AdministrativePush.h"
 
+#include <tuple>
+#include <type_traits>
 #include <utility>
 
 #include "push/PayloadDecoder.h"
@@ -13,6 +15,22 @@ const boost::json::object* objectAt(const boost::json::object& parent, std::stri
   return value ? value->if_object() : nullptr;
 }
 
+/// A member that may be missing and is of another type counts as missing.
+template <class Record>
+std::optional<Record> recordFrom(const boost::json::object& entry) {
+  Record record{};
+  json::Failure failure;
+  const auto read = [&](const auto& key) {
+    auto& member = record.*key.member;
+    if (json::decodeKey(entry, key, record, {}, failure)) return true;
+    member = {};
+    return json::mayBeMissing<std::remove_reference_t<decltype(member)>>;
+  };
+  const bool whole =
+      std::apply([&](const auto&... keys) { return (read(keys) && ...); }, json::KeyTable<Record>::keys);
+  return whole ? std::optional(std::move(record)) : std::nullopt;
+}
+
 /// The list under `key` when all of its elements are objects; each that reads as a record, in order.
 template <class Record>
 std::optional<std::vector<Record>> records(const boost::json::object& alert, std::string_view key) {
@@ -21,8 +39,9 @@ std::optional<std::vector<Record>> records(const boost::json::object& alert, std
   if (!list) return std::nullopt;
   std::vector<Record> records;
   for (const auto& element : *list) {
-    if (!element.is_object()) return std::nullopt;
-    if (auto record = json::decode<Record>(element)) records.push_back(*std::move(record));
+    const auto* entry = element.if_object();
+    if (!entry) return std::nullopt;
+    if (auto record = recordFrom<Record>(*entry)) records.push_back(*std::move(record));
   }
   return records;
 }

@@ -7,13 +7,11 @@
 #include <unordered_set>
 #include <utility>
 
-#include "base/Text.h"
+#include "push/DeliveryPlan.h"
 
 namespace VorselKelp {
 namespace {
 
-using platform::NotificationAction;
-using platform::NotificationActionOption;
 using platform::NotificationCategory;
 
 constexpr std::size_t rememberedLimit = 128;
@@ -30,10 +28,7 @@ struct CategoryAnswer {
 NotificationCategory makeCategory(std::string identifier, const std::vector<Action>& actions) {
   NotificationCategory category{std::move(identifier), {}, true};
   for (const Action& action : actions) {
-    const bool refuses = lowerCased(action.title) == "no";
-    category.actions.push_back(
-        {action.action, action.title,
-         refuses ? NotificationActionOption::destructive : NotificationActionOption::foreground});
+    category.actions.push_back({action.action, action.title, optionOf(action)});
   }
   return category;
 }
@@ -61,7 +56,7 @@ void prune(std::vector<NotificationCategory>& categories, std::vector<std::strin
 CategoryHelper::Registration CategoryHelper::add(const std::vector<Action>& actions,
                                                  const std::string& requestIdentifier) {
   Registration registration;
-  registration.identifier = "Vorsel_categ_" + std::to_string(stableHash(requestIdentifier));
+  registration.identifier = categoryIdentifier(requestIdentifier);
   registration.lock = lockCategories();
   auto categories = currentCategories();
   registration.remembered = storedIdentifiers();

@@ -1,16 +1,8 @@
 #include "push/OpenTargets.h"
 
-#include <string_view>
-
-#include "base/Text.h"
+#include "push/DeliveryPlan.h"
 
 namespace VorselKelp {
-namespace {
-
-constexpr std::string_view actionPlaceholder = "${VA_BACID}";
-
-}  // namespace
-
 void OpenTargets::store(const Conversion& conversion, const std::string& identifier) {
   auto& storage = context_->storage;
   storage.transact([&] {
@@ -21,9 +13,7 @@ void OpenTargets::store(const Conversion& conversion, const std::string& identif
 }
 
 void OpenTargets::record(const std::string& identifier, const std::string& action, const std::string& url) {
-  const std::string_view button =
-      action == platform::defaultActionIdentifier ? std::string_view("0") : action;
-  context_->storage.setDeepLink(identifier, action, replaceAll(url, actionPlaceholder, button));
+  context_->storage.setDeepLink(identifier, action, storedUrl(url, action));
   context_->storage.synchronize();
 }
 

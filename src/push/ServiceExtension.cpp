@@ -4,23 +4,12 @@
 
 #include "ads/AdRecords.h"
 #include "base/FatalError.h"
-#include "base/Text.h"
 #include "json/Encoder.h"
 #include "push/AdContent.h"
 #include "push/PayloadDecoder.h"
 #include "push/Tags.h"
 
 namespace VorselKelp {
-namespace {
-
-std::optional<platform::NotificationSound> soundOf(const N& n) {
-  if (n.silent.value_or(false)) return std::nullopt;
-  if (!n.sound) return platform::NotificationSound::defaultSound();
-  return platform::NotificationSound::named(*n.sound + ".wav");
-}
-
-}  // namespace
-
 ServiceExtension::ServiceExtension(std::shared_ptr<CoreContext> context,
                                    std::shared_ptr<VorselRequest> requests,
                                    std::shared_ptr<OpenTargets> targets,
@@ -55,30 +44,29 @@ void ServiceExtension::didReceive(const platform::NotificationRequest& request, 
     lastReceived_ = {receivedObject(push, request.identifier)};
   }
   if (const auto line = json::encode(push)) context_->print(*line);
-  Delivery delivery{request.identifier, std::move(push.aps.notificationBody), std::move(best),
-                    std::move(handler)};
-  if (delivery.message.v) requests_->fireTracker(*delivery.message.v);
-  if (delivery.message.n) {
-    deliverMessage(std::move(delivery));
+  Delivery delivery{planDelivery(std::move(push), request.identifier), std::move(best), std::move(handler)};
+  if (delivery.plan.viewTracker) requests_->fireTracker(*delivery.plan.viewTracker);
+  if (std::holds_alternative<DeliveryPlan::Message>(delivery.plan.kind)) {
+    deliverMessage(delivery);
   } else {
-    deliverAd(std::move(delivery));
+    deliverAd(delivery);
   }
 }
 
-void ServiceExtension::deliverAd(Delivery delivery) {
+void ServiceExtension::deliverAd(const Delivery& delivery) {
   auto& storage = context_->storage;
-  const NotificationBody& message = delivery.message;
+  const auto& plan = std::get<DeliveryPlan::Ad>(delivery.plan.kind);
   storage.transact([&] {
-    if (message.adex) {
-      storage.set(StorageKey::adPending, *message.adex);
+    if (plan.interstitial) {
+      storage.set(StorageKey::adPending, *plan.interstitial);
       storage.synchronize();
     }
-    if (message.e) storage.set(StorageKey::eventEndpoint, *message.e);
+    if (plan.endpoint) storage.set(StorageKey::eventEndpoint, *plan.endpoint);
   });
-  if (!message.e) return;  // nothing to show: the extension's time limit ends it
+  if (!plan.endpoint) return;  // nothing to show: the extension's time limit ends it
   requests_->sendTrackingGet<AdexObject>(
-      *message.e, [self = shared_from_this(), delivery](const std::optional<AdexObject>& ad,
-                                                        const std::optional<Error>&) {
+      *plan.endpoint, [self = shared_from_this(), delivery](const std::optional<AdexObject>& ad,
+                                                            const std::optional<Error>&) {
         // The content is the main thread's to change.
         self->context_->services->mainQueue->async([self, delivery, ad] { self->adAnswered(delivery, ad); });
       });
@@ -86,7 +74,7 @@ void ServiceExtension::deliverAd(Delivery delivery) {
 
 void ServiceExtension::adAnswered(const Delivery& delivery, const std::optional<AdexObject>& ad) {
   if (handedOver(delivery.best)) return;
-  delivery.best->title = adTitle(ad, delivery.message.title);
+  delivery.best->title = adTitle(ad, std::get<DeliveryPlan::Ad>(delivery.plan.kind).title);
   const auto image = adImage(ad);
   if (!image) {
     delivery.handler(delivery.best);
@@ -97,22 +85,21 @@ void ServiceExtension::adAnswered(const Delivery& delivery, const std::optional<
   });
 }
 
-void ServiceExtension::deliverMessage(Delivery delivery) {
-  const N& n = *delivery.message.n;
-  delivery.best->sound = soundOf(n);
-  if (n.cl.value_or(0) != 0) {
-    finish(delivery, std::nullopt);
-    return;
+void ServiceExtension::deliverMessage(const Delivery& delivery) {
+  const auto& plan = std::get<DeliveryPlan::Message>(delivery.plan.kind);
+  delivery.best->sound = plan.sound;
+  std::optional<CategoryHelper::Registration> category;
+  if (plan.category) {
+    category = categories_->add(*plan.category, delivery.plan.identifier);
+    delivery.best->categoryIdentifier = category->identifier;
   }
-  auto category = categories_->add(n.actions.value_or(std::vector<Action>{}), delivery.identifier);
-  delivery.best->categoryIdentifier = category.identifier;
-  if (!n.image) {
+  if (!plan.image) {
     finish(delivery, std::move(category));
     return;
   }
-  context_->storage.transact([&] { saveCategory(delivery, category); });
-  category.lock.reset();  // a download is no time to keep others waiting
-  images_->fetch(*n.image, [self = shared_from_this(), delivery](const auto& attachment) {
+  context_->storage.transact([&] { saveCategory(delivery, *category); });
+  category.reset();  // a download is no time to keep others waiting
+  images_->fetch(*plan.image, [self = shared_from_this(), delivery](const auto& attachment) {
     self->finishWithImage(delivery, attachment, [&] { self->finish(delivery, std::nullopt); });
   });
 }
@@ -129,36 +116,27 @@ void ServiceExtension::finishWithImage(const Delivery& delivery,
 }
 
 void ServiceExtension::saveCategory(const Delivery& delivery, const CategoryHelper::Registration& category) {
-  if (const auto& actions = delivery.message.n->actions) {
-    for (const Action& action : *actions) {
-      if (action.url) targets_->record(delivery.identifier, action.action, *action.url);
-    }
+  for (const Action& action : *std::get<DeliveryPlan::Message>(delivery.plan.kind).category) {
+    if (action.url) targets_->record(delivery.plan.identifier, action.action, *action.url);
   }
   categories_->save(category);
 }
 
 void ServiceExtension::finish(const Delivery& delivery,
                               std::optional<CategoryHelper::Registration> category) {
-  const NotificationBody& message = delivery.message;
-  setTexts(delivery);
-  if (message.t) {
-    for (const std::string& tracker : *message.t) requests_->fireTracker(tracker);
-  }
-  if (message.n->data) targets_->announce();
+  const auto& plan = std::get<DeliveryPlan::Message>(delivery.plan.kind);
+  delivery.best->title = plan.title;
+  if (plan.body) delivery.best->body = *plan.body;
+  for (const std::string& tracker : plan.impressionTrackers) requests_->fireTracker(tracker);
+  if (plan.target) targets_->announce();
   // All that one delivery stores goes in as one step: a killed extension leaves the whole of it or nothing.
   context_->storage.transact([&] {
     if (category) saveCategory(delivery, *category);
-    if (message.n->data) targets_->store(*message.n->data, delivery.identifier);
+    if (plan.target) targets_->store(*plan.target, delivery.plan.identifier);
   });
-  replaceTagged(*context_, message.n->tag, delivery.identifier);
+  replaceTagged(*context_, plan.tag, delivery.plan.identifier);
   category.reset();  // gives the lock back before the application's code runs
   delivery.handler(delivery.best);
-}
-
-void ServiceExtension::setTexts(const Delivery& delivery) const {
-  const NotificationBody& message = delivery.message;
-  delivery.best->title = fromNonLossyAscii(message.title).value_or(message.title);
-  if (message.n->body) delivery.best->body = *message.n->body;
 }
 
 void ServiceExtension::willTerminate(Content best, const Handler& handler) {

@@ -11,6 +11,7 @@
 #include "core/CoreContext.h"
 #include "net/VorselRequest.h"
 #include "push/CategoryHelper.h"
+#include "push/DeliveryPlan.h"
 #include "push/ImageAttachment.h"
 #include "push/OpenTargets.h"
 #include "push/PushTables.h"
@@ -39,20 +40,18 @@ class ServiceExtension : public std::enable_shared_from_this<ServiceExtension> {
  private:
   /// One notification on its way.
   struct Delivery {
-    std::string identifier;
-    NotificationBody message;
+    DeliveryPlan plan;
     Content best;
     Handler handler;
   };
 
   [[nodiscard]] PushObj decode(const platform::UserInfo& userInfo) const;
-  void deliverAd(Delivery delivery);
+  void deliverAd(const Delivery& delivery);
   void adAnswered(const Delivery& delivery, const std::optional<AdexObject>& ad);
-  void deliverMessage(Delivery delivery);
+  void deliverMessage(const Delivery& delivery);
   void finish(const Delivery& delivery, std::optional<CategoryHelper::Registration> category);
   void finishWithImage(const Delivery& delivery, const std::optional<platform::NotificationAttachment>& image,
                        const std::function<void()>& rest);
-  void setTexts(const Delivery& delivery) const;
   /// The time limit has handed this content over; nothing may change it any more.
   [[nodiscard]] bool handedOver(const Content& content) const;
   void saveCategory(const Delivery& delivery, const CategoryHelper::Registration& category);

@@ -7,6 +7,8 @@
 #include <sstream>
 #include <string>
 
+#include "VorselKelpTesting/SmallServices.h"
+
 namespace VorselKelp {
 namespace {
 
@@ -62,7 +64,17 @@ TEST(Device, LooksUpExactly) {
   const Device device;
   for (const char* unknown : {"iPhone99,1", "iphone13,2", "iPhone13,2 ", "iPhone13", "", "Unrecognized"})
     EXPECT_EQ(device.modelName(unknown), "Unrecognized") << unknown;
-  EXPECT_DEATH((void)device.modelName("iPhone\xc3\xa9"), "Fatal error: ");
+}
+
+TEST(Device, LetsASimulatorSayWhatItStandsFor) {
+  testing_platform::SettableDevice hardware;
+  auto values = hardware.values();
+  values.environment["SIMULATOR_MODEL_IDENTIFIER"] = "iPad8,1";
+  hardware.set(values);
+  EXPECT_EQ(machineIdentifier(hardware), "iPad8,1");
+  values.machineIdentifier = "iPhone\xc3\xa9";
+  hardware.set(values);
+  EXPECT_DEATH((void)machineIdentifier(hardware), "Fatal error: the machine identifier is not ASCII");
 }
 
 }  // namespace

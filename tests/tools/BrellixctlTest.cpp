@@ -1,9 +1,18 @@
 // What the command line makes of extensions that fail and of input that is wrong.
 
+#include <arpa/inet.h>
+#include <sqlite3.h>
+#include <sys/socket.h>
+
+#include <chrono>
+#include <filesystem>
+
 #include "tools/ToolFixture.h"
 
 namespace VorselKelp::tool_tests {
 namespace {
+
+namespace fs = std::filesystem;
 
 constexpr const char* campaign = R"({"aps": {"mutable-content": 1, "alert": "Three stories", "badge": 2},
                                      "p": [{"o": {"body": "one"}}]})";
@@ -32,6 +41,83 @@ TEST_F(ToolTest, EndsAnExtensionAtItsTimeLimit) {
   const auto shown = run({"push", file, "--time-limit", "0.2"}).json();
   EXPECT_EQ(at(shown, "extension"), "timeLimit");
   EXPECT_EQ(at(shown, "title"), "Sponsored");
+}
+
+TEST_F(ToolTest, ClosesItsStoresAlthoughARequestIsUnderWay) {
+  startServer();
+  ASSERT_EQ(run({"launch", "--answer", "allow"}).status, 0);
+  // Whoever connects is never answered.
+  const int stalled = ::socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  ASSERT_EQ(::bind(stalled, reinterpret_cast<sockaddr*>(&address), size), 0);
+  ASSERT_EQ(::listen(stalled, 8), 0);
+  ::getsockname(stalled, reinterpret_cast<sockaddr*>(&address), &size);
+  const auto file = payload(
+      "image.json", R"({"aps": {"mutable-content": 1, "alert": {"title": "T", "n": {"body": "b", "image":
+                       "http://127.0.0.1:)" +
+                        std::to_string(ntohs(address.sin_port)) + R"(/x.png"}}}})");
+  // What a killed process left long ago goes; what may still be needed stays.
+  const fs::path temporary = folder_ / "device/applications/com.example.news.service/tmp";
+  for (const char* name : {"vorsel-attachment-old", "vorsel-attachment-new"}) {
+    fs::create_directories(temporary / name);
+    std::ofstream(temporary / name / "x.png") << "x";
+  }
+  fs::last_write_time(temporary / "vorsel-attachment-old",
+                      fs::file_time_type::clock::now() - std::chrono::hours(2));
+  EXPECT_EQ(at(run({"push", file, "--time-limit", "1"}).json(), "extension"), "timeLimit");
+  ::close(stalled);
+  for (const auto& entry : fs::recursive_directory_iterator(folder_ / "device")) {
+    EXPECT_FALSE(entry.path().string().ends_with("-wal")) << entry.path();
+  }
+  EXPECT_FALSE(fs::exists(temporary / "vorsel-attachment-old"));
+  EXPECT_TRUE(fs::exists(temporary / "vorsel-attachment-new"));
+}
+
+TEST_F(ToolTest, SaysThatTheDeviceStoredNothing) {
+  writeManifest("true");
+  const auto file = payload("plain.json", R"({"aps": {"alert": "x"}})");
+  ASSERT_EQ(run({"push", file}).status, 0);
+  sqlite3* opened = nullptr;
+  ASSERT_EQ(sqlite3_open((folder_ / "device/device.sqlite").c_str(), &opened), SQLITE_OK);
+  const std::unique_ptr<sqlite3, int (*)(sqlite3*)> database(opened, &sqlite3_close);
+  ASSERT_EQ(sqlite3_exec(opened, "DROP TABLE notification", nullptr, nullptr, nullptr), SQLITE_OK);
+  const auto refused = run({"push", file});
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_EQ(refused.output, "");
+  EXPECT_EQ(std::count(refused.errors.begin(), refused.errors.end(), '\n'), 1) << refused.errors;
+}
+
+TEST_F(ToolTest, BearsAnApplicationThatIsMissingOrLeavesAProcessBehind) {
+  writeManifest("true");
+  tool_ = folder_ / "brellixctl";
+  fs::copy_file(BRELLIXCTL, tool_);
+  EXPECT_EQ(run({"launch"}).status, 1);
+  std::ofstream(folder_ / "news_app")
+      << "#!/bin/sh\nsleep 30 &\necho '{\"ended\": {\"initialised\": true}}' >&3\n";
+  fs::permissions(folder_ / "news_app", fs::perms::owner_all);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(at(run({"launch", "--time-limit", "60"}).json(), "initialised"), "true");
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+}
+
+TEST_F(ToolTest, ShowsNoTerminalCommandsOfAPayload) {
+  writeManifest("true");
+  const auto file = payload("sly.json", R"({"aps": {"alert": {"title": "a\u0000b\u001b[2J\u009bc\nd",
+                                            "subtitle": "S", "body": "last"}}})");
+  const auto json = run({"push", file, "--id", "sly"}).json();
+  EXPECT_EQ(at(json, "subtitle"), "S");
+  EXPECT_EQ(at(json, "title"), std::string("a\0b\x1b[2J\xc2\x9b"
+                                           "c\nd",
+                                           13));
+  human_ = true;
+  const auto shown = run({"push", file, "--id", "sly"}).output;
+  EXPECT_NE(shown.find("a\\x00b\\x1B[2J\\xC2\\x9Bc\\x0Ad\n"), std::string::npos) << shown;
+  EXPECT_NE(shown.find("last"), std::string::npos);
+  EXPECT_EQ(run({"notifications"}).output.find('\x1b'), std::string::npos);
+  EXPECT_NE(run({"tap", "\x1b[2J"}).errors.find("\\x1B[2J"), std::string::npos);
 }
 
 TEST_F(ToolTest, DeliversAPlainNotificationAsItIs) {
@@ -69,6 +155,14 @@ TEST_F(ToolTest, RefusesWhatCannotBeReadInOneLine) {
   }
   EXPECT_EQ(run({"push", folder_ / "missing.json"}).status, 1);
   EXPECT_EQ(run({"tap", "unknown"}).status, 1);
+  // The extension has a limit of its own.
+  std::ofstream(folder_ / "huge.json") << "{";
+  fs::resize_file(folder_ / "huge.json", (std::size_t{64} << 20) + 1);
+  ToolRun extension({fs::path(BRELLIXCTL).replace_filename("news_service"), "--home", folder_ / "device",
+                     "--app", folder_ / "news.json", "--payload", folder_ / "huge.json"},
+                    folder_ / "errors");
+  EXPECT_EQ(extension.wait(), 1);
+  EXPECT_NE(errorText().find("larger than 64 MiB"), std::string::npos) << errorText();
   payload("news.json", "{}");
   EXPECT_EQ(run({"notifications"}).status, 1);
 }
@@ -83,6 +177,12 @@ TEST_F(ToolTest, TellsWrongUsageFromFailure) {
       {"launch", "--call", "noSuchOperation=[]"},
       {"launch", "--call", "setUserValue=[\"only one\"]"},
       {"launch", "--call", "isInitialised"},
+      {"launch", "--call", "registerToken=[\"zz\"]"},
+      {"launch", "--call", "registerToken=[\"abc\"]"},
+      {"launch", "--time-limit", "nan"},
+      {"push", "x.json", "--time-limit", "inf"},
+      {"notifications", "--advance", "nan"},
+      {"notifications", "--advance", "1e10"},
       {"serve", "--port", "99999"},
       {"serve", "--port", "0", "--status", "nonsense"},
   };
@@ -101,12 +201,47 @@ TEST_F(ToolTest, ServerAnswersAsItIsTold) {
   EXPECT_EQ(at(*run({"store"}).json().find("group"), "vs_tok"), "-");
 }
 
-TEST_F(ToolTest, MovesTheDevicesTimeOn) {
+TEST_F(ToolTest, HasAResultForEveryCallWhenTimeRunsOut) {
   writeManifest("true");
-  ASSERT_EQ(run({"push", payload("plain.json", R"({"aps": {"alert": "x"}})"), "--id", "p"}).status, 0);
-  const auto held = run({"notifications", "--advance", "86400"}).json();
-  EXPECT_EQ(held.find("delivered")->as<JSONAny::List>()->size(), 1u);
-  EXPECT_EQ(at(held, "pending"), "[]");
+  const auto launched =
+      run({"launch", "--time-limit", "0", "--call", "isInitialised=[]", "--call", "isInitialised=[]"});
+  EXPECT_EQ(launched.status, 1);
+  EXPECT_EQ(at(launched.json(), "results"), "[null,null]");
+  EXPECT_NE(launched.errors.find("time ended"), std::string::npos);
+}
+
+/// Numbers of delivered and pending notifications, and when the first pending one is due.
+struct Held {
+  std::size_t delivered, pending;
+  double dueIn;
+};
+
+Held heldIn(const JSONAny& json) {
+  const auto* pending = json.find("pending")->as<JSONAny::List>();
+  const auto* due = pending->empty() ? nullptr : pending->front().find("dueIn")->as<double>();
+  return {json.find("delivered")->as<JSONAny::List>()->size(), pending->size(), due != nullptr ? *due : -1};
+}
+
+TEST_F(ToolTest, BringsTheReminderAgainAndAgainAsTimeMovesOn) {
+  startServer();
+  manifestExtra_ = R"("schedule": 3600, )";
+  writeManifest("true");
+  ASSERT_EQ(run({"launch", "--answer", "allow", "--call", "updateScheduler=[]"}).status, 0);
+  auto held = heldIn(run({"notifications"}).json());
+  EXPECT_EQ(held.delivered, 0u);
+  ASSERT_EQ(held.pending, 1u);
+  EXPECT_NEAR(held.dueIn, 3600, 60);
+  // Each time replaces the one before, and the next one is an interval after the one before it.
+  for (const char* advance : {"5400", "3600", "36000"}) {
+    held = heldIn(run({"notifications", "--advance", advance}).json());
+    EXPECT_EQ(held.delivered, 1u);
+    EXPECT_EQ(held.pending, 1u);
+    EXPECT_NEAR(held.dueIn, 1800, 60);
+  }
+  // The library's clock moves along: the interval starts anew where the device is now.
+  ASSERT_EQ(run({"launch", "--call", "updateScheduler=[]"}).status, 0);
+  held = heldIn(run({"notifications", "--advance", "0"}).json());
+  EXPECT_NEAR(held.dueIn, 3600, 60);
 }
 
 }  // namespace

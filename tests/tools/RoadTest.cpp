@@ -104,6 +104,11 @@ TEST_F(ToolTest, TapHandsLinksToWhomeverTheyBelong) {
   EXPECT_EQ(at(run({"tap", "b", "--action", "follow", "--no-handle"}).json(), "completion"),
             "newsapp://storm/follow");
   EXPECT_EQ(at(run({"tap", "c", "--action", "no"}).json(), "completion"), "null");
+  // An identifier may be empty; that is not the tap on the notification itself.
+  ASSERT_EQ(run({"push", file, "--id", "d"}).status, 0);
+  const auto empty = run({"tap", "d", "--action", "", "--no-handle"});
+  EXPECT_EQ(at(empty.json(), "completion"), "null");
+  EXPECT_NE(empty.errors.find("no button \"\""), std::string::npos);
 }
 
 TEST_F(ToolTest, TwoPushesAtOnceLoseNothing) {

@@ -112,15 +112,15 @@ class ToolTest : public testing::Test {
     std::ofstream(folder_ / "news.json")
         << R"({"bundleIdentifier": "com.example.news", "version": "3.1.0", "apiKey": "k-123",
                "appGroupId": "group.com.example.news", "switches": {"push": )"
-        << push << R"(, "analytics": true}, "endpoints": {"collection": ")" << url_ << R"(", "tag": ")"
-        << url_ << R"(", "events": ")" << url_ << R"(", "adFeed": ")" << url_ << R"(", "script": ")" << url_
-        << "\"}}";
+        << push << R"(, "analytics": true}, )" << manifestExtra_ << R"("endpoints": {"collection": ")" << url_
+        << R"(", "tag": ")" << url_ << R"(", "events": ")" << url_ << R"(", "adFeed": ")" << url_
+        << R"(", "script": ")" << url_ << "\"}}";
   }
 
   [[nodiscard]] std::vector<std::string> commandLine(std::vector<std::string> arguments) const {
-    arguments.insert(arguments.begin(), BRELLIXCTL);
-    arguments.insert(arguments.end(),
-                     {"--home", folder_ / "device", "--app", folder_ / "news.json", "--json"});
+    arguments.insert(arguments.begin(), tool_);
+    arguments.insert(arguments.end(), {"--home", folder_ / "device", "--app", folder_ / "news.json"});
+    if (!human_) arguments.push_back("--json");
     return arguments;
   }
 
@@ -129,10 +129,15 @@ class ToolTest : public testing::Test {
     Finished finished;
     finished.output = process.readAll();
     finished.status = process.wait();
+    finished.errors = errorText();
+    return finished;
+  }
+
+  /// What the last process wrote to standard error.
+  [[nodiscard]] std::string errorText() const {
     std::ostringstream errors;
     errors << std::ifstream(folder_ / "errors").rdbuf();
-    finished.errors = errors.str();
-    return finished;
+    return errors.str();
   }
 
   /// Writes a payload in which every SERVER is the server's address.
@@ -160,6 +165,9 @@ class ToolTest : public testing::Test {
 
   testing_support::TemporaryFolder folder_;
   std::unique_ptr<ToolRun> server_;
+  std::string tool_ = BRELLIXCTL;
+  bool human_ = false;         ///< without --json
+  std::string manifestExtra_;  ///< members that the manifest has besides, each with its comma
   std::string url_ = "http://127.0.0.1:9";
 };
 

@@ -26,6 +26,9 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int channelDescriptor = 3;
 constexpr double graceSeconds = 5;
+// How long a process that is gone is still listened to: one that it left behind may hold its pipes for ever.
+constexpr double lastWordSeconds = 2;
+constexpr std::size_t longestLine = std::size_t{64} << 20;
 
 class Descriptor {
  public:
@@ -79,7 +82,7 @@ std::string besideThisExecutable(const std::string& program) {
   return error ? program : (self.parent_path() / program).string();
 }
 
-/// Collects bytes and gives them out line by line.
+/// Collects bytes and gives them out line by line. A line that grows beyond all measure is left out.
 class Lines {
  public:
   template <class Take>
@@ -88,17 +91,24 @@ class Lines {
     std::size_t start = 0;
     for (auto end = pending_.find('\n', searched_); end != std::string::npos;
          end = pending_.find('\n', start)) {
-      take(pending_.substr(start, end - start));
+      if (!std::exchange(skipping_, false)) take(pending_.substr(start, end - start));
       start = end + 1;
     }
     pending_.erase(0, start);
+    if (skipping_ || pending_.size() > longestLine) {
+      leftOut_ = skipping_ = true;
+      pending_.clear();
+    }
     searched_ = pending_.size();
   }
+  [[nodiscard]] bool leftOut() const { return leftOut_; }
   [[nodiscard]] const std::string& rest() const { return pending_; }
 
  private:
   std::string pending_;
   std::size_t searched_ = 0;
+  bool skipping_ = false;
+  bool leftOut_ = false;
 };
 
 class Child {
@@ -110,13 +120,12 @@ class Child {
     auto errors = makePipe();
     auto input = inputOf(command_.input);
     if (channel.write.number() < 0 || errors.write.number() < 0 || input.number() < 0) {
-      return Error{"Cannot talk to a new process: " + std::string(std::strerror(errno)), errno};
+      return Error{"Cannot talk to a new process: " + std::string(std::strerror(errno))};
     }
     const auto program = besideThisExecutable(command_.program);
     if (const int code = spawn(program, input.number(), channel.write.number(), errors.write.number())) {
       return Error{"Cannot start " + program + ": " + std::strerror(code) +
-                       "; the example application is built beside brellixctl",
-                   code};
+                   "; the example application is built beside brellixctl"};
     }
     channel.write.close();
     errors.write.close();
@@ -155,13 +164,31 @@ class Child {
       }
       std::array<pollfd, 2> waits{};
       for (std::size_t i = 0; i < waits.size(); ++i) waits[i] = {sources[i]->number(), POLLIN, 0};
-      if (::poll(waits.data(), waits.size(), 200) < 0 && errno != EINTR) break;
+      const int ready = ::poll(waits.data(), waits.size(), 200);
+      if (ready < 0 && errno != EINTR) break;
       progress.tick();
+      if (isGone(ready)) break;
       for (std::size_t i = 0; i < waits.size(); ++i) {
         if (waits[i].revents != 0) readFrom(*sources[i], i == 0);
       }
     }
     if (!errorLines_.rest().empty()) outcome_.errorLines.push_back(errorLines_.rest());
+    if (channelLines_.leftOut() || errorLines_.leftOut()) {
+      outcome_.errorLines.push_back(command_.program + " wrote a line of more than 64 MiB; it is left out");
+    }
+  }
+
+  /// Whether the process has ended and there is nothing more to read of it, after a poll that found `ready`
+  /// pipes. Its pipes may stay open all the same.
+  bool isGone(int ready) {
+    if (ready > 0 && !goneAt_ && !killed_) return false;
+    if (!goneAt_) {
+      siginfo_t info{};
+      if (::waitid(P_PID, static_cast<id_t>(process_), &info, WEXITED | WNOHANG | WNOWAIT) != 0) return true;
+      if (info.si_pid == 0) return false;
+      goneAt_ = Clock::now();
+    }
+    return ready <= 0 || Clock::now() > *goneAt_ + std::chrono::duration<double>(lastWordSeconds);
   }
 
   void readFrom(Descriptor& source, bool isChannel) {
@@ -190,7 +217,7 @@ class Child {
     int status = 0;
     while (::waitpid(process_, &status, 0) < 0 && errno == EINTR) {
     }
-    if (killed_) {
+    if (killed_ && WIFSIGNALED(status)) {
       outcome_.stopReason = "it did not end in its time";
     } else if (WIFSIGNALED(status)) {
       outcome_.stopReason = reasonFor(WTERMSIG(status));
@@ -213,6 +240,7 @@ class Child {
   const ChildCommand& command_;
   pid_t process_ = -1;
   bool killed_ = false;
+  std::optional<Clock::time_point> goneAt_;
   Lines channelLines_;
   Lines errorLines_;
   ChildOutcome outcome_;

@@ -30,7 +30,7 @@ struct ChildOutcome {
   [[nodiscard]] std::optional<VorselKelp::JSONAny> firstOf(std::string_view event) const;
 };
 
-/// Runs the process to its end.
+/// Runs the process to its end. What processes that it leaves behind still say is not waited for.
 VorselKelp::Result<ChildOutcome> runChild(const ChildCommand& command);
 
 }  // namespace brellixctl

@@ -5,6 +5,7 @@
 
 #include "VorselKelpLinux/NotificationRecords.h"
 #include "VorselKelpLinux/StoreListing.h"
+#include "brellixctl/PlainText.h"
 #include "brellixctl/Reports.h"
 
 namespace brellixctl {
@@ -17,11 +18,22 @@ namespace device = VorselKelp::linux_platform;
 namespace {
 
 void printErrorLines(const std::vector<std::string>& lines) {
-  for (const auto& line : lines) std::fprintf(stderr, "brellixctl: %s\n", line.c_str());
+  for (const auto& line : lines) printErrorLine("brellixctl: " + line);
 }
 
 void printJSON(const JSONAny& json) {
   std::printf("%s\n", device::encodeLossy(json).c_str());
+}
+
+/// The exit status for an operation that has an outcome.
+int statusFor(const LaunchOutcome& outcome) {
+  return outcome.complete ? 0 : 1;
+}
+int statusFor(const PushOutcome&) {
+  return 0;
+}
+int statusFor(const TapOutcome&) {
+  return 0;
 }
 
 /// Carries out `operation` on the target and shows its outcome.
@@ -35,16 +47,18 @@ int perform(const CommonOptions& common, Operation&& operation) {
   if (common.json) {
     printJSON(toJSON(*outcome));
   } else {
-    std::fputs(inWords(*outcome).c_str(), stdout);
+    printWords(inWords(*outcome));
   }
-  return 0;
+  return statusFor(*outcome);
 }
 
 void printStore(const char* title, const JSONAny& values) {
   const auto& entries = *values.as<JSONAny::Dictionary>();
   std::printf("%s%s\n", title, entries.empty() ? ": nothing" : "");
   for (const auto& [key, value] : entries) {
-    std::printf("  %-28s %s\n", key.c_str(), device::encodeLossy(value).c_str());
+    auto shown = plainText(key);
+    shown.resize(std::max<std::size_t>(shown.size(), 28), ' ');
+    printWords("  " + shown + ' ' + plainText(device::encodeLossy(value)) + '\n');
   }
 }
 
@@ -84,13 +98,13 @@ void printNotifications(device::SimulatedDevice& simulated) {
   std::printf("Delivered: %zu\n", delivered.size());
   for (const auto& held : delivered) {
     const auto actions = simulated.actionsOf(held.request.content.categoryIdentifier);
-    std::printf("%s\n", inWords(held.request, actions).c_str());
+    printWords(inWords(held.request, actions) + '\n');
   }
   const auto pending = simulated.pending();
   std::printf("Pending: %zu\n", pending.size());
   for (const auto& held : pending) {
-    std::printf("  %s  %s  in %.0f s\n", held.request.identifier.c_str(),
-                oneLine(held.request.content.title).c_str(), held.due - simulated.now());
+    printWords("  " + plainText(held.request.identifier) + "  " + plainText(held.request.content.title));
+    std::printf("  in %.0f s\n", held.due - simulated.now());
   }
   std::printf("Categories registered: %zu\n", simulated.categories().size());
 }
@@ -98,7 +112,7 @@ void printNotifications(device::SimulatedDevice& simulated) {
 }  // namespace
 
 int fail(const Error& error) {
-  std::fprintf(stderr, "brellixctl: %s\n", oneLine(error.description).c_str());
+  printErrorLine("brellixctl: " + oneLine(error.description));
   return error.code == wrongUsage ? 2 : 1;
 }
 
@@ -144,7 +158,7 @@ int runNotifications(const CommonOptions& common, double advance) {
   const auto target = Target::open(common.home, common.manifest);
   if (!target) return fail(target.error());
   auto simulated = target->device();
-  if (advance > 0) simulated.advanceClock(advance);
+  if (const auto status = simulated.advanceClock(advance); !status) return fail(status.error().description);
   if (common.json) {
     printJSON(notificationsJSON(simulated));
   } else {

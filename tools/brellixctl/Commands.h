@@ -30,7 +30,7 @@ int runLaunch(const CommonOptions& common, const LaunchRequest& request);
 int runPush(const CommonOptions& common, const PushRequest& request);
 int runTap(const CommonOptions& common, const TapRequest& request);
 int runStore(const CommonOptions& common);
-/// `advance`: seconds by which the device's clock is moved on first.
+/// `advance`: seconds by which the device's clock is moved on first; what is due then is delivered.
 int runNotifications(const CommonOptions& common, double advance);
 
 /// Says in one line on standard error what went wrong, and returns the exit status for it.

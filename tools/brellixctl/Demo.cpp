@@ -7,6 +7,7 @@
 
 #include "VorselKelpLinux/NotificationRecords.h"
 #include "brellixctl/Commands.h"
+#include "brellixctl/PlainText.h"
 #include "brellixctl/RequestWatch.h"
 #include "collection_server/CollectionServer.h"
 
@@ -160,7 +161,7 @@ class Journey {
 
   bool note(std::string name, bool ok, std::string detail) {
     if (!json_) {
-      std::printf("%-7s %-19s %s\n", ok ? "ok" : "FAILED", name.c_str(), detail.c_str());
+      std::printf("%-7s %-19s %s\n", ok ? "ok" : "FAILED", name.c_str(), plainText(detail).c_str());
       std::fflush(stdout);
     }
     steps_.push_back({std::move(name), ok, std::move(detail)});

@@ -37,6 +37,7 @@ JSONAny::Dictionary notificationJSON(const platform::NotificationRequest& reques
   const auto& category = content.categoryIdentifier;
   return {{"id", request.identifier},
           {"title", content.title},
+          {"subtitle", content.subtitle},
           {"body", content.body},
           {"sound", std::move(sound)},
           {"category", category.empty() ? JSONAny() : JSONAny(category)},

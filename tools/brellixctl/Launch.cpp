@@ -12,27 +12,30 @@ using VorselKelp::linux_platform::hexOf;
 
 namespace {
 
-/// One entry a call: what it returned, or for an operation with a completion the arguments of each of its
-/// calls.
-std::vector<JSONAny> resultsOf(const ChildOutcome& child) {
-  std::vector<JSONAny> results;
+/// Whether an event is about call number `call`.
+bool isAbout(const JSONAny& event, std::size_t call) {
+  const auto* index = event.find("call");
+  return index != nullptr && *index == JSONAny(static_cast<std::int64_t>(call));
+}
+
+/// What the call returned, or for an operation with a completion the arguments of each of its calls. Absent
+/// when the call was not made.
+std::optional<JSONAny> resultOf(const ChildOutcome& child, std::size_t call) {
   for (const auto& returned : child.valuesOf("returned")) {
-    const auto* index = returned.find("call");
+    if (!isAbout(returned, call)) continue;
     const auto* hasCompletion = returned.find("hasCompletion");
     if (hasCompletion == nullptr || hasCompletion->value != JSONAny(true).value) {
       const auto* value = returned.find("value");
-      results.push_back(value != nullptr ? *value : JSONAny());
-      continue;
+      return value != nullptr ? *value : JSONAny();
     }
     JSONAny::List completions;
     for (const auto& completed : child.valuesOf("completed")) {
-      const auto* call = completed.find("call");
       const auto* arguments = completed.find("arguments");
-      if (call != nullptr && arguments != nullptr && *call == *index) completions.push_back(*arguments);
+      if (arguments != nullptr && isAbout(completed, call)) completions.push_back(*arguments);
     }
-    results.push_back(std::move(completions));
+    return completions;
   }
-  return results;
+  return std::nullopt;
 }
 
 }  // namespace
@@ -64,7 +67,11 @@ Result<LaunchOutcome> launch(const Target& target, const LaunchRequest& request)
   outcome.authorisation = VorselKelp::linux_platform::authorizationWord(device.authorization());
   if (const auto token = device.remoteToken()) outcome.token = hexOf(*token);
   outcome.delegate = child->valuesOf("delegate");
-  outcome.results = resultsOf(*child);
+  for (std::size_t call = 0; call < request.calls.size(); ++call) {
+    auto result = resultOf(*child, call);
+    if (!result) outcome.complete = false;
+    outcome.results.push_back(result.value_or(JSONAny()));
+  }
   outcome.console = child->valuesOf("console");
   outcome.errorLines = std::move(child->errorLines);
   return outcome;

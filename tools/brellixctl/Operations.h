@@ -41,7 +41,8 @@ struct LaunchOutcome {
   std::string authorisation;
   std::optional<std::string> token;  ///< hexadecimal
   std::vector<VorselKelp::JSONAny> delegate;
-  std::vector<VorselKelp::JSONAny> results;
+  std::vector<VorselKelp::JSONAny> results;  ///< one a call; null for those that were not made
+  bool complete = true;                      ///< every call was made before the time ended
   std::vector<VorselKelp::JSONAny> console;
   std::vector<std::string> errorLines;
 };
@@ -66,7 +67,7 @@ VorselKelp::Result<PushOutcome> push(const Target& target, const PushRequest& re
 
 struct TapRequest {
   std::string identifier;
-  std::string action;  ///< empty: the notification itself
+  std::optional<std::string> action;  ///< a button's identifier; absent for the notification itself
   bool handle = true;
 };
 

@@ -109,7 +109,9 @@ Result<PushOutcome> push(const Target& target, const PushRequest& asked) {
       return status.error();
   }
   auto simulated = target.device();
-  outcome.shown = simulated.deliver(std::move(request));
+  auto shown = simulated.deliver(std::move(request));
+  if (!shown) return Error{"The notification was not delivered. " + shown.error().description};
+  outcome.shown = std::move(*shown);
   outcome.actions = simulated.actionsOf(outcome.shown.content.categoryIdentifier);
   return outcome;
 }

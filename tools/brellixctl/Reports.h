@@ -6,7 +6,8 @@
 
 namespace brellixctl {
 
-// What the operations' outcomes look like, as JSON for a script and in words for a person.
+// What the operations' outcomes look like, as JSON for a script and in words for a person: lines of plain
+// text.
 
 VorselKelp::JSONAny toJSON(const LaunchOutcome& outcome);
 VorselKelp::JSONAny toJSON(const PushOutcome& outcome);

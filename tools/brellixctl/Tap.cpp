@@ -47,12 +47,15 @@ Result<TapOutcome> tap(const Target& target, const TapRequest& request) {
   command.program = "news_app";
   command.timeLimit = timeLimit;
   command.arguments = {"--home", target.homePath, "--app", target.manifestPath, "--tap", request.identifier};
-  if (!request.action.empty())
-    command.arguments.insert(command.arguments.end(), {"--action", request.action});
+  if (request.action) command.arguments.insert(command.arguments.end(), {"--action", *request.action});
   if (!request.handle) command.arguments.push_back("--no-handle");
   auto child = runChild(command);
   if (!child) return child.error();
-  if (child->stopReason) return Error{"The application stopped: " + *child->stopReason};
+  if (child->stopReason) {
+    // It was tapped all the same.
+    simulated.noteTapped(request.identifier);
+    return Error{"The application stopped: " + *child->stopReason};
+  }
   if (child->exitStatus != 0) {
     return Error{child->errorLines.empty() ? "The application could not start" : child->errorLines.front()};
   }
@@ -62,8 +65,8 @@ Result<TapOutcome> tap(const Target& target, const TapRequest& request) {
   outcome.deepLink = deepLinkOf(*child);
   outcome.console = child->valuesOf("console");
   outcome.errorLines = std::move(child->errorLines);
-  if (!request.action.empty() && !hasButton(simulated, tapped->content, request.action)) {
-    outcome.errorLines.push_back("The notification shows no button \"" + request.action +
+  if (request.action && !hasButton(simulated, tapped->content, *request.action)) {
+    outcome.errorLines.push_back("The notification shows no button \"" + *request.action +
                                  "\"; the application got the response all the same");
   }
   return outcome;

@@ -1,4 +1,5 @@
 #include "VorselKelpLinux/NotificationRecords.h"
+#include "brellixctl/PlainText.h"
 #include "brellixctl/Reports.h"
 
 namespace brellixctl {
@@ -17,7 +18,7 @@ std::string textOf(const JSONAny& value) {
 std::string line(std::string_view label, const std::string& text) {
   std::string padded(label);
   padded.resize(std::max<std::size_t>(padded.size() + 1, 14), ' ');
-  return "  " + padded + text + "\n";
+  return "  " + padded + plainText(text) + "\n";
 }
 
 std::string consoleInWords(const std::vector<JSONAny>& console) {
@@ -25,7 +26,7 @@ std::string consoleInWords(const std::vector<JSONAny>& console) {
   std::string words = "The console said:\n";
   for (const auto& text : console) {
     words += "  | ";
-    for (const char c : textOf(text)) {
+    for (const char c : plainText(textOf(text), true)) {
       words += c;
       if (c == '\n') words += "  | ";
     }

@@ -7,6 +7,8 @@ namespace {
 
 using namespace brellixctl;
 
+constexpr double century = 100 * 365.25 * 86400;  // seconds
+
 class CommandLine {
  public:
   CommandLine() {
@@ -85,10 +87,11 @@ class CommandLine {
   void addTap() {
     auto* open = add("tap", "The user taps a notification or one of its buttons", [this] {
       tap_.handle = !noHandle_;
+      if (actionOption_->count() > 0) tap_.action = action_;
       return runTap(common_, tap_);
     });
     open->add_option("ID", tap_.identifier, "The notification's identifier")->required();
-    open->add_option("--action", tap_.action, "The button's identifier")->type_name("A");
+    actionOption_ = open->add_option("--action", action_, "The button's identifier")->type_name("A");
     open->add_flag("--no-handle", noHandle_, "The application opens the link itself");
   }
 
@@ -98,13 +101,25 @@ class CommandLine {
                      [this] { return runNotifications(common_, advance_); });
     list->add_option("--advance", advance_, "Move the device's clock on first")
         ->type_name("SECONDS")
-        ->check(CLI::NonNegativeNumber);
+        ->check(secondsUpTo(century));
+  }
+
+  /// Unlike the parser's own range this one takes no "nan".
+  static CLI::Validator secondsUpTo(double most) {
+    const auto check = [most](const std::string& text) {
+      double seconds = 0;
+      const bool fits = CLI::detail::lexical_cast(text, seconds) && seconds >= 0 && seconds <= most;
+      return fits ? std::string()
+                  : "\"" + text + "\" is no number of seconds from 0 to " +
+                        std::to_string(static_cast<long long>(most));
+    };
+    return CLI::Validator(check, "", "");
   }
 
   static void addTimeLimit(CLI::App* command, double& seconds) {
     command->add_option("--time-limit", seconds, "Seconds that the process has")
         ->type_name("S")
-        ->check(CLI::Range(0.0, 86400.0))
+        ->check(secondsUpTo(86400))
         ->capture_default_str();
   }
 
@@ -116,6 +131,8 @@ class CommandLine {
   PushRequest push_;
   TapRequest tap_;
   double advance_ = 0;
+  std::string action_;
+  CLI::Option* actionOption_ = nullptr;
   bool noHandle_ = false;
 };
 

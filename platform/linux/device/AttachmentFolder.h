@@ -13,9 +13,10 @@ class AttachmentFolder {
   explicit AttachmentFolder(std::string path) : path_(std::move(path)) {}
 
   /// Moves the attachments' files in and changes their paths accordingly; the folders that they leave go when
-  /// they are empty. An attachment whose file can't be moved is dropped, with a line on standard error. Answers
-  /// those that moved; the others were in already.
-  std::vector<platform::NotificationAttachment> takeOver(std::vector<platform::NotificationAttachment>& attachments) const;
+  /// they are empty. An attachment whose file can't be moved is dropped, with a line on standard error.
+  /// Answers those that moved; the others were in already.
+  std::vector<platform::NotificationAttachment> takeOver(
+      std::vector<platform::NotificationAttachment>& attachments) const;
 
   /// Removes the files, with their folders.
   void remove(const std::vector<platform::NotificationAttachment>& attachments) const;

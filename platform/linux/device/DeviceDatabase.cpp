@@ -80,7 +80,8 @@ int Statement::advance() {
 }
 
 Statement& Statement::bind(int position, std::string_view text) {
-  note(sqlite3_bind_text64(statement_.get(), position, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8));
+  note(sqlite3_bind_text64(statement_.get(), position, text.data(), text.size(), SQLITE_TRANSIENT,
+                           SQLITE_UTF8));
   return *this;
 }
 

@@ -20,8 +20,8 @@ struct Connection {
   std::optional<Error> failure;
 };
 
-/// One prepared statement. A statement that could not be prepared or run yields no rows; the connection, which
-/// must outlive it, notes why.
+/// One prepared statement. A statement that could not be prepared or run yields no rows; the connection,
+/// which must outlive it, notes why.
 class Statement {
  public:
   Statement(Connection& connection, const char* sql);
@@ -61,8 +61,8 @@ class DeviceDatabase {
 
   /// Runs `work` on the open database while no other thread is inside; not at all when it can't be opened.
   Status use(platform::FunctionRef<void(Connection&)> work);
-  /// The same as one atomic step among all processes, which is through when this succeeds, and has left no trace
-  /// when it fails. Must not be nested.
+  /// The same as one atomic step among all processes, which is through when this succeeds, and has left no
+  /// trace when it fails. Must not be nested.
   Status transact(platform::FunctionRef<void(Connection&)> work);
   /// Tells a failure on standard error that nobody else will tell; only the first one.
   void report(const Status& status);

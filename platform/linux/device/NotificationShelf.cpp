@@ -63,7 +63,8 @@ void NotificationShelf::insert(Connection& database, const NotificationRequest& 
   row.bind(9, std::int64_t{info.bytes() != nullptr}).run();
 }
 
-void NotificationShelf::put(Connection& database, const NotificationRequest& request, State state, double due) {
+void NotificationShelf::put(Connection& database, const NotificationRequest& request, State state,
+                            double due) {
   for (const auto old : {State::pending, State::delivered, State::tapped})
     remove(database, request.identifier, old);
   insert(database, request, state, due);

@@ -29,13 +29,14 @@ class NotificationShelf {
   void remove(Connection& database, const std::string& identifier, State state);
   /// What is left of a tapped notification is the response's request, without files.
   void markTapped(Connection& database, const std::string& identifier, double now);
-  /// Delivers every pending notification whose time has come. A repeating one stays pending for the first of its
-  /// times that is still to come; of those that have passed only the last is seen, for each replaces the one
-  /// before.
+  /// Delivers every pending notification whose time has come. A repeating one stays pending for the first of
+  /// its times that is still to come; of those that have passed only the last is seen, for each replaces the
+  /// one before.
   void deliverDue(Connection& database, double now);
 
   std::vector<HeldNotification> list(Connection& database, State state) const;
-  std::optional<HeldNotification> find(Connection& database, const std::string& identifier, State state) const;
+  std::optional<HeldNotification> find(Connection& database, const std::string& identifier,
+                                       State state) const;
 
   /// The files of the notifications that went, to be removed when the transaction is through, and only then.
   std::vector<platform::NotificationAttachment> takeReleased();
@@ -45,7 +46,8 @@ class NotificationShelf {
   }
 
  private:
-  void insert(Connection& database, const platform::NotificationRequest& request, State state, double due) const;
+  void insert(Connection& database, const platform::NotificationRequest& request, State state,
+              double due) const;
   /// Takes those files out of the released ones that the notification still has.
   void keepUsed(Connection& database, const std::string& identifier);
 

@@ -34,7 +34,7 @@ void ensureApplication(Connection& database, const std::string& application) {
 
 /// What a phone takes; anything else would never come, or come without an end.
 bool isPossible(const platform::TimeIntervalTrigger& trigger) {
-  return std::isfinite(trigger.seconds) && trigger.seconds >= (trigger.repeats ? 60 : 0) && trigger.seconds > 0;
+  return std::isfinite(trigger.seconds) && trigger.seconds > 0 && (!trigger.repeats || trigger.seconds >= 60);
 }
 
 }  // namespace
@@ -221,7 +221,8 @@ std::optional<platform::NotificationRequest> SimulatedDevice::tappable(const std
 }
 
 void SimulatedDevice::noteTapped(const std::string& identifier) {
-  changeOrReport([&](Connection& database) { shelf_->markTapped(database, identifier, deviceTime(database)); });
+  changeOrReport(
+      [&](Connection& database) { shelf_->markTapped(database, identifier, deviceTime(database)); });
 }
 
 std::int64_t SimulatedDevice::badge() {

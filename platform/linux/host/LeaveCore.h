@@ -5,8 +5,8 @@
 
 namespace VorselKelp::linux_platform {
 
-/// The process ends: lets the library's core go, so that its stores are closed in good order and their logs do
-/// not grow from process to process. Work that waits on the loop would keep it; the session must be closed
+/// The process ends: lets the library's core go, so that its stores are closed in good order and their logs
+/// do not grow from process to process. Work that waits on the loop would keep it; the session must be closed
 /// before, or answers that are still to come do the same.
 inline void leaveCore(EventLoop& loop) {
   loop.discard();

@@ -6,8 +6,7 @@ namespace VorselKelp::linux_platform {
 namespace {
 
 bool isHexadecimal(std::string_view text) {
-  return text.size() % 2 == 0 &&
-         text.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
+  return text.size() % 2 == 0 && text.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
 }
 
 }  // namespace

@@ -1,9 +1,12 @@
 #include "VorselKelpLinux/SimulatedDevice.h"
 
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
 #include <filesystem>
 #include <fstream>
+#include <limits>
+#include <memory>
 
 #include "VorselKelpLinux/DeviceHome.h"
 #include "VorselKelpLinux/NotificationRecords.h"
@@ -67,7 +70,7 @@ TEST_F(SimulatedDeviceTest, GivesNotificationsBackAsTheyWere) {
   request.content.badge = 3;
   request.content.categoryIdentifier = "c";
   request.content.userInfo = platform::UserInfo::fromJSON("{\"aps\": 1}");
-  device_.deliver(request);
+  ASSERT_TRUE(device_.deliver(request).ok());
   const auto held = SimulatedDevice(home_, "com.example.news").delivered();
   ASSERT_EQ(held.size(), 1u);
   const auto& content = held[0].request.content;
@@ -84,14 +87,14 @@ TEST_F(SimulatedDeviceTest, GivesNotificationsBackAsTheyWere) {
 TEST_F(SimulatedDeviceTest, OwnsAttachmentsUntilTheirNotificationGoes) {
   const auto request = withFile("a", "sun.png");
   const auto original = request.content.attachments[0].path;
-  const auto shown = device_.deliver(request);
+  const auto shown = *device_.deliver(request);
   ASSERT_EQ(shown.content.attachments.size(), 1u);
   const auto owned = shown.content.attachments[0].path;
   EXPECT_TRUE(fs::exists(owned));
   EXPECT_FALSE(fs::exists(fs::path(original).parent_path()));
 
   // A notification of the same identifier takes its place, and the old file goes.
-  const auto second = device_.deliver(withFile("a", "moon.png"));
+  const auto second = *device_.deliver(withFile("a", "moon.png"));
   EXPECT_FALSE(fs::exists(fs::path(owned).parent_path()));
   device_.removeDelivered({"a", "unknown"});
   EXPECT_FALSE(fs::exists(second.content.attachments[0].path));
@@ -99,7 +102,7 @@ TEST_F(SimulatedDeviceTest, OwnsAttachmentsUntilTheirNotificationGoes) {
 
   auto missing = notification("b");
   missing.content.attachments.push_back({"image", folder_ / "nothing.png"});
-  EXPECT_TRUE(device_.deliver(missing).content.attachments.empty());
+  EXPECT_TRUE(device_.deliver(missing)->content.attachments.empty());
 }
 
 TEST_F(SimulatedDeviceTest, DeliversPendingNotificationsWhenTheDevicesTimeHasCome) {
@@ -107,12 +110,12 @@ TEST_F(SimulatedDeviceTest, DeliversPendingNotificationsWhenTheDevicesTimeHasCom
   once.trigger = {100, false};
   auto repeating = withFile("repeating", "b.png");
   repeating.trigger = {60, true};
-  device_.schedule(once);
-  device_.schedule(repeating);
+  ASSERT_TRUE(device_.schedule(once).ok());
+  ASSERT_TRUE(device_.schedule(repeating).ok());
   EXPECT_EQ(device_.pending().size(), 2u);
   EXPECT_TRUE(device_.delivered().empty());
 
-  device_.advanceClock(130);
+  ASSERT_TRUE(device_.advanceClock(130).ok());
   const auto delivered = device_.delivered();
   ASSERT_EQ(delivered.size(), 2u);
   EXPECT_EQ(delivered[0].request.identifier, "once");
@@ -128,7 +131,7 @@ TEST_F(SimulatedDeviceTest, DeliversPendingNotificationsWhenTheDevicesTimeHasCom
 }
 
 TEST_F(SimulatedDeviceTest, LetsATapCrossAnotherOne) {
-  const auto shown = device_.deliver(withFile("a", "sun.png"));
+  const auto shown = *device_.deliver(withFile("a", "sun.png"));
   ASSERT_TRUE(device_.tappable("a"));
   device_.noteTapped("a");
   EXPECT_TRUE(device_.delivered().empty());
@@ -144,7 +147,7 @@ TEST_F(SimulatedDeviceTest, LosesNothingWhenProcessesWriteAtOnce) {
     SimulatedDevice device(home_, "com.example.news");
     for (int i = 0; i < each; ++i) {
       const auto identifier = prefix + std::to_string(i);
-      device.deliver(notification(identifier));
+      if (!device.deliver(notification(identifier)).ok()) return false;
       device.changeCategories({}, {{identifier, {}, false}});
     }
     return true;
@@ -155,6 +158,48 @@ TEST_F(SimulatedDeviceTest, LosesNothingWhenProcessesWriteAtOnce) {
   EXPECT_TRUE(two.succeeded());
   EXPECT_EQ(device_.delivered().size(), 2u * each);
   EXPECT_EQ(device_.categories().size(), 2u * each);
+}
+
+TEST_F(SimulatedDeviceTest, RefusesTimesThatNeverComeOrComeWithoutEnd) {
+  auto request = withFile("a", "sun.png");
+  for (const auto& [seconds, repeats] : {std::pair{0.0, false},
+                                         {-1.0, false},
+                                         {std::numeric_limits<double>::infinity(), false},
+                                         {std::numeric_limits<double>::quiet_NaN(), true},
+                                         {59.9, true}}) {
+    request.trigger = {seconds, repeats};
+    EXPECT_FALSE(device_.schedule(request).ok()) << seconds;
+  }
+  EXPECT_TRUE(device_.pending().empty());
+  EXPECT_TRUE(fs::exists(request.content.attachments[0].path));
+  request.trigger = {0.5, false};
+  EXPECT_TRUE(device_.schedule(request).ok());
+}
+
+TEST_F(SimulatedDeviceTest, KeepsFilesAsTheyWereWhenNothingCanBeStored) {
+  const auto held = *device_.deliver(withFile("a", "sun.png"));
+  EXPECT_EQ(fs::status(home_.path()).permissions(), fs::perms::owner_all);
+  EXPECT_EQ(fs::status(home_.database()).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+
+  // A full disk, seen from here: rows can go, but none can come.
+  sqlite3* opened = nullptr;
+  ASSERT_EQ(sqlite3_open(home_.database().c_str(), &opened), SQLITE_OK);
+  const std::unique_ptr<sqlite3, int (*)(sqlite3*)> database(opened, &sqlite3_close);
+  ASSERT_EQ(sqlite3_exec(opened,
+                         "CREATE TRIGGER full BEFORE INSERT ON notification "
+                         "BEGIN SELECT RAISE(ABORT, 'disk full'); END",
+                         nullptr, nullptr, nullptr),
+            SQLITE_OK);
+  const auto refused = device_.deliver(withFile("a", "moon.png"));
+  ASSERT_FALSE(refused.ok());
+  EXPECT_NE(refused.error().description.find("disk full"), std::string::npos);
+  auto later = withFile("b", "rain.png");
+  later.trigger = {60, true};
+  EXPECT_FALSE(device_.schedule(later).ok());
+  // The old notification stands, with the only file that is left.
+  ASSERT_EQ(device_.delivered().size(), 1u);
+  EXPECT_TRUE(fs::exists(held.content.attachments[0].path));
+  EXPECT_EQ(std::distance(fs::directory_iterator(home_.attachments()), fs::directory_iterator()), 1);
 }
 
 TEST_F(SimulatedDeviceTest, SaysWhyAHomeIsOfNoUse) {

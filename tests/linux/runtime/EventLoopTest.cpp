@@ -72,6 +72,13 @@ TEST(EventLoop, DropsWaitingWorkUnrunWhenItGoes) {
     loop.asyncAfter(5, [held] { ++*held; });
   }
   EXPECT_EQ(held.use_count(), 1);
+
+  // Or when nothing will run it any more; what it leaves behind on the loop goes as well.
+  EventLoop loop;
+  std::shared_ptr<void> goodbye(nullptr, [&, held](void*) { loop.async([held] { ++*held; }); });
+  loop.async([held, last = std::move(goodbye)] { ++*held; });
+  loop.discard();
+  EXPECT_EQ(held.use_count(), 1);
   EXPECT_EQ(*held, 0);
 }
 

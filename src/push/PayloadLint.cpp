@@ -1,0 +1,168 @@
+#include "VorselKelp/PayloadLint.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "base/Url.h"
+#include "core/StorageKeys.h"
+#include "net/VorselRequest.h"
+#include "push/DeliveryPlan.h"
+#include "push/PayloadDecoder.h"
+
+namespace VorselKelp {
+namespace {
+
+constexpr std::size_t largestPush = 4096;  // bytes that push services take
+constexpr std::size_t mostButtons = 4;     // that systems show
+
+std::string text(StorageKey key) {
+  return std::string(keyText(key));
+}
+
+void store(PayloadLint& lint, StorageKey key, std::string entry, std::string value) {
+  lint.stored.push_back({text(key), std::move(entry), std::move(value)});
+}
+
+void warnOfTracker(PayloadLint& lint, const std::string& where, const std::string& url) {
+  const auto parsed = parseUrl(url);
+  if (!parsed || !parsed->isWeb()) {
+    lint.warnings.push_back(where + ": \"" + url + "\" is no web address and is never requested");
+  } else if (parsed->scheme == "http") {
+    lint.warnings.push_back(where + ": \"" + url + "\" is not encrypted; systems refuse http addresses");
+  }
+}
+
+void warnOfTrackers(PayloadLint& lint, const std::string& where,
+                    const std::optional<std::vector<std::string>>& urls) {
+  if (!urls) return;
+  for (std::size_t i = 0; i < urls->size(); ++i)
+    warnOfTracker(lint, where + "[" + std::to_string(i) + "]", (*urls)[i]);
+}
+
+void warnOfMessage(PayloadLint& lint, const std::string& where, const N& n) {
+  if (n.image && !isWebUrl(*n.image))
+    lint.warnings.push_back(where + ".image: \"" + *n.image +
+                            "\" is no web address; the picture is left out");
+  if (n.image && n.cl.value_or(0) != 0)
+    lint.warnings.push_back(where + ".cl: the picture and the buttons are left out");
+  if (n.actions && n.actions->size() > mostButtons)
+    lint.warnings.push_back(where + ".actions: more than four buttons; the system shows four");
+  if (n.data) warnOfTrackers(lint, where + ".data.t", n.data->t);
+}
+
+void warnOfPush(PayloadLint& lint, const PushObj& push) {
+  const NotificationBody& body = push.aps.notificationBody;
+  if (push.aps.mutableContent != 1)
+    lint.warnings.push_back("aps.mutable-content: not 1; the service extension never sees this push");
+  if (body.v) warnOfTracker(lint, "aps.alert.v", *body.v);
+  warnOfTrackers(lint, "aps.alert.t", body.t);
+  if (body.n) {
+    warnOfMessage(lint, "aps.alert.n", *body.n);
+  } else if (!body.e) {
+    lint.warnings.push_back(
+        "aps.alert: neither n nor e; the original is shown when the extension's time is over");
+  } else if (!isWebUrl(*body.e)) {
+    lint.warnings.push_back("aps.alert.e: \"" + *body.e + "\" is no web address; no ad is fetched");
+  }
+}
+
+void tellMessage(PayloadLint& lint, const std::string& identifier, const DeliveryPlan::Message& message) {
+  PayloadLint::Shown shown;
+  shown.title = message.title;
+  shown.body = message.body;
+  shown.sound = message.sound;
+  shown.image = message.image;
+  if (message.category) {
+    shown.category = categoryIdentifier(identifier);
+    for (const Action& action : *message.category) {
+      shown.actions.push_back({action.action, action.title, optionOf(action)});
+      if (action.url)
+        store(lint, StorageKey::deepLinks, identifier + "/" + action.action,
+              storedUrl(*action.url, action.action));
+    }
+    store(lint, StorageKey::category, "", *shown.category);
+  }
+  if (message.image && isWebUrl(*message.image)) lint.requests.push_back(*message.image);
+  lint.requests.insert(lint.requests.end(), message.impressionTrackers.begin(),
+                       message.impressionTrackers.end());
+  if (message.target) {
+    for (const std::string& tracker : message.target->t.value_or(std::vector<std::string>{}))
+      store(lint, StorageKey::conversionTrackers, identifier, tracker);
+    const std::string action(platform::defaultActionIdentifier);
+    store(lint, StorageKey::deepLinks, identifier + "/" + action, storedUrl(message.target->url, action));
+  }
+  if (message.tag) store(lint, StorageKey::tags, *message.tag, identifier);
+  lint.shows = std::move(shown);
+}
+
+void tellAd(PayloadLint& lint, const DeliveryPlan::Ad& ad) {
+  if (ad.interstitial) store(lint, StorageKey::adPending, "", *ad.interstitial ? "true" : "false");
+  if (!ad.endpoint) return;
+  store(lint, StorageKey::eventEndpoint, "", *ad.endpoint);
+  const std::string url = trackingUrl(*ad.endpoint);
+  if (isWebUrl(url)) lint.requests.push_back(url);
+  if (!parseUrl(url)) return;
+  lint.shows.emplace().title = ad.title.empty() ? "No title" : ad.title;
+}
+
+void lintPush(PayloadLint& lint, PushObj push, const std::string& identifier) {
+  lint.root = PayloadLint::Root::push;
+  warnOfPush(lint, push);
+  const DeliveryPlan plan = planDelivery(std::move(push), identifier);
+  if (plan.viewTracker) lint.requests.push_back(*plan.viewTracker);
+  if (const auto* message = std::get_if<DeliveryPlan::Message>(&plan.kind)) {
+    tellMessage(lint, identifier, *message);
+  } else {
+    tellAd(lint, std::get<DeliveryPlan::Ad>(plan.kind));
+  }
+}
+
+void lintCampaign(PayloadLint& lint, const Payload& payload, const PCampaignObject& campaign) {
+  lint.root = PayloadLint::Root::campaign;
+  const auto* aps = payload.root().if_contains("aps");
+  const auto* mutableContent =
+      aps && aps->is_object() ? aps->get_object().if_contains("mutable-content") : nullptr;
+  if (mutableContent && mutableContent->is_int64() && mutableContent->get_int64() == 1)
+    lint.stops.push_back("a campaign with \"mutable-content\" 1 stops the service extension");
+  if (campaign.p.empty())
+    lint.stops.push_back("p: without messages the carousel stops the content extension");
+  if (!payload.root().contains("isMultiple"))
+    lint.stops.push_back("isMultiple: missing; the carousel stops the content extension");
+  for (std::size_t i = 0; i < campaign.p.size(); ++i) {
+    const std::string where = "p[" + std::to_string(i) + "]";
+    warnOfMessage(lint, where + ".o", campaign.p[i].o);
+    warnOfTrackers(lint, where + ".i", campaign.p[i].i);
+    if (!campaign.p[i].o.image)
+      lint.warnings.push_back(where + ".o.image: missing; the carousel shows no picture");
+  }
+}
+
+}  // namespace
+
+PayloadLint lintPayload(std::string_view json, const std::string& identifier) {
+  PayloadLint lint;
+  if (json.size() > largestPush)
+    lint.warnings.push_back("the payload has " + std::to_string(json.size()) +
+                            " bytes; push services take at most 4096");
+  const auto payload = Payload::open(platform::UserInfo::fromJSON(std::string(json)));
+  if (!payload) {
+    lint.errors.push_back(payload.error().description);
+    lint.stops.push_back("what is no JSON object stops the service extension");
+    return lint;
+  }
+  auto push = payload->pushObj();
+  if (push) {
+    lintPush(lint, *std::move(push), identifier);
+    return lint;
+  }
+  const auto campaign = payload->campaign();
+  if (campaign) {
+    lintCampaign(lint, *payload, *campaign);
+    return lint;
+  }
+  lint.errors = {push.error().description, campaign.error().description};
+  lint.stops.push_back("with \"mutable-content\" 1 a payload of neither form stops the service extension");
+  return lint;
+}
+
+}  // namespace VorselKelp
