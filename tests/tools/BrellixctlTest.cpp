@@ -111,7 +111,7 @@ TEST_F(ToolTest, ShowsNoTerminalCommandsOfAPayload) {
   EXPECT_EQ(at(json, "subtitle"), "S");
   EXPECT_EQ(at(json, "title"), std::string("a\0b\x1b[2J\xc2\x9b"
                                            "c\nd",
-                                           13));
+                                           12));
   human_ = true;
   const auto shown = run({"push", file, "--id", "sly"}).output;
   EXPECT_NE(shown.find("a\\x00b\\x1B[2J\\xC2\\x9Bc\\x0Ad\n"), std::string::npos) << shown;

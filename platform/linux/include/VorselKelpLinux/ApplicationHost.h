@@ -70,8 +70,8 @@ class ApplicationDelegate {
 ///   --channel FD                     reports as JSON lines to this descriptor; without it the console is
 ///   stdout
 ///
-/// The process ends when no work and no request is left, or at its time limit; saying goodbye takes it at most
-/// 2 seconds more. An --action may be empty: it is a button's identifier, not the notification itself.
+/// The process ends when no work and no request is left, or at its time limit; saying goodbye takes it at
+/// most 2 seconds more. An --action may be empty: it is a button's identifier, not the notification itself.
 int runApplication(int argc, const char* const* argv, ApplicationDelegate& application,
                    const OperationTable& operations);
 int runApplication(int argc, const char* const* argv, ApplicationDelegate& application);

@@ -7,7 +7,8 @@
 namespace VorselKelp::linux_platform {
 
 /// Where everything of one simulated device lies. All folders are below the home; names that come from
-/// outside are made safe, so none of them leads out of it. A home that is missing is made for its owner alone.
+/// outside are made safe, so none of them leads out of it. A home that is missing is made for its owner
+/// alone.
 class DeviceHome {
  public:
   /// `path` is made absolute against the current folder.

@@ -24,8 +24,9 @@ struct HeldNotification {
 
 /// One simulated device as it stands towards one application, kept in a database below the device's home.
 /// Several processes may use one home at once; every operation is atomic and takes effect for all of them
-/// when it returns. Any thread. When the database can't be read or written, an operation that answers a Result
-/// says so there; the others report it on standard error, once, and then find nothing or write nothing.
+/// when it returns. Any thread. When the database can't be read or written, an operation that answers a
+/// Result says so there; the others report it on standard error, once, and then find nothing or write
+/// nothing.
 class SimulatedDevice {
  public:
   /// Touches no file: the database is opened (and made) by the first operation.
@@ -57,9 +58,9 @@ class SimulatedDevice {
   /// attachments move into the device; a file that can't be taken over is left out. A badge is shown. Answers
   /// the notification as the device holds it; an error when it does not, and then its files are gone.
   Result<platform::NotificationRequest> deliver(platform::NotificationRequest request);
-  /// Delivers when the trigger's time has come on the device's clock, and again each interval when it repeats.
-  /// Refuses a time that is not above 0, and below 60 seconds for one that repeats; the files then stay where
-  /// they are.
+  /// Delivers when the trigger's time has come on the device's clock, and again each interval when it
+  /// repeats. Refuses a time that is not above 0, and below 60 seconds for one that repeats; the files then
+  /// stay where they are.
   Status schedule(platform::NotificationRequest request);
   void removePending(const std::vector<std::string>& identifiers);
   void removeDelivered(const std::vector<std::string>& identifiers);
