@@ -58,6 +58,7 @@ void barePush(benchmark::State& state) {
     store.write("vs_category", "Vorsel_categ_1");
     store.writeEntry("vs_t", identifier, "", boost::json::serialize(n.at("data").at("t")));
     store.writeEntry("vs_url", identifier, "com.apple.UNNotificationDefaultActionIdentifier", url);
+    store.writeEntry("vs_tags", std::string_view(n.at("tag").as_string()), "", identifier);
     store.commit();
   }
 }

@@ -1,20 +1,17 @@
 #include "push/Tags.h"
 
-#include <vector>
-
 namespace VorselKelp {
 
-void replaceTagged(CoreContext& context, const std::optional<std::string>& tag,
-                   const std::string& identifier) {
-  if (!tag) return;
+std::vector<std::string> takeOverTag(CoreContext& context, const std::string& tag,
+                                     const std::string& identifier) {
   auto& storage = context.storage;
-  std::vector<std::string> replaced;
+  std::vector<std::string> earlier;
   storage.transact([&] {
-    replaced = storage.listEntry(StorageKey::tags, *tag).value_or(std::vector<std::string>{});
-    storage.setListEntry(StorageKey::tags, *tag, {identifier});
+    earlier = storage.listEntry(StorageKey::tags, tag).value_or(std::vector<std::string>{});
+    storage.setListEntry(StorageKey::tags, tag, {identifier});
     storage.synchronize();
   });
-  if (!replaced.empty()) context.services->notificationCenter->removeDeliveredNotifications(replaced);
+  return earlier;
 }
 
 }  // namespace VorselKelp

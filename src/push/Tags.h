@@ -1,15 +1,16 @@
 #pragma once
 
-#include <optional>
 #include <string>
+#include <vector>
 
 #include "core/CoreContext.h"
 
 namespace VorselKelp {
 
-/// Lets a notification take the place of the delivered ones that carry the same tag. Without a tag nothing
-/// happens.
-void replaceTagged(CoreContext& context, const std::optional<std::string>& tag,
-                   const std::string& identifier);
+/// Remembers that `identifier` is now the notification with this tag. Answers the delivered ones that carried
+/// it before: they are to be removed from the notification centre, after any transaction that this is part
+/// of.
+[[nodiscard]] std::vector<std::string> takeOverTag(CoreContext& context, const std::string& tag,
+                                                   const std::string& identifier);
 
 }  // namespace VorselKelp

@@ -140,7 +140,9 @@ TEST_F(AdFeedTest, TheFirstImpressionTrackerGoesOutWithTheValueInItsPlace) {
   EXPECT_THAT(impression(R"("l2":"9","cpm_t":[])"), IsEmpty());
   EXPECT_THAT(impression(R"("l2":"9","cpv_t":["https://v"],"cpc_t":["https://c"])"), IsEmpty());
   feed.countImpression(AdexObject{});
-  feed.countImpression(AdexObject{.items = std::vector<Item>(1)});
+  AdexObject bare;
+  bare.items.emplace(1);
+  feed.countImpression(bare);
   const auto sent = session.request(0);
   EXPECT_EQ(sent.method, "GET");
   EXPECT_EQ(sent.timeout, 60);

@@ -110,8 +110,8 @@ TEST_F(BeaconTest, ABeaconThatIsStillQuietEndsTheWholeRound) {
   const double start = now();
   const DefaultsValue both{DefaultsValue::Map{{first, {start + 5}}, {second, {start + 5}}}};
   EXPECT_EQ(table(), both);
-  core.app.standardDomain->setObject(
-      "vs_beacon_interval", {DefaultsValue::Map{{first, {start + 5}}, {second, {start - 1}}}});
+  core.app.standardDomain->setObject("vs_beacon_interval",
+                                     {DefaultsValue::Map{{first, {start + 5}}, {second, {start - 1}}}});
   const auto shifted = table();
   core.app.device->advance(5);
   location.range({{first}, {second}});

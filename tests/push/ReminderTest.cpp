@@ -160,8 +160,8 @@ TEST_F(TagTest, TheOlderOneIsGoneWhenTheHandlerRunsWithOrWithoutAnImage) {
   EXPECT_EQ(calls, 1u);
 
   device_->notificationCenter->deliver(request("{}", "2"));
-  VorselKellp::didReceiveNotification(
-      request(message(R"(,"n":{"tag":"t","image":"https://i/p.png"})"), "3"), best, handler);
+  VorselKellp::didReceiveNotification(request(message(R"(,"n":{"tag":"t","image":"https://i/p.png"})"), "3"),
+                                      best, handler);
   EXPECT_THAT(shown(), ElementsAre("2")) << "it stays until the new one is ready";
   service_.urlSession->setRule("*", status(404));
   service_.settle();

@@ -1,0 +1,315 @@
+#include "BrellixPush/BrellixPushSDK.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "core/CoreContext.h"
+#include "facade/Facade.h"
+#include "kellp/KellpTest.h"
+
+namespace BrellixPush {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using VorselKelp::status;
+using VorselKelp::VorselKellp;
+using VorselKelp::platform::AuthorizationStatus;
+using VorselKelp::platform::DefaultsValue;
+using VorselKelp::testing_platform::DialogBehaviour;
+using Map = DefaultsValue::Map;
+
+struct Listener final : BrellixPushSDKDelegate {
+  void notificationTokenChanged(const std::string& token) override { heard.push_back("token " + token); }
+  void brellixPushSDKInited(bool success) override { heard.push_back(success ? "inited" : "not inited"); }
+  std::vector<std::string> heard;
+};
+
+class FacadeTest : public VorselKelp::KellpTest {
+ protected:
+  void startFacade() {
+    BrellixPushSDK::initialize(BrellixPushSDKBuilder("key", group).push().build());
+    app_.urlSession->setRule("/tag/key.json", status(200, "{}"));
+    app_.settle();
+  }
+  /// The publisher's name and the action of every event reported, and of those since the last look.
+  std::vector<std::string> events() {
+    std::vector<std::string> all;
+    for (const auto& url : app_.urlSession->urls()) {
+      if (!url.starts_with("https://events.brellix.example")) continue;
+      const auto pid = url.find("pid="), end = url.find("&v=");
+      all.push_back(url.substr(pid, end - pid) + " " + url.substr(url.find("action=")));
+    }
+    std::vector<std::string> fresh(all.begin() + static_cast<std::ptrdiff_t>(seen_), all.end());
+    seen_ = all.size();
+    return fresh;
+  }
+  static Map switches(const VorselKelp::testing_platform::MemoryDefaultsDomain& domain) {
+    Map all = domain.contents();
+    std::erase_if(all, [](const auto& entry) { return !entry.first.starts_with("bx_"); });
+    return all;
+  }
+  static std::pair<std::string, std::string> groups() {
+    const auto context = VorselKelp::CoreContext::current("a test");
+    return {Facade::of(*context)->appGroupSetting(), context->state.appGroupSetting()};
+  }
+  std::optional<std::int64_t> lastStatus() const {
+    const auto value = app_.standardDomain->object("com.brellix.push.auth_status");
+    return value ? std::optional(*value->as<std::int64_t>()) : std::nullopt;
+  }
+  VorselKelp::testing_platform::MemoryNotificationCenter& center() { return *device_->notificationCenter; }
+  void ask() {
+    BrellixPushSDK::askForNotificationsPermission();
+    app_.settle();
+  }
+
+ private:
+  std::size_t seen_ = 0;
+};
+
+TEST_F(FacadeTest, TheBuilderWritesTheSwitchesThatAreChosen) {
+  auto config = BrellixPushSDKBuilder("key", group).build();
+  EXPECT_EQ(switches(store()), (Map{{"bx_analytics", {true}}}));
+  EXPECT_EQ(config->apiKey(), "key");
+  EXPECT_EQ(config->appGroupId(), group);
+  EXPECT_FALSE(config->schedule() || config->consent());
+  (void)BrellixPushSDKBuilder("key", group)
+      .crash()
+      .push()
+      .customNotificationHandling()
+      .analytics(false)
+      .build();
+  const Map chosen{
+      {"bx_analytics", {false}}, {"bx_crash", {true}}, {"bx_custom", {true}}, {"bx_push", {true}}};
+  EXPECT_EQ(switches(store()), chosen);
+  store().removeObject("bx_custom");
+  const auto flushes = store().synchronizations();
+  (void)BrellixPushSDKBuilder("key", group).custom().build();
+  EXPECT_EQ(store().synchronizations(), flushes + 2) << "one for each switch that is written";
+  Map kept = chosen;
+  kept["bx_analytics"] = {true};
+  EXPECT_EQ(switches(store()), kept) << "what is not chosen stays as it was";
+
+  EXPECT_DEATH(BrellixPushSDKBuilder(std::nullopt, group), "Fatal error: BrellixPushSDKBuilder");
+  app_.bundle->setMain("VorselKellpApiKey", "listed");
+  EXPECT_EQ(BrellixPushSDKBuilder(std::nullopt, group).build()->apiKey(), "listed");
+  EXPECT_DEATH(BrellixPushSDK::initialize(nullptr), "Fatal error: BrellixPushSDK");
+}
+
+TEST_F(FacadeTest, TheCoreGetsEverySwitchFromTheFacadesStore) {
+  store().setObject("vs_reg", {true});  // else an address is written over the crash switch
+  store().setObject("bx_beacom", {true});
+  store().setObject("bx_location", {std::string("yes")});
+  store().setObject("vs_geofence", {true});
+  BrellixPushSDK::initialize(BrellixPushSDKBuilder("key", group).crash().push().build());
+  Map core = store().contents();
+  std::erase_if(core, [](const auto& entry) {
+    return !entry.first.starts_with("vs_") || !entry.second.template as<bool>() || entry.first == "vs_reg";
+  });
+  const Map expected{{"vs_analytics", {true}}, {"vs_beacon", {true}},    {"vs_crash", {true}},
+                     {"vs_custom", {false}},   {"vs_geofence", {false}}, {"vs_location", {false}},
+                     {"vs_push", {true}}};
+  EXPECT_EQ(core, expected);
+
+  device_->groupStores->refuse(group);
+  VorselKellp::install(app_.platform());
+  const auto config = BrellixPushSDKBuilder("", group).push().build();
+  BrellixPushSDK::initialize(config);
+  EXPECT_FALSE(config->storedSwitches().push.value_or(true)) << "no store, no switch";
+  EXPECT_TRUE(printed("\n***************\n Missing ApiKey! \n***************\n"));
+}
+
+TEST_F(FacadeTest, OnlyAGroupThatTheDeviceKnowsIsNamed) {
+  const std::pair<std::string, std::string> none;
+  const std::string known = group;
+  for (const std::string& name : {std::string(), std::string(" \t\r\n "), std::string("group.unknown"),
+                                  " " + known, "../" + known, std::string(10000, 'g')}) {
+    BrellixPushSDK::setValueFor(name);
+    EXPECT_EQ(groups(), none) << name.substr(0, 40);
+  }
+  BrellixPushSDK::setValueFor(known);
+  EXPECT_EQ(groups(), std::pair(known, known));
+  BrellixPushSDK::setValueFor("group.unknown");
+  EXPECT_EQ(groups(), std::pair(known, known));
+}
+
+TEST_F(FacadeTest, WithAnUnknownGroupBothLayersUseTheApplicationsOwnStore) {
+  BrellixPushSDK::initialize(BrellixPushSDKBuilder("key", "group/../../unknown").push().build());
+  const Map own = app_.standardDomain->contents();
+  EXPECT_TRUE(own.contains("bx_push") && own.contains("vs_push"));
+  EXPECT_THAT(store().contents(), IsEmpty());
+  EXPECT_THAT(device_->files->paths(), IsEmpty());
+  (void)BrellixPushSDKBuilder("key", std::nullopt).build();
+  EXPECT_EQ(groups().first, "");
+}
+
+TEST_F(FacadeTest, TheBridgePassesTwoEventsOnToTheMainQueueAndNoOther) {
+  const auto listener = std::make_shared<Listener>();
+  BrellixPushSDK::setBrellixDelegate(listener);
+  EXPECT_EQ(BrellixPushSDK::brellixDelegate(), listener);
+  startFacade();
+  const std::uint8_t token[] = {0x00, 0xAB};
+  BrellixPushSDK::registerDeviceToken(token);
+  EXPECT_THAT(listener->heard, IsEmpty());
+  app_.mainQueue->runUntilIdle();
+  EXPECT_THAT(std::exchange(listener->heard, {}), ElementsAre("token 00ab"));
+  for (const int code : {201, 500}) {
+    BrellixPushSDK::registerDeviceToken(std::span(token, code == 201 ? 2 : 1));
+    app_.urlSession->answer(app_.urlSession->unanswered().back(), status(code));
+  }
+  EXPECT_THAT(listener->heard, IsEmpty());
+  app_.mainQueue->runUntilIdle();
+  EXPECT_THAT(std::exchange(listener->heard, {}),
+              ElementsAre("token 00ab", "inited", "token 00", "not inited"));
+
+  const auto bridge = VorselKellp::vorselDelegate();
+  ASSERT_TRUE(bridge) << "it lives although the core holds it weakly";
+  const auto waiting = app_.mainQueue->waiting();
+  bridge->handleURL("app://x");
+  bridge->enteredBeaconRegionWith("b");
+  bridge->enteredGeofenceRegionWith("g");
+  bridge->locationChanged(1, 2);
+  bridge->passLocation(1);
+  EXPECT_EQ(app_.mainQueue->waiting(), waiting);
+}
+
+TEST_F(FacadeTest, ADelegateThatIsReleasedHearsNothingAndALaterOneIsHeard) {
+  auto listener = std::make_shared<Listener>();
+  BrellixPushSDK::setBrellixDelegate(listener);
+  startFacade();
+  VorselKellp::vorselDelegate()->vorselInited(true);
+  listener.reset();
+  app_.mainQueue->runUntilIdle();
+  EXPECT_FALSE(BrellixPushSDK::brellixDelegate());
+  VorselKellp::vorselDelegate()->vorselInited(false);
+  const auto later = std::make_shared<Listener>();
+  BrellixPushSDK::setBrellixDelegate(later);
+  app_.mainQueue->runUntilIdle();
+  EXPECT_THAT(later->heard, ElementsAre("not inited"));
+}
+
+TEST_F(FacadeTest, AskingIsReportedOnceAndEachOutcomeOnce) {
+  startFacade();
+  center().setDialogBehaviour(DialogBehaviour::denies);
+  ask();
+  EXPECT_THAT(events(), ElementsAre("pid=-999&src=key action=ask", "pid=-999&src=key action=block"));
+  EXPECT_EQ(lastStatus(), 1);
+  ask();
+  EXPECT_THAT(events(), IsEmpty()) << "unchanged";
+  center().setAuthorizationStatus(AuthorizationStatus::authorized);
+  ask();
+  EXPECT_THAT(events(), ElementsAre("pid=-999&src=key action=allow"));
+  EXPECT_EQ(lastStatus(), 2);
+  center().setAuthorizationStatus(AuthorizationStatus::denied);
+  ask();
+  EXPECT_THAT(events(), IsEmpty()) << "reported before";
+  EXPECT_EQ(lastStatus(), 1);
+  EXPECT_THAT(center().authorizationRequests(), testing::Each(7u));
+}
+
+TEST_F(FacadeTest, EveryKindOfPermissionCountsAsAllowedAndNoDecisionAsNothing) {
+  startFacade();
+  center().setDialogBehaviour(DialogBehaviour::cannotAsk);
+  ask();
+  EXPECT_THAT(events(), ElementsAre(testing::EndsWith("ask")));
+  EXPECT_EQ(lastStatus(), 0);
+  for (const auto permitted : {AuthorizationStatus::provisional, AuthorizationStatus::ephemeral}) {
+    app_.standardDomain->removeObject("com.brellix.push.sent_events");
+    center().setAuthorizationStatus(permitted);
+    ask();
+    EXPECT_THAT(events(), ElementsAre(testing::EndsWith("ask"), testing::EndsWith("allow")));
+  }
+  app_.standardDomain->removeObject("com.brellix.push.sent_events");
+  center().setAuthorizationStatus(AuthorizationStatus::notDetermined);
+  ask();
+  EXPECT_THAT(events(), ElementsAre(testing::EndsWith("ask"))) << "changed, but to no decision";
+}
+
+TEST_F(FacadeTest, TwoRequestsPendingTogetherShareADialogAndTheNamedPublisherGetsTheOutcome) {
+  startFacade();
+  center().setDialogBehaviour(DialogBehaviour::leavesOpen);
+  BrellixPushSDK::askForNotificationsPermission();
+  EXPECT_EQ(center().authorizationRequests().size(), 1u) << "at once";
+  app_.settle();
+  EXPECT_EQ(center().authorizationRequests().size(), 2u) << "and the core's own";
+  BrellixPushSDK::initialize("42", "news");
+  EXPECT_TRUE(center().answerDialog(true));
+  EXPECT_FALSE(center().answerDialog(true)) << "there was one dialog";
+  app_.settle();
+  EXPECT_THAT(events(), ElementsAre("pid=-999&src=key action=ask", "pid=42&src=news action=allow"));
+  EXPECT_EQ(app_.application->registrations(), 1u);
+}
+
+TEST_F(FacadeTest, AskingOnAControllerGoesOverTheMainQueue) {
+  startFacade();
+  const auto controller = std::make_shared<VorselKelp::ui::ViewController>();
+  BrellixPushSDK::askForNotificationPermissionWith(controller);
+  EXPECT_THAT(events(), ElementsAre(testing::EndsWith("ask")));
+  EXPECT_THAT(center().authorizationRequests(), IsEmpty());
+  center().setDialogBehaviour(DialogBehaviour::leavesOpen);
+  app_.settle();
+  EXPECT_EQ(center().authorizationRequests().size(), 2u) << "the facade's and the core's, undecided still";
+  center().answerDialog(false);
+  EXPECT_THAT(events(), ElementsAre(testing::EndsWith("block")));
+}
+
+TEST_F(FacadeTest, WithoutATrackerTheOutcomeIsRememberedAndNothingReported) {
+  ask();
+  EXPECT_THAT(events(), IsEmpty());
+  EXPECT_EQ(lastStatus(), 2);
+  startFacade();
+  ask();
+  EXPECT_THAT(events(), ElementsAre(testing::EndsWith("ask"))) << "nothing changed since";
+}
+
+TEST_F(FacadeTest, ForwardsToTheCore) {
+  startFacade();
+  BrellixPushSDK::setUtm("k", "v");
+  EXPECT_EQ(BrellixPushSDK::getUtm("k"), "v");
+  BrellixPushSDK::removeUtm("k");
+  EXPECT_EQ(VorselKellp::getUtm("k"), "Error! Key: k does not exist");
+  BrellixPushSDK::track({{"a", 1}, {"b", 2}, {"c", 3}});
+  BrellixPushSDK::removeTrackFor("a");
+  EXPECT_EQ(BrellixPushSDK::getTrack(), VorselKellp::getTrack());
+  EXPECT_EQ(BrellixPushSDK::getTrackFor("b"), "2");
+  std::optional<int> answered;
+  BrellixPushSDK::sendTrack([&](auto code, const auto&, const auto&) { answered = code; });
+  app_.urlSession->answer(app_.urlSession->unanswered().back(), status(201));
+  EXPECT_EQ(answered, 201);
+  BrellixPushSDK::removeTrack();
+  EXPECT_THAT(VorselKellp::getTrack(), IsEmpty());
+
+  const auto content = std::make_shared<VorselKelp::platform::NotificationContent>();
+  BrellixPushSDK::increseNotificationCount(content);
+  EXPECT_EQ(content->badge, 1);
+  BrellixPushSDK::decreseNotificationCount(nullptr);
+  EXPECT_EQ(app_.application->badge(), 0);
+}
+
+TEST_F(FacadeTest, ADeepLinkArrivesByTheCompletionAlone) {
+  startFacade();
+  VorselKelp::platform::NotificationRequest request;
+  const auto content = std::make_shared<VorselKelp::platform::NotificationContent>();
+  std::size_t handed = 0;
+  const auto handler = [&](const auto& best) { handed += best == content ? 1 : 0; };
+  std::vector<std::string> links;
+  const auto link = [&](const auto& url) { links.push_back(url.value_or("none")); };
+  for (const bool handle : {true, false}) {
+    request.identifier = handle ? "n-1" : "n-2";
+    request.content.userInfo = VorselKelp::platform::UserInfo::fromJSON(
+        R"({"aps":{"alert":{"title":"T","n":{"cl":1,"data":{"url":"app://page","t":[]}}}}})");
+    EXPECT_FALSE(BrellixPushSDK::didReceiveNotification(request, content, handler));
+    BrellixPushSDK::pushTrackOpen(
+        handle, {request, std::string(VorselKelp::platform::defaultActionIdentifier)}, link);
+    app_.settle();
+  }
+  EXPECT_THAT(links, ElementsAre("app://page"));
+  EXPECT_THAT(app_.browser->pages(), IsEmpty());
+  EXPECT_EQ(content->title, "T");
+  BrellixPushSDK::notificationBuilderWillTerminate(request.content.userInfo, content, handler);
+  EXPECT_EQ(handed, 3u);
+}
+
+}  // namespace
+}  // namespace BrellixPush
