@@ -2,6 +2,9 @@
 add_library(vorsel_options INTERFACE)
 target_compile_options(vorsel_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wconversion
                                                 -Wno-sign-conversion)
+# What a program does not call is left out of it.
+target_compile_options(vorsel_options INTERFACE -ffunction-sections -fdata-sections)
+target_link_options(vorsel_options INTERFACE -Wl,--gc-sections)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   # Both warn about the standard library's own code once it is inlined, in texts and variants that are used properly.
   target_compile_options(vorsel_options INTERFACE -Wno-restrict -Wno-maybe-uninitialized)

@@ -32,7 +32,7 @@ class BrellixPushSDK {
   static void setBrellixDelegate(std::weak_ptr<BrellixPushSDKDelegate> delegate);
   [[nodiscard]] static std::shared_ptr<BrellixPushSDKDelegate> brellixDelegate();
 
-  /// Names the application group, trimmed blanks aside; a group that the device does not know is ignored.
+  /// Names the application group; blanks alone, and a group that the device does not know, are ignored.
   static void setValueFor(const std::string& appGroupId);
 
   static void registerDeviceToken(std::span<const std::uint8_t> deviceToken);

@@ -33,7 +33,7 @@ Flusher::~Flusher() {
 
 void Flusher::request(const std::string& logPath) {
   const std::lock_guard lock(mutex_);
-  if (!pending_.insert(logPath).second) return;
+  if (!pending_.insert(logPath).second || !inBackground_) return;
   if (thread_.joinable()) {
     changed_.notify_all();
   } else {

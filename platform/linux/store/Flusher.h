@@ -13,7 +13,8 @@ namespace VorselKelp::linux_platform {
 /// checkpoint forces both files. Safe for any thread; the thread of its own starts with the first request.
 class Flusher {
  public:
-  Flusher() = default;
+  /// Without `inBackground` a log is made durable by finish() alone, and no thread is started.
+  explicit Flusher(bool inBackground) : inBackground_(inBackground) {}
   /// Every log asked for is durable when this returns.
   ~Flusher();
   Flusher(const Flusher&) = delete;
@@ -28,6 +29,7 @@ class Flusher {
   void run();
   void flushPending(std::unique_lock<std::mutex>& lock);
 
+  const bool inBackground_;
   std::mutex mutex_;
   std::condition_variable changed_;
   std::set<std::string> pending_;

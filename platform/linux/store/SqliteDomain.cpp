@@ -23,10 +23,13 @@ SqliteDomain::SqliteDomain(StoreFile file, std::shared_ptr<Flusher> flusher)
     : file_(std::move(file)), store_(file_.open()), flusher_(std::move(flusher)) {}
 
 SqliteDomain::~SqliteDomain() {
+  if (store_.database) {
+    store_.database->tidyLogWhenClosing(!store_.readOnly && file_.isCurrent(store_));
+    store_.database->close();
+  }
+  // The last connection has taken the log into the database and made that durable; then there is no log any
+  // more.
   flusher_->finish(file_.logPath());
-  if (!store_.database) return;
-  store_.database->tidyLogWhenClosing(!store_.readOnly && file_.isCurrent(store_));
-  store_.database->close();
 }
 
 template <class Work>

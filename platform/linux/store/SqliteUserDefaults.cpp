@@ -47,7 +47,7 @@ class SqliteUserDefaults final : public platform::UserDefaults {
 
   std::mutex mutex_;
   UserDefaultsOptions options_;
-  std::shared_ptr<Flusher> flusher_ = std::make_shared<Flusher>();
+  std::shared_ptr<Flusher> flusher_ = std::make_shared<Flusher>(options_.flushInBackground);
   std::shared_ptr<SqliteDomain> standard_;
   std::map<std::string, std::shared_ptr<SqliteDomain>, std::less<>> suites_;
 };

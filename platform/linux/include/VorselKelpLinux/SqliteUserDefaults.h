@@ -21,6 +21,9 @@ struct UserDefaultsOptions {
   std::function<std::optional<std::string>(std::string_view groupId)> containerPath;
   /// How long a write waits while another process writes. After that it is dropped.
   std::chrono::milliseconds lockPatience{5000};
+  /// Whether synchronize() makes a store durable soon, on a thread of its own. A process that lives for a
+  /// moment does without: what it wrote becomes durable when it closes its domains.
+  bool flushInBackground = true;
   /// Where a store says what is wrong with it; when empty, standard error.
   LineSink report;
 };
