@@ -33,28 +33,30 @@ std::string_view shortEscape(char c) {
 }  // namespace
 
 void Writer::text(std::string_view text) {
-  if (!isValidUtf8(text)) {
-    failed_ = true;
-    out_ += "\"\"";
-    return;
-  }
   out_ += '"';
+  bool ascii = true;
   std::size_t plain = 0;
   for (std::size_t i = 0; i < text.size(); ++i) {
     const auto c = static_cast<unsigned char>(text[i]);
+    if (c >= 0x80) ascii = false;
     if (c >= 0x20 && c != '"' && c != '\\') continue;
-    out_ += text.substr(plain, i - plain);
+    out_.append(text, plain, i - plain);
     plain = i + 1;
-    if (const auto escape = shortEscape(text[i]); !escape.empty()) {
-      out_ += escape;
-    } else {
-      std::array<char, 8> code{};
-      std::snprintf(code.data(), code.size(), "\\u%04x", c);
-      out_ += code.data();
-    }
+    escape(text[i]);
   }
-  out_ += text.substr(plain);
+  out_.append(text, plain);
   out_ += '"';
+  if (!ascii && !isValidUtf8(text)) failed_ = true;
+}
+
+void Writer::escape(char c) {
+  if (const auto shortForm = shortEscape(c); !shortForm.empty()) {
+    out_ += shortForm;
+    return;
+  }
+  std::array<char, 8> code{};
+  std::snprintf(code.data(), code.size(), "\\u%04x", static_cast<unsigned char>(c));
+  out_ += code.data();
 }
 
 void Writer::number(std::int64_t number) {

@@ -7,7 +7,7 @@
 namespace VorselKelp::json {
 
 /// Appends JSON without white space to a text. A text that is not UTF-8, or a number that is not finite, has
-/// no JSON form: it is left out and the whole counts as failed.
+/// no JSON form: the whole counts as failed then.
 class Writer {
  public:
   void raw(std::string_view json) { out_ += json; }
@@ -22,6 +22,8 @@ class Writer {
   [[nodiscard]] std::string take() { return std::move(out_); }
 
  private:
+  void escape(char c);
+
   std::string out_;
   bool failed_ = false;
 };

@@ -28,8 +28,7 @@ void Badge::decrease(platform::NotificationContent* content) {
   std::optional<std::int64_t> count;
   storage.transact([&] {
     count = storage.integer(StorageKey::badge);
-    if (!count) return;
-    if (*count == std::numeric_limits<std::int64_t>::min()) fatalError("the badge count overflows");
+    if (!count || *count == std::numeric_limits<std::int64_t>::min()) return;
     count = *count - 1;
     storage.set(StorageKey::badge, *count);
     storage.synchronize();

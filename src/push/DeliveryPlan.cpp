@@ -3,7 +3,6 @@
 #include <string_view>
 
 #include "base/Text.h"
-#include "base/Url.h"
 
 namespace VorselKelp {
 namespace {
@@ -16,12 +15,6 @@ std::optional<platform::NotificationSound> soundOf(const N& n) {
   return platform::NotificationSound::named(*n.sound + ".wav");
 }
 
-std::vector<std::string> requestable(std::optional<std::vector<std::string>> urls) {
-  std::vector<std::string> trackers = std::move(urls).value_or(std::vector<std::string>{});
-  std::erase_if(trackers, [](const std::string& url) { return !isWebUrl(url); });
-  return trackers;
-}
-
 DeliveryPlan::Message planMessage(NotificationBody body) {
   N& n = *body.n;
   DeliveryPlan::Message message;
@@ -32,7 +25,7 @@ DeliveryPlan::Message planMessage(NotificationBody body) {
   }
   message.title = fromNonLossyAscii(body.title).value_or(body.title);
   message.body = std::move(n.body);
-  message.impressionTrackers = requestable(std::move(body.t));
+  message.impressionTrackers = std::move(body.t).value_or(std::vector<std::string>{});
   message.target = std::move(n.data);
   message.tag = std::move(n.tag);
   return message;
@@ -44,7 +37,7 @@ DeliveryPlan planDelivery(PushObj push, std::string identifier) {
   NotificationBody& body = push.aps.notificationBody;
   DeliveryPlan plan;
   plan.identifier = std::move(identifier);
-  if (body.v && isWebUrl(*body.v)) plan.viewTracker = std::move(body.v);
+  plan.viewTracker = std::move(body.v);
   if (body.n) {
     plan.kind = planMessage(std::move(body));
   } else {

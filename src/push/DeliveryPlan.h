@@ -28,13 +28,13 @@ struct DeliveryPlan {
     std::optional<std::string> image;
     std::string title;
     std::optional<std::string> body;              ///< absent: stays as it came
-    std::vector<std::string> impressionTrackers;  ///< those that can be requested
+    std::vector<std::string> impressionTrackers;  ///< as received: what forms no web URL is skipped
     std::optional<Conversion> target;
     std::optional<std::string> tag;
   };
 
   std::string identifier;
-  std::optional<std::string> viewTracker;  ///< when it can be requested
+  std::optional<std::string> viewTracker;  ///< likewise
   std::variant<Ad, Message> kind;
 };
 

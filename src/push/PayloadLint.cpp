@@ -83,8 +83,9 @@ void tellMessage(PayloadLint& lint, const std::string& identifier, const Deliver
     store(lint, StorageKey::category, "", *shown.category);
   }
   if (message.image && isWebUrl(*message.image)) lint.requests.push_back(*message.image);
-  lint.requests.insert(lint.requests.end(), message.impressionTrackers.begin(),
-                       message.impressionTrackers.end());
+  for (const std::string& tracker : message.impressionTrackers) {
+    if (isWebUrl(tracker)) lint.requests.push_back(tracker);
+  }
   if (message.target) {
     for (const std::string& tracker : message.target->t.value_or(std::vector<std::string>{}))
       store(lint, StorageKey::conversionTrackers, identifier, tracker);
@@ -109,7 +110,7 @@ void lintPush(PayloadLint& lint, PushObj push, const std::string& identifier) {
   lint.root = PayloadLint::Root::push;
   warnOfPush(lint, push);
   const DeliveryPlan plan = planDelivery(std::move(push), identifier);
-  if (plan.viewTracker) lint.requests.push_back(*plan.viewTracker);
+  if (plan.viewTracker && isWebUrl(*plan.viewTracker)) lint.requests.push_back(*plan.viewTracker);
   if (const auto* message = std::get_if<DeliveryPlan::Message>(&plan.kind)) {
     tellMessage(lint, identifier, *message);
   } else {

@@ -15,7 +15,6 @@ constexpr double shortestInterval = 60;  // the system takes no shorter repeatin
 }  // namespace
 
 void Reminder::setText(const std::string& text) {
-  if (!context_->storage.flag(StorageKey::push)) return;
   context_->storage.set(StorageKey::notificationText, text);
   context_->storage.synchronize();
 }

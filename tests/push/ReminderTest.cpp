@@ -1,12 +1,12 @@
 #include "push/Reminder.h"
 
+#include <algorithm>
 #include <limits>
 #include <string>
 #include <vector>
 
 #include "core/TestCore.h"
 #include "push/ServiceTest.h"
-#include "push/Tags.h"
 
 namespace VorselKelp {
 namespace {

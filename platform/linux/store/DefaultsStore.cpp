@@ -29,15 +29,18 @@ std::optional<DefaultsValue> DefaultsStore::object(std::string_view key) {
   auto* map = result ? std::get_if<DefaultsValue::Map>(&result->value) : nullptr;
   if (!map) return result;
 
-  // Rows come in the order of names, and an inner map's header before its entries.
+  // Rows come in the order of names. An empty inner map is a row without an inner name; one with entries
+  // needs none.
   for (bool more = !query.isNull(2); more; more = query.row()) {
     auto value = rowValue(query, 4);
     if (!value) continue;
     if (query.isInteger(3)) {
       map->insert_or_assign(map->end(), std::string(query.bytes(2)), std::move(*value));
-    } else if (!map->empty()) {
-      auto* inner = std::get_if<DefaultsValue::Map>(&map->rbegin()->second.value);
-      if (inner) inner->insert_or_assign(inner->end(), std::string(query.bytes(3)), std::move(*value));
+    } else {
+      auto& holder = (*map)[std::string(query.bytes(2))];
+      if (!holder.as<DefaultsValue::Map>()) holder.value = DefaultsValue::Map{};
+      auto& inner = std::get<DefaultsValue::Map>(holder.value);
+      inner.insert_or_assign(inner.end(), std::string(query.bytes(3)), std::move(*value));
     }
   }
   return result;
@@ -97,16 +100,11 @@ std::optional<DefaultsValue> DefaultsStore::innerMap(std::string_view key, std::
 
 void DefaultsStore::setMapEntry(std::string_view key, EntryPath path, MapKind kind,
                                 const DefaultsValue& value) {
-  const auto stored = storedKind(kind);
-  if (kind != MapKind::textMapMap && addEntry(key, path.entry, value, stored)) return;
+  if (addEntry(key, path, kind, value)) return;
   Transaction transaction(database_);
-  if (!isMapOf(key, stored)) makeMapOf(key, stored);
-  if (kind == MapKind::textMapMap) {
-    Query(database_, Sql::addInnerHeader).bind(key).bind(path.entry).run();
-    writeEntry(key, path.entry, path.inner, value);
-  } else {
-    writeEntry(key, path.entry, std::nullopt, value);
-  }
+  makeMapOf(key, storedKind(kind));
+  const bool nested = kind == MapKind::textMapMap;
+  writeEntry(key, path.entry, nested ? std::optional(path.inner) : std::nullopt, value);
   transaction.commit();
 }
 
@@ -120,6 +118,9 @@ void DefaultsStore::removeMapEntry(std::string_view key, EntryPath path, MapKind
     query.bind(key).bind(path.entry);
     bindInner(query, kind == MapKind::textMapMap ? path.inner : std::string_view());
     query.run();
+    // An inner map that loses its last entry stays, empty.
+    if (kind == MapKind::textMapMap && database_.changes() > 0)
+      Query(database_, Sql::addInnerHeader).bind(key).bind(path.entry).run();
   }
   transaction.commit();
 }
@@ -138,12 +139,18 @@ void DefaultsStore::makeMapOf(std::string_view key, StoredMapKind kind) {
 }
 
 /// True when it is done, or failed for good; false when the map has to be made first.
-bool DefaultsStore::addEntry(std::string_view key, std::string_view name, const DefaultsValue& value,
-                             StoredMapKind kind) {
+bool DefaultsStore::addEntry(std::string_view key, EntryPath path, MapKind kind, const DefaultsValue& value) {
   const RowValue row(value);
+  const bool nested = kind == MapKind::textMapMap;
   Query query(database_, Sql::addEntryToMap);
-  row.bindTo(query.bind(key).bind(name).bind(noInnerName));
-  query.bind(static_cast<std::int64_t>(kind));
+  query.bind(key).bind(path.entry);
+  if (nested) {
+    query.bind(path.inner);
+  } else {
+    query.bind(noInnerName);
+  }
+  row.bindTo(query);
+  query.bind(static_cast<std::int64_t>(storedKind(kind)));
   return !query.run() || database_.changes() > 0;
 }
 

@@ -35,8 +35,8 @@ class DefaultsStore {
   std::optional<platform::DefaultsValue> innerMap(std::string_view key, std::string_view name);
   bool isMapOf(std::string_view key, StoredMapKind kind);
   void makeMapOf(std::string_view key, StoredMapKind kind);
-  bool addEntry(std::string_view key, std::string_view name, const platform::DefaultsValue& value,
-                StoredMapKind kind);
+  bool addEntry(std::string_view key, platform::EntryPath path, platform::MapKind kind,
+                const platform::DefaultsValue& value);
   void writeHeader(std::string_view key, const platform::DefaultsValue& value,
                    std::optional<StoredMapKind> mapKind);
   void writeEntry(std::string_view key, std::string_view name, std::optional<std::string_view> inner,
