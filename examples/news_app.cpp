@@ -1,5 +1,6 @@
 // A news application: starts the library, hands it the device token, and passes the user's taps on.
 
+#include "FacadeNews.h"
 #include "NewsDelegate.h"
 #include "VorselKelp/VorselKellp.h"
 #include "VorselKelpLinux/OperationTable.h"
@@ -26,7 +27,7 @@ std::shared_ptr<VorselConfig> configurationOf(const Manifest& manifest) {
   return builder.build();
 }
 
-class NewsApplication final : public linux_platform::ApplicationDelegate {
+class CoreNews final : public linux_platform::ApplicationDelegate {
  public:
   void willFinishLaunching(ApplicationProcess& process) override {
     VorselKellp::setValueFor(process.manifest().appGroupId.value_or(""));
@@ -53,6 +54,28 @@ class NewsApplication final : public linux_platform::ApplicationDelegate {
 
  private:
   std::shared_ptr<news::NewsDelegate> delegate_;
+};
+
+/// Speaks to the library itself or to the publisher's layer above it, as the manifest says; a real
+/// application would know at compile time.
+class NewsApplication final : public linux_platform::ApplicationDelegate {
+ public:
+  void willFinishLaunching(ApplicationProcess& process) override {
+    if (process.manifest().layer == Manifest::Layer::facade) news_ = news::makeFacadeNews();
+    news_->willFinishLaunching(process);
+  }
+  void didFinishLaunching(ApplicationProcess& process) override { news_->didFinishLaunching(process); }
+  void didSettle(ApplicationProcess& process) override { news_->didSettle(process); }
+  void didRegisterForRemoteNotifications(std::span<const std::uint8_t> token) override {
+    news_->didRegisterForRemoteNotifications(token);
+  }
+  void didReceive(const platform::NotificationResponse& response, bool handle,
+                  std::function<void(std::optional<std::string>)> completion) override {
+    news_->didReceive(response, handle, std::move(completion));
+  }
+
+ private:
+  std::unique_ptr<linux_platform::ApplicationDelegate> news_ = std::make_unique<CoreNews>();
 };
 
 }  // namespace

@@ -1,17 +1,25 @@
 // The news application's notification-service extension: a process of its own that lets the library prepare
 // each notification before it is shown.
 
+#include "BrellixPush/BrellixPushSDK.h"
 #include "VorselKelp/VorselKellp.h"
 #include "VorselKelpLinux/ServiceExtensionHost.h"
 
 namespace {
 
 using namespace VorselKelp;
+using BrellixPush::BrellixPushSDK;
 
 class NewsService final : public linux_platform::ServiceExtension {
  public:
   void willStart(const linux_platform::Manifest& manifest) override {
-    VorselKellp::setValueFor(manifest.appGroupId.value_or(""));
+    facade_ = manifest.layer == linux_platform::Manifest::Layer::facade;
+    const auto group = manifest.appGroupId.value_or("");
+    if (facade_) {
+      BrellixPushSDK::setValueFor(group);
+    } else {
+      VorselKellp::setValueFor(group);
+    }
   }
 
   void didReceive(const platform::NotificationRequest& request,
@@ -19,14 +27,25 @@ class NewsService final : public linux_platform::ServiceExtension {
     userInfo_ = request.content.userInfo;
     best_ = best;
     handler_ = handler;
-    VorselKellp::didReceiveNotification(request, std::move(best), std::move(handler));
+    if (facade_) {
+      BrellixPushSDK::increseNotificationCount(best);
+      BrellixPushSDK::didReceiveNotification(request, std::move(best), std::move(handler));
+    } else {
+      VorselKellp::addNotificationCount(best);
+      VorselKellp::didReceiveNotification(request, std::move(best), std::move(handler));
+    }
   }
 
   void serviceExtensionTimeWillExpire() override {
-    VorselKellp::notificationBuilderWillTerminate(userInfo_, best_, handler_);
+    if (facade_) {
+      BrellixPushSDK::notificationBuilderWillTerminate(userInfo_, best_, handler_);
+    } else {
+      VorselKellp::notificationBuilderWillTerminate(userInfo_, best_, handler_);
+    }
   }
 
  private:
+  bool facade_ = false;
   platform::UserInfo userInfo_;
   std::shared_ptr<platform::NotificationContent> best_;
   ContentHandler handler_;

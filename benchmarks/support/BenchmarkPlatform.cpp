@@ -54,6 +54,12 @@ TemporaryFolder::~TemporaryFolder() {
   std::filesystem::remove_all(path, ignored);
 }
 
+void makeQuiet(platform::Platform& services, std::vector<platform::NotificationCategory> categories) {
+  services.urlSession = std::make_shared<NoRequests>();
+  services.console = std::make_shared<SilentConsole>();
+  services.notificationCenter = std::make_shared<FixedCategories>(std::move(categories));
+}
+
 std::shared_ptr<platform::Platform> benchmarkPlatform(
     const std::string& folder, std::vector<platform::NotificationCategory> categories) {
   testing_platform::MemoryPlatform memory;
@@ -69,9 +75,7 @@ std::shared_ptr<platform::Platform> benchmarkPlatform(
     return manager->containerPath(group);
   };
   services->userDefaults = linux_platform::makeUserDefaults(defaults);
-  services->urlSession = std::make_shared<NoRequests>();
-  services->console = std::make_shared<SilentConsole>();
-  services->notificationCenter = std::make_shared<FixedCategories>(std::move(categories));
+  makeQuiet(*services, std::move(categories));
   return services;
 }
 

@@ -23,6 +23,9 @@ class TemporaryFolder {
 [[nodiscard]] std::shared_ptr<platform::Platform> benchmarkPlatform(
     const std::string& folder, std::vector<platform::NotificationCategory> categories = {});
 
+/// Drops a platform's requests unsent, silences its console, and fixes its registered categories.
+void makeQuiet(platform::Platform& services, std::vector<platform::NotificationCategory> categories = {});
+
 inline constexpr const char* benchmarkGroup = "group.com.example.news";
 
 /// A text-only push of 2.2 KB: title, body, two buttons, open target, trackers.

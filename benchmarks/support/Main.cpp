@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "support/Cores.h"
 #include "support/ProcessMemory.h"
 #include "support/Table.h"
 
@@ -66,6 +67,7 @@ int main(int argc, char** argv) {
   for (const Comparison& c : comparisons)
     lines.push_back({c.figure, "us", collector.median(c.figure), collector.median(c.floor), c.goal, false});
   lines.push_back(VorselKelp::benchmarks::serviceExtensionMemory());
+  lines.push_back(VorselKelp::benchmarks::coresSideBySide());
   VorselKelp::benchmarks::printTable(lines);
   benchmark::Shutdown();
   return 0;

@@ -179,6 +179,8 @@ TEST_F(ToolTest, TellsWrongUsageFromFailure) {
       {"launch", "--call", "isInitialised"},
       {"launch", "--call", "registerToken=[\"zz\"]"},
       {"launch", "--call", "registerToken=[\"abc\"]"},
+      {"launch", "--call", "track=[3]"},
+      {"launch", "--beacon", "enter:nowhere"},
       {"launch", "--time-limit", "nan"},
       {"push", "x.json", "--time-limit", "inf"},
       {"notifications", "--advance", "nan"},

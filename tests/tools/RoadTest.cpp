@@ -131,6 +131,31 @@ TEST_F(ToolTest, TwoPushesAtOnceLoseNothing) {
   EXPECT_EQ(store.find("group")->find("vs_t")->as<JSONAny::Dictionary>()->size(), 2u);
 }
 
+TEST_F(ToolTest, FacadeReportsThePermissionOncePerInstallation) {
+  manifestExtra_ = R"("layer": "facade", "publisher": {"id": "42", "source": "news"}, )";
+  startServer();
+  const auto launched = run({"launch", "--answer", "allow"});
+  ASSERT_EQ(launched.status, 0) << launched.errors;
+  const auto token = at(launched.json(), "token");
+  EXPECT_EQ(at(launched.json(), "delegate"),
+            R"([{"name":"notificationTokenChanged","arguments":[")" + token +
+                R"("]},{"name":"brellixPushSDKInited","arguments":[true]}])");
+  ASSERT_EQ(run({"launch", "--answer", "allow"}).status, 0);
+  const auto all = requests();
+  for (const char* action : {"ask", "allow", "block"}) {
+    const auto isEvent = [&](const std::string& request) {
+      return request.find("pid=42&src=news") != std::string::npos &&
+             request.find(std::string("action=") + action) != std::string::npos;
+    };
+    EXPECT_EQ(std::count_if(all.begin(), all.end(), isEvent), std::string(action) == "block" ? 0 : 1);
+  }
+  const auto shown = run({"push", payload("rich.json", richPayload), "--id", "f"}).json();
+  EXPECT_EQ(at(shown, "extension"), "answered");
+  EXPECT_EQ(at(shown, "badge"), "1");
+  EXPECT_EQ(at(run({"tap", "f", "--action", "follow", "--no-handle"}).json(), "completion"),
+            "newsapp://storm/follow");
+}
+
 TEST_F(ToolTest, DemoShowsTheWholeRoad) {
   const auto demo = run({"demo"});
   EXPECT_EQ(demo.status, 0) << demo.output << demo.errors;

@@ -112,9 +112,9 @@ class ToolTest : public testing::Test {
     std::ofstream(folder_ / "news.json")
         << R"({"bundleIdentifier": "com.example.news", "version": "3.1.0", "apiKey": "k-123",
                "appGroupId": "group.com.example.news", "switches": {"push": )"
-        << push << R"(, "analytics": true}, )" << manifestExtra_ << R"("endpoints": {"collection": ")" << url_
-        << R"(", "tag": ")" << url_ << R"(", "events": ")" << url_ << R"(", "adFeed": ")" << url_
-        << R"(", "script": ")" << url_ << "\"}}";
+        << push << R"(, "analytics": true)" << switchesExtra_ << "}, " << manifestExtra_
+        << R"("endpoints": {"collection": ")" << url_ << R"(", "tag": ")" << url_ << R"(", "events": ")"
+        << url_ << R"(", "adFeed": ")" << url_ << R"(", "script": ")" << url_ << "\"}}";
   }
 
   [[nodiscard]] std::vector<std::string> commandLine(std::vector<std::string> arguments) const {
@@ -168,6 +168,7 @@ class ToolTest : public testing::Test {
   std::string tool_ = BRELLIXCTL;
   bool human_ = false;         ///< without --json
   std::string manifestExtra_;  ///< members that the manifest has besides, each with its comma
+  std::string switchesExtra_;  ///< the same among its switches, each after its comma
   std::string url_ = "http://127.0.0.1:9";
 };
 

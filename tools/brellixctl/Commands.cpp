@@ -154,6 +154,20 @@ int runStore(const CommonOptions& common) {
   return 0;
 }
 
+int runBadge(const CommonOptions& common) {
+  const auto target = Target::open(common.home, common.manifest);
+  if (!target) return fail(target.error());
+  const auto badge = target->device().badge();
+  if (common.json) {
+    printJSON(JSONAny::Dictionary{{"badge", badge}});
+  } else if (badge == 0) {
+    std::puts("The application's icon shows no badge.");
+  } else {
+    std::printf("The application's icon shows the badge %lld.\n", static_cast<long long>(badge));
+  }
+  return 0;
+}
+
 int runNotifications(const CommonOptions& common, double advance) {
   const auto target = Target::open(common.home, common.manifest);
   if (!target) return fail(target.error());

@@ -21,6 +21,11 @@ struct ServeOptions {
   std::vector<std::string> statuses;  ///< PATH=CODE
 };
 
+struct LintRequest {
+  std::string payloadPath;
+  std::string identifier = "notification";  ///< the notification's
+};
+
 // Each runs one command and returns the exit status: 0, 1 when the operation failed, 2 for wrong usage. The
 // result goes to standard output, everything else to standard error.
 
@@ -32,6 +37,11 @@ int runTap(const CommonOptions& common, const TapRequest& request);
 int runStore(const CommonOptions& common);
 /// `advance`: seconds by which the device's clock is moved on first; what is due then is delivered.
 int runNotifications(const CommonOptions& common, double advance);
+
+int runBadge(const CommonOptions& common);
+/// Needs neither device nor application.
+int runLint(const CommonOptions& common, const LintRequest& request);
+int runSchema(const std::string& name);
 
 /// Says in one line on standard error what went wrong, and returns the exit status for it.
 int fail(const VorselKelp::Error& error);

@@ -50,6 +50,8 @@ Result<LaunchOutcome> launch(const Target& target, const LaunchRequest& request)
   if (!request.answer.empty())
     command.arguments.insert(command.arguments.end(), {"--answer", request.answer});
   for (const auto& call : request.calls) command.arguments.insert(command.arguments.end(), {"--call", call});
+  for (const auto& event : request.beacons)
+    command.arguments.insert(command.arguments.end(), {"--beacon", event});
   auto child = runChild(command);
   if (!child) return child.error();
   if (child->stopReason) return Error{"The application stopped: " + *child->stopReason};

@@ -33,6 +33,7 @@ inline constexpr int wrongUsage = 2;
 struct LaunchRequest {
   std::string answer;  ///< "allow", "deny" or empty
   std::vector<std::string> calls;
+  std::vector<std::string> beacons;  ///< events, before the calls
   double timeLimit = 20;
 };
 

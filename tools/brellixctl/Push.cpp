@@ -1,14 +1,10 @@
 #include <sys/random.h>
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <memory>
-
 #include "VorselKelpLinux/Hex.h"
 #include "VorselKelpLinux/NotificationRecords.h"
 #include "brellixctl/ChildProcess.h"
 #include "brellixctl/Operations.h"
+#include "brellixctl/PayloadFile.h"
 
 namespace brellixctl {
 
@@ -21,36 +17,12 @@ namespace device = VorselKelp::linux_platform;
 
 namespace {
 
-constexpr std::size_t payloadLimit = std::size_t{64} << 20;
-
 std::string makeIdentifier() {
   std::string bytes(16, '\0');
   if (::getrandom(bytes.data(), bytes.size(), 0) < 0) bytes.assign(16, '0');
   auto text = hexOf(bytes);
   for (const std::size_t dash : {8, 13, 18, 23}) text.insert(dash, 1, '-');
   return text;
-}
-
-Result<std::string> readPayload(const std::string& path) {
-  std::FILE* opened = path == "-" ? stdin : std::fopen(path.c_str(), "rbe");
-  if (opened == nullptr) return Error{"Cannot read " + path + ": " + std::strerror(errno)};
-  const auto close = [](std::FILE* file) { return file == stdin ? 0 : std::fclose(file); };
-  const std::unique_ptr<std::FILE, decltype(close)> file(opened, close);
-  std::string bytes;
-  std::string block(std::size_t{1} << 16, '\0');
-  while (const auto got = std::fread(block.data(), 1, block.size(), file.get())) {
-    bytes.append(block, 0, got);
-    if (bytes.size() > payloadLimit)
-      return Error{path + " is larger than 64 MiB; no server sends such a payload"};
-  }
-  if (std::ferror(file.get()) != 0) return Error{"Cannot read " + path + ": " + std::strerror(errno)};
-  return bytes;
-}
-
-bool wantsExtension(const JSONAny& payload) {
-  const auto* aps = payload.find("aps");
-  const auto* flag = aps != nullptr ? aps->find("mutable-content") : nullptr;
-  return flag != nullptr && flag->value == JSONAny(1).value;
 }
 
 std::string wordFor(const ChildOutcome& child, bool answered) {

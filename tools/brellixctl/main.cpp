@@ -23,6 +23,7 @@ class CommandLine {
     addPush();
     addTap();
     addInspection();
+    addLint();
   }
 
   int run(int argc, char** argv) {
@@ -72,6 +73,12 @@ class CommandLine {
     start->add_option("--call", launch_.calls, "Call a public operation with a JSON list; may be repeated")
         ->type_name("NAME=JSON")
         ->allow_extra_args(false);
+    start
+        ->add_option(
+            "--beacon", launch_.beacons,
+            "Once it has started: enter:UUID, exit:UUID, inside:UUID or range:UUID,UUID; may be repeated")
+        ->type_name("EVENT")
+        ->allow_extra_args(false);
     addTimeLimit(start, launch_.timeLimit);
   }
 
@@ -97,11 +104,23 @@ class CommandLine {
 
   void addInspection() {
     add("store", "What the stores of the application hold", [this] { return runStore(common_); });
+    add("badge", "The number on the application's icon", [this] { return runBadge(common_); });
     auto* list = add("notifications", "What the notification centre holds",
                      [this] { return runNotifications(common_, advance_); });
     list->add_option("--advance", advance_, "Move the device's clock on first")
         ->type_name("SECONDS")
         ->check(secondsUpTo(century));
+  }
+
+  void addLint() {
+    auto* lint = add("lint", "What a payload will do and what is wrong with it, without doing it",
+                     [this] { return runLint(common_, lint_); });
+    lint->add_option("PAYLOAD", lint_.payloadPath, "The payload, a JSON file; - for standard input")
+        ->required();
+    lint->add_option("--id", lint_.identifier, "The notification's identifier")->type_name("ID");
+    auto* schema = add("schema", "The JSON Schema of a payload or of a body that is sent",
+                       [this] { return runSchema(schema_); });
+    schema->add_option("NAME", schema_, "push, campaign, activity, users, configuration or ad")->required();
   }
 
   /// Unlike the parser's own range this one takes no "nan".
@@ -130,6 +149,8 @@ class CommandLine {
   LaunchRequest launch_;
   PushRequest push_;
   TapRequest tap_;
+  LintRequest lint_;
+  std::string schema_;
   double advance_ = 0;
   std::string action_;
   CLI::Option* actionOption_ = nullptr;

@@ -40,10 +40,6 @@ int runApplication(int argc, const char* const* argv, ApplicationDelegate& appli
   if (!calls) return fail(calls.error().description, 2);
   auto manifest = loadManifest(options->manifest);
   if (!manifest) return fail(manifest.error().description, 1);
-  if (manifest->layer == Manifest::Layer::facade) {
-    return fail("The manifest asks for the layer \"facade\", which this version does not have; use \"core\"",
-                1);
-  }
   ApplicationRun run(std::move(*options), std::move(*manifest), application);
   return run.run(*calls);
 }

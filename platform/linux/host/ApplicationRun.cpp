@@ -37,6 +37,7 @@ std::shared_ptr<platform::Platform> ApplicationRun::makeServices() {
       delegate_.didFailToRegisterForRemoteNotifications(token.error());
     }
   });
+  device_.location = makeLocation(loop_);
   ProcessServices services;
   services.device = device_.device;
   services.mainQueue = loop_;
@@ -44,6 +45,7 @@ std::shared_ptr<platform::Platform> ApplicationRun::makeServices() {
   services.urlSession = session_;
   services.notificationCenter = device_.notificationCenter;
   services.application = device_.application;
+  services.location = device_.location;
   services.inAppBrowser =
       makeRecordingBrowser([channel = channel_](const std::string& url) { channel->send("browser", url); });
   return makePlatform(manifest_, ProcessKind::application, home_, std::move(services));
@@ -79,6 +81,10 @@ void ApplicationRun::start(const std::vector<PreparedCall>& calls) {
     delegate_.didSettle(*this);
     inTime = settle();
   }
+  if (inTime) {
+    feedBeacons();
+    inTime = settle();
+  }
   for (std::size_t i = 0; i < calls.size() && inTime; ++i) {
     call(calls[i], i);
     inTime = settle();
@@ -90,6 +96,15 @@ void ApplicationRun::start(const std::vector<PreparedCall>& calls) {
   application.expireBackgroundTasks();
   application.terminate();
   settle();
+}
+
+void ApplicationRun::feedBeacons() {
+  for (const auto& event : options_.beacons) {
+    loop_->async([location = device_.location, &event] {
+      if (location->happen(event)) return;
+      standardErrorLines()("The application does not watch beacons with " + event.proximityUUIDs.front());
+    });
+  }
 }
 
 void ApplicationRun::call(const PreparedCall& prepared, std::size_t number) {

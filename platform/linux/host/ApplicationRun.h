@@ -37,12 +37,14 @@ class ApplicationRun final : public ApplicationProcess {
     std::shared_ptr<SimulatedDevice> device;
     std::shared_ptr<DeviceNotificationCenter> notificationCenter;
     std::shared_ptr<DeviceApplication> application;
+    std::shared_ptr<DeviceLocation> location;
   };
 
   std::shared_ptr<platform::Platform> makeServices();
   void start(const std::vector<PreparedCall>& calls);
   int respond(const ProcessOptions::Tap& tap);
   void call(const PreparedCall& prepared, std::size_t number);
+  void feedBeacons();
   bool settle();
   void end();
 

@@ -9,6 +9,16 @@ bool isHexadecimal(std::string_view text) {
   return text.size() % 2 == 0 && text.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
 }
 
+/// What an argument of this kind must be, when it is not; null when it is.
+const char* missed(char kind, const JSONAny& argument) {
+  if (kind == 'o') return argument.as<JSONAny::Dictionary>() == nullptr ? "a JSON object" : nullptr;
+  if (kind == 'i') return argument.as<std::int64_t>() == nullptr ? "an integer" : nullptr;
+  if (kind == 'j') return nullptr;
+  const auto* text = argument.as<std::string>();
+  if (text == nullptr) return "a text";
+  return kind == 'x' && !isHexadecimal(*text) ? "bytes as hexadecimal digits" : nullptr;
+}
+
 }  // namespace
 
 const OperationTable::Operation* OperationTable::find(std::string_view name) const {
@@ -24,11 +34,8 @@ Status OperationTable::check(const Operation& operation, const JSONAny::List& ar
                  std::to_string(arguments.size())};
   }
   for (std::size_t i = 0; i < arguments.size(); ++i) {
-    if (operation.kinds[i] == 'j') continue;
-    const auto* text = arguments[i].as<std::string>();
-    if (text == nullptr) return Error{name + ": argument " + std::to_string(i + 1) + " must be a text"};
-    if (operation.kinds[i] == 'x' && !isHexadecimal(*text)) {
-      return Error{name + ": argument " + std::to_string(i + 1) + " must be bytes as hexadecimal digits"};
+    if (const auto* wanted = missed(operation.kinds[i], arguments[i])) {
+      return Error{name + ": argument " + std::to_string(i + 1) + " must be " + wanted};
     }
   }
   return Done{};

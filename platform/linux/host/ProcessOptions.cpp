@@ -39,6 +39,11 @@ bool setChoice(ProcessOptions& options, std::string_view name, std::string_view 
     options.answer = value == "allow" ? DialogAnswer::allow : DialogAnswer::deny;
     return true;
   }
+  if (name == "--beacon") {
+    auto event = parseBeaconEvent(value);
+    if (event) options.beacons.push_back(std::move(*event));
+    return event.ok();
+  }
   const auto equals = value.find('=');
   if (equals == std::string_view::npos) return false;
   options.calls.emplace_back(value.substr(0, equals), value.substr(equals + 1));
@@ -48,7 +53,7 @@ bool setChoice(ProcessOptions& options, std::string_view name, std::string_view 
 /// Absent when there is no such option; otherwise whether the value makes sense.
 std::optional<bool> setOption(ProcessOptions& options, std::string_view name, std::string_view value) {
   if (name == "--channel" || name == "--time-limit") return setNumber(options, name, value);
-  if (name == "--answer" || name == "--call") return setChoice(options, name, value);
+  if (name == "--answer" || name == "--call" || name == "--beacon") return setChoice(options, name, value);
   if (name == "--action") {
     tapOf(options).action = value;
     return true;

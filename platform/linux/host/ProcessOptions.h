@@ -7,6 +7,7 @@
 
 #include "VorselKelp/Result.h"
 #include "VorselKelpLinux/DeviceServices.h"
+#include "VorselKelpLinux/LocationService.h"
 
 namespace VorselKelp::linux_platform {
 
@@ -25,6 +26,7 @@ struct ProcessOptions {
   std::optional<double> timeLimit;  ///< seconds
   DialogAnswer answer = DialogAnswer::none;
   std::vector<std::pair<std::string, std::string>> calls;  ///< name and JSON text
+  std::vector<BeaconEvent> beacons;
   std::optional<Tap> tap;
   std::string payload;  ///< a file; empty for standard input
   std::string identifier;

@@ -65,6 +65,8 @@ class ApplicationDelegate {
 ///   --home DIR --app FILE            the simulated device and the application's manifest
 ///   --answer allow|deny              what the user answers when asked for the permission (default: nothing)
 ///   --call NAME=JSON                 an operation of `operations` with a list of arguments; may be repeated
+///   --beacon EVENT                   a beacon event, such as enter:UUID, once the start is through; may be
+///                                    repeated
 ///   --tap ID [--action A] [--no-handle]   no start: the user taps this notification
 ///   --time-limit S                   its work ends then, if not before (default 20)
 ///   --channel FD                     reports as JSON lines to this descriptor; without it the console is

@@ -29,7 +29,8 @@ class OperationTable {
 
   struct Operation {
     std::string_view name;
-    /// One letter an argument: 't' text, 'x' text of two hexadecimal digits a byte, 'j' any JSON.
+    /// One letter an argument: 't' text, 'x' text of two hexadecimal digits a byte, 'i' integer, 'o' JSON
+    /// object, 'j' any JSON.
     std::string_view kinds;
     bool hasCompletion = false;
     JSONAny (*call)(const Call& call);

@@ -1,0 +1,161 @@
+// What `lint` foretells against what `push` then does, payload by payload.
+
+#include <algorithm>
+#include <filesystem>
+
+#include "tools/ToolFixture.h"
+
+namespace VorselKelp::tool_tests {
+namespace {
+
+namespace fs = std::filesystem;
+
+using Requests = std::vector<std::string>;
+
+constexpr const char* oddPayloads[] = {
+    R"({"aps": {"mutable-content": 1, "alert": {"title": "a", "n": {"body": "b", "actions": [
+        {"action": "x", "title": "NO"}, {"action": "no", "title": "no"}, {"action": "y", "title": "Yes"}]}}}})",
+    R"({"aps": {"mutable-content": 1, "alert": {"title": "a", "n": {"body": "b", "cl": 1,
+        "image": "SERVER/images/bay.png", "actions": [{"action": "x", "title": "X"}]}}}})",
+    R"({"aps": {"mutable-content": 1, "alert": {"title": "a", "n": {"body": "b", "cl": 0,
+        "image": "not a url", "silent": false, "sound": "ping"}}}})",
+    R"({"aps": {"mutable-content": 1, "alert": {"title": "a", "n": {"body": "b", "silent": true,
+        "sound": "ping"}}}})",
+    R"({"aps": {"mutable-content": 1, "alert": {"title": "Caf\\u00e9 \\ud83d\\ude00", "n":
+        {"body": "\\u00fcber"}}}})",
+    R"({"aps": {"mutable-content": 1, "alert": {"title": "a", "v": "SERVER/view?a=1&b=2",
+        "t": ["", "ftp://x/y", "SERVER/one", "nonsense", "SERVER/two"], "n": {"body": "b"}}}})",
+    R"({"aps": {"mutable-content": 1, "alert": {"title": "a", "n": {"body": "b", "tag": "news"}}}})",
+    R"({"aps": {"mutable-content": 1, "alert": {"title": "a", "body": "kept", "n": {}}}})",
+    R"({"aps": {"mutable-content": 0, "sound": "bell", "alert": {"title": "as it came", "v": "SERVER/view",
+        "n": {"body": "unseen", "sound": "ping"}}}})",
+};
+
+class LintTest : public ToolTest {
+ protected:
+  /// Needs neither a device nor an application.
+  Finished lint(const std::string& file, const std::string& identifier = "i") {
+    ToolRun process({BRELLIXCTL, "lint", file, "--id", identifier, "--json"}, folder_ / "errors");
+    Finished finished;
+    finished.output = process.readAll();
+    finished.status = process.wait();
+    return finished;
+  }
+
+  /// Checks that delivering the payload shows and requests what `lint` says; answers what is stored.
+  void compare(const std::string& text) {
+    SCOPED_TRACE(text);
+    const auto identifier = "n" + std::to_string(++count_);
+    const auto file = payload(identifier + ".json", text);
+    const auto told = lint(file, identifier);
+    EXPECT_EQ(told.status, 0) << told.output;
+    const auto json = told.json();
+    EXPECT_EQ(at(json, "root"), "push");
+    const auto before = requests().size();
+    const auto shown = run({"push", file, "--id", identifier}).json();
+    const auto* shows = json.find("shows");
+    ASSERT_NE(shows, nullptr);
+    for (const char* key : {"title", "body", "sound", "category", "actions"})
+      EXPECT_EQ(at(*shows, key), at(shown, key)) << key;
+    EXPECT_EQ(foretold(json), sentSince(before));
+    compareStore(json, identifier);
+  }
+
+  void compareStore(const JSONAny& json, const std::string& identifier) {
+    const auto store = run({"store"}).json();
+    for (const auto& stored : *json.find("stored")->as<JSONAny::List>()) {
+      const auto* value = store.find("group")->find(at(stored, "key"));
+      ASSERT_NE(value, nullptr) << at(stored, "key");
+      const auto held = value->encode();
+      const auto told = JSONAny(at(stored, "text")).encode();
+      ASSERT_TRUE(held.ok() && told.ok());
+      EXPECT_NE(held->find(*told), std::string::npos) << *held << " of " << identifier;
+    }
+  }
+
+  static Requests foretold(const JSONAny& json) {
+    Requests urls;
+    for (const auto& url : *json.find("requests")->as<JSONAny::List>())
+      urls.push_back(*url.as<std::string>());
+    std::sort(urls.begin(), urls.end());
+    return urls;
+  }
+
+  [[nodiscard]] Requests sentSince(std::size_t before) const {
+    Requests urls;
+    for (const auto& record : requestRecords()) urls.push_back(url_ + at(record, "path"));
+    urls.erase(urls.begin(), urls.begin() + static_cast<std::ptrdiff_t>(before));
+    std::sort(urls.begin(), urls.end());
+    return urls;
+  }
+
+ private:
+  int count_ = 0;
+};
+
+std::string contentsOf(const fs::path& path) {
+  std::ostringstream text;
+  text << std::ifstream(path).rdbuf();
+  auto found = text.str();
+  const std::string address = "http://127.0.0.1:8080";
+  for (auto at = found.find(address); at != std::string::npos; at = found.find(address, at))
+    found.replace(at, address.size(), "SERVER");
+  return found;
+}
+
+TEST_F(LintTest, ForetellsWhatADeliveryDoes) {
+  startServer();
+  ASSERT_EQ(run({"launch", "--answer", "allow"}).status, 0);
+  for (const char* text : oddPayloads) compare(text);
+  int examples = 0;
+  for (const auto& entry : fs::directory_iterator(EXAMPLE_PAYLOADS)) {
+    const auto name = entry.path().filename();
+    if (name == "ad.json" || name == "campaign.json" || name == "plain.json") continue;
+    compare(contentsOf(entry.path()));
+    ++examples;
+  }
+  EXPECT_GE(examples, 4);
+}
+
+TEST_F(LintTest, KnowsAdsCampaignsAndWhatIsNeither) {
+  startServer();
+  ASSERT_EQ(run({"launch", "--answer", "allow"}).status, 0);
+  const fs::path examples = EXAMPLE_PAYLOADS;
+  const auto ad = payload("ad.json", contentsOf(examples / "ad.json"));
+  const auto before = requests().size();
+  EXPECT_EQ(at(run({"push", ad}).json(), "extension"), "answered");
+  EXPECT_EQ(at(*lint(ad).json().find("shows"), "body"), "null");
+  const auto sent = sentSince(before);
+  for (const auto& url : foretold(lint(ad).json()))
+    EXPECT_NE(std::find(sent.begin(), sent.end(), url), sent.end()) << url;
+
+  const auto campaign = payload("campaign.json", contentsOf(examples / "campaign.json"));
+  const auto told = lint(campaign);
+  EXPECT_EQ(told.status, 0);
+  EXPECT_EQ(at(told.json(), "root"), "campaign");
+  EXPECT_NE(at(told.json(), "stops").find("mutable-content"), std::string::npos);
+  EXPECT_EQ(at(told.json(), "shows"), "null");
+  EXPECT_EQ(at(run({"push", campaign}).json(), "extension"), "stopped");
+
+  for (const char* text : {"{}", "[1]", "{\"aps\"", R"({"aps": {"mutable-content": "1", "alert": {}}})"}) {
+    const auto wrong = lint(payload("wrong.json", text));
+    EXPECT_EQ(wrong.status, 1) << text;
+    EXPECT_EQ(at(wrong.json(), "root"), "null") << text;
+    EXPECT_NE(at(wrong.json(), "errors"), "[]") << text;
+  }
+  EXPECT_EQ(lint(folder_ / "missing.json").status, 1);
+}
+
+TEST_F(LintTest, PrintsSchemas) {
+  for (const char* name : {"push", "campaign", "activity", "users", "configuration", "ad"}) {
+    const auto schema = run({"schema", name});
+    EXPECT_EQ(schema.status, 0);
+    EXPECT_NE(schema.json().as<JSONAny::Dictionary>(), nullptr) << schema.output;
+  }
+  const auto unknown = run({"schema", "pull"});
+  EXPECT_EQ(unknown.status, 2);
+  EXPECT_NE(unknown.errors.find("configuration"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace VorselKelp::tool_tests

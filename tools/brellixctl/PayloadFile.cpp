@@ -1,0 +1,42 @@
+#include "brellixctl/PayloadFile.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+namespace brellixctl {
+
+using VorselKelp::Error;
+using VorselKelp::JSONAny;
+using VorselKelp::Result;
+
+namespace {
+
+constexpr std::size_t payloadLimit = std::size_t{64} << 20;
+
+}  // namespace
+
+Result<std::string> readPayload(const std::string& path) {
+  std::FILE* opened = path == "-" ? stdin : std::fopen(path.c_str(), "rbe");
+  if (opened == nullptr) return Error{"Cannot read " + path + ": " + std::strerror(errno)};
+  const auto close = [](std::FILE* file) { return file == stdin ? 0 : std::fclose(file); };
+  const std::unique_ptr<std::FILE, decltype(close)> file(opened, close);
+  std::string bytes;
+  std::string block(std::size_t{1} << 16, '\0');
+  while (const auto got = std::fread(block.data(), 1, block.size(), file.get())) {
+    bytes.append(block, 0, got);
+    if (bytes.size() > payloadLimit)
+      return Error{path + " is larger than 64 MiB; no server sends such a payload"};
+  }
+  if (std::ferror(file.get()) != 0) return Error{"Cannot read " + path + ": " + std::strerror(errno)};
+  return bytes;
+}
+
+bool wantsExtension(const JSONAny& payload) {
+  const auto* aps = payload.find("aps");
+  const auto* flag = aps != nullptr ? aps->find("mutable-content") : nullptr;
+  return flag != nullptr && flag->value == JSONAny(1).value;
+}
+
+}  // namespace brellixctl

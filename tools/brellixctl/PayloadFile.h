@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+#include "VorselKelp/JSONAny.h"
+#include "VorselKelp/Result.h"
+
+namespace brellixctl {
+
+/// The bytes of a payload file, at most 64 MiB; "-" is standard input. An error is one line.
+VorselKelp::Result<std::string> readPayload(const std::string& path);
+
+/// Whether the system hands the notification to the service extension before it shows it.
+bool wantsExtension(const VorselKelp::JSONAny& payload);
+
+}  // namespace brellixctl
