@@ -21,6 +21,9 @@ constexpr const char* banner =
 
 class TrackingTest : public KellpTest {
  protected:
+  /// What is still under way reports to heard_, so it must end before heard_ does.
+  void TearDown() override { app_.urlSession->cancelAll(); }
+
   /// Status (0: none), message and error of every report to the application.
   TrackCompletion hearing(std::vector<std::string>& heard) {
     return [&heard](std::optional<int> code, const std::optional<std::string>& message, const auto& error) {
