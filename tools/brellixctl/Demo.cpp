@@ -1,5 +1,6 @@
 #include <stdlib.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -21,6 +22,7 @@ namespace device = VorselKelp::linux_platform;
 namespace {
 
 constexpr const char* notification = "storm-1";
+constexpr const char* beacon = "00000000-0000-0000-0000-000000000330";
 
 /// A folder that goes with its object.
 class TemporaryFolder {
@@ -47,16 +49,21 @@ class TemporaryFolder {
   std::string path_;
 };
 
-JSONAny manifestFor(const std::string& server) {
+/// The application's manifest; through the facade when `layer` says so.
+JSONAny manifestFor(const std::string& server, const char* layer) {
   JSONAny::Dictionary endpoints;
   for (const char* name : {"collection", "tag", "events", "adFeed", "script"})
     endpoints.push_back({name, server});
-  return JSONAny::Dictionary{{"bundleIdentifier", "com.example.news"},
-                             {"version", "3.1.0"},
-                             {"apiKey", "k-123"},
-                             {"appGroupId", "group.com.example.news"},
-                             {"switches", JSONAny::Dictionary{{"push", true}, {"analytics", true}}},
-                             {"endpoints", std::move(endpoints)}};
+  return JSONAny::Dictionary{
+      {"bundleIdentifier", "com.example.news"},
+      {"version", "3.1.0"},
+      {"apiKey", "k-123"},
+      {"appGroupId", "group.com.example.news"},
+      {"layer", layer},
+      {"switches", JSONAny::Dictionary{{"push", true}, {"analytics", true}, {"beacon", true}}},
+      {"schedule", 3600},
+      {"publisher", JSONAny::Dictionary{{"id", "42"}, {"source", "news"}}},
+      {"endpoints", std::move(endpoints)}};
 }
 
 JSONAny payloadFor(const std::string& server) {
@@ -86,12 +93,16 @@ struct Step {
 
 class Journey {
  public:
-  Journey(Target target, std::string payload, RequestWatch& watch, bool json)
-      : target_(std::move(target)), payload_(std::move(payload)), watch_(watch), json_(json) {}
+  Journey(Target target, Target facade, std::string payload, RequestWatch& watch, bool json)
+      : target_(std::move(target)),
+        facade_(std::move(facade)),
+        payload_(std::move(payload)),
+        watch_(watch),
+        json_(json) {}
 
   int run() {
     if (!json_) std::puts("The road of one notification. Every process is real, and so is the server.\n");
-    const bool done = start() && deliver() && open();
+    const bool done = start() && deliver() && open() && lookAround() && publish();
     if (json_) {
       printSteps();
     } else {
@@ -150,6 +161,43 @@ class Journey {
     return ok;
   }
 
+  /// What the library does beside the road: a second start, near a beacon.
+  bool lookAround() {
+    bool ok = note("badge", target_.device().badge() == 1, "the icon shows one unread notification");
+    LaunchRequest request;
+    request.beacons = {std::string("enter:") + beacon};
+    request.calls = {R"(track=[{"article":"storm"}])", "sendTrack=[]", "updateScheduler=[]"};
+    const auto outcome = launch(target_, request);
+    if (!outcome) return note("second start", false, outcome.error().description);
+    ok = ok && expectBody("tracking report", "/v2/activity?type=mobile", R"("e":{"article":"storm"})",
+                          "the tracking parameters were sent");
+    ok = ok && note("beacon", waits("notification.id.1"), "entering a beacon's region will be told");
+    return ok && note("reminder", waits("UUID().uuidString"), "the user will be reminded every hour");
+  }
+
+  /// The same application through the publisher's facade.
+  bool publish() {
+    const auto outcome = launch(facade_, {});
+    if (!outcome) return note("facade", false, outcome.error().description);
+    bool ok = note("facade", outcome->initialised, "the application started through the facade");
+    for (const char* action : {"ask", "allow"}) {
+      const auto path =
+          std::string("/?cat=webpush&pid=42&src=news&v=2.0.0&platform_type=ios&action=") + action;
+      ok = ok && expect("publisher event", "GET", path, "the publisher was told");
+    }
+    return ok;
+  }
+
+  /// Whether the device holds this notification for later, or has just delivered it.
+  bool waits(const std::string& identifier) {
+    auto device = target_.device();
+    const auto has = [&](const std::vector<device::HeldNotification>& held) {
+      return std::any_of(held.begin(), held.end(),
+                         [&](const auto& each) { return each.request.identifier == identifier; });
+    };
+    return has(device.pending()) || has(device.delivered());
+  }
+
   bool expect(const char* step, const char* method, const std::string& path, const std::string& what) {
     return note(step, watch_.saw(method, path, ""), what + ": " + method + " " + path);
   }
@@ -177,6 +225,7 @@ class Journey {
   }
 
   const Target target_;
+  const Target facade_;
   const std::string payload_;
   RequestWatch& watch_;
   const bool json_;
@@ -194,11 +243,13 @@ int runDemo(const CommonOptions& common) {
   const auto server = CollectionServer::start(std::move(options));
   if (!server) return fail(server.error());
   watch.setServer((*server)->url());
-  const auto manifest = folder.write("news.json", manifestFor(watch.server()));
   const auto payload = folder.write("storm.json", payloadFor(watch.server()));
-  auto target = Target::open(folder.path() + "/device", manifest);
+  const auto home = folder.path() + "/device";
+  auto target = Target::open(home, folder.write("news.json", manifestFor(watch.server(), "core")));
   if (!target) return fail(target.error());
-  return Journey(std::move(*target), payload, watch, common.json).run();
+  auto facade = Target::open(home, folder.write("facade.json", manifestFor(watch.server(), "facade")));
+  if (!facade) return fail(facade.error());
+  return Journey(std::move(*target), std::move(*facade), payload, watch, common.json).run();
 }
 
 }  // namespace brellixctl
