@@ -22,7 +22,7 @@ struct PayloadLint {
     std::optional<platform::NotificationSound> sound;
     std::optional<std::string> category;
     std::vector<platform::NotificationAction> actions;
-    std::optional<std::string> image;
+    std::optional<std::string> image;  ///< where it is downloaded from
   };
 
   /// One text that goes into the store.

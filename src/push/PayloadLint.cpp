@@ -71,7 +71,7 @@ void tellMessage(PayloadLint& lint, const std::string& identifier, const Deliver
   shown.title = message.title;
   shown.body = message.body;
   shown.sound = message.sound;
-  shown.image = message.image;
+  if (message.image && isWebUrl(*message.image)) shown.image = message.image;
   if (message.category) {
     shown.category = categoryIdentifier(identifier);
     for (const Action& action : *message.category) {
