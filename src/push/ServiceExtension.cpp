@@ -40,8 +40,10 @@ void ServiceExtension::didReceive(const platform::NotificationRequest& request, 
                                   Handler handler) {
   PushObj push = decode(request.content.userInfo);
   {
+    std::vector<VorselReceivedObject> received;
+    received.push_back(receivedObject(push, request.identifier));
     const std::lock_guard lock(mutex_);
-    lastReceived_ = {receivedObject(push, request.identifier)};
+    lastReceived_ = std::move(received);
   }
   if (const auto line = json::encode(push)) context_->print(*line);
   Delivery delivery{planDelivery(std::move(push), request.identifier), std::move(best), std::move(handler)};

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <map>
 #include <mutex>
@@ -77,9 +78,11 @@ class DiskFileManager final : public platform::FileManager {
   }
 
   std::unique_ptr<platform::FileLock> lock(const std::string& path) override {
-    if (!checkPath(path) || !makeFolderOf(path)) return nullptr;
+    if (!checkPath(path)) return nullptr;
     auto held = std::make_unique<HeldLock>(mutexOf(path));
     auto file = lockFile(path);
+    // The folder is missing the first time only.
+    if (!file && file.error().code == ENOENT && makeFolderOf(path)) file = lockFile(path);
     if (!file) return nullptr;
     held->file = std::move(*file);
     return held;

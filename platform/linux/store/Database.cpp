@@ -82,6 +82,10 @@ void Database::tidyLogWhenClosing(bool tidy) {
   sqlite3_db_config(handle_, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, tidy ? 0 : 1, nullptr);
 }
 
+void Database::letLogGrow(int pages) {
+  sqlite3_wal_autocheckpoint(handle_, pages);
+}
+
 bool Database::close() {
   for (auto& statement : statements_) {
     sqlite3_finalize(statement);

@@ -82,6 +82,8 @@ class Database {
   /// SQLite finds the log by its name, and a connection to a file that was moved away would remove its
   /// successor's.
   void tidyLogWhenClosing(bool tidy);
+  /// How many pages the log may have before a write takes it into the database.
+  void letLogGrow(int pages);
   /// Closes it; false when an error came up to then or while closing.
   bool close();
   /// For what is executed once: schema and pragmas.
