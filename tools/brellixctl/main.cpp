@@ -13,6 +13,7 @@ class CommandLine {
  public:
   CommandLine() {
     app_.require_subcommand(1);
+    app_.set_version_flag("--version", "brellixctl " BRELLIXCTL_VERSION);
     app_.fallthrough();
     app_.add_option("--home", common_.home, "Folder of the simulated device")->type_name("DIR");
     app_.add_option("--app", common_.manifest, "The application's manifest")->type_name("FILE");
@@ -33,6 +34,8 @@ class CommandLine {
       return app_.exit(help);
     } catch (const CLI::CallForAllHelp& help) {
       return app_.exit(help);
+    } catch (const CLI::CallForVersion& version) {
+      return app_.exit(version);
     } catch (const CLI::ParseError& error) {
       return fail(VorselKelp::Error{std::string(error.what()) + "; see brellixctl --help", wrongUsage});
     }
