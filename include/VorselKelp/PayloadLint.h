@@ -36,7 +36,7 @@ struct PayloadLint {
   std::vector<std::string> errors;    ///< why it does not read, each with its path
   std::vector<std::string> stops;     ///< each way in which it stops an extension
   std::vector<std::string> warnings;  ///< what is most likely not meant so
-  std::optional<Shown> shows;
+  std::optional<Shown> shows;         ///< absent: as it came
   std::vector<std::string> requests;  ///< URLs requested while the notification is prepared, in order
   std::vector<Stored> stored;
 };

@@ -29,8 +29,8 @@ void AdFeed::request(int width, int height, const std::string& slot, Completion 
       feedUrl(context_->services->endpoints.adFeed, *trackId, size, slot),
       [context = context_, completion = std::move(completion)](platform::URLResult result) {
         if (result.error) {
+          completion(std::nullopt, result.error);
           context->print(result.error->description);
-          completion(std::nullopt, std::move(result.error));
         } else if (result.response && result.response->statusCode == ok) {
           auto ad = json::decode<AdexObject>(std::string_view(result.body ? *result.body : std::string()));
           completion(ad ? std::optional(*std::move(ad)) : std::nullopt, std::nullopt);

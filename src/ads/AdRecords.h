@@ -45,6 +45,10 @@ struct AdexObject {
   std::optional<std::string> ts;
   std::string viewId;  ///< not part of the answer; for the view that will show the ad
 
+  /// The first item's picture; absent when there are no items or it has no creative. A list without items
+  /// stops the process: a feed that answers with one must be told apart before.
+  [[nodiscard]] std::optional<std::string> getImageUrl() const;
+
   /// The first item's creative; absent when there is no item or it has none.
   [[nodiscard]] const Md* creative() const {
     return items && !items->empty() && items->front().md ? &*items->front().md : nullptr;

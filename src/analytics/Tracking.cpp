@@ -80,14 +80,19 @@ void Tracking::answered(const VorselRequest::Response& response, const std::opti
   const std::optional<int> status = response ? std::optional(response->statusCode) : std::nullopt;
   if (status == created) {
     report(status, "Success", error);
-    platform::DefaultsValue::Map accepted;
-    for (auto& [key, value] : getTrack()) accepted.emplace(key, platform::DefaultsValue{value});
-    context_->storage.set(StorageKey::extraParameters, std::move(accepted));
-    context_->storage.synchronize();
+    storeAccepted();
   } else {
     report(status, "Failed", error);
   }
   if (error) resendLater(status, error);
+}
+
+void Tracking::storeAccepted() {
+  const std::lock_guard lock(mutex_);
+  platform::DefaultsValue::Map accepted;
+  for (const auto& [key, value] : working_) accepted.emplace(key, platform::DefaultsValue{value});
+  context_->storage.set(StorageKey::extraParameters, std::move(accepted));
+  context_->storage.synchronize();
 }
 
 void Tracking::resendLater(std::optional<int> status, const std::optional<Error>& error) {
@@ -133,10 +138,8 @@ std::string Tracking::getTrackFor(const std::string& key) {
 
 void Tracking::removeTrack() {
   if (!ready()) return;
-  {
-    const std::lock_guard lock(mutex_);
-    working_.clear();
-  }
+  const std::lock_guard lock(mutex_);  // over both maps, so that an answer under way does not bring one back
+  working_.clear();
   context_->storage.remove(StorageKey::extraParameters);
 }
 
@@ -145,8 +148,8 @@ void Tracking::removeTrackFor(const std::string& key) {
   {
     const std::lock_guard lock(mutex_);
     working_.erase(key);
+    context_->storage.removeTextEntry(StorageKey::extraParameters, key);
   }
-  context_->storage.removeTextEntry(StorageKey::extraParameters, key);
   context_->print("Value for key: " + key + " successfully removed");
 }
 

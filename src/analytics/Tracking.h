@@ -45,6 +45,7 @@ class Tracking : public std::enable_shared_from_this<Tracking> {
   [[nodiscard]] bool ready() const;
   void send();
   void answered(const VorselRequest::Response& response, const std::optional<Error>& error);
+  void storeAccepted();
   void resendLater(std::optional<int> status, const std::optional<Error>& error);
   void report(std::optional<int> status, const std::string& message, const std::optional<Error>& error);
 

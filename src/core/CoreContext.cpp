@@ -9,14 +9,14 @@
 namespace VorselKelp {
 namespace {
 
-struct Installed {
+struct Process {
   std::mutex mutex;
   std::shared_ptr<CoreContext> context;
 };
 
-Installed& installed() {
+Process& process() {
   // Never destroyed: answers may still come while the process's statics go.
-  static auto* const instance = new Installed;
+  static auto* const instance = new Process;
   return *instance;
 }
 
@@ -32,15 +32,20 @@ std::shared_ptr<void> CoreContext::upperLayer(platform::FunctionRef<std::shared_
 }
 
 std::shared_ptr<CoreContext> CoreContext::current(std::string_view caller) {
-  const std::lock_guard lock(installed().mutex);
-  if (!installed().context)
+  const std::lock_guard lock(process().mutex);
+  if (!process().context)
     fatalError(std::string(caller) + ": no platform is installed; call VorselKellp::install first");
-  return installed().context;
+  return process().context;
+}
+
+std::shared_ptr<CoreContext> CoreContext::installed() {
+  const std::lock_guard lock(process().mutex);
+  return process().context;
 }
 
 void CoreContext::setCurrent(std::shared_ptr<CoreContext> context) {
-  const std::lock_guard lock(installed().mutex);
-  installed().context.swap(context);
+  const std::lock_guard lock(process().mutex);
+  process().context.swap(context);
 }
 
 }  // namespace VorselKelp

@@ -24,6 +24,8 @@ class CoreContext {
   /// The context of the process's installed core; stops the process, naming `caller`, when none is installed.
   /// Only the classes that an application constructs itself ask for it.
   static std::shared_ptr<CoreContext> current(std::string_view caller);
+  /// The same, null when none is installed.
+  static std::shared_ptr<CoreContext> installed();
   static void setCurrent(std::shared_ptr<CoreContext> context);
 
   /// What a layer on top of the core keeps for this core; `make` makes it at the first call.

@@ -65,7 +65,9 @@ bool BrellixEventTracker::mark(const VorselKelp::CoreContext& context, const std
     sent.push_back(key);
     store->setObject(sentEventsKey, {std::move(sent)});
   });
-  return first;
+  // A store that can't be written drops what it is given: without the mark the event would go out again and
+  // again.
+  return first && std::ranges::count(sentEvents(*store), key) > 0;
 }
 
 std::string BrellixEventTracker::url(const VorselKelp::CoreContext& context, const Event& event) const {
@@ -88,7 +90,7 @@ void BrellixEventTracker::send(const Event& event) {
   if (!context || !mark(*context, eventKey(event))) return;
   VorselKelp::platform::URLRequest request;
   request.url = url(*context, event);
-  if (!VorselKelp::parseUrl(request.url)) {
+  if (!VorselKelp::isWebUrl(request.url)) {
     context->print("Failed to construct URL for event tracking");
     return;
   }

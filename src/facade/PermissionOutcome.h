@@ -20,9 +20,9 @@ class PermissionOutcome : public std::enable_shared_from_this<PermissionOutcome>
   void request();
 
  private:
-  void answered(std::int64_t status);
+  void answered(VorselKelp::CoreContext& context, std::int64_t status) const;
 
-  std::shared_ptr<VorselKelp::CoreContext> context_;
+  std::weak_ptr<VorselKelp::CoreContext> context_;
   std::int64_t previous_ = 0;
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/Text.h"
 #include "base/Url.h"
 #include "core/StorageKeys.h"
 #include "net/VorselRequest.h"
@@ -19,7 +20,11 @@ std::string text(StorageKey key) {
   return std::string(keyText(key));
 }
 
+/// Of two texts for one entry the last one stays; the trackers of a list stand side by side.
 void store(PayloadLint& lint, StorageKey key, std::string entry, std::string value) {
+  if (key != StorageKey::conversionTrackers)
+    std::erase_if(lint.stored,
+                  [&](const auto& item) { return item.key == keyText(key) && item.entry == entry; });
   lint.stored.push_back({text(key), std::move(entry), std::move(value)});
 }
 
@@ -27,7 +32,7 @@ void warnOfTracker(PayloadLint& lint, const std::string& where, const std::strin
   const auto parsed = parseUrl(url);
   if (!parsed || !parsed->isWeb()) {
     lint.warnings.push_back(where + ": \"" + url + "\" is no web address and is never requested");
-  } else if (parsed->scheme == "http") {
+  } else if (lowerCased(parsed->scheme) == "http") {
     lint.warnings.push_back(where + ": \"" + url + "\" is not encrypted; systems refuse http addresses");
   }
 }
@@ -39,11 +44,18 @@ void warnOfTrackers(PayloadLint& lint, const std::string& where,
     warnOfTracker(lint, where + "[" + std::to_string(i) + "]", (*urls)[i]);
 }
 
+/// Whether the system hands a payload to the service extension at all.
+bool isMutable(const Payload& payload) {
+  const auto* aps = payload.root().if_contains("aps");
+  const auto* flag = aps && aps->is_object() ? aps->get_object().if_contains("mutable-content") : nullptr;
+  return flag && flag->is_int64() && flag->get_int64() == 1;
+}
+
 void warnOfMessage(PayloadLint& lint, const std::string& where, const N& n) {
   if (n.image && !isWebUrl(*n.image))
     lint.warnings.push_back(where + ".image: \"" + *n.image +
                             "\" is no web address; the picture is left out");
-  if (n.image && n.cl.value_or(0) != 0)
+  if ((n.image || n.actions) && n.cl.value_or(0) != 0)
     lint.warnings.push_back(where + ".cl: the picture and the buttons are left out");
   if (n.actions && n.actions->size() > mostButtons)
     lint.warnings.push_back(where + ".actions: more than four buttons; the system shows four");
@@ -109,6 +121,7 @@ void tellAd(PayloadLint& lint, const DeliveryPlan::Ad& ad) {
 void lintPush(PayloadLint& lint, PushObj push, const std::string& identifier) {
   lint.root = PayloadLint::Root::push;
   warnOfPush(lint, push);
+  if (push.aps.mutableContent != 1) return;  // shown as it came
   const DeliveryPlan plan = planDelivery(std::move(push), identifier);
   if (plan.viewTracker && isWebUrl(*plan.viewTracker)) lint.requests.push_back(*plan.viewTracker);
   if (const auto* message = std::get_if<DeliveryPlan::Message>(&plan.kind)) {
@@ -118,24 +131,30 @@ void lintPush(PayloadLint& lint, PushObj push, const std::string& identifier) {
   }
 }
 
+/// What the carousel needs of one message.
+void lintCarouselMessage(PayloadLint& lint, const std::string& where, const P& message) {
+  warnOfTrackers(lint, where + ".i", message.i);
+  if (!parseUrl(message.o.image.value_or("")))
+    lint.stops.push_back(where + ".o.image: forms no URL; the carousel stops the content extension");
+  const auto& data = message.o.data;
+  if (!data || !data->t || data->t->empty() || !parseUrl(data->url))
+    lint.stops.push_back(
+        where + ".o.data: without a URL and a click tracker, opening it stops the content extension");
+  if (data) warnOfTrackers(lint, where + ".o.data.t", data->t);
+}
+
 void lintCampaign(PayloadLint& lint, const Payload& payload, const PCampaignObject& campaign) {
   lint.root = PayloadLint::Root::campaign;
-  const auto* aps = payload.root().if_contains("aps");
-  const auto* mutableContent =
-      aps && aps->is_object() ? aps->get_object().if_contains("mutable-content") : nullptr;
-  if (mutableContent && mutableContent->is_int64() && mutableContent->get_int64() == 1)
+  if (isMutable(payload))
     lint.stops.push_back("a campaign with \"mutable-content\" 1 stops the service extension");
   if (campaign.p.empty())
     lint.stops.push_back("p: without messages the carousel stops the content extension");
-  if (!payload.root().contains("isMultiple"))
-    lint.stops.push_back("isMultiple: missing; the carousel stops the content extension");
-  for (std::size_t i = 0; i < campaign.p.size(); ++i) {
-    const std::string where = "p[" + std::to_string(i) + "]";
-    warnOfMessage(lint, where + ".o", campaign.p[i].o);
-    warnOfTrackers(lint, where + ".i", campaign.p[i].i);
-    if (!campaign.p[i].o.image)
-      lint.warnings.push_back(where + ".o.image: missing; the carousel shows no picture");
-  }
+  const auto* isMultiple = payload.root().if_contains("isMultiple");
+  if (!isMultiple || !isMultiple->is_bool())
+    lint.stops.push_back("isMultiple: no boolean; the carousel stops the content extension");
+  warnOfTrackers(lint, "t", campaign.t);
+  for (std::size_t i = 0; i < campaign.p.size(); ++i)
+    lintCarouselMessage(lint, "p[" + std::to_string(i) + "]", campaign.p[i]);
 }
 
 }  // namespace
@@ -162,7 +181,7 @@ PayloadLint lintPayload(std::string_view json, const std::string& identifier) {
     return lint;
   }
   lint.errors = {push.error().description, campaign.error().description};
-  lint.stops.push_back("with \"mutable-content\" 1 a payload of neither form stops the service extension");
+  if (isMutable(*payload)) lint.stops.push_back("a payload of neither form stops the service extension");
   return lint;
 }
 

@@ -52,7 +52,7 @@ void Reminder::cancel() {
 void Reminder::update() {
   const auto interval = context_->storage.real(StorageKey::schedulerInterval);
   if (!interval) return;
-  cancel();
+  if (std::isfinite(*interval)) cancel();  // an interval that is refused leaves the old reminder alone
   schedule(*interval);
 }
 
