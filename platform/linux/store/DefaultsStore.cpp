@@ -102,7 +102,8 @@ void DefaultsStore::setMapEntry(std::string_view key, EntryPath path, MapKind ki
                                 const DefaultsValue& value) {
   if (addEntry(key, path, kind, value)) return;
   Transaction transaction(database_);
-  makeMapOf(key, storedKind(kind));
+  // Another process may have made the map since: only now does nobody come between the look and the making.
+  if (!isMapOf(key, storedKind(kind))) makeMapOf(key, storedKind(kind));
   const bool nested = kind == MapKind::textMapMap;
   writeEntry(key, path.entry, nested ? std::optional(path.inner) : std::nullopt, value);
   transaction.commit();
