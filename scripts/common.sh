@@ -2,7 +2,7 @@
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 build_packages=(g++ cmake ninja-build pkg-config libboost-json1.81-dev libboost-url1.81-dev libsqlite3-dev
-  libcurl4-openssl-dev libgdk-pixbuf-2.0-dev libcli11-dev libcpp-httplib-dev)
+  libcurl4-openssl-dev libgdk-pixbuf-2.0-dev libgif-dev libcli11-dev libcpp-httplib-dev)
 test_packages=(libgtest-dev libgmock-dev)
 benchmark_packages=(libbenchmark-dev)
 

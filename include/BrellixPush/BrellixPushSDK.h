@@ -51,6 +51,10 @@ class BrellixPushSDK {
       const VorselKelp::platform::UserInfo& userInfo,
       std::shared_ptr<VorselKelp::platform::NotificationContent> best, VorselKelp::ContentHandler completion);
 
+  /// For the notification-content extension.
+  [[nodiscard]] static VorselKelp::ui::Size getPreferedContentSize(
+      const VorselKelp::platform::NotificationRequest& request);
+
   static void decreseNotificationCount(
       const std::shared_ptr<VorselKelp::platform::NotificationContent>& forNotify);
   static void increseNotificationCount(

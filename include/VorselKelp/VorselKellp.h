@@ -107,9 +107,10 @@ class VorselKellp {
   static void registerToken(std::span<const std::uint8_t> deviceToken);
   /// Shows the system's permission dialog when the user has not decided yet.
   static void askForNotificationsPermission();
-  /// The same, unless the remote configuration asks for a page of the publisher's to be shown first: that
-  /// page can't be shown yet, and then a line says so and nobody is asked. Does nothing when the user has
-  /// decided. `controller`, on which the page would be presented, is not kept.
+  /// The same. When the remote configuration names a page of the publisher's, that page is presented over
+  /// `controller` first, and the system asks only when the user agrees there. Does nothing when the user has
+  /// decided. `controller` is held weakly: the page is not shown, and nobody asked, when it goes before the
+  /// settings are known.
   static void askForNotificationPermissionWith(const std::shared_ptr<ui::ViewController>& controller);
   /// The user opened a notification or tapped a button. Click trackers go out. With `handle`, the URL stored
   /// for the action is opened: a web page in the in-app browser, any other through the delegate. Without,
@@ -148,6 +149,12 @@ class VorselKellp {
   /// why unless it is no JSON object at all.
   [[nodiscard]] static std::optional<NotificationObject> getNotificationContent(
       const platform::NotificationRequest& request);
+
+  // Push: notification-content extension
+
+  /// How large the extension should make its area for this notification, in points. A campaign without a
+  /// single message stops the process.
+  [[nodiscard]] static ui::Size getPreferedContentSize(const platform::NotificationRequest& request);
 };
 
 }  // namespace VorselKelp

@@ -78,6 +78,60 @@ Result<ImageInfo> HeaderImageDecoder::inspect(std::string_view bytes, std::int64
   return Error{"not a picture"};
 }
 
+Result<ui::ImagePtr> HeaderImageDecoder::decode(std::string_view bytes, std::int64_t pixelLimit) {
+  const auto info = inspect(bytes, pixelLimit);
+  if (!info) return info.error();
+  const auto pixels = static_cast<std::size_t>(info->width) * static_cast<std::size_t>(info->height);
+  return ui::ImagePtr(
+      std::make_shared<ui::Image>(info->width, info->height, std::vector<std::uint8_t>(pixels * 4)));
+}
+
+namespace {
+
+class GivenFrames final : public platform::GifReader {
+ public:
+  GivenFrames(platform::ImageInfo canvas, std::vector<HeaderImageDecoder::Frame> frames,
+              std::optional<int> loopCount)
+      : canvas_(std::move(canvas)), frames_(std::move(frames)), loopCount_(loopCount) {}
+
+  [[nodiscard]] int width() const override { return canvas_.width; }
+  [[nodiscard]] int height() const override { return canvas_.height; }
+  [[nodiscard]] std::optional<int> loopCount() const override { return loopCount_; }
+  const platform::GifFrame* next() override {
+    if (next_ == frames_.size()) return nullptr;
+    const auto& given = frames_[next_++];
+    frame_ = {given.left,    given.top,         given.width,    given.height, given.indices,
+              given.palette, given.transparent, given.disposal, given.delay};
+    return &frame_;
+  }
+  void rewind() override { next_ = 0; }
+
+ private:
+  const platform::ImageInfo canvas_;
+  const std::vector<HeaderImageDecoder::Frame> frames_;
+  const std::optional<int> loopCount_;
+  std::size_t next_ = 0;
+  platform::GifFrame frame_;
+};
+
+}  // namespace
+
+Result<std::unique_ptr<platform::GifReader>> HeaderImageDecoder::openGif(
+    std::shared_ptr<const std::string> bytes, std::int64_t pixelLimit) {
+  auto info = inspect(*bytes, pixelLimit);
+  if (!info) return info.error();
+  if (info->fileExtension != "gif") return Error{"This is no GIF"};
+  const std::lock_guard lock(mutex_);
+  return std::unique_ptr<platform::GifReader>(
+      std::make_unique<GivenFrames>(*std::move(info), frames_, loopCount_));
+}
+
+void HeaderImageDecoder::setFrames(std::vector<Frame> frames, std::optional<int> loopCount) {
+  const std::lock_guard lock(mutex_);
+  frames_ = std::move(frames);
+  loopCount_ = loopCount;
+}
+
 std::string pngBeginning(unsigned width, unsigned height) {
   std::string bytes(pngSignature);
   append(bytes, 13, 4);

@@ -47,6 +47,16 @@ std::optional<std::int64_t> MemoryApplication::badge() const {
   return badge_;
 }
 
+void MemoryApplication::openURL(const std::string& url) {
+  const std::lock_guard lock(mutex_);
+  if (kind_ == ProcessKind::application) openedURLs_.push_back(url);
+}
+
+std::vector<std::string> MemoryApplication::openedURLs() const {
+  const std::lock_guard lock(mutex_);
+  return openedURLs_;
+}
+
 BackgroundTask MemoryApplication::beginBackgroundTask(const std::string& name,
                                                       platform::UniqueFunction<void()> expired) {
   const std::lock_guard lock(mutex_);

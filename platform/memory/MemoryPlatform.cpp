@@ -79,6 +79,8 @@ MemoryPlatform::MemoryPlatform(std::shared_ptr<MemoryDevice> onDevice, ProcessKi
       browser(std::make_shared<RecordingBrowser>()),
       imageDecoder(std::make_shared<HeaderImageDecoder>()),
       location(std::make_shared<MemoryLocation>()),
+      presenter(std::make_shared<RecordingPresenter>()),
+      webViews(std::make_shared<RecordingWebViews>()),
       platform_(std::make_shared<platform::Platform>()) {
   device->enroll(mainQueue);
   bundle->setMain("CFBundleIdentifier", bundleIdentifier);
@@ -99,7 +101,9 @@ MemoryPlatform::MemoryPlatform(std::shared_ptr<MemoryDevice> onDevice, ProcessKi
                                   .console = console,
                                   .imageDecoder = imageDecoder,
                                   .inAppBrowser = browser,
-                                  .location = location};
+                                  .location = location,
+                                  .viewPresenter = presenter,
+                                  .webViews = webViews};
 }
 
 MemoryPlatform::~MemoryPlatform() {

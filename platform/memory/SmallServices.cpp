@@ -36,6 +36,43 @@ double SettableScreen::height() {
   return height_;
 }
 
+/// Links are the main thread's, and may come and go while they tick.
+class SettableScreen::Link final : public platform::DisplayLink {
+ public:
+  Link(std::shared_ptr<std::vector<Link*>> links, std::function<void(double)> tick)
+      : links_(std::move(links)), tick_(std::move(tick)) {
+    links_->push_back(this);
+  }
+  ~Link() override { std::erase(*links_, this); }
+  void setPaused(bool paused) override { paused_ = paused; }
+
+  [[nodiscard]] bool paused() const { return paused_; }
+  void tick(double seconds) {
+    const auto tick = tick_;
+    tick(seconds);
+  }
+
+ private:
+  std::shared_ptr<std::vector<Link*>> links_;
+  std::function<void(double)> tick_;
+  bool paused_ = true;
+};
+
+std::unique_ptr<platform::DisplayLink> SettableScreen::makeDisplayLink(std::function<void(double)> tick) {
+  return std::make_unique<Link>(links_, std::move(tick));
+}
+
+void SettableScreen::refresh(double seconds) {
+  const auto links = *links_;
+  for (auto* link : links) {
+    if (std::ranges::find(*links_, link) != links_->end() && !link->paused()) link->tick(seconds);
+  }
+}
+
+std::size_t SettableScreen::runningLinks() {
+  return static_cast<std::size_t>(std::ranges::count_if(*links_, [](Link* link) { return !link->paused(); }));
+}
+
 std::uint32_t DeterministicRandom::below(std::uint32_t bound) {
   const std::lock_guard lock(mutex_);
   // A linear congruence modulo 2^64; its high half is good enough, and scaling it keeps the numbers even.

@@ -25,10 +25,12 @@ Process& process() {
 CoreContext::CoreContext(std::shared_ptr<platform::Platform> platformServices)
     : services(std::move(platformServices)), storage(*services, state) {}
 
-std::shared_ptr<void> CoreContext::upperLayer(platform::FunctionRef<std::shared_ptr<void>()> make) {
-  const std::lock_guard lock(upperMutex_);
-  if (!upperLayer_) upperLayer_ = make();
-  return upperLayer_;
+std::shared_ptr<void> CoreContext::companionOf(std::type_index type,
+                                               platform::FunctionRef<std::shared_ptr<void>()> make) {
+  const std::lock_guard lock(companionsMutex_);
+  auto& companion = companions_[type];
+  if (!companion) companion = make();
+  return companion;
 }
 
 std::shared_ptr<CoreContext> CoreContext::current(std::string_view caller) {

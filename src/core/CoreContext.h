@@ -1,8 +1,10 @@
 #pragma once
 
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string_view>
+#include <typeindex>
 
 #include "VorselKelp/platform/Platform.h"
 #include "core/CoreState.h"
@@ -28,16 +30,24 @@ class CoreContext {
   static std::shared_ptr<CoreContext> installed();
   static void setCurrent(std::shared_ptr<CoreContext> context);
 
-  /// What a layer on top of the core keeps for this core; `make` makes it at the first call.
-  std::shared_ptr<void> upperLayer(platform::FunctionRef<std::shared_ptr<void>()> make);
+  /// What a folder above keeps for this core, one object of each type; `make` makes it at the first call and
+  /// must not ask for another one. It goes with the context.
+  template <class T>
+  std::shared_ptr<T> companion(platform::FunctionRef<std::shared_ptr<T>()> make) {
+    return std::static_pointer_cast<T>(
+        companionOf(typeid(T), [&]() -> std::shared_ptr<void> { return make(); }));
+  }
 
   const std::shared_ptr<platform::Platform> services;
   CoreState state;
   StorageManager storage;
 
  private:
-  std::mutex upperMutex_;
-  std::shared_ptr<void> upperLayer_;
+  std::shared_ptr<void> companionOf(std::type_index type,
+                                    platform::FunctionRef<std::shared_ptr<void>()> make);
+
+  std::mutex companionsMutex_;
+  std::map<std::type_index, std::shared_ptr<void>> companions_;
 };
 
 }  // namespace VorselKelp

@@ -123,6 +123,11 @@ void BrellixPushSDK::notificationBuilderWillTerminate(
   VorselKellp::notificationBuilderWillTerminate(userInfo, std::move(best), std::move(completion));
 }
 
+VorselKelp::ui::Size BrellixPushSDK::getPreferedContentSize(
+    const VorselKelp::platform::NotificationRequest& request) {
+  return VorselKellp::getPreferedContentSize(request);
+}
+
 void BrellixPushSDK::decreseNotificationCount(
     const std::shared_ptr<VorselKelp::platform::NotificationContent>& forNotify) {
   VorselKellp::decreseNotificationCount(forNotify);

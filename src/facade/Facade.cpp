@@ -7,8 +7,7 @@
 namespace BrellixPush {
 
 std::shared_ptr<Facade> Facade::of(VorselKelp::CoreContext& context) {
-  return std::static_pointer_cast<Facade>(
-      context.upperLayer([]() -> std::shared_ptr<void> { return std::make_shared<Facade>(); }));
+  return context.companion<Facade>([] { return std::make_shared<Facade>(); });
 }
 
 std::shared_ptr<BrellixPushSDKDelegate> Facade::delegate() const {

@@ -7,6 +7,7 @@
 #include "base/FatalError.h"
 #include "kellp/Kellp.h"
 #include "push/AdministrativePush.h"
+#include "push/ContentSize.h"
 #include "push/NotificationReader.h"
 
 namespace VorselKelp {
@@ -57,6 +58,8 @@ void requireServices(const platform::Platform& p) {
   requireService(p.imageDecoder != nullptr, "imageDecoder");
   requireService(p.inAppBrowser != nullptr, "inAppBrowser");
   requireService(p.location != nullptr, "location");
+  requireService(p.viewPresenter != nullptr, "viewPresenter");
+  requireService(p.webViews != nullptr, "webViews");
 }
 
 }  // namespace
@@ -220,6 +223,10 @@ void VorselKellp::notificationBuilderWillTerminate(const platform::UserInfo&,
 std::optional<NotificationObject> VorselKellp::getNotificationContent(
     const platform::NotificationRequest& request) {
   return readNotification(*core("getNotificationContent")->context, request);
+}
+
+ui::Size VorselKellp::getPreferedContentSize(const platform::NotificationRequest& request) {
+  return preferredContentSize(*core("getPreferedContentSize")->context, request);
 }
 
 }  // namespace VorselKelp

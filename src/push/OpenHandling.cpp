@@ -1,7 +1,7 @@
 #include "push/OpenHandling.h"
 
-#include "ads/AdRecords.h"
 #include "base/Url.h"
+#include "push/AdFollowUp.h"
 
 namespace VorselKelp {
 
@@ -23,7 +23,7 @@ void OpenHandling::pushTrackOpen(bool handle, const platform::NotificationRespon
     }
   }
   if (response.actionIdentifier == "yes" || response.actionIdentifier == platform::defaultActionIdentifier)
-    followUpAd();
+    followUpAd(*context_, *requests_);
 }
 
 void OpenHandling::open(const std::string& url, const std::optional<std::string>& tracker) {
@@ -37,13 +37,6 @@ void OpenHandling::open(const std::string& url, const std::optional<std::string>
     context_->services->mainQueue->async(
         [browser = context_->services->inAppBrowser, url] { browser->present(url); });
   if (tracker) requests_->fireTracker(*tracker);
-}
-
-void OpenHandling::followUpAd() {
-  if (!context_->storage.flag(StorageKey::adPending)) return;
-  if (const auto endpoint = context_->storage.text(StorageKey::eventEndpoint))
-    requests_->sendTrackingGet<AdexObject>(
-        *endpoint, [](const std::optional<AdexObject>&, const std::optional<Error>&) {});
 }
 
 }  // namespace VorselKelp

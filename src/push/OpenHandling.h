@@ -26,7 +26,6 @@ class OpenHandling {
  private:
   /// A web page in the in-app browser, followed by the tracker; anything else goes to the delegate alone.
   void open(const std::string& url, const std::optional<std::string>& tracker = std::nullopt);
-  void followUpAd();
 
   std::shared_ptr<CoreContext> context_;
   std::shared_ptr<VorselRequest> requests_;

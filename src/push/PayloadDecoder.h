@@ -10,7 +10,7 @@
 
 namespace VorselKelp {
 
-/// A notification's user information, made ready for reading as either root.
+/// A notification's user information, made ready for reading as any of the roots.
 class Payload {
  public:
   /// Code of the error for bytes that are no JSON text.
@@ -23,6 +23,9 @@ class Payload {
   [[nodiscard]] Result<PushObj> pushObj() const { return json::decode<PushObj>(document_.root()); }
   [[nodiscard]] Result<PCampaignObject> campaign() const {
     return json::decode<PCampaignObject>(document_.root());
+  }
+  [[nodiscard]] Result<MultiMessagePush> multiMessagePush() const {
+    return json::decode<MultiMessagePush>(document_.root());
   }
 
  private:

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "base/FatalError.h"
+#include "prompt/VorselKellpCustomNotificationView.h"
 
 namespace VorselKelp {
 namespace {
@@ -68,18 +69,25 @@ void Permission::asked(bool granted) {
   });
 }
 
-void Permission::askForNotificationPermissionWith(const std::shared_ptr<ui::ViewController>&) {
+void Permission::askForNotificationPermissionWith(const std::shared_ptr<ui::ViewController>& controller) {
   context_->services->notificationCenter->getNotificationSettings(
-      [weak = weak_from_this()](const platform::NotificationSettings& settings) {
+      [weak = weak_from_this(),
+       from = std::weak_ptr(controller)](const platform::NotificationSettings& settings) {
         const auto self = weak.lock();
         if (!self || settings.authorizationStatus != platform::AuthorizationStatus::notDetermined) return;
-        if (self->context_->state.customPrompt) {
-          self->context_->print(
-              "The publisher's permission page can't be shown yet; no permission was asked for");
-        } else {
-          self->askForNotificationsPermission();
-        }
+        if (!self->context_->state.customPrompt) return self->askForNotificationsPermission();
+        self->context_->services->mainQueue->async([weak, from] {
+          if (const auto alive = weak.lock()) alive->presentPage(from.lock());
+        });
       });
+}
+
+void Permission::presentPage(const std::shared_ptr<ui::ViewController>& from) {
+  const auto page = std::make_shared<VorselKellpCustomNotificationView>(context_, [weak = weak_from_this()] {
+    if (const auto self = weak.lock()) self->askForNotificationsPermission();
+  });
+  page->modalPresentationStyle = ui::PresentationStyle::overFullScreen;
+  context_->services->viewPresenter->present(page, from, false);
 }
 
 }  // namespace VorselKelp

@@ -21,11 +21,14 @@ class Permission : public std::enable_shared_from_this<Permission> {
   /// Start-up: registers where the user has allowed it, and says so where not. Asks nobody.
   void checkAtStart();
   void askForNotificationsPermission();
+  /// The same; when the remote configuration names a page of the publisher's, that page is shown over
+  /// `controller` first, and the user is asked only when the page says so. Nothing once the user has decided.
   void askForNotificationPermissionWith(const std::shared_ptr<ui::ViewController>& controller);
 
  private:
   void checked(platform::AuthorizationStatus status);
   void asked(bool granted);
+  void presentPage(const std::shared_ptr<ui::ViewController>& from);
 
   std::shared_ptr<CoreContext> context_;
   std::shared_ptr<ActivityEvents> activity_;

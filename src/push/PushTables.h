@@ -116,5 +116,11 @@ struct KeyTable<PCampaignObject> {
   static constexpr auto keys = std::tuple{key("p", &PCampaignObject::p), key("t", &PCampaignObject::t)};
 };
 
+template <>
+struct KeyTable<MultiMessagePush> {
+  static constexpr auto keys =
+      std::tuple{key("p", &MultiMessagePush::p), key("isMultiple", &MultiMessagePush::isMultiple)};
+};
+
 }  // namespace json
 }  // namespace VorselKelp

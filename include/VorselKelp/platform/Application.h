@@ -13,6 +13,7 @@ class LifeCycleObserver {
  public:
   virtual ~LifeCycleObserver() = default;
   virtual void appBecameActive() = 0;
+  /// It is about to lose the user: a call, another application, the lock.
   virtual void appBecameInactive() = 0;
   virtual void appBecameBackground() = 0;
   virtual void appWillTerminate() = 0;
@@ -42,6 +43,9 @@ class Application {
 
   /// Shows a number on the application's icon; 0 shows none.
   virtual void setBadge(std::int64_t value) = 0;
+
+  /// Opens `url` in the application that the system has for it. Main thread. Nothing answers.
+  virtual void openURL(const std::string& url) = 0;
 
   /// Keeps the process running for a while after it went to the background. `expired` runs on the main thread
   /// when the system's patience ends, and not at all when the task ends before. invalidBackgroundTask when

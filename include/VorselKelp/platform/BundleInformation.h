@@ -19,6 +19,10 @@ class BundleInformation {
 
   /// The same of the bundle that holds this library; the library asks for "CFBundleShortVersionString".
   virtual std::optional<std::string> libraryBundleText(std::string_view key) = 0;
+
+  /// The bytes of a file that comes with the library, in its bundle "com.vorsel.kellp": "left2.png" and
+  /// "right2.png". Absent when it was not installed. Blocks for the file system.
+  virtual std::optional<std::string> libraryResource(std::string_view name) = 0;
 };
 
 }  // namespace VorselKelp::platform

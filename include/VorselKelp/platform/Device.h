@@ -1,7 +1,11 @@
 #pragma once
 
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
+
+#include "VorselKelp/ui/Orientation.h"
 
 namespace VorselKelp::platform {
 
@@ -23,14 +27,25 @@ class Device {
   virtual std::string languageCode() = 0;
   /// Seconds that the local time is ahead of GMT at this moment; negative in the west.
   virtual int secondsFromGMT() = 0;
+  virtual ui::DeviceOrientation orientation() = 0;
 };
 
-/// The main screen, in points. Any thread.
+/// Ticks whenever the screen is refreshed, on the main thread, while it is not paused. Destroying it ends it.
+class DisplayLink {
+ public:
+  virtual ~DisplayLink() = default;
+  virtual void setPaused(bool paused) = 0;
+};
+
+/// The main screen. Any thread, but for display links.
 class Screen {
  public:
   virtual ~Screen() = default;
-  virtual double width() = 0;
-  virtual double height() = 0;
+  virtual double width() = 0;   ///< points
+  virtual double height() = 0;  ///< points
+  /// Made paused. `tick` gets the time of the refresh, in seconds of a clock that never goes back; it is
+  /// never called inside a call of the link. Main thread. Never null: without a screen nothing ever ticks.
+  virtual std::unique_ptr<DisplayLink> makeDisplayLink(std::function<void(double seconds)> tick) = 0;
 };
 
 }  // namespace VorselKelp::platform

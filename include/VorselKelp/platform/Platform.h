@@ -7,6 +7,7 @@
 #include "VorselKelp/platform/BundleInformation.h"
 #include "VorselKelp/platform/Clock.h"
 #include "VorselKelp/platform/Console.h"
+#include "VorselKelp/platform/ContentExtension.h"
 #include "VorselKelp/platform/Device.h"
 #include "VorselKelp/platform/FileManager.h"
 #include "VorselKelp/platform/ImageDecoder.h"
@@ -17,6 +18,8 @@
 #include "VorselKelp/platform/Random.h"
 #include "VorselKelp/platform/URLSession.h"
 #include "VorselKelp/platform/UserDefaults.h"
+#include "VorselKelp/platform/ViewPresenter.h"
+#include "VorselKelp/platform/WebViews.h"
 
 namespace VorselKelp::platform {
 
@@ -28,6 +31,8 @@ struct Endpoints {
   std::string events = "https://events.brellix.example";         ///< publisher events of the facade
   std::string adFeed = "https://adfeed.vorsel.example";
   std::string script = "https://script.vorsel.example";  ///< prompt page script
+  /// A whole URL: the page that a tapped interstitial opens.
+  std::string demonstrationPage = "https://ads.vorsel.example/demonstration";
 };
 
 /// Everything that the library asks of its system. All services are present: one that a system lacks is an
@@ -51,6 +56,8 @@ struct Platform {
   std::shared_ptr<ImageDecoder> imageDecoder;
   std::shared_ptr<InAppBrowser> inAppBrowser;
   std::shared_ptr<LocationServices> location;
+  std::shared_ptr<ViewPresenter> viewPresenter;
+  std::shared_ptr<WebViews> webViews;
 };
 
 }  // namespace VorselKelp::platform

@@ -52,8 +52,14 @@ class RunningApplication final : public DeviceApplication,
                                  public std::enable_shared_from_this<RunningApplication> {
  public:
   RunningApplication(std::shared_ptr<SimulatedDevice> device, std::shared_ptr<platform::MainQueue> mainQueue,
-                     std::function<void(Result<std::string>)> registered)
-      : device_(std::move(device)), mainQueue_(std::move(mainQueue)), registered_(std::move(registered)) {}
+                     std::function<void(Result<std::string>)> registered,
+                     std::function<void(const std::string&)> opened)
+      : device_(std::move(device)),
+        mainQueue_(std::move(mainQueue)),
+        registered_(std::move(registered)),
+        opened_(std::move(opened)) {}
+
+  void openURL(const std::string& url) override { opened_(url); }
 
   void registerForRemoteNotifications() override {
     mainQueue_->async([weak = weak_from_this()] {
@@ -107,6 +113,7 @@ class RunningApplication final : public DeviceApplication,
   const std::shared_ptr<SimulatedDevice> device_;
   const std::shared_ptr<platform::MainQueue> mainQueue_;
   const std::function<void(Result<std::string>)> registered_;
+  std::function<void(const std::string&)> opened_;
   ObserverList<LifeCycleObserver> lifeCycle_;
   ObserverList<ScreenObserver> screens_;
   std::mutex mutex_;
@@ -127,8 +134,10 @@ class RecordingBrowser final : public platform::InAppBrowser {
 
 std::shared_ptr<DeviceApplication> makeApplication(std::shared_ptr<SimulatedDevice> device,
                                                    std::shared_ptr<platform::MainQueue> mainQueue,
-                                                   std::function<void(Result<std::string>)> registered) {
-  return std::make_shared<RunningApplication>(std::move(device), std::move(mainQueue), std::move(registered));
+                                                   std::function<void(Result<std::string>)> registered,
+                                                   std::function<void(const std::string& url)> opened) {
+  return std::make_shared<RunningApplication>(std::move(device), std::move(mainQueue), std::move(registered),
+                                              std::move(opened));
 }
 
 std::shared_ptr<platform::InAppBrowser> makeRecordingBrowser(

@@ -30,13 +30,16 @@ ApplicationRun::ApplicationRun(ProcessOptions options, Manifest manifest, Applic
 std::shared_ptr<platform::Platform> ApplicationRun::makeServices() {
   device_.device = std::make_shared<SimulatedDevice>(home_, manifest_.bundleIdentifier);
   device_.notificationCenter = makeNotificationCenter(device_.device, loop_, options_.answer);
-  device_.application = makeApplication(device_.device, loop_, [this](Result<std::string> token) {
-    if (token) {
-      delegate_.didRegisterForRemoteNotifications(bytesOf(*token));
-    } else {
-      delegate_.didFailToRegisterForRemoteNotifications(token.error());
-    }
-  });
+  device_.application = makeApplication(
+      device_.device, loop_,
+      [this](Result<std::string> token) {
+        if (token) {
+          delegate_.didRegisterForRemoteNotifications(bytesOf(*token));
+        } else {
+          delegate_.didFailToRegisterForRemoteNotifications(token.error());
+        }
+      },
+      [channel = channel_](const std::string& url) { channel->send("opened", url); });
   device_.location = makeLocation(loop_);
   ProcessServices services;
   services.device = device_.device;

@@ -1,6 +1,7 @@
 #include "VorselKelpLinux/ProcessPlatform.h"
 
 #include "VorselKelpLinux/DiskFileManager.h"
+#include "VorselKelpLinux/HeadlessScreen.h"
 #include "VorselKelpLinux/PixbufImageDecoder.h"
 #include "VorselKelpLinux/SqliteUserDefaults.h"
 
@@ -32,6 +33,10 @@ std::shared_ptr<platform::Platform> makePlatform(const Manifest& manifest, Proce
   made->imageDecoder = makeImageDecoder();
   made->inAppBrowser = std::move(services.inAppBrowser);
   made->location = services.location ? std::move(services.location) : makeUnavailableLocation();
+  made->viewPresenter =
+      services.viewPresenter ? std::move(services.viewPresenter) : makeHeadlessPresenter(nullptr);
+  made->webViews =
+      services.webViews ? std::move(services.webViews) : makeUnavailableWebViews(made->mainQueue);
   return made;
 }
 

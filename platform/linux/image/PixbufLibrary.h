@@ -21,7 +21,14 @@ class PixbufLibrary {
   decltype(gdk_pixbuf_loader_close)* loaderClose = nullptr;
   decltype(gdk_pixbuf_loader_set_size)* loaderSetSize = nullptr;
   decltype(gdk_pixbuf_loader_get_format)* loaderFormat = nullptr;
+  decltype(gdk_pixbuf_loader_get_pixbuf)* loaderPixbuf = nullptr;
   decltype(gdk_pixbuf_format_get_extensions)* formatExtensions = nullptr;
+  decltype(gdk_pixbuf_get_width)* width = nullptr;
+  decltype(gdk_pixbuf_get_height)* height = nullptr;
+  decltype(gdk_pixbuf_get_rowstride)* rowStride = nullptr;
+  decltype(gdk_pixbuf_get_n_channels)* channels = nullptr;
+  decltype(gdk_pixbuf_get_pixels)* pixels = nullptr;
+  decltype(gdk_pixbuf_fill)* fill = nullptr;
   decltype(g_signal_connect_data)* signalConnect = nullptr;
   decltype(g_object_unref)* unref = nullptr;
   decltype(g_error_free)* errorFree = nullptr;

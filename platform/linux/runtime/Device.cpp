@@ -16,7 +16,10 @@ std::string languageOf(std::string_view locale) {
 class ManifestDevice final : public platform::Device {
  public:
   explicit ManifestDevice(const Manifest& manifest)
-      : machine_(manifest.machine), systemVersion_(manifest.systemVersion) {}
+      : machine_(manifest.machine),
+        systemVersion_(manifest.systemVersion),
+        orientation_(manifest.screenWidth > manifest.screenHeight ? ui::DeviceOrientation::landscapeLeft
+                                                                  : ui::DeviceOrientation::portrait) {}
 
   std::string machineIdentifier() override { return machine_; }
   std::optional<std::string> environmentVariable(const std::string& name) override {
@@ -34,6 +37,8 @@ class ManifestDevice final : public platform::Device {
     return "en";
   }
 
+  ui::DeviceOrientation orientation() override { return orientation_; }
+
   int secondsFromGMT() override {
     const std::time_t now = std::time(nullptr);
     std::tm local{};
@@ -44,6 +49,13 @@ class ManifestDevice final : public platform::Device {
  private:
   std::string machine_;
   std::string systemVersion_;
+  ui::DeviceOrientation orientation_;
+};
+
+/// Nothing is drawn, so nothing is refreshed.
+class SilentLink final : public platform::DisplayLink {
+ public:
+  void setPaused(bool) override {}
 };
 
 class ManifestScreen final : public platform::Screen {
@@ -52,6 +64,9 @@ class ManifestScreen final : public platform::Screen {
       : width_(manifest.screenWidth), height_(manifest.screenHeight) {}
   double width() override { return width_; }
   double height() override { return height_; }
+  std::unique_ptr<platform::DisplayLink> makeDisplayLink(std::function<void(double)>) override {
+    return std::make_unique<SilentLink>();
+  }
 
  private:
   double width_;

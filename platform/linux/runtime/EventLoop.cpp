@@ -17,7 +17,7 @@ void EventLoop::async(Work work) {
     const std::lock_guard lock(mutex_);
     due_.push_back(std::move(work));
   }
-  changed_.notify_all();
+  notify();
 }
 
 void EventLoop::asyncAfter(double seconds, Work work) {
@@ -25,7 +25,7 @@ void EventLoop::asyncAfter(double seconds, Work work) {
     const std::lock_guard lock(mutex_);
     timers_.emplace(Clock::now() + loopDuration(seconds), std::move(work));
   }
-  changed_.notify_all();
+  notify();
 }
 
 void EventLoop::wake() {
@@ -33,7 +33,7 @@ void EventLoop::wake() {
     const std::lock_guard lock(mutex_);
     ++wakeUps_;
   }
-  changed_.notify_all();
+  notify();
 }
 
 void EventLoop::moveDueTimers() {
@@ -69,6 +69,22 @@ bool EventLoop::runOne(std::unique_lock<std::mutex>& lock) {
   return true;
 }
 
+void EventLoop::notify() {
+  changed_.notify_all();
+  if (waiter_) waiter_->wake();
+}
+
+void EventLoop::waitUntil(std::unique_lock<std::mutex>& lock, Clock::time_point until, std::uint64_t seen) {
+  if (wakeUps_ != seen) return;
+  if (!waiter_) {
+    changed_.wait_until(lock, until);
+    return;
+  }
+  lock.unlock();  // what comes in between wakes the waiter before it waits
+  waiter_->wait(until);
+  lock.lock();
+}
+
 bool EventLoop::run(platform::FunctionRef<bool()> finished, Clock::time_point deadline) {
   std::unique_lock lock(mutex_);
   while (true) {
@@ -83,7 +99,7 @@ bool EventLoop::run(platform::FunctionRef<bool()> finished, Clock::time_point de
     if (!due_.empty()) continue;
     if (done) return true;
     const auto until = timers_.empty() ? deadline : std::min(deadline, timers_.begin()->first);
-    if (wakeUps_ == seen) changed_.wait_until(lock, until);
+    waitUntil(lock, until, seen);
   }
 }
 

@@ -16,6 +16,7 @@ class UnavailableApplication final : public platform::Application {
  public:
   void registerForRemoteNotifications() override { refuse("Registering for remote notifications"); }
   void unregisterForRemoteNotifications() override { refuse("Unregistering from remote notifications"); }
+  void openURL(const std::string&) override { refuse("Opening a page"); }
   void setBadge(std::int64_t) override { refuse("The icon's badge"); }
   platform::BackgroundTask beginBackgroundTask(const std::string&,
                                                platform::UniqueFunction<void()>) override {

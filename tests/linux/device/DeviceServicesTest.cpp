@@ -116,7 +116,8 @@ class Witness : public platform::LifeCycleObserver, public platform::ScreenObser
 };
 
 TEST_F(DeviceServicesTest, TellsObserversWhatHappensToTheApplication) {
-  const auto application = makeApplication(openDevice(), loop_, [](const auto&) {});
+  const auto application = makeApplication(
+      openDevice(), loop_, [](const auto&) {}, [](const auto&) {});
   std::vector<std::string> events;
   const auto first = std::make_shared<Witness>(events, "1 ");
   auto second = std::make_shared<Witness>(events, "2 ");
@@ -135,7 +136,8 @@ TEST_F(DeviceServicesTest, TellsObserversWhatHappensToTheApplication) {
 }
 
 TEST_F(DeviceServicesTest, ExpiresBackgroundTasksThatWereNotEnded) {
-  const auto application = makeApplication(openDevice(), loop_, [](const auto&) {});
+  const auto application = makeApplication(
+      openDevice(), loop_, [](const auto&) {}, [](const auto&) {});
   int expired = 0;
   platform::BackgroundTask task = platform::invalidBackgroundTask;
   task = application->beginBackgroundTask("a", [&] {
@@ -154,9 +156,10 @@ TEST_F(DeviceServicesTest, ExpiresBackgroundTasksThatWereNotEnded) {
 
 TEST_F(DeviceServicesTest, BringsTheTokenOnTheMainQueue) {
   std::vector<std::string> tokens;
-  const auto application = makeApplication(openDevice(), loop_, [&](Result<std::string> token) {
-    tokens.push_back(token ? *token : token.error().description);
-  });
+  const auto application = makeApplication(
+      openDevice(), loop_,
+      [&](Result<std::string> token) { tokens.push_back(token ? *token : token.error().description); },
+      [](const auto&) {});
   application->registerForRemoteNotifications();
   application->registerForRemoteNotifications();
   EXPECT_TRUE(tokens.empty());

@@ -5,40 +5,22 @@
 #include <string>
 
 #include "VorselKelpLinux/PixbufImageDecoder.h"
+#include "linux/support/PictureFiles.h"
 
 namespace VorselKelp::testing_support {
 namespace {
 
 constexpr std::int64_t noLimit = std::int64_t{1} << 62;
 
-std::string bigEndian(std::uint32_t number) {
-  std::string bytes;
-  for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(number >> shift & 0xff);
-  return bytes;
-}
-
-std::string littleEndian16(std::uint32_t number) {
-  return {static_cast<char>(number & 0xff), static_cast<char>(number >> 8 & 0xff)};
-}
-
-std::string chunk(const std::string& type, const std::string& data) {
-  std::uint32_t crc = 0xffffffff;
-  for (const char c : type + data) {
-    crc ^= static_cast<unsigned char>(c);
-    for (int bit = 0; bit < 8; ++bit) crc = crc >> 1 ^ (crc & 1 ? 0xedb88320u : 0u);
-  }
-  return bigEndian(static_cast<std::uint32_t>(data.size())) + type + data + bigEndian(~crc);
-}
-
 /// Says what it likes of its size; its pixels are the first row of a stored block and end there.
 std::string png(std::uint32_t width, std::uint32_t height) {
   const std::string header = bigEndian(width) + bigEndian(height) + std::string("\x08\x00\x00\x00\x00", 5);
-  return "\x89PNG\r\n\x1a\n" + chunk("IHDR", header) +
-         chunk("IDAT", std::string("\x78\x01\x00\x02\x00\xfd\xff\0\0", 9));
+  return "\x89PNG\r\n\x1a\n" + pngChunk("IHDR", header) +
+         pngChunk("IDAT", std::string("\x78\x01\x00\x02\x00\xfd\xff\0\0", 9));
 }
 
 std::string gif(std::uint32_t width, std::uint32_t height) {
-  const std::string size = littleEndian16(width) + littleEndian16(height);
+  const std::string size = littleEndian(width, 2) + littleEndian(height, 2);
   const std::string screen = size + std::string("\x80\x00\x00\x00\x00\x00\xff\xff\xff", 9);
   const std::string frame = std::string(",\0\0\0\0", 5) + size + std::string("\0\x02\x02\x44\x01\0;", 7);
   return "GIF89a" + screen + frame;

@@ -47,10 +47,12 @@ class DeviceApplication : public platform::Application {
   virtual void screenDisappeared() = 0;
 };
 
-/// `registered` gets the token, or the reason why there is none, on the main queue.
+/// `registered` gets the token, or the reason why there is none, on the main queue. `opened` learns which
+/// addresses leave the application.
 std::shared_ptr<DeviceApplication> makeApplication(std::shared_ptr<SimulatedDevice> device,
                                                    std::shared_ptr<platform::MainQueue> mainQueue,
-                                                   std::function<void(Result<std::string>)> registered);
+                                                   std::function<void(Result<std::string>)> registered,
+                                                   std::function<void(const std::string& url)> opened);
 
 /// A browser without a window: `show` learns which page would be on the screen.
 std::shared_ptr<platform::InAppBrowser> makeRecordingBrowser(

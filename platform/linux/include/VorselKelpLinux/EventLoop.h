@@ -5,12 +5,25 @@
 #include <cstdint>
 #include <deque>
 #include <map>
+#include <memory>
 #include <mutex>
+#include <utility>
 
 #include "VorselKelp/platform/FunctionRef.h"
 #include "VorselKelp/platform/MainQueue.h"
 
 namespace VorselKelp::linux_platform {
+
+/// Waits for a loop that shares its thread with a toolkit.
+class LoopWaiter {
+ public:
+  virtual ~LoopWaiter() = default;
+  /// Does the toolkit's work until `until`, and returns early after wake() or whenever it likes. On the
+  /// loop's thread.
+  virtual void wait(std::chrono::steady_clock::time_point until) = 0;
+  /// Ends the wait under way, or the next one. Any thread.
+  virtual void wake() = 0;
+};
 
 /// The main queue of a process: work appended from any thread runs on the thread that is inside run(). Times
 /// are counted on the steady clock.
@@ -19,7 +32,8 @@ class EventLoop final : public platform::MainQueue {
   using Clock = std::chrono::steady_clock;
   using Work = platform::UniqueFunction<void()>;
 
-  EventLoop() = default;
+  /// `waiter`, when given, waits in place of the loop, and does the work of a toolkit meanwhile.
+  explicit EventLoop(std::shared_ptr<LoopWaiter> waiter = nullptr) : waiter_(std::move(waiter)) {}
   EventLoop(const EventLoop&) = delete;
   EventLoop& operator=(const EventLoop&) = delete;
 
@@ -42,7 +56,10 @@ class EventLoop final : public platform::MainQueue {
  private:
   void moveDueTimers();
   bool runOne(std::unique_lock<std::mutex>& lock);
+  void waitUntil(std::unique_lock<std::mutex>& lock, Clock::time_point until, std::uint64_t seen);
+  void notify();
 
+  const std::shared_ptr<LoopWaiter> waiter_;
   std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<Work> due_;

@@ -18,7 +18,9 @@ struct ProcessServices {
   std::shared_ptr<platform::NotificationCenter> notificationCenter;
   std::shared_ptr<platform::Application> application;
   std::shared_ptr<platform::InAppBrowser> inAppBrowser;
-  std::shared_ptr<platform::LocationServices> location;  ///< none: location is not available
+  std::shared_ptr<platform::LocationServices> location;    ///< none: location is not available
+  std::shared_ptr<platform::ViewPresenter> viewPresenter;  ///< none: a process without a window
+  std::shared_ptr<platform::WebViews> webViews;            ///< none: every load fails
 };
 
 /// The platform of one process. Nothing is opened before it is used.

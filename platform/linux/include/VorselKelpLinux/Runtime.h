@@ -27,9 +27,11 @@ std::shared_ptr<platform::Console> makeConsole(int descriptor);
 std::shared_ptr<platform::BundleInformation> makeBundleInformation(const Manifest& manifest,
                                                                    ProcessKind kind);
 
-/// Machine and system version from the manifest, language and time zone from the environment of the process.
+/// Machine and system version from the manifest, language and time zone from the environment of the process;
+/// held as the manifest's screen is: upright, or lying on its side when that is wider than high.
 std::shared_ptr<platform::Device> makeDevice(const Manifest& manifest);
 
+/// A screen that nobody looks at: it has a size and is never refreshed.
 std::shared_ptr<platform::Screen> makeScreen(const Manifest& manifest);
 
 /// What an extension has in place of an application: events never come, and what is asked for is refused.

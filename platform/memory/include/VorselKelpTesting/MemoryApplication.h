@@ -25,6 +25,7 @@ class MemoryApplication final : public platform::Application {
   void registerForRemoteNotifications() override;
   void unregisterForRemoteNotifications() override;
   void setBadge(std::int64_t value) override;
+  void openURL(const std::string& url) override;
   platform::BackgroundTask beginBackgroundTask(const std::string& name,
                                                platform::UniqueFunction<void()> expired) override;
   void endBackgroundTask(platform::BackgroundTask task) override;
@@ -46,6 +47,9 @@ class MemoryApplication final : public platform::Application {
 
   /// The number on the icon; absent until one was set.
   [[nodiscard]] std::optional<std::int64_t> badge() const;
+
+  /// The addresses that were opened outside the application, oldest first.
+  [[nodiscard]] std::vector<std::string> openedURLs() const;
 
   /// Whether background tasks are refused; in an extension they always are.
   void refuseBackgroundTasks(bool refuse);
@@ -73,6 +77,7 @@ class MemoryApplication final : public platform::Application {
   std::size_t registrations_ = 0;
   std::size_t unregistrations_ = 0;
   std::optional<std::int64_t> badge_;
+  std::vector<std::string> openedURLs_;
 };
 
 }  // namespace VorselKelp::testing_platform

@@ -15,11 +15,18 @@ class MemoryBundle final : public platform::BundleInformation {
  public:
   std::optional<std::string> mainBundleText(std::string_view key) override { return find(main_, key); }
   std::optional<std::string> libraryBundleText(std::string_view key) override { return find(library_, key); }
+  std::optional<std::string> libraryResource(std::string_view name) override {
+    return find(resources_, name);
+  }
 
   /// An absent text removes the key: the library sees the same as for a value that is no text.
   void setMain(const std::string& key, std::optional<std::string> text) { set(main_, key, std::move(text)); }
   void setLibrary(const std::string& key, std::optional<std::string> text) {
     set(library_, key, std::move(text));
+  }
+  /// A file that comes with the library.
+  void setResource(const std::string& name, std::optional<std::string> bytes) {
+    set(resources_, name, std::move(bytes));
   }
 
  private:
@@ -39,6 +46,7 @@ class MemoryBundle final : public platform::BundleInformation {
   mutable std::mutex mutex_;
   Dictionary main_;
   Dictionary library_;
+  Dictionary resources_;
 };
 
 }  // namespace VorselKelp::testing_platform

@@ -17,6 +17,7 @@
 #include "VorselKelpTesting/MemoryFileManager.h"
 #include "VorselKelpTesting/MemoryLocation.h"
 #include "VorselKelpTesting/MemoryNotificationCenter.h"
+#include "VorselKelpTesting/MemoryScreen.h"
 #include "VorselKelpTesting/MemoryURLSession.h"
 #include "VorselKelpTesting/MemoryUserDefaults.h"
 #include "VorselKelpTesting/SmallServices.h"
@@ -87,6 +88,8 @@ class MemoryPlatform {
   const std::shared_ptr<RecordingBrowser> browser;
   const std::shared_ptr<HeaderImageDecoder> imageDecoder;
   const std::shared_ptr<MemoryLocation> location;
+  const std::shared_ptr<RecordingPresenter> presenter;
+  const std::shared_ptr<RecordingWebViews> webViews;
 
   /// What the library is given. One object; a test may replace single services in it before it installs it.
   [[nodiscard]] const std::shared_ptr<platform::Platform>& platform() const { return platform_; }

@@ -2,7 +2,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -26,6 +28,7 @@ class SettableDevice final : public platform::Device {
     std::string systemName = "iOS";
     std::string languageCode = "en";
     int secondsFromGMT = 3600;
+    ui::DeviceOrientation orientation = ui::DeviceOrientation::portrait;
     std::map<std::string, std::string> environment;
   };
 
@@ -37,21 +40,30 @@ class SettableDevice final : public platform::Device {
   std::string systemName() override { return values().systemName; }
   std::string languageCode() override { return values().languageCode; }
   int secondsFromGMT() override { return values().secondsFromGMT; }
+  ui::DeviceOrientation orientation() override { return values().orientation; }
 
  private:
   mutable std::mutex mutex_;
   Values values_;
 };
 
-/// A screen of any size, in points; 390 × 844 until set. Thread-safe.
+/// A screen of any size, in points; 390 × 844 until set. Thread-safe. It is refreshed when the test says so.
 class SettableScreen final : public platform::Screen {
  public:
   void set(double width, double height);
   double width() override;
   double height() override;
+  std::unique_ptr<platform::DisplayLink> makeDisplayLink(std::function<void(double)> tick) override;
+
+  /// Every link that is not paused ticks, with this time in seconds. Main thread.
+  void refresh(double seconds);
+  /// How many links are running.
+  [[nodiscard]] std::size_t runningLinks();
 
  private:
+  class Link;
   std::mutex mutex_;
+  std::shared_ptr<std::vector<Link*>> links_ = std::make_shared<std::vector<Link*>>();
   double width_ = 390;
   double height_ = 844;
 };

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "VorselKelp/InterstitialController.h"
+#include "VorselKelp/Result.h"
+
+namespace VorselKelp {
+
+class InterstitialAD;
+
+/// Hears what happens to an interstitial. Main thread.
+class InterstitialDelegate {
+ public:
+  using Ad = std::shared_ptr<InterstitialAD>;
+
+  virtual ~InterstitialDelegate() = default;
+  virtual void interstitialDidReceiveAd(const Ad& ad) = 0;
+  virtual void interstitialViewDidFailToReceiveAdWithError(const Ad& ad,
+                                                           const std::optional<Error>& error) = 0;
+  /// The ad was tapped and its page is about to be opened.
+  virtual void interstitialWillPresentScreen(const Ad& ad) = 0;
+  virtual void interstitialWillDismissScreen(const Ad& ad) = 0;
+  virtual void interstitialWillLeaveApplication(const Ad& ad) = 0;
+  virtual void interstitialClosed(const Ad& ad) = 0;
+};
+
+/// A full-screen ad. The application keeps it; it keeps the controller that shows the ad. Main thread.
+class InterstitialAD : public std::enable_shared_from_this<InterstitialAD> {
+ public:
+  /// Requests an ad for the placement `adId` at once. Without a platform installed the process stops.
+  static std::shared_ptr<InterstitialAD> create(const std::string& adId);
+  /// The same for a core of its own instead of the process's one.
+  static std::shared_ptr<InterstitialAD> create(const std::shared_ptr<CoreContext>& context,
+                                                const std::string& adId);
+  InterstitialAD(const InterstitialAD&) = delete;
+  InterstitialAD& operator=(const InterstitialAD&) = delete;
+  ~InterstitialAD();
+
+  /// Presents the ad on the key window's root controller when the controller is ready, which no controller is
+  /// in this release: nothing is presented. An application shows the controller itself. When it is ready and
+  /// there is no root controller, the process stops.
+  void showAd();
+
+  [[nodiscard]] const std::shared_ptr<InterstitialController>& interstitialController() const {
+    return interstitialController_;
+  }
+  [[nodiscard]] std::shared_ptr<InterstitialDelegate> interstitialDelegate() const {
+    return interstitialDelegate_.lock();
+  }
+  /// Held weakly.
+  void setInterstitialDelegate(std::weak_ptr<InterstitialDelegate> delegate) {
+    interstitialDelegate_ = std::move(delegate);
+  }
+  [[nodiscard]] const std::string& adId() const { return adId_; }
+
+ private:
+  using Event = void (InterstitialDelegate::*)(const std::shared_ptr<InterstitialAD>&);
+
+  InterstitialAD(std::shared_ptr<CoreContext> context, std::string adId);
+  /// A callback of the controller's that calls this operation of the delegate, if there is one then.
+  std::function<void(const std::shared_ptr<InterstitialAD>&)> forwarding(Event event);
+
+  std::shared_ptr<CoreContext> context_;
+  std::shared_ptr<InterstitialController> interstitialController_;
+  std::weak_ptr<InterstitialDelegate> interstitialDelegate_;
+  std::string adId_;
+};
+
+}  // namespace VorselKelp

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <memory>
+#include <utility>
+
+#include "VorselKelp/platform/ViewPresenter.h"
+#include "screen/DesktopWindow.h"
+
+namespace VorselKelp::desktop {
+
+/// Presents controllers one above the other in one window.
+class DesktopPresenter final : public platform::ViewPresenter {
+ public:
+  DesktopPresenter(std::weak_ptr<DesktopWindow> window, std::shared_ptr<ui::ViewController> root)
+      : window_(std::move(window)), root_(std::move(root)) {}
+
+  std::shared_ptr<ui::ViewController> rootViewController() override { return root_; }
+  void present(const std::shared_ptr<ui::ViewController>& controller,
+               const std::shared_ptr<ui::ViewController>& from, bool animated) override;
+  void dismiss(const std::shared_ptr<ui::ViewController>& controller, bool animated) override;
+  /// A window has no status bar.
+  void setNeedsStatusBarAppearanceUpdate(const std::shared_ptr<ui::ViewController>&) override {}
+
+ private:
+  const std::weak_ptr<DesktopWindow> window_;
+  const std::shared_ptr<ui::ViewController> root_;
+};
+
+}  // namespace VorselKelp::desktop

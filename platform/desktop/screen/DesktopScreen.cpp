@@ -1,0 +1,96 @@
+#include "VorselKelpDesktop/DesktopScreen.h"
+
+#include <utility>
+
+#include "screen/DesktopPresenter.h"
+#include "screen/DesktopWindow.h"
+#include "screen/FrameLink.h"
+#include "screen/GtkWaiter.h"
+#include "screen/PageSheet.h"
+#include "web/DesktopWebView.h"
+
+namespace VorselKelp::desktop {
+namespace {
+
+/// How long a page gets to be painted after it was loaded.
+constexpr double paintingSeconds = 0.3;
+
+class DesktopWebViews final : public platform::WebViews,
+                              public std::enable_shared_from_this<DesktopWebViews> {
+ public:
+  DesktopWebViews(std::shared_ptr<platform::MainQueue> mainQueue, linux_platform::PromptAnswer answer,
+                  std::function<void(const std::string&)> picture)
+      : mainQueue_(std::move(mainQueue)), answer_(answer), picture_(std::move(picture)) {}
+
+  std::shared_ptr<ui::WebView> makeWebView(ui::WebViewConfiguration configuration, ui::Rect frame) override {
+    auto view = std::make_shared<DesktopWebView>(std::move(configuration),
+                                                 [weak = weak_from_this()](DesktopWebView& loaded) {
+                                                   if (const auto self = weak.lock()) self->loaded(loaded);
+                                                 });
+    view->frame = frame;
+    return view;
+  }
+
+ private:
+  /// The simulated user reads the page and answers it, as the page's own buttons would.
+  void loaded(DesktopWebView& view) {
+    if (!view.hears("JSBridge")) return;
+    const auto page = std::static_pointer_cast<DesktopWebView>(view.shared_from_this());
+    const auto answer = [picture = picture_, choice = answer_, weak = std::weak_ptr(page)] {
+      picture("prompt");
+      const auto shown = weak.lock();
+      if (!shown || choice == linux_platform::PromptAnswer::none) return;
+      const std::string event = choice == linux_platform::PromptAnswer::ok ? "pns.htmlOK" : "pns.htmlCancel";
+      shown->evaluateJavaScript("window.dispatchEvent(new Event('" + event + "'));null",
+                                [](const Result<JSONAny>&) {});
+    };
+    if (picture_) {
+      mainQueue_->asyncAfter(paintingSeconds, answer);
+    } else {
+      mainQueue_->async(answer);
+    }
+  }
+
+  const std::shared_ptr<platform::MainQueue> mainQueue_;
+  const linux_platform::PromptAnswer answer_;
+  const std::function<void(const std::string&)> picture_;
+};
+
+class DesktopScreen final : public linux_platform::ProcessScreen {
+ public:
+  std::shared_ptr<linux_platform::LoopWaiter> makeWaiter() override { return std::make_shared<GtkWaiter>(); }
+
+  Result<Services> open(Setting setting) override {
+    if (!gtk_init_check()) return Error{"There is no display to open a window on; set DISPLAY"};
+    window_ = std::make_shared<DesktopWindow>(setting.manifest.bundleIdentifier, setting.size.width,
+                                              setting.size.height);
+    window_->show(setting.root);
+    Services services;
+    services.screen = std::make_shared<DesktopDisplay>(setting.manifest, window_);
+    services.viewPresenter = std::make_shared<DesktopPresenter>(window_, setting.root);
+    services.webViews =
+        std::make_shared<DesktopWebViews>(setting.loop, setting.promptAnswer, setting.picture);
+    services.inAppBrowser = std::make_shared<PageSheetBrowser>(window_, setting.picture);
+    return services;
+  }
+
+  [[nodiscard]] bool visible() const override { return window_ != nullptr; }
+  bool drawn() override { return !window_ || (window_->mapped() && window_->settled()); }
+  Status writePicture(const std::string& path) override {
+    if (!window_) return Error{"The screen is not open"};
+    window_->flush();
+    return window_->writePicture(path);
+  }
+  void close() override { window_ = nullptr; }
+
+ private:
+  std::shared_ptr<DesktopWindow> window_;
+};
+
+}  // namespace
+
+std::shared_ptr<linux_platform::ProcessScreen> makeDesktopScreen() {
+  return std::make_shared<DesktopScreen>();
+}
+
+}  // namespace VorselKelp::desktop

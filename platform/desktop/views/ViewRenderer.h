@@ -1,0 +1,61 @@
+#pragma once
+
+#include <memory>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "VorselKelp/ui/View.h"
+#include "views/ViewNode.h"
+
+namespace VorselKelp::desktop {
+
+/// Shows one tree of views as widgets, and keeps them as the views are: properties at once, structure and
+/// layout before the next picture. Constraints are solved by the toolkit; the frames that come out are set in
+/// the views, followed by a layout pass. Main thread. Make it with std::make_shared.
+class ViewRenderer final : public ui::ViewObserver, public std::enable_shared_from_this<ViewRenderer> {
+ public:
+  explicit ViewRenderer(std::shared_ptr<ui::View> root);
+  ~ViewRenderer() override;
+
+  /// Builds the widgets; once, right after it was made.
+  void start();
+  /// The root's widget, the renderer's for as long as it lives.
+  [[nodiscard]] GtkWidget* widget() const { return nodes_.at(root_.get())->widget(); }
+  [[nodiscard]] bool pending() const { return layoutPending_ || !restructured_.empty(); }
+  /// Brings widgets and views into line: to be called after each layout of the window. What changes then is
+  /// laid out in the same frame.
+  void flush();
+  /// Where a view is now, in the root's coordinates; an empty rectangle for one that is not shown.
+  [[nodiscard]] ui::Rect boundsOf(ui::View& view) const;
+
+  void propertiesChanged(ui::View& view) override;
+  void structureChanged(ui::View& view) override;
+  void layoutNeeded(ui::View& view) override;
+
+ private:
+  using Constraints = std::vector<ObjectPtr<GtkConstraint>>;
+
+  ViewNode& nodeOf(ui::View& view);
+  void build(ui::View& view);
+  void constrain(ui::View& view);
+  void release(ui::View& view);
+  void add(ui::View& holder, GtkConstraint* constraint);
+  void addConstraint(ui::View& holder, const ui::Constraint& constraint);
+  void fixFrame(ui::View& holder, ui::View& child);
+  GtkWidget* targetOf(ui::View& holder, const ui::Anchor& anchor);
+  void dropGoneNodes();
+  void takeFrame(ui::View& view, const ui::Rect& frame);
+  void takeFrames(ui::View& view);
+  void schedule();
+
+  const std::shared_ptr<ui::View> root_;
+  std::unordered_map<ui::View*, std::unique_ptr<ViewNode>> nodes_;
+  std::unordered_map<ui::View*, Constraints> constraints_;
+  std::unordered_set<ui::View*> restructured_;
+  bool layoutPending_ = true;
+  bool settingFrames_ = false;
+  guint idle_ = 0;
+};
+
+}  // namespace VorselKelp::desktop

@@ -1,0 +1,221 @@
+#include "web/DesktopWebView.h"
+
+#include <utility>
+
+namespace VorselKelp::desktop {
+namespace {
+
+struct PendingScript {
+  std::weak_ptr<ui::View> view;
+  std::function<void(Result<JSONAny>)> answer;
+};
+
+std::string takeText(char* text) {
+  std::string taken = text != nullptr ? text : "";
+  g_free(text);
+  return taken;
+}
+
+Result<JSONAny> valueOf(JSCValue* value) {
+  if (jsc_value_is_string(value)) return JSONAny(takeText(jsc_value_to_string(value)));
+  char* json = jsc_value_to_json(value, 0);
+  if (json == nullptr) return JSONAny();
+  return JSONAny::decode(takeText(json));
+}
+
+void scriptEnded(GObject* source, GAsyncResult* outcome, gpointer data) {
+  const std::unique_ptr<PendingScript> pending(static_cast<PendingScript*>(data));
+  GError* error = nullptr;
+  ObjectPtr<JSCValue> value(
+      webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(source), outcome, &error));
+  const Error failure{error != nullptr ? error->message : "the script gave nothing"};
+  g_clear_error(&error);
+  const auto keep = pending->view.lock();
+  if (!keep) return;
+  pending->answer(value ? valueOf(value.get()) : Result<JSONAny>(failure));
+}
+
+WebKitWebView* newView(const ui::WebViewConfiguration& configuration, WebKitUserContentManager* content) {
+  ObjectPtr<WebKitSettings> settings(webkit_settings_new());
+  webkit_settings_set_enable_javascript(settings.get(), configuration.javaScriptEnabled);
+  webkit_settings_set_javascript_can_open_windows_automatically(
+      settings.get(), configuration.javaScriptCanOpenWindowsAutomatically);
+  ObjectPtr<WebKitNetworkSession> session(webkit_network_session_new_ephemeral());
+  auto* view = WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, "user-content-manager", content, "settings",
+                                            settings.get(), "network-session", session.get(), nullptr));
+  g_object_ref_sink(view);
+  return view;
+}
+
+}  // namespace
+
+DesktopWebView::DesktopWebView(ui::WebViewConfiguration configuration,
+                               std::function<void(DesktopWebView&)> finished)
+    : configuration_(std::move(configuration)),
+      finished_(std::move(finished)),
+      content_(webkit_user_content_manager_new()),
+      view_(newView(configuration_, content_.get())) {
+  connect();
+}
+
+DesktopWebView::~DesktopWebView() {
+  if (timeout_ != 0) g_source_remove(timeout_);
+  g_signal_handlers_disconnect_by_data(view_, this);
+  g_signal_handlers_disconnect_by_data(content_.get(), this);
+  if (gtk_widget_get_parent(widget()) != nullptr) gtk_widget_unparent(widget());
+  g_object_unref(view_);
+}
+
+void DesktopWebView::connect() {
+  // Connected before it is registered: a message may come at once.
+  g_signal_connect(content_.get(), ("script-message-received::" + bridge_.handler).c_str(),
+                   G_CALLBACK(&DesktopWebView::onMessage), this);
+  webkit_user_content_manager_register_script_message_handler(content_.get(), bridge_.handler.c_str(),
+                                                              bridge_.world.c_str());
+  g_signal_connect(view_, "load-changed", G_CALLBACK(&DesktopWebView::onLoad), this);
+  g_signal_connect(view_, "load-failed", G_CALLBACK(&DesktopWebView::onFailure), this);
+  g_signal_connect(view_, "decide-policy", G_CALLBACK(&DesktopWebView::onPolicy), this);
+  g_signal_connect(view_, "web-process-terminated", G_CALLBACK(&DesktopWebView::onTermination), this);
+}
+
+void DesktopWebView::addMessageHandler(const std::string& name,
+                                       std::weak_ptr<ui::ScriptMessageHandler> handler) {
+  configuration_.messageHandlers.push_back({name, std::move(handler)});
+}
+
+bool DesktopWebView::hears(const std::string& name) const {
+  for (const auto& entry : configuration_.messageHandlers) {
+    if (entry.name == name) return true;
+  }
+  return false;
+}
+
+void DesktopWebView::showBackground() {
+  const auto& color = scrollBackgroundColor.get();
+  const GdkRGBA background = rgba(opaque ? ui::Color{color.red, color.green, color.blue, 1} : color);
+  webkit_web_view_set_background_color(view_, &background);
+}
+
+void DesktopWebView::beginLoad() {
+  showBackground();
+  webkit_user_content_manager_remove_all_scripts(content_.get());
+  const auto add = [&](const std::string& source, bool topOnly, const char* world) {
+    const auto frames =
+        topOnly ? WEBKIT_USER_CONTENT_INJECT_TOP_FRAME : WEBKIT_USER_CONTENT_INJECT_ALL_FRAMES;
+    auto* script = world != nullptr ? webkit_user_script_new_for_world(
+                                          source.c_str(), frames, WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START,
+                                          world, nullptr, nullptr)
+                                    : webkit_user_script_new(source.c_str(), frames,
+                                                             WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START,
+                                                             nullptr, nullptr);
+    webkit_user_content_manager_add_script(content_.get(), script);
+    webkit_user_script_unref(script);
+  };
+  if (!configuration_.messageHandlers.empty()) {
+    std::vector<std::string> names;
+    for (const auto& entry : configuration_.messageHandlers) names.push_back(entry.name);
+    add(bridge_.relay, true, bridge_.world.c_str());
+    add(bridge_.shim(names), true, nullptr);
+  }
+  for (const auto& script : configuration_.userScripts) add(script.source, script.mainFrameOnly, nullptr);
+  loading_ = true;
+}
+
+void DesktopWebView::loadHTMLString(const std::string& html, const std::optional<std::string>& baseUrl) {
+  beginLoad();
+  text_ = true;
+  webkit_web_view_load_html(view_, html.c_str(), baseUrl ? baseUrl->c_str() : nullptr);
+}
+
+void DesktopWebView::load(const std::string& url, double timeout) {
+  beginLoad();
+  text_ = false;
+  if (timeout_ != 0) g_source_remove(timeout_);
+  timeout_ = g_timeout_add(
+      static_cast<guint>(timeout * 1000),
+      [](gpointer data) -> gboolean {
+        auto& self = *static_cast<DesktopWebView*>(data);
+        self.timeout_ = 0;
+        const Error error{"The page did not answer in time"};
+        const auto keep = self.shared_from_this();
+        self.endLoad(&error);
+        webkit_web_view_stop_loading(self.view_);
+        return G_SOURCE_REMOVE;
+      },
+      this);
+  webkit_web_view_load_uri(view_, url.c_str());
+}
+
+/// Each load ends once, whatever the engine still says about it.
+void DesktopWebView::endLoad(const Error* error) {
+  if (!std::exchange(loading_, false)) return;
+  if (timeout_ != 0) g_source_remove(std::exchange(timeout_, 0));
+  const auto keep = shared_from_this();
+  if (const auto delegate = navigationDelegate()) {
+    if (error != nullptr) {
+      delegate->didFailNavigation(*error);
+    } else {
+      delegate->didFinishNavigation();
+    }
+  }
+  if (error == nullptr && text_ && finished_) finished_(*this);
+}
+
+void DesktopWebView::onLoad(WebKitWebView*, WebKitLoadEvent event, DesktopWebView* self) {
+  if (event == WEBKIT_LOAD_COMMITTED && self->timeout_ != 0) {
+    g_source_remove(std::exchange(self->timeout_, 0));  // the page has answered
+  }
+  if (event == WEBKIT_LOAD_FINISHED) self->endLoad(nullptr);
+}
+
+gboolean DesktopWebView::onFailure(WebKitWebView*, WebKitLoadEvent, const char*, GError* error,
+                                   DesktopWebView* self) {
+  const Error failure{error->message, error->code};
+  self->endLoad(&failure);
+  return TRUE;  // no page of the engine's about it
+}
+
+gboolean DesktopWebView::onPolicy(WebKitWebView*, WebKitPolicyDecision* decision,
+                                  WebKitPolicyDecisionType type, DesktopWebView* self) {
+  if (type != WEBKIT_POLICY_DECISION_TYPE_NAVIGATION_ACTION) return FALSE;
+  const auto delegate = self->navigationDelegate();
+  if (!delegate) return FALSE;
+  auto* action =
+      webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
+  const char* url = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
+  if (delegate->allowsNavigation(url != nullptr ? url : "")) return FALSE;
+  webkit_policy_decision_ignore(decision);
+  return TRUE;
+}
+
+void DesktopWebView::onTermination(WebKitWebView*, WebKitWebProcessTerminationReason, DesktopWebView* self) {
+  const Error error{"The page's process ended"};
+  self->endLoad(&error);
+}
+
+void DesktopWebView::onMessage(WebKitUserContentManager*, JSCValue* value, DesktopWebView* self) {
+  self->received(value);
+}
+
+void DesktopWebView::received(JSCValue* value) {
+  if (!jsc_value_is_string(value)) return;
+  const auto message = JSONAny::decode(takeText(jsc_value_to_string(value)));
+  const auto* parts = message ? message->as<JSONAny::List>() : nullptr;
+  if (parts == nullptr || parts->size() != 2) return;
+  const auto* name = parts->front().as<std::string>();
+  if (name == nullptr) return;
+  const auto keep = shared_from_this();
+  for (const auto& entry : configuration_.messageHandlers) {
+    if (entry.name != *name) continue;
+    if (const auto handler = entry.handler.lock()) return handler->didReceive(*name, parts->back());
+  }
+}
+
+void DesktopWebView::evaluateJavaScript(const std::string& script,
+                                        std::function<void(Result<JSONAny>)> answer) {
+  webkit_web_view_evaluate_javascript(view_, script.c_str(), static_cast<gssize>(script.size()), nullptr,
+                                      nullptr, nullptr, &scriptEnded,
+                                      new PendingScript{weak_from_this(), std::move(answer)});
+}
+
+}  // namespace VorselKelp::desktop

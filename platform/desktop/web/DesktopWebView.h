@@ -1,0 +1,56 @@
+#pragma once
+
+#include <webkit/webkit.h>
+
+#include <memory>
+#include <string>
+
+#include "views/Painter.h"
+#include "web/TopFrameBridge.h"
+#include "web/WidgetWebView.h"
+
+namespace VorselKelp::desktop {
+
+/// A web page in WebKitGTK, in its sandbox and with a session of its own that keeps nothing. Make it with
+/// std::make_shared. Main thread.
+class DesktopWebView final : public WidgetWebView {
+ public:
+  /// `finished` runs when a page handed over as text has been loaded with all that belongs to it.
+  DesktopWebView(ui::WebViewConfiguration configuration, std::function<void(DesktopWebView&)> finished);
+  ~DesktopWebView() override;
+
+  [[nodiscard]] GtkWidget* widget() const override { return GTK_WIDGET(view_); }
+
+  void addMessageHandler(const std::string& name, std::weak_ptr<ui::ScriptMessageHandler> handler) override;
+  void loadHTMLString(const std::string& html, const std::optional<std::string>& baseUrl) override;
+  void load(const std::string& url, double timeout) override;
+  void evaluateJavaScript(const std::string& script, std::function<void(Result<JSONAny>)> answer) override;
+
+  [[nodiscard]] bool hears(const std::string& name) const;
+
+ private:
+  void connect();
+  void beginLoad();
+  void endLoad(const Error* error);
+  void showBackground();
+  void received(JSCValue* value);
+
+  static void onLoad(WebKitWebView*, WebKitLoadEvent event, DesktopWebView* self);
+  static gboolean onFailure(WebKitWebView*, WebKitLoadEvent, const char* url, GError* error,
+                            DesktopWebView* self);
+  static gboolean onPolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
+                           DesktopWebView* self);
+  static void onTermination(WebKitWebView*, WebKitWebProcessTerminationReason reason, DesktopWebView* self);
+  static void onMessage(WebKitUserContentManager*, JSCValue* value, DesktopWebView* self);
+
+  ui::WebViewConfiguration configuration_;
+  const std::function<void(DesktopWebView&)> finished_;
+  const TopFrameBridge bridge_ = TopFrameBridge::make();
+  ObjectPtr<WebKitUserContentManager> content_;
+  WebKitWebView* view_;
+  bool loading_ = false;
+  bool text_ = false;  ///< the page under way was handed over as text
+  guint timeout_ = 0;
+};
+
+}  // namespace VorselKelp::desktop

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "VorselKelp/ui/WebView.h"
+
+using GtkWidget = struct _GtkWidget;
+
+namespace VorselKelp::desktop {
+
+/// A web view that is a widget of the toolkit's.
+class WidgetWebView : public ui::WebView {
+ public:
+  /// Lives as long as the view, and longer while it is shown.
+  [[nodiscard]] virtual GtkWidget* widget() const = 0;
+};
+
+}  // namespace VorselKelp::desktop

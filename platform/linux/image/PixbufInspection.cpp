@@ -1,0 +1,26 @@
+#include "image/PixbufInspection.h"
+
+namespace VorselKelp::linux_platform {
+
+PixbufInspection::PixbufInspection(const PixbufLibrary& library) : loading_(library) {
+  loading_.connect("size-prepared", G_CALLBACK(&PixbufInspection::onSize), this);
+}
+
+Result<platform::ImageInfo> PixbufInspection::run(std::string_view bytes, std::int64_t pixelLimit) {
+  loading_.feed(bytes, [this] { return known_; });
+  if (!known_ && loading_.problem().empty()) loading_.close();
+  if (!known_) return Error{loading_.problem().empty() ? "not a picture" : loading_.problem()};
+  if (width_ <= 0 || height_ <= 0 || std::int64_t{width_} * height_ > pixelLimit)
+    return unusableSize(width_, height_);
+  return platform::ImageInfo{width_, height_, loading_.extension()};
+}
+
+void PixbufInspection::onSize(GdkPixbufLoader*, int width, int height, void* self) {
+  auto& inspection = *static_cast<PixbufInspection*>(self);
+  inspection.width_ = width;
+  inspection.height_ = height;
+  inspection.known_ = true;
+  inspection.loading_.refuse();
+}
+
+}  // namespace VorselKelp::linux_platform

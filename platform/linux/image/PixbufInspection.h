@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "VorselKelp/platform/ImageDecoder.h"
+#include "image/PixbufLoading.h"
+
+namespace VorselKelp::linux_platform {
+
+/// One picture being looked at. The loader is asked for a picture of no size, which makes it stop before it
+/// allocates pixels.
+class PixbufInspection {
+ public:
+  explicit PixbufInspection(const PixbufLibrary& library);
+  Result<platform::ImageInfo> run(std::string_view bytes, std::int64_t pixelLimit);
+
+ private:
+  static void onSize(GdkPixbufLoader* loader, int width, int height, void* self);
+
+  PixbufLoading loading_;
+  bool known_ = false;
+  int width_ = 0;
+  int height_ = 0;
+};
+
+}  // namespace VorselKelp::linux_platform

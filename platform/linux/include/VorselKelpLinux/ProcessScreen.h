@@ -1,0 +1,56 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "VorselKelp/platform/Platform.h"
+#include "VorselKelpLinux/EventLoop.h"
+#include "VorselKelpLinux/HeadlessScreen.h"
+#include "VorselKelpLinux/Manifest.h"
+#include "VorselKelpLinux/Runtime.h"
+
+namespace VorselKelp::linux_platform {
+
+/// What a process shows things with. One process uses one screen, once: open() first, close() last. Main
+/// thread.
+class ProcessScreen {
+ public:
+  /// What the screen is opened for.
+  struct Setting {
+    const Manifest& manifest;
+    ProcessKind kind = ProcessKind::application;
+    ui::Size size;  ///< of the window, points
+    std::shared_ptr<EventLoop> loop;
+    std::shared_ptr<ui::ViewController> root;
+    PromptAnswer promptAnswer = PromptAnswer::none;
+    /// Asks for a picture of what is shown now, under this name; does nothing where none are wanted.
+    std::function<void(const std::string& name)> picture;
+  };
+  struct Services {
+    std::shared_ptr<platform::Screen> screen;
+    std::shared_ptr<platform::ViewPresenter> viewPresenter;
+    std::shared_ptr<platform::WebViews> webViews;
+    /// Null where pages are not shown: then they are only told.
+    std::shared_ptr<platform::InAppBrowser> inAppBrowser;
+  };
+
+  virtual ~ProcessScreen() = default;
+
+  /// What the process's loop waits with; null for the loop's own way.
+  virtual std::shared_ptr<LoopWaiter> makeWaiter() = 0;
+  /// An error when there is no screen to be had.
+  virtual Result<Services> open(Setting setting) = 0;
+  /// Whether something is to be seen, so that pictures can be taken.
+  [[nodiscard]] virtual bool visible() const = 0;
+  /// Whether what changed last has been laid out and drawn.
+  virtual bool drawn() = 0;
+  /// What is shown now, as a PNG file.
+  virtual Status writePicture(const std::string& path) = 0;
+  virtual void close() = 0;
+};
+
+/// A screen that shows nothing: controllers live their lives, pages are recorded.
+std::shared_ptr<ProcessScreen> headlessScreen();
+
+}  // namespace VorselKelp::linux_platform

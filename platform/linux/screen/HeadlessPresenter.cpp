@@ -1,0 +1,49 @@
+#include <utility>
+
+#include "VorselKelpLinux/HeadlessScreen.h"
+#include "VorselKelpLinux/LineSink.h"
+
+namespace VorselKelp::linux_platform {
+namespace {
+
+class HeadlessPresenter final : public platform::ViewPresenter {
+ public:
+  explicit HeadlessPresenter(std::shared_ptr<ui::ViewController> root) : root_(std::move(root)) {}
+
+  std::shared_ptr<ui::ViewController> rootViewController() override { return root_; }
+
+  void present(const std::shared_ptr<ui::ViewController>& controller,
+               const std::shared_ptr<ui::ViewController>& from, bool animated) override {
+    if (!from || !from->link(controller)) {
+      standardErrorLines()("A screen can't be presented there");
+      return;
+    }
+    const auto shown = controller;
+    const auto view = shown->view();
+    shown->viewWillAppear(animated);
+    if (view) view->performLayout();
+    shown->viewDidAppear(animated);
+  }
+
+  void dismiss(const std::shared_ptr<ui::ViewController>& controller, bool animated) override {
+    if (!controller || !controller->presentingViewController()) return;
+    const auto going = controller;
+    if (const auto above = going->presentedViewController()) dismiss(above, animated);
+    going->viewWillDisappear(animated);
+    going->unlink();
+    going->viewDidDisappear(animated);
+  }
+
+  void setNeedsStatusBarAppearanceUpdate(const std::shared_ptr<ui::ViewController>&) override {}
+
+ private:
+  const std::shared_ptr<ui::ViewController> root_;
+};
+
+}  // namespace
+
+std::shared_ptr<platform::ViewPresenter> makeHeadlessPresenter(std::shared_ptr<ui::ViewController> root) {
+  return std::make_shared<HeadlessPresenter>(std::move(root));
+}
+
+}  // namespace VorselKelp::linux_platform

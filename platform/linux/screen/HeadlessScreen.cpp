@@ -1,0 +1,28 @@
+#include "VorselKelpLinux/ProcessScreen.h"
+
+namespace VorselKelp::linux_platform {
+namespace {
+
+class HeadlessScreen final : public ProcessScreen {
+ public:
+  std::shared_ptr<LoopWaiter> makeWaiter() override { return nullptr; }
+  Result<Services> open(Setting setting) override {
+    Services services;
+    services.screen = makeScreen(setting.manifest);
+    services.viewPresenter = makeHeadlessPresenter(std::move(setting.root));
+    services.webViews = makeHeadlessWebViews(setting.loop, setting.promptAnswer, [](const std::string&) {});
+    return services;
+  }
+  [[nodiscard]] bool visible() const override { return false; }
+  bool drawn() override { return true; }
+  Status writePicture(const std::string&) override { return Error{"Nothing is shown here: no picture"}; }
+  void close() override {}
+};
+
+}  // namespace
+
+std::shared_ptr<ProcessScreen> headlessScreen() {
+  return std::make_shared<HeadlessScreen>();
+}
+
+}  // namespace VorselKelp::linux_platform

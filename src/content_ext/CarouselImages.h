@@ -1,0 +1,56 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+
+#include "content_ext/ImageCache.h"
+#include "core/CoreContext.h"
+#include "gif/GifManager.h"
+#include "net/VorselRequest.h"
+
+namespace VorselKelp {
+
+/// The most bytes that a picture may take on its way here.
+inline constexpr std::size_t pictureByteLimit = std::size_t{10} << 20;
+
+/// Fetches the pictures of a carousel's messages and shows that of the current one. A picture that is under
+/// way is never asked for twice. Answers that come after this object has gone are dropped.
+class CarouselImages : public std::enable_shared_from_this<CarouselImages> {
+ public:
+  /// `view` is held weakly.
+  CarouselImages(std::shared_ptr<CoreContext> context, std::shared_ptr<VorselRequest> requests,
+                 std::weak_ptr<ui::ImageView> view);
+
+  /// Fetches a picture that will be shown later. Any thread.
+  void prefetch(const std::string& url);
+  /// Shows a picture: at once when it is there, else nothing until it comes. Never waits. One that fails is
+  /// fetched anew at the next call. Main thread.
+  void show(const std::string& url);
+  /// Null when it is not there. Any thread.
+  [[nodiscard]] ui::ImagePtr cached(const std::string& url);
+
+ private:
+  /// Whether the picture is to be downloaded; remembers that it is. Under the lock.
+  [[nodiscard]] bool begin(const std::string& url, bool shown);
+  void download(const std::string& url);
+  /// Session's delegate queue.
+  void downloaded(const std::string& url, const platform::URLResult& result);
+  /// Takes the picture, null for none, off the list of those under way. Answers whether it was to be shown.
+  bool finish(const std::string& url, const ui::ImagePtr& image);
+  void present(ui::ImagePtr image);
+
+  const std::shared_ptr<CoreContext> context_;
+  const std::shared_ptr<VorselRequest> requests_;
+  const std::shared_ptr<gif::GifManager> animations_;
+  const std::weak_ptr<ui::ImageView> view_;
+  std::string current_;  ///< URL of the picture that belongs on the screen; main thread
+  std::mutex mutex_;
+  ImageCache cache_;
+  std::map<std::string, bool> underWay_;  ///< by URL: whether it was to be shown
+  std::set<std::string> unusable_;        ///< came, and is no picture
+};
+
+}  // namespace VorselKelp

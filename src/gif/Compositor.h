@@ -1,0 +1,56 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "VorselKelp/platform/ImageDecoder.h"
+
+namespace VorselKelp::gif {
+
+/// Draws the frames of one GIF, one onto the other, as pixels of an Image. What a frame leaves transparent,
+/// and what it says to clear, is transparent: the format's background colour is shown by nobody.
+class Compositor {
+ public:
+  /// The file's canvas, of which every `step`-th pixel of every `step`-th row is drawn.
+  Compositor(int width, int height, int step = 1);
+
+  [[nodiscard]] int width() const { return width_; }    ///< of what is drawn
+  [[nodiscard]] int height() const { return height_; }  ///< of what is drawn
+
+  /// Takes away the frame drawn before, as that one asked to be, and draws the next. `canvas` (four bytes for
+  /// each pixel) holds the picture before and the picture after.
+  void draw(std::span<std::uint8_t> canvas, const platform::GifFrame& frame);
+
+  /// Before the first frame again; the canvas is to be transparent then.
+  void restart() { disposal_ = platform::GifDisposal::keep; }
+
+ private:
+  /// In drawn pixels; the ends are excluded.
+  struct Area {
+    int left = 0, top = 0, right = 0, bottom = 0;
+    [[nodiscard]] bool empty() const { return left >= right || top >= bottom; }
+  };
+
+  [[nodiscard]] Area areaOf(const platform::GifFrame& frame) const;
+  void expandPalette(const platform::GifFrame& frame);
+  void dispose(std::span<std::uint8_t> canvas);
+  void save(std::span<const std::uint8_t> canvas);
+  void paint(std::span<std::uint8_t> canvas, const platform::GifFrame& frame) const;
+  [[nodiscard]] bool isOpaque(std::span<const std::uint8_t> row, const platform::GifFrame& frame) const;
+
+  const int fileWidth_;
+  const int fileHeight_;
+  const int step_;
+  const int width_;
+  const int height_;
+  /// Pixels by index; zero where nothing is drawn.
+  std::array<std::uint32_t, 256> words_{};
+  // Of the frame drawn last.
+  platform::GifDisposal disposal_ = platform::GifDisposal::keep;
+  Area area_;
+  std::vector<std::uint8_t> saved_;  ///< what was in the area before
+};
+
+}  // namespace VorselKelp::gif

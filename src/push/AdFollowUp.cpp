@@ -1,0 +1,14 @@
+#include "push/AdFollowUp.h"
+
+#include "ads/AdRecords.h"
+
+namespace VorselKelp {
+
+void followUpAd(CoreContext& context, VorselRequest& requests) {
+  if (!context.storage.flag(StorageKey::adPending)) return;
+  if (const auto endpoint = context.storage.text(StorageKey::eventEndpoint))
+    requests.sendTrackingGet<AdexObject>(
+        *endpoint, [](const std::optional<AdexObject>&, const std::optional<Error>&) {});
+}
+
+}  // namespace VorselKelp

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "core/CoreContext.h"
+#include "net/VorselRequest.h"
+
+namespace VorselKelp {
+
+/// The step that comes after a notification was opened: while an ad is pending, its event endpoint hears of
+/// it. The answer changes nothing.
+void followUpAd(CoreContext& context, VorselRequest& requests);
+
+}  // namespace VorselKelp

@@ -1,0 +1,83 @@
+#include "support/ScreenTest.h"
+
+#include <cstdio>
+#include <filesystem>
+
+namespace VorselKelp::desktop {
+
+void ScreenTest::SetUp() {
+  ASSERT_TRUE(gtk_init_check()) << "These tests need a display: run them with scripts/with-screen";
+}
+
+void ScreenTest::show(const std::shared_ptr<ui::View>& view) {
+  window = std::make_shared<DesktopWindow>("test", width, height);
+  auto controller = std::make_shared<ui::ViewController>();
+  controller->setView(view);
+  window->show(controller);
+  settle();
+}
+
+void ScreenTest::waitUntil(const std::function<bool()>& done) {
+  bool late = false;
+  const auto timer = g_timeout_add_seconds(
+      20,
+      [](gpointer flag) -> gboolean {
+        *static_cast<bool*>(flag) = true;
+        return G_SOURCE_REMOVE;
+      },
+      &late);
+  while (!late && !done()) g_main_context_iteration(nullptr, TRUE);
+  if (!late) g_source_remove(timer);
+  ASSERT_FALSE(late) << "what was waited for did not happen";
+}
+
+void ScreenTest::settle() {
+  int frames = 0;
+  const auto ticks = gtk_widget_add_tick_callback(
+      GTK_WIDGET(window->window()),
+      [](GtkWidget*, GdkFrameClock*, gpointer count) -> gboolean {
+        ++*static_cast<int*>(count);
+        return G_SOURCE_CONTINUE;
+      },
+      &frames, nullptr);
+  waitUntil([&] { return frames >= 3 && window->mapped() && window->settled(); });
+  gtk_widget_remove_tick_callback(GTK_WIDGET(window->window()), ticks);
+}
+
+void ScreenTest::click(double x, double y) {
+  const auto command = "xdotool mousemove " + std::to_string(static_cast<int>(x)) + " " +
+                       std::to_string(static_cast<int>(y)) + " click 1";
+  ASSERT_TRUE(g_spawn_command_line_sync(command.c_str(), nullptr, nullptr, nullptr, nullptr));
+}
+
+void ScreenTest::click(ui::View& view) {
+  const auto place = window->boundsOf(view);
+  ASSERT_GT(place.size.width, 0) << "the view is not on the screen";
+  click(place.origin.x + place.size.width / 2, place.origin.y + place.size.height / 2);
+}
+
+std::string ScreenTest::pixel(double x, double y) {
+  const auto file = testing::TempDir() + "vorsel-screen-" + std::to_string(::getpid()) + ".png";
+  const auto written = window->writePicture(file);
+  if (!written) return written.error().description;
+  ObjectPtr<GdkPixbuf> picture(gdk_pixbuf_new_from_file(file.c_str(), nullptr));
+  std::filesystem::remove(file);
+  const auto* bytes = gdk_pixbuf_read_pixels(picture.get()) +
+                      static_cast<int>(y) * gdk_pixbuf_get_rowstride(picture.get()) +
+                      static_cast<int>(x) * gdk_pixbuf_get_n_channels(picture.get());
+  char text[8];
+  std::snprintf(text, sizeof text, "#%02x%02x%02x", bytes[0], bytes[1], bytes[2]);
+  return text;
+}
+
+void ScreenTest::expectPlaced(ui::View& view, ui::Rect place) const {
+  constexpr double tolerance = 0.5;
+  const auto actual = window->boundsOf(view);
+  EXPECT_NEAR(actual.origin.x, place.origin.x, tolerance);
+  EXPECT_NEAR(actual.origin.y, place.origin.y, tolerance);
+  EXPECT_NEAR(actual.size.width, place.size.width, tolerance);
+  EXPECT_NEAR(actual.size.height, place.size.height, tolerance);
+  EXPECT_EQ(view.frame.get().size, actual.size) << "the view does not know its own size";
+}
+
+}  // namespace VorselKelp::desktop

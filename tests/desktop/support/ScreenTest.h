@@ -1,0 +1,37 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "screen/DesktopWindow.h"
+
+namespace VorselKelp::desktop {
+
+/// A test with a real window on the display that the test program runs on.
+class ScreenTest : public testing::Test {
+ protected:
+  static constexpr double width = 390;
+  static constexpr double height = 312;
+
+  void SetUp() override;
+
+  /// Opens the window with this view in it and waits until it has been drawn.
+  void show(const std::shared_ptr<ui::View>& view);
+  /// Lets the toolkit work until `done` answers true; fails after 20 seconds.
+  static void waitUntil(const std::function<bool()>& done);
+  /// Lets the toolkit draw what changed.
+  void settle();
+  /// A real click of the mouse at a point of the window.
+  static void click(double x, double y);
+  void click(ui::View& view);
+  /// The colour of a pixel of the window's picture, as "#rrggbb".
+  std::string pixel(double x, double y);
+  void expectPlaced(ui::View& view, ui::Rect place) const;
+
+  std::shared_ptr<DesktopWindow> window;
+};
+
+}  // namespace VorselKelp::desktop
