@@ -1,6 +1,8 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -8,25 +10,27 @@
 #include "support/BareStore.h"
 #include "support/BenchmarkPlatform.h"
 #include "support/ChildProcess.h"
+#include "support/PictureServer.h"
 #include "support/ProcessMemory.h"
 
 namespace VorselKelp::benchmarks {
 namespace {
 
 /// A push without trackers, so that no request leaves the process.
-std::string quietPush() {
+std::string quietPush(const std::string& image = "") {
   std::string text;
   for (int i = 0; i < 24; ++i)
     text += "Gusts of up to 130 km/h are expected from tonight on; stay away from the shore. ";
-  return R"({"aps":{"alert":{"title":"Storm warning","n":{"body":")" + text +
-         R"(","actions":[{"action":"read","title":"Read","url":"https://news.example/storm"}],)"
+  return R"({"aps":{"alert":{"title":"Storm warning","n":{"body":")" + text + R"(",)" +
+         (image.empty() ? "" : R"("image":")" + image + R"(",)") +
+         R"("actions":[{"action":"read","title":"Read","url":"https://news.example/storm"}],)"
          R"("data":{"url":"https://news.example/storm"}}},"mutable-content":1}})";
 }
 
 /// A device home with one application whose store exists, as after its first start.
 struct Device {
-  Device() {
-    std::ofstream(folder.path + "/push.json") << quietPush();
+  explicit Device(const std::string& image = "") {
+    std::ofstream(folder.path + "/push.json") << quietPush(image);
     std::ofstream(folder.path + "/app.json")
         << R"({"bundleIdentifier":"com.example.news","version":"1.0","machine":"iPhone13,2","apiKey":"k-123",)"
            R"("appGroupId":"group.com.example.news","switches":{"push":true}})";
@@ -61,11 +65,19 @@ void bareExtension(benchmark::State& state) {
 }
 
 template <class Command>
-double medianMemory(Command command) {
+double medianMemory(Command command, int runs = 21) {
   std::vector<long> peaks;
-  for (int i = 0; i < 21; ++i) peaks.push_back(peakMemory(command(i)));
+  for (int i = 0; i < runs; ++i) peaks.push_back(peakMemory(command(i)));
   std::ranges::sort(peaks);
   return static_cast<double>(peaks[peaks.size() / 2]) / 1024;
+}
+
+/// Whether a file of this size was written anywhere below the folder.
+bool holdsFile(const std::string& folder, std::size_t size) {
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+    if (entry.is_regular_file() && entry.file_size() == size) return true;
+  }
+  return false;
 }
 
 BENCHMARK(extension)->Name("service extension, spawn to exit")->UseRealTime();
@@ -81,6 +93,16 @@ Line serviceExtensionMemory() {
           medianMemory([&](int i) { return device.bare(i); }),
           1.5,
           true};
+}
+
+Line serviceExtensionImageMemory() {
+  const std::string picture = greyJpeg(8000, 6000, std::size_t{10} << 20);
+  ::setenv("no_proxy", "127.0.0.1", 1);
+  const PictureServer server(picture);
+  const Device device(server.url());
+  const double peak = medianMemory([&](int i) { return device.extension(i); }, 5);
+  if (!holdsFile(device.folder.path, picture.size())) std::abort();  // nothing was attached
+  return {"service extension, JPEG of 10 MB and 48 megapixels, peak", "MB", peak, 0, 24, true};
 }
 
 }  // namespace VorselKelp::benchmarks

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "gif/Figures.h"
 #include "support/Cores.h"
 #include "support/ProcessMemory.h"
 #include "support/Table.h"
@@ -45,6 +46,7 @@ const std::array comparisons{
     Comparison{"one text-only push of 2.2 KB, in process", "one text-only push, bare", 1.5},
     Comparison{"one more delivery, 100000 unopened stored", "one more delivery, 10 unopened stored", 1.2},
     Comparison{"service extension, spawn to exit", "service extension, bare", 1.5},
+    Comparison{"GIF 400 x 300, 200 frames: time per composed flat frame", "GIF, bare giflib", 1.5},
 };
 
 }  // namespace
@@ -67,6 +69,8 @@ int main(int argc, char** argv) {
   for (const Comparison& c : comparisons)
     lines.push_back({c.figure, "us", collector.median(c.figure), collector.median(c.floor), c.goal, false});
   lines.push_back(VorselKelp::benchmarks::serviceExtensionMemory());
+  lines.push_back(VorselKelp::benchmarks::serviceExtensionImageMemory());
+  lines.push_back(VorselKelp::benchmarks::gifMemory());
   lines.push_back(VorselKelp::benchmarks::coresSideBySide());
   VorselKelp::benchmarks::printTable(lines);
   benchmark::Shutdown();

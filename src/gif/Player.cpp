@@ -3,8 +3,8 @@
 namespace VorselKelp::gif {
 namespace {
 
-/// So many frames are decoded at one refresh at most. Two make up for every other refresh that was missed at
-/// the shortest delay; a few more let a short stall be caught up with unnoticed.
+/// So many frames are decoded at one refresh at most: a stall of 80 ms is made up for even at the shortest
+/// delay, a longer one is not.
 constexpr int mostFramesAtOnce = 4;
 
 }  // namespace

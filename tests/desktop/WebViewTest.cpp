@@ -27,7 +27,9 @@ class WebViewTest : public ScreenTest {
  protected:
   void open(ui::WebViewConfiguration configuration = {}) {
     configuration.messageHandlers.push_back({"logging", log});
-    page = std::make_shared<DesktopWebView>(std::move(configuration), [this](DesktopWebView&) { ++shown; });
+    page =
+        std::make_shared<DesktopWebView>(std::move(configuration), std::make_shared<Activity>([] {}),
+                                         [this](DesktopWebView&, const std::shared_ptr<void>&) { ++shown; });
     page->addMessageHandler("JSBridge", bridge);
     page->setNavigationDelegate(journey);
     root->backgroundColor = ui::Color{0, 0.5019607843, 0, 1};

@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -82,6 +83,20 @@ std::string besideThisExecutable(const std::string& program) {
   return error ? program : (self.parent_path() / program).string();
 }
 
+/// This process's variables, with the command's in place of those of the same name.
+std::vector<std::string> environmentOf(const ChildCommand& command) {
+  std::vector<std::string> variables;
+  for (char** entry = environ; *entry != nullptr; ++entry) {
+    const std::string_view variable = *entry;
+    const auto name = variable.substr(0, variable.find('='));
+    const bool replaced = std::any_of(command.environment.begin(), command.environment.end(),
+                                      [&](const auto& added) { return added.first == name; });
+    if (!replaced) variables.emplace_back(variable);
+  }
+  for (const auto& [name, value] : command.environment) variables.push_back(name + "=" + value);
+  return variables;
+}
+
 /// Collects bytes and gives them out line by line. A line that grows beyond all measure is left out.
 class Lines {
  public:
@@ -142,13 +157,18 @@ class Child {
     std::vector<char*> pointers;
     for (auto& argument : arguments) pointers.push_back(argument.data());
     pointers.push_back(nullptr);
+    auto variables = environmentOf(command_);
+    std::vector<char*> environment;
+    for (auto& variable : variables) environment.push_back(variable.data());
+    environment.push_back(nullptr);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions, errors, STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, errors, STDERR_FILENO);
     posix_spawn_file_actions_adddup2(&actions, channel, channelDescriptor);
-    const int code = ::posix_spawn(&process_, program.c_str(), &actions, nullptr, pointers.data(), environ);
+    const int code =
+        ::posix_spawn(&process_, program.c_str(), &actions, nullptr, pointers.data(), environment.data());
     posix_spawn_file_actions_destroy(&actions);
     return code;
   }

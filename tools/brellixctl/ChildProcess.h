@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "VorselKelp/JSONAny.h"
@@ -13,7 +14,8 @@ namespace brellixctl {
 struct ChildCommand {
   std::string program;  ///< the name of an executable beside this one
   std::vector<std::string> arguments;
-  std::string input;      ///< what it reads on standard input
+  std::vector<std::pair<std::string, std::string>> environment;  ///< in addition to this process's
+  std::string input;                                             ///< what it reads on standard input
   double timeLimit = 30;  ///< seconds; a process that is still there some seconds later is killed
 };
 

@@ -35,6 +35,9 @@ int statusFor(const PushOutcome&) {
 int statusFor(const TapOutcome&) {
   return 0;
 }
+int statusFor(const ShowOutcome&) {
+  return 0;
+}
 
 /// Carries out `operation` on the target and shows its outcome.
 template <class Operation>
@@ -130,6 +133,10 @@ int runPush(const CommonOptions& common, const PushRequest& request) {
 
 int runTap(const CommonOptions& common, const TapRequest& request) {
   return perform(common, [&](const Target& target) { return tap(target, request); });
+}
+
+int runShow(const CommonOptions& common, const ShowRequest& request) {
+  return perform(common, [&](const Target& target) { return show(target, request); });
 }
 
 int runStore(const CommonOptions& common) {

@@ -18,6 +18,7 @@ struct ServeOptions {
   int port = 8080;
   std::string log;
   std::string document;
+  std::string script;
   std::vector<std::string> statuses;  ///< PATH=CODE
 };
 
@@ -33,6 +34,7 @@ int runDemo(const CommonOptions& common);
 int runServe(const CommonOptions& common, const ServeOptions& options);
 int runLaunch(const CommonOptions& common, const LaunchRequest& request);
 int runPush(const CommonOptions& common, const PushRequest& request);
+int runShow(const CommonOptions& common, const ShowRequest& request);
 int runTap(const CommonOptions& common, const TapRequest& request);
 int runStore(const CommonOptions& common);
 /// `advance`: seconds by which the device's clock is moved on first; what is due then is delivered.

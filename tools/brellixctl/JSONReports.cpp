@@ -62,4 +62,16 @@ JSONAny toJSON(const TapOutcome& outcome) {
   return json;
 }
 
+JSONAny toJSON(const ShowOutcome& outcome) {
+  JSONAny::Dictionary json;
+  const auto* members = outcome.carousel ? outcome.carousel->as<JSONAny::Dictionary>() : nullptr;
+  for (const char* name : {"position", "title", "body", "image", "arrows"}) {
+    const auto* value = members != nullptr ? outcome.carousel->find(name) : nullptr;
+    json.push_back({name, value != nullptr ? *value : JSONAny()});
+  }
+  json.push_back({"opened", orNull(outcome.opened)});
+  json.push_back({"console", listOf(outcome.console)});
+  return json;
+}
+
 }  // namespace brellixctl

@@ -2,9 +2,12 @@
 #include "VorselKelpLinux/NotificationRecords.h"
 #include "brellixctl/ChildProcess.h"
 #include "brellixctl/Operations.h"
+#include "brellixctl/TextFile.h"
+#include "collection_server/CollectionServer.h"
 
 namespace brellixctl {
 
+using collection_server::CollectionServer;
 using VorselKelp::Error;
 using VorselKelp::JSONAny;
 using VorselKelp::Result;
@@ -38,6 +41,18 @@ std::optional<JSONAny> resultOf(const ChildOutcome& child, std::size_t call) {
   return std::nullopt;
 }
 
+/// Serves the request's own prompt script, if it has one, for as long as what is returned lives.
+Result<std::unique_ptr<CollectionServer>> serveScript(const LaunchRequest& request, ChildCommand& command) {
+  if (request.script.empty()) return std::unique_ptr<CollectionServer>();
+  auto script = readTextFile(request.script);
+  if (!script) return script.error();
+  collection_server::ServerOptions options;
+  options.script = *std::move(script);
+  auto server = CollectionServer::start(std::move(options));
+  if (server) command.arguments.insert(command.arguments.end(), {"--script-host", (*server)->url()});
+  return server;
+}
+
 }  // namespace
 
 Result<LaunchOutcome> launch(const Target& target, const LaunchRequest& request) {
@@ -52,6 +67,23 @@ Result<LaunchOutcome> launch(const Target& target, const LaunchRequest& request)
   for (const auto& call : request.calls) command.arguments.insert(command.arguments.end(), {"--call", call});
   for (const auto& event : request.beacons)
     command.arguments.insert(command.arguments.end(), {"--beacon", event});
+  if (!request.prompt.empty()) {
+    command.arguments.insert(command.arguments.end(), {"--prompt", request.prompt});
+  }
+  if (!request.pictures.empty()) {
+    command.arguments.insert(command.arguments.end(), {"--pictures", request.pictures});
+  }
+  const auto scripts = serveScript(request, command);
+  if (!scripts) return scripts.error();
+  auto display = request.display;
+  // The publisher's page is answered in a real engine wherever one can be shown.
+  if (!display && !request.prompt.empty() && Display::present() && Display::programsBuilt()) {
+    display = std::make_shared<Display>();
+  }
+  if (display) {
+    command.program = "news_app_desktop";
+    command.environment = display->environment();
+  }
   auto child = runChild(command);
   if (!child) return child.error();
   if (child->stopReason) return Error{"The application stopped: " + *child->stopReason};
@@ -74,6 +106,7 @@ Result<LaunchOutcome> launch(const Target& target, const LaunchRequest& request)
     if (!result) outcome.complete = false;
     outcome.results.push_back(result.value_or(JSONAny()));
   }
+  outcome.pictures = child->valuesOf("picture");
   outcome.console = child->valuesOf("console");
   outcome.errorLines = std::move(child->errorLines);
   return outcome;

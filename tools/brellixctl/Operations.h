@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -10,6 +11,7 @@
 #include "VorselKelpLinux/DeviceHome.h"
 #include "VorselKelpLinux/Manifest.h"
 #include "VorselKelpLinux/SimulatedDevice.h"
+#include "brellixctl/Display.h"
 
 namespace brellixctl {
 
@@ -34,6 +36,10 @@ struct LaunchRequest {
   std::string answer;  ///< "allow", "deny" or empty
   std::vector<std::string> calls;
   std::vector<std::string> beacons;  ///< events, before the calls
+  std::string prompt;    ///< "ok", "cancel" or empty: what the user answers on the publisher's page
+  std::string script;    ///< a file: the prompt script; empty: the one at the manifest's host
+  std::string pictures;  ///< a folder for pictures of the screens; empty: none
+  std::shared_ptr<Display> display;  ///< where the application has its window; null: it has none
   double timeLimit = 20;
 };
 
@@ -43,7 +49,8 @@ struct LaunchOutcome {
   std::optional<std::string> token;  ///< hexadecimal
   std::vector<VorselKelp::JSONAny> delegate;
   std::vector<VorselKelp::JSONAny> results;  ///< one a call; null for those that were not made
-  bool complete = true;                      ///< every call was made before the time ended
+  std::vector<VorselKelp::JSONAny> pictures;
+  bool complete = true;  ///< every call was made before the time ended
   std::vector<VorselKelp::JSONAny> console;
   std::vector<std::string> errorLines;
 };
@@ -70,9 +77,12 @@ struct TapRequest {
   std::string identifier;
   std::optional<std::string> action;  ///< a button's identifier; absent for the notification itself
   bool handle = true;
+  std::string pictures;              ///< as for a launch
+  std::shared_ptr<Display> display;  ///< as for a launch
 };
 
 struct TapOutcome {
+  std::vector<VorselKelp::JSONAny> pictures;
   std::optional<VorselKelp::JSONAny> completion;  ///< absent when it was not called
   std::optional<VorselKelp::JSONAny> browser;
   std::optional<VorselKelp::JSONAny> deepLink;
@@ -81,5 +91,26 @@ struct TapOutcome {
 };
 
 VorselKelp::Result<TapOutcome> tap(const Target& target, const TapRequest& request);
+
+struct ShowRequest {
+  std::string identifier;
+  std::string acts;                  ///< "right", "left" and "open", with commas between them
+  std::string png;                   ///< a file for a picture in the end; empty: none
+  std::string pictures;              ///< a folder for a picture after each act; empty: none
+  std::shared_ptr<Display> display;  ///< null: a window only where a picture is wanted
+  double timeLimit = 30;
+};
+
+struct ShowOutcome {
+  std::optional<VorselKelp::JSONAny>
+      carousel;  ///< position, title, body, image, arrows; absent or null: none
+  std::optional<VorselKelp::JSONAny> opened;
+  std::vector<VorselKelp::JSONAny> pictures;
+  bool stopped = false;  ///< the extension stopped; the notification stays as it is
+  std::vector<VorselKelp::JSONAny> console;
+  std::vector<std::string> errorLines;
+};
+
+VorselKelp::Result<ShowOutcome> show(const Target& target, const ShowRequest& request);
 
 }  // namespace brellixctl

@@ -12,6 +12,7 @@ namespace brellixctl {
 VorselKelp::JSONAny toJSON(const LaunchOutcome& outcome);
 VorselKelp::JSONAny toJSON(const PushOutcome& outcome);
 VorselKelp::JSONAny toJSON(const TapOutcome& outcome);
+VorselKelp::JSONAny toJSON(const ShowOutcome& outcome);
 /// The members that describe a notification, in every command's output alike.
 VorselKelp::JSONAny::Dictionary notificationJSON(
     const VorselKelp::platform::NotificationRequest& request,
@@ -20,6 +21,7 @@ VorselKelp::JSONAny::Dictionary notificationJSON(
 std::string inWords(const LaunchOutcome& outcome);
 std::string inWords(const PushOutcome& outcome);
 std::string inWords(const TapOutcome& outcome);
+std::string inWords(const ShowOutcome& outcome);
 /// A notification as a phone would show it.
 std::string inWords(const VorselKelp::platform::NotificationRequest& request,
                     const std::vector<VorselKelp::platform::NotificationAction>& actions);

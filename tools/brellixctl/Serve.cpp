@@ -3,12 +3,11 @@
 #include <charconv>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
 #include <memory>
-#include <sstream>
 
 #include "VorselKelp/JSONAny.h"
 #include "brellixctl/Commands.h"
+#include "brellixctl/TextFile.h"
 #include "collection_server/CollectionServer.h"
 
 namespace brellixctl {
@@ -50,11 +49,14 @@ int runServe(const CommonOptions& common, const ServeOptions& options) {
   server.port = options.port;
   server.statuses = std::move(*statuses);
   if (!options.document.empty()) {
-    const std::ifstream file(options.document, std::ios::binary);
-    if (!file) return fail("Cannot read " + options.document + ": " + std::strerror(errno));
-    std::ostringstream text;
-    text << file.rdbuf();
-    server.document = text.str();
+    auto document = readTextFile(options.document);
+    if (!document) return fail(document.error());
+    server.document = *std::move(document);
+  }
+  if (!options.script.empty()) {
+    auto script = readTextFile(options.script);
+    if (!script) return fail(script.error());
+    server.script = *std::move(script);
   }
   std::unique_ptr<std::FILE, int (*)(std::FILE*)> log(nullptr, &std::fclose);
   if (!options.log.empty()) {

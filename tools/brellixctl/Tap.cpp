@@ -49,6 +49,13 @@ Result<TapOutcome> tap(const Target& target, const TapRequest& request) {
   command.arguments = {"--home", target.homePath, "--app", target.manifestPath, "--tap", request.identifier};
   if (request.action) command.arguments.insert(command.arguments.end(), {"--action", *request.action});
   if (!request.handle) command.arguments.push_back("--no-handle");
+  if (!request.pictures.empty()) {
+    command.arguments.insert(command.arguments.end(), {"--pictures", request.pictures});
+  }
+  if (request.display) {
+    command.program = "news_app_desktop";
+    command.environment = request.display->environment();
+  }
   auto child = runChild(command);
   if (!child) return child.error();
   if (child->stopReason) {
@@ -63,6 +70,7 @@ Result<TapOutcome> tap(const Target& target, const TapRequest& request) {
   outcome.completion = child->firstOf("completion");
   outcome.browser = child->firstOf("browser");
   outcome.deepLink = deepLinkOf(*child);
+  outcome.pictures = child->valuesOf("picture");
   outcome.console = child->valuesOf("console");
   outcome.errorLines = std::move(child->errorLines);
   if (request.action && !hasButton(simulated, tapped->content, *request.action)) {

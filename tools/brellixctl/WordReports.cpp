@@ -90,6 +90,22 @@ std::string inWords(const PushOutcome& outcome) {
          inWords(outcome.shown, outcome.actions) + consoleInWords(outcome.console);
 }
 
+std::string inWords(const ShowOutcome& outcome) {
+  if (outcome.stopped) {
+    return "The content extension stopped; the notification is shown without its area.\n" +
+           consoleInWords(outcome.console);
+  }
+  const auto member = [&](const char* name) {
+    const auto* value = outcome.carousel ? outcome.carousel->find(name) : nullptr;
+    return value != nullptr ? *value : JSONAny();
+  };
+  std::string words = "The content extension shows message " + textOf(member("position")) + ".\n";
+  words += line("title", textOf(member("title"))) + line("body", textOf(member("body")));
+  words += line("image", textOf(member("image"))) + line("arrows", textOf(member("arrows")));
+  if (outcome.opened) words += line("opened", textOf(*outcome.opened));
+  return words + consoleInWords(outcome.console);
+}
+
 std::string inWords(const TapOutcome& outcome) {
   std::string words = "The application got the response.\n";
   if (outcome.browser) words += line("browser", textOf(*outcome.browser));

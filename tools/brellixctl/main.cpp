@@ -23,6 +23,7 @@ class CommandLine {
     addLaunch();
     addPush();
     addTap();
+    addShow();
     addInspection();
     addLint();
   }
@@ -63,6 +64,7 @@ class CommandLine {
     serve->add_option("--log", serve_.log, "Write the requests here, one JSON object a line")
         ->type_name("FILE");
     serve->add_option("--document", serve_.document, "The remote configuration to serve")->type_name("FILE");
+    serve->add_option("--script", serve_.script, "The permission page's script to serve")->type_name("FILE");
     serve->add_option("--status", serve_.statuses, "Answer this path with this code; may be repeated")
         ->type_name("PATH=CODE")
         ->allow_extra_args(false);
@@ -73,6 +75,9 @@ class CommandLine {
         add("launch", "One start of the application", [this] { return runLaunch(common_, launch_); });
     start->add_option("--answer", launch_.answer, "What the user answers when asked for the permission")
         ->check(CLI::IsMember({"allow", "deny"}));
+    start->add_option("--prompt", launch_.prompt, "What the user answers on the publisher's permission page")
+        ->check(CLI::IsMember({"ok", "cancel"}));
+    start->add_option("--script", launch_.script, "Serve this file as that page's script")->type_name("FILE");
     start->add_option("--call", launch_.calls, "Call a public operation with a JSON list; may be repeated")
         ->type_name("NAME=JSON")
         ->allow_extra_args(false);
@@ -103,6 +108,16 @@ class CommandLine {
     open->add_option("ID", tap_.identifier, "The notification's identifier")->required();
     actionOption_ = open->add_option("--action", action_, "The button's identifier")->type_name("A");
     open->add_flag("--no-handle", noHandle_, "The application opens the link itself");
+  }
+
+  void addShow() {
+    auto* shown = add("show", "The content extension's carousel of a delivered notification",
+                      [this] { return runShow(common_, show_); });
+    shown->add_option("ID", show_.identifier, "The notification's identifier")->required();
+    shown->add_option("--do", show_.acts, "What the user does: right, left and open, with commas between")
+        ->type_name("ACTS");
+    shown->add_option("--png", show_.png, "Write a picture of the area in the end")->type_name("FILE");
+    addTimeLimit(shown, show_.timeLimit);
   }
 
   void addInspection() {
@@ -152,6 +167,7 @@ class CommandLine {
   LaunchRequest launch_;
   PushRequest push_;
   TapRequest tap_;
+  ShowRequest show_;
   LintRequest lint_;
   std::string schema_;
   double advance_ = 0;

@@ -39,6 +39,7 @@ class CollectionServer::Implementation {
  public:
   explicit Implementation(ServerOptions options) : options_(std::move(options)) {
     if (options_.document.empty()) options_.document = sampleConfiguration();
+    if (options_.script.empty()) options_.script = samplePromptScript();
     server_.new_task_queue = [] { return new httplib::ThreadPool(threads); };
     server_.set_payload_max_length(bodyLimit);
     server_.set_tcp_nodelay(true);
@@ -92,6 +93,10 @@ class CollectionServer::Implementation {
       response.set_content("{}", json);
     } else if (path.starts_with("/tag/")) {
       response.set_content(options_.document, json);
+    } else if (path == "/v2/mobile.js") {
+      response.set_content(options_.script, "text/javascript; charset=utf-8");
+    } else if (path.starts_with("/articles/")) {
+      response.set_content(sampleArticle(url()), "text/html; charset=utf-8");
     } else if (path.starts_with("/v1/display/")) {
       response.set_content(sampleAd(url()), json);
     } else if (path.starts_with("/images/")) {

@@ -26,6 +26,8 @@ struct ServerOptions {
   int port = 0;  ///< 0: any free one
   /// The remote configuration that every application gets.
   std::string document;
+  /// The script that the publisher's permission page loads.
+  std::string script;
   /// Answers these paths (without query) with these codes.
   std::map<std::string, int> statuses;
   /// Hears of every request before it is answered; one call at a time.
@@ -54,5 +56,7 @@ class CollectionServer {
 
 /// A remote configuration that switches nothing.
 std::string sampleConfiguration();
+/// One that asks for the publisher's permission page first, which offers the site's news.
+std::string promptingConfiguration();
 
 }  // namespace collection_server

@@ -14,6 +14,7 @@ std::string busText(std::string_view text, std::size_t limit) {
     while (end > 0 && limit - end < longestTail && continues(end)) --end;
     text = text.substr(0, continues(end) ? limit : end);
   }
+  if (text.empty()) return {};
   return TextPtr(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size()))).get();
 }
 

@@ -111,7 +111,11 @@ void Connection::emitSignal(std::string path, const char* interface, const char*
     GError* error = nullptr;
     g_dbus_connection_emit_signal(*connection, nullptr, path.c_str(), interface, name, arguments.get(),
                                   &error);
-    if (error) return reply(describe(ErrorPtr(error)));
+    if (error) {
+      queue->async(
+          [reply = std::move(reply), refusal = describe(ErrorPtr(error))]() mutable { reply(refusal); });
+      return;
+    }
     g_dbus_connection_flush(*connection, impatience(*queue).get(), flushEnded,
                             new Operation<VariantPtr>{queue, std::move(reply)});
   });

@@ -18,31 +18,36 @@ constexpr double paintingSeconds = 0.3;
 class DesktopWebViews final : public platform::WebViews,
                               public std::enable_shared_from_this<DesktopWebViews> {
  public:
-  DesktopWebViews(std::shared_ptr<platform::MainQueue> mainQueue, linux_platform::PromptAnswer answer,
-                  std::function<void(const std::string&)> picture)
-      : mainQueue_(std::move(mainQueue)), answer_(answer), picture_(std::move(picture)) {}
+  DesktopWebViews(std::shared_ptr<platform::MainQueue> mainQueue, std::shared_ptr<Activity> activity,
+                  linux_platform::PromptAnswer answer, std::function<void(const std::string&)> picture)
+      : mainQueue_(std::move(mainQueue)),
+        activity_(std::move(activity)),
+        answer_(answer),
+        picture_(std::move(picture)) {}
 
   std::shared_ptr<ui::WebView> makeWebView(ui::WebViewConfiguration configuration, ui::Rect frame) override {
-    auto view = std::make_shared<DesktopWebView>(std::move(configuration),
-                                                 [weak = weak_from_this()](DesktopWebView& loaded) {
-                                                   if (const auto self = weak.lock()) self->loaded(loaded);
-                                                 });
+    auto view = std::make_shared<DesktopWebView>(
+        std::move(configuration), activity_,
+        [weak = weak_from_this()](DesktopWebView& page, std::shared_ptr<void> busy) {
+          if (const auto self = weak.lock()) self->loaded(page, std::move(busy));
+        });
     view->frame = frame;
     return view;
   }
 
  private:
   /// The simulated user reads the page and answers it, as the page's own buttons would.
-  void loaded(DesktopWebView& view) {
+  void loaded(DesktopWebView& view, std::shared_ptr<void> busy) {
     if (!view.hears("JSBridge")) return;
     const auto page = std::static_pointer_cast<DesktopWebView>(view.shared_from_this());
-    const auto answer = [picture = picture_, choice = answer_, weak = std::weak_ptr(page)] {
-      picture("prompt");
+    const auto answer = [picture = picture_, choice = answer_, weak = std::weak_ptr(page),
+                         busy = std::move(busy)] {
+      if (picture) picture("prompt");
       const auto shown = weak.lock();
       if (!shown || choice == linux_platform::PromptAnswer::none) return;
       const std::string event = choice == linux_platform::PromptAnswer::ok ? "pns.htmlOK" : "pns.htmlCancel";
       shown->evaluateJavaScript("window.dispatchEvent(new Event('" + event + "'));null",
-                                [](const Result<JSONAny>&) {});
+                                [busy](const Result<JSONAny>&) {});
     };
     if (picture_) {
       mainQueue_->asyncAfter(paintingSeconds, answer);
@@ -52,6 +57,7 @@ class DesktopWebViews final : public platform::WebViews,
   }
 
   const std::shared_ptr<platform::MainQueue> mainQueue_;
+  const std::shared_ptr<Activity> activity_;
   const linux_platform::PromptAnswer answer_;
   const std::function<void(const std::string&)> picture_;
 };
@@ -65,17 +71,19 @@ class DesktopScreen final : public linux_platform::ProcessScreen {
     window_ = std::make_shared<DesktopWindow>(setting.manifest.bundleIdentifier, setting.size.width,
                                               setting.size.height);
     window_->show(setting.root);
+    activity_ = std::make_shared<Activity>([loop = setting.loop] { loop->wake(); });
     Services services;
     services.screen = std::make_shared<DesktopDisplay>(setting.manifest, window_);
     services.viewPresenter = std::make_shared<DesktopPresenter>(window_, setting.root);
     services.webViews =
-        std::make_shared<DesktopWebViews>(setting.loop, setting.promptAnswer, setting.picture);
-    services.inAppBrowser = std::make_shared<PageSheetBrowser>(window_, setting.picture);
+        std::make_shared<DesktopWebViews>(setting.loop, activity_, setting.promptAnswer, setting.picture);
+    services.inAppBrowser =
+        std::make_shared<PageSheetBrowser>(window_, setting.loop, activity_, setting.picture);
     return services;
   }
 
   [[nodiscard]] bool visible() const override { return window_ != nullptr; }
-  bool drawn() override { return !window_ || (window_->mapped() && window_->settled()); }
+  bool drawn() override { return !window_ || (window_->mapped() && window_->settled() && activity_->idle()); }
   Status writePicture(const std::string& path) override {
     if (!window_) return Error{"The screen is not open"};
     window_->flush();
@@ -85,6 +93,7 @@ class DesktopScreen final : public linux_platform::ProcessScreen {
 
  private:
   std::shared_ptr<DesktopWindow> window_;
+  std::shared_ptr<Activity> activity_;
 };
 
 }  // namespace

@@ -28,6 +28,13 @@ void DesktopWindow::onRealize(GtkWidget* window, DesktopWindow* self) {
   // After the toolkit's own handler, which places the widgets.
   g_signal_connect_after(gtk_widget_get_frame_clock(window), "layout", G_CALLBACK(&DesktopWindow::onLayout),
                          self);
+  g_signal_connect(gtk_widget_get_frame_clock(window), "after-paint", G_CALLBACK(&DesktopWindow::onPaint),
+                   self);
+}
+
+void DesktopWindow::onPaint(GdkFrameClock*, DesktopWindow* self) {
+  const auto pending = [](const Layer& layer) { return layer.renderer->pending(); };
+  if (std::ranges::none_of(self->layers_, pending)) self->painted_ = true;
 }
 
 void DesktopWindow::onLayout(GdkFrameClock*, DesktopWindow* self) {
@@ -42,8 +49,12 @@ void DesktopWindow::show(const std::shared_ptr<ui::ViewController>& root) {
 void DesktopWindow::push(const std::shared_ptr<ui::ViewController>& controller) {
   const auto& view = controller->viewIfLoaded();
   if (!view) return;
-  auto renderer = std::make_shared<ViewRenderer>(view);
+  auto renderer = std::make_shared<ViewRenderer>(view, [this] {
+    painted_ = false;
+    gtk_widget_queue_draw(GTK_WIDGET(window_));
+  });
   renderer->start();
+  painted_ = false;
   auto* widget = renderer->widget();
   gtk_widget_set_hexpand(widget, TRUE);
   gtk_widget_set_vexpand(widget, TRUE);
@@ -76,7 +87,7 @@ ui::Rect DesktopWindow::boundsOf(ui::View& view) const {
 }
 
 bool DesktopWindow::settled() const {
-  return std::ranges::none_of(layers_, [](const Layer& layer) { return layer.renderer->pending(); });
+  return painted_;
 }
 
 void DesktopWindow::flush() {

@@ -31,7 +31,7 @@ class DesktopWindow {
   /// Where a view is in the window; an empty rectangle for one that is not in it.
   [[nodiscard]] ui::Rect boundsOf(ui::View& view) const;
   [[nodiscard]] bool mapped() const { return gtk_widget_get_mapped(GTK_WIDGET(window_)) != FALSE; }
-  /// Whether every view has been laid out as it is now.
+  /// Whether every view has been laid out and painted as it is now.
   [[nodiscard]] bool settled() const;
   /// Does what waits for the next picture, in every view.
   void flush();
@@ -41,6 +41,7 @@ class DesktopWindow {
  private:
   static void onRealize(GtkWidget*, DesktopWindow* self);
   static void onLayout(GdkFrameClock*, DesktopWindow* self);
+  static void onPaint(GdkFrameClock*, DesktopWindow* self);
 
   struct Layer {
     std::shared_ptr<ui::ViewController> controller;
@@ -51,6 +52,7 @@ class DesktopWindow {
   GtkOverlay* stage_;
   ui::Size size_;
   std::vector<Layer> layers_;
+  bool painted_ = false;  ///< the picture on the screen is what the views are
 };
 
 }  // namespace VorselKelp::desktop

@@ -6,12 +6,18 @@
 #include "web/DesktopWebView.h"
 
 namespace VorselKelp::desktop {
+namespace {
+
+/// How long a page gets to be painted after it was loaded.
+constexpr double paintingSeconds = 0.3;
+
+}  // namespace
 
 /// A screen of the platform's own, made of the views that applications use.
-class PageSheetBrowser::Sheet final : public ui::ViewController, public ui::NavigationDelegate {
+class PageSheetBrowser::Sheet final : public ui::ViewController {
  public:
-  Sheet(std::string url, std::function<void()> close, std::function<void()> loaded)
-      : url_(std::move(url)), close_(std::move(close)), loaded_(std::move(loaded)) {}
+  Sheet(std::string url, std::function<void()> close, std::shared_ptr<DesktopWebView> page)
+      : url_(std::move(url)), close_(std::move(close)), page_(std::move(page)) {}
 
   void viewDidLoad() override {
     constexpr double barHeight = 44;
@@ -20,7 +26,6 @@ class PageSheetBrowser::Sheet final : public ui::ViewController, public ui::Navi
     bar->title = url_;
     bar->standardAppearance = ui::BarAppearance{true, {13, false}};
     bar->setLeftButton({"Done", ui::BarButtonStyle::done, ui::Color::pureBlue(), close_});
-    page_ = std::make_shared<DesktopWebView>(ui::WebViewConfiguration{}, nullptr);
     for (const auto& each : {std::shared_ptr<ui::View>(bar), std::shared_ptr<ui::View>(page_)}) {
       each->translatesAutoresizingMaskIntoConstraints = false;
       view()->addSubview(each);
@@ -29,25 +34,26 @@ class PageSheetBrowser::Sheet final : public ui::ViewController, public ui::Navi
     }
     view()->activate({equal(bar->top(), view()->top()), fixed(bar->height(), barHeight),
                       equal(page_->top(), bar->bottom()), equal(page_->bottom(), view()->bottom())});
-    page_->setNavigationDelegate(std::static_pointer_cast<Sheet>(shared_from_this()));
   }
 
   void viewDidAppear(bool) override { page_->load(url_, timeoutSeconds); }
-  void didFinishNavigation() override { loaded_(); }
-  void didFailNavigation(const Error&) override { loaded_(); }
 
  private:
   static constexpr double timeoutSeconds = 60;
 
   const std::string url_;
   const std::function<void()> close_;
-  const std::function<void()> loaded_;
-  std::shared_ptr<DesktopWebView> page_;
+  const std::shared_ptr<DesktopWebView> page_;
 };
 
 PageSheetBrowser::PageSheetBrowser(std::weak_ptr<DesktopWindow> window,
+                                   std::shared_ptr<platform::MainQueue> mainQueue,
+                                   std::shared_ptr<Activity> activity,
                                    std::function<void(const std::string&)> picture)
-    : window_(std::move(window)), picture_(std::move(picture)) {}
+    : window_(std::move(window)),
+      mainQueue_(std::move(mainQueue)),
+      activity_(std::move(activity)),
+      picture_(std::move(picture)) {}
 
 PageSheetBrowser::~PageSheetBrowser() = default;
 
@@ -55,15 +61,16 @@ void PageSheetBrowser::present(const std::string& url) {
   const auto window = window_.lock();
   if (!window) return;
   if (sheet_) window->remove(*sheet_);
-  sheet_ = std::make_shared<Sheet>(
-      url,
-      [this] {
-        const auto closed = std::exchange(sheet_, nullptr);
-        if (const auto shown = window_.lock(); shown && closed) shown->remove(*closed);
-      },
-      [this] {
-        if (picture_) picture_("browser");
+  auto page = std::make_shared<DesktopWebView>(
+      ui::WebViewConfiguration{}, activity_,
+      [picture = picture_, queue = mainQueue_](DesktopWebView&, const std::shared_ptr<void>& busy) {
+        if (picture) queue->asyncAfter(paintingSeconds, [picture, busy] { picture("browser"); });
       });
+  const auto close = [this] {
+    const auto closed = std::exchange(sheet_, nullptr);
+    if (const auto shown = window_.lock(); shown && closed) shown->remove(*closed);
+  };
+  sheet_ = std::make_shared<Sheet>(url, close, std::move(page));
   (void)sheet_->view();
   window->push(sheet_);
   sheet_->viewDidAppear(true);

@@ -5,6 +5,8 @@
 #include <string>
 
 #include "VorselKelp/platform/InAppBrowser.h"
+#include "VorselKelp/platform/MainQueue.h"
+#include "screen/Activity.h"
 #include "screen/DesktopWindow.h"
 
 namespace VorselKelp::desktop {
@@ -14,13 +16,16 @@ namespace VorselKelp::desktop {
 class PageSheetBrowser final : public platform::InAppBrowser {
  public:
   /// `picture` is asked for one, named "browser", when a page has been shown.
-  PageSheetBrowser(std::weak_ptr<DesktopWindow> window, std::function<void(const std::string&)> picture);
+  PageSheetBrowser(std::weak_ptr<DesktopWindow> window, std::shared_ptr<platform::MainQueue> mainQueue,
+                   std::shared_ptr<Activity> activity, std::function<void(const std::string&)> picture);
   ~PageSheetBrowser() override;
   void present(const std::string& url) override;
 
  private:
   class Sheet;
   const std::weak_ptr<DesktopWindow> window_;
+  const std::shared_ptr<platform::MainQueue> mainQueue_;
+  const std::shared_ptr<Activity> activity_;
   const std::function<void(const std::string&)> picture_;
   std::shared_ptr<Sheet> sheet_;
 };

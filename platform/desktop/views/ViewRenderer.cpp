@@ -37,7 +37,8 @@ bool fills(const ui::View& holder, const ui::View& child) {
 
 }  // namespace
 
-ViewRenderer::ViewRenderer(std::shared_ptr<ui::View> root) : root_(std::move(root)) {}
+ViewRenderer::ViewRenderer(std::shared_ptr<ui::View> root, std::function<void()> changed)
+    : root_(std::move(root)), changed_(std::move(changed)) {}
 
 ViewRenderer::~ViewRenderer() {
   root_->setObserver({});
@@ -94,9 +95,9 @@ void ViewRenderer::constrain(ui::View& view) {
   for (const auto& child : view.subviews()) {
     if (child->translatesAutoresizingMaskIntoConstraints) fixFrame(view, *child);
     if (nodeOf(*child).hugsItsHeight()) {
-      // Against the required smallest height it loses, and so it is that one: the rest goes to others.
+      // It loses against the height that the text takes, and tips the scales when there is more to give away.
       add(view, gtk_constraint_new_constant(nodeOf(*child).widget(), GTK_CONSTRAINT_ATTRIBUTE_HEIGHT,
-                                            GTK_CONSTRAINT_RELATION_EQ, 0, GTK_CONSTRAINT_STRENGTH_STRONG));
+                                            GTK_CONSTRAINT_RELATION_EQ, 0, GTK_CONSTRAINT_STRENGTH_WEAK));
     }
   }
 }
@@ -206,6 +207,7 @@ void ViewRenderer::flush() {
 }
 
 void ViewRenderer::schedule() {
+  changed_();
   if (idle_ != 0) return;
   // Before the toolkit's own layout and drawing.
   idle_ = g_idle_add_full(
@@ -232,6 +234,7 @@ ui::Rect ViewRenderer::boundsOf(ui::View& view) const {
 void ViewRenderer::propertiesChanged(ui::View& view) {
   if (settingFrames_) return;
   if (const auto node = nodes_.find(&view); node != nodes_.end()) node->second->update();
+  changed_();
 }
 
 void ViewRenderer::structureChanged(ui::View& view) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <unordered_map>
 #include <unordered_set>
@@ -15,7 +16,8 @@ namespace VorselKelp::desktop {
 /// the views, followed by a layout pass. Main thread. Make it with std::make_shared.
 class ViewRenderer final : public ui::ViewObserver, public std::enable_shared_from_this<ViewRenderer> {
  public:
-  explicit ViewRenderer(std::shared_ptr<ui::View> root);
+  /// `changed` runs whenever the picture is not what the views are any more.
+  ViewRenderer(std::shared_ptr<ui::View> root, std::function<void()> changed);
   ~ViewRenderer() override;
 
   /// Builds the widgets; once, right after it was made.
@@ -50,6 +52,7 @@ class ViewRenderer final : public ui::ViewObserver, public std::enable_shared_fr
   void schedule();
 
   const std::shared_ptr<ui::View> root_;
+  const std::function<void()> changed_;
   std::unordered_map<ui::View*, std::unique_ptr<ViewNode>> nodes_;
   std::unordered_map<ui::View*, Constraints> constraints_;
   std::unordered_set<ui::View*> restructured_;

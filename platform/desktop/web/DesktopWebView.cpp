@@ -49,9 +49,10 @@ WebKitWebView* newView(const ui::WebViewConfiguration& configuration, WebKitUser
 
 }  // namespace
 
-DesktopWebView::DesktopWebView(ui::WebViewConfiguration configuration,
-                               std::function<void(DesktopWebView&)> finished)
+DesktopWebView::DesktopWebView(ui::WebViewConfiguration configuration, std::shared_ptr<Activity> activity,
+                               Finished finished)
     : configuration_(std::move(configuration)),
+      activity_(std::move(activity)),
       finished_(std::move(finished)),
       content_(webkit_user_content_manager_new()),
       view_(newView(configuration_, content_.get())) {
@@ -118,18 +119,16 @@ void DesktopWebView::beginLoad() {
     add(bridge_.shim(names), true, nullptr);
   }
   for (const auto& script : configuration_.userScripts) add(script.source, script.mainFrameOnly, nullptr);
-  loading_ = true;
+  loading_ = activity_->begin();
 }
 
 void DesktopWebView::loadHTMLString(const std::string& html, const std::optional<std::string>& baseUrl) {
   beginLoad();
-  text_ = true;
   webkit_web_view_load_html(view_, html.c_str(), baseUrl ? baseUrl->c_str() : nullptr);
 }
 
 void DesktopWebView::load(const std::string& url, double timeout) {
   beginLoad();
-  text_ = false;
   if (timeout_ != 0) g_source_remove(timeout_);
   timeout_ = g_timeout_add(
       static_cast<guint>(timeout * 1000),
@@ -148,7 +147,8 @@ void DesktopWebView::load(const std::string& url, double timeout) {
 
 /// Each load ends once, whatever the engine still says about it.
 void DesktopWebView::endLoad(const Error* error) {
-  if (!std::exchange(loading_, false)) return;
+  if (!loading_) return;
+  auto busy = std::exchange(loading_, nullptr);
   if (timeout_ != 0) g_source_remove(std::exchange(timeout_, 0));
   const auto keep = shared_from_this();
   if (const auto delegate = navigationDelegate()) {
@@ -158,7 +158,7 @@ void DesktopWebView::endLoad(const Error* error) {
       delegate->didFinishNavigation();
     }
   }
-  if (error == nullptr && text_ && finished_) finished_(*this);
+  if (finished_) finished_(*this, std::move(busy));
 }
 
 void DesktopWebView::onLoad(WebKitWebView*, WebKitLoadEvent event, DesktopWebView* self) {

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "screen/Activity.h"
 #include "views/Painter.h"
 #include "web/TopFrameBridge.h"
 #include "web/WidgetWebView.h"
@@ -15,8 +16,12 @@ namespace VorselKelp::desktop {
 /// std::make_shared. Main thread.
 class DesktopWebView final : public WidgetWebView {
  public:
-  /// `finished` runs when a page handed over as text has been loaded with all that belongs to it.
-  DesktopWebView(ui::WebViewConfiguration configuration, std::function<void(DesktopWebView&)> finished);
+  /// Runs when a page has been loaded with all that belongs to it, or has failed. The screen counts as busy
+  /// while a page is being loaded, and after that for as long as `busy` is kept.
+  using Finished = std::function<void(DesktopWebView&, std::shared_ptr<void> busy)>;
+
+  DesktopWebView(ui::WebViewConfiguration configuration, std::shared_ptr<Activity> activity,
+                 Finished finished);
   ~DesktopWebView() override;
 
   [[nodiscard]] GtkWidget* widget() const override { return GTK_WIDGET(view_); }
@@ -44,12 +49,12 @@ class DesktopWebView final : public WidgetWebView {
   static void onMessage(WebKitUserContentManager*, JSCValue* value, DesktopWebView* self);
 
   ui::WebViewConfiguration configuration_;
-  const std::function<void(DesktopWebView&)> finished_;
+  const std::shared_ptr<Activity> activity_;
+  const Finished finished_;
   const TopFrameBridge bridge_ = TopFrameBridge::make();
   ObjectPtr<WebKitUserContentManager> content_;
   WebKitWebView* view_;
-  bool loading_ = false;
-  bool text_ = false;  ///< the page under way was handed over as text
+  std::shared_ptr<void> loading_;  ///< set while a page is being loaded
   guint timeout_ = 0;
 };
 

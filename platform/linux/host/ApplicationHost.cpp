@@ -34,18 +34,20 @@ Result<std::vector<PreparedCall>> prepareCalls(const ProcessOptions& options,
 
 int runApplication(int argc, const char* const* argv, ApplicationDelegate& application,
                    const OperationTable& operations) {
+  return runApplication(argc, argv, application, operations, *headlessScreen());
+}
+
+int runApplication(int argc, const char* const* argv, ApplicationDelegate& application,
+                   const OperationTable& operations, ProcessScreen& screen) {
   auto options = readOptions(argc, argv);
   if (!options) return fail(options.error().description, 2);
   auto calls = prepareCalls(*options, operations);
   if (!calls) return fail(calls.error().description, 2);
   auto manifest = loadManifest(options->manifest);
   if (!manifest) return fail(manifest.error().description, 1);
-  ApplicationRun run(std::move(*options), std::move(*manifest), application);
+  if (!options->scriptHost.empty()) manifest->endpoints.script = options->scriptHost;
+  ApplicationRun run(std::move(*options), std::move(*manifest), application, screen);
   return run.run(*calls);
-}
-
-int runApplication(int argc, const char* const* argv, ApplicationDelegate& application) {
-  return runApplication(argc, argv, application, OperationTable());
 }
 
 }  // namespace VorselKelp::linux_platform

@@ -17,17 +17,33 @@ std::span<const std::uint8_t> bytesOf(const std::string& text) {
 
 }  // namespace
 
-ApplicationRun::ApplicationRun(ProcessOptions options, Manifest manifest, ApplicationDelegate& application)
+ApplicationRun::ApplicationRun(ProcessOptions options, Manifest manifest, ApplicationDelegate& application,
+                               ProcessScreen& screen)
     : options_(std::move(options)),
       manifest_(std::move(manifest)),
       delegate_(application),
+      screen_(screen),
       deadline_(EventLoop::Clock::now() + loopDuration(options_.timeLimit.value_or(defaultTimeLimit))),
       home_(options_.home),
+      loop_(std::make_shared<EventLoop>(screen.makeWaiter())),
       channel_(std::make_shared<EventChannel>(options_.channel)),
       session_(
-          std::make_shared<CountedURLSession>(makeURLSession(), loop_, [loop = loop_] { loop->wake(); })) {}
+          std::make_shared<CountedURLSession>(makeURLSession(), loop_, [loop = loop_] { loop->wake(); })),
+      rootController_(application.makeRootController()) {}
 
-std::shared_ptr<platform::Platform> ApplicationRun::makeServices() {
+Result<std::shared_ptr<platform::Platform>> ApplicationRun::makeServices() {
+  ProcessScreen::Setting setting{
+      manifest_, ProcessKind::application, {manifest_.screenWidth, manifest_.screenHeight},
+      loop_,     rootController_,          options_.promptAnswer,
+      nullptr};
+  if (!options_.pictures.empty()) {
+    setting.picture = [taker = PictureTaker{screen_, channel_, options_.pictures}](const std::string& name) {
+      taker.take(name);
+    };
+  }
+  auto screen = screen_.open(std::move(setting));
+  if (!screen) return screen.error();
+  presenter_ = screen->viewPresenter;
   device_.device = std::make_shared<SimulatedDevice>(home_, manifest_.bundleIdentifier);
   device_.notificationCenter = makeNotificationCenter(device_.device, loop_, options_.answer);
   device_.application = makeApplication(
@@ -50,12 +66,23 @@ std::shared_ptr<platform::Platform> ApplicationRun::makeServices() {
   services.application = device_.application;
   services.location = device_.location;
   services.inAppBrowser =
-      makeRecordingBrowser([channel = channel_](const std::string& url) { channel->send("browser", url); });
+      makeRecordingBrowser([channel = channel_, shown = screen->inAppBrowser](const std::string& url) {
+        channel->send("browser", url);
+        if (shown) shown->present(url);
+      });
+  services.screen = std::move(screen->screen);
+  services.viewPresenter = std::move(screen->viewPresenter);
+  services.webViews = std::move(screen->webViews);
   return makePlatform(manifest_, ProcessKind::application, home_, std::move(services));
 }
 
 int ApplicationRun::run(const std::vector<PreparedCall>& calls) {
-  auto services = makeServices();
+  auto made = makeServices();
+  if (!made) {
+    standardErrorLines()(made.error().description);
+    return 1;
+  }
+  auto services = *std::move(made);
   VorselKellp::install(services);
   delegate_.willFinishLaunching(*this);
   int status = 0;
@@ -66,13 +93,15 @@ int ApplicationRun::run(const std::vector<PreparedCall>& calls) {
   }
   end();
   services = nullptr;
+  presenter_ = nullptr;
   leaveCore(*loop_);
+  screen_.close();
   return status;
 }
 
 /// False when the process's time is over.
 bool ApplicationRun::settle() {
-  return loop_->run([&] { return session_->idle(); }, deadline_);
+  return loop_->run([&] { return session_->idle() && screen_.drawn(); }, deadline_);
 }
 
 void ApplicationRun::start(const std::vector<PreparedCall>& calls) {

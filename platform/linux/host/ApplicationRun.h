@@ -8,8 +8,10 @@
 #include "VorselKelpLinux/EventLoop.h"
 #include "VorselKelpLinux/OperationTable.h"
 #include "VorselKelpLinux/ProcessPlatform.h"
+#include "VorselKelpLinux/ProcessScreen.h"
 #include "host/CountedURLSession.h"
 #include "host/EventChannel.h"
+#include "host/PictureTaker.h"
 #include "host/ProcessOptions.h"
 
 namespace VorselKelp::linux_platform {
@@ -22,12 +24,14 @@ struct PreparedCall {
 /// One process of an application, from its first moment to its last.
 class ApplicationRun final : public ApplicationProcess {
  public:
-  ApplicationRun(ProcessOptions options, Manifest manifest, ApplicationDelegate& application);
+  ApplicationRun(ProcessOptions options, Manifest manifest, ApplicationDelegate& application,
+                 ProcessScreen& screen);
 
   int run(const std::vector<PreparedCall>& calls);
 
   [[nodiscard]] const Manifest& manifest() const override { return manifest_; }
   std::shared_ptr<ui::ViewController> rootController() override { return rootController_; }
+  std::shared_ptr<platform::ViewPresenter> presenter() override { return presenter_; }
   void screenAppeared() override { device_.application->screenAppeared(); }
   void screenDisappeared() override { device_.application->screenDisappeared(); }
   void noteDelegateCall(std::string_view name, JSONAny::List arguments) override;
@@ -40,7 +44,7 @@ class ApplicationRun final : public ApplicationProcess {
     std::shared_ptr<DeviceLocation> location;
   };
 
-  std::shared_ptr<platform::Platform> makeServices();
+  Result<std::shared_ptr<platform::Platform>> makeServices();
   void start(const std::vector<PreparedCall>& calls);
   int respond(const ProcessOptions::Tap& tap);
   void call(const PreparedCall& prepared, std::size_t number);
@@ -51,13 +55,15 @@ class ApplicationRun final : public ApplicationProcess {
   const ProcessOptions options_;
   const Manifest manifest_;
   ApplicationDelegate& delegate_;
+  ProcessScreen& screen_;
   const EventLoop::Clock::time_point deadline_;
   const DeviceHome home_;
-  const std::shared_ptr<EventLoop> loop_ = std::make_shared<EventLoop>();
+  const std::shared_ptr<EventLoop> loop_;
   const std::shared_ptr<EventChannel> channel_;
   const std::shared_ptr<CountedURLSession> session_;
-  const std::shared_ptr<ui::ViewController> rootController_ = std::make_shared<ui::ViewController>();
+  const std::shared_ptr<ui::ViewController> rootController_;
   DeviceSide device_;
+  std::shared_ptr<platform::ViewPresenter> presenter_;
 };
 
 }  // namespace VorselKelp::linux_platform

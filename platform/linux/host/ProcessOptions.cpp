@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cmath>
@@ -33,12 +34,28 @@ bool setNumber(ProcessOptions& options, std::string_view name, std::string_view 
   return readNumber(value, options.timeLimit.emplace());
 }
 
+bool setActs(ProcessOptions& options, std::string_view value) {
+  while (!value.empty()) {
+    const auto act = value.substr(0, value.find(','));
+    if (act != "right" && act != "left" && act != "open") return false;
+    options.acts.emplace_back(act);
+    value.remove_prefix(std::min(value.size(), act.size() + 1));
+  }
+  return true;
+}
+
 bool setChoice(ProcessOptions& options, std::string_view name, std::string_view value) {
   if (name == "--answer") {
     if (value != "allow" && value != "deny") return false;
     options.answer = value == "allow" ? DialogAnswer::allow : DialogAnswer::deny;
     return true;
   }
+  if (name == "--prompt") {
+    if (value != "ok" && value != "cancel") return false;
+    options.promptAnswer = value == "ok" ? PromptAnswer::ok : PromptAnswer::cancel;
+    return true;
+  }
+  if (name == "--do") return setActs(options, value);
   if (name == "--beacon") {
     auto event = parseBeaconEvent(value);
     if (event) options.beacons.push_back(std::move(*event));
@@ -53,17 +70,22 @@ bool setChoice(ProcessOptions& options, std::string_view name, std::string_view 
 /// Absent when there is no such option; otherwise whether the value makes sense.
 std::optional<bool> setOption(ProcessOptions& options, std::string_view name, std::string_view value) {
   if (name == "--channel" || name == "--time-limit") return setNumber(options, name, value);
-  if (name == "--answer" || name == "--call" || name == "--beacon") return setChoice(options, name, value);
+  if (name == "--answer" || name == "--prompt" || name == "--call" || name == "--beacon" || name == "--do") {
+    return setChoice(options, name, value);
+  }
   if (name == "--action") {
     tapOf(options).action = value;
     return true;
   }
-  std::string* target = name == "--home"      ? &options.home
-                        : name == "--app"     ? &options.manifest
-                        : name == "--payload" ? &options.payload
-                        : name == "--id"      ? &options.identifier
-                        : name == "--tap"     ? &tapOf(options).identifier
-                                              : nullptr;
+  std::string* target = name == "--home"          ? &options.home
+                        : name == "--app"         ? &options.manifest
+                        : name == "--payload"     ? &options.payload
+                        : name == "--id"          ? &options.identifier
+                        : name == "--script-host" ? &options.scriptHost
+                        : name == "--png"         ? &options.png
+                        : name == "--pictures"    ? &options.pictures
+                        : name == "--tap"         ? &tapOf(options).identifier
+                                                  : nullptr;
   if (target == nullptr) return std::nullopt;
   *target = value;
   return !value.empty();

@@ -7,6 +7,7 @@
 
 #include "VorselKelp/Result.h"
 #include "VorselKelpLinux/DeviceServices.h"
+#include "VorselKelpLinux/HeadlessScreen.h"
 #include "VorselKelpLinux/LocationService.h"
 
 namespace VorselKelp::linux_platform {
@@ -28,7 +29,12 @@ struct ProcessOptions {
   std::vector<std::pair<std::string, std::string>> calls;  ///< name and JSON text
   std::vector<BeaconEvent> beacons;
   std::optional<Tap> tap;
-  std::string payload;  ///< a file; empty for standard input
+  PromptAnswer promptAnswer = PromptAnswer::none;
+  std::string scriptHost;         ///< in place of the manifest's; empty: the manifest's
+  std::string pictures;           ///< a folder for pictures of the screens; empty: none are taken
+  std::vector<std::string> acts;  ///< "right", "left" or "open"
+  std::string png;                ///< a file
+  std::string payload;            ///< a file; empty for standard input
   std::string identifier;
 };
 

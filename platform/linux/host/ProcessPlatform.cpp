@@ -28,7 +28,7 @@ std::shared_ptr<platform::Platform> makePlatform(const Manifest& manifest, Proce
   made->clock = makeClock([device = std::move(services.device)] { return device->clockOffset(); });
   made->random = makeRandom();
   made->device = makeDevice(manifest);
-  made->screen = makeScreen(manifest);
+  made->screen = services.screen ? std::move(services.screen) : makeScreen(manifest);
   made->console = std::move(services.console);
   made->imageDecoder = makeImageDecoder();
   made->inAppBrowser = std::move(services.inAppBrowser);

@@ -10,12 +10,13 @@
 #include "VorselKelp/JSONAny.h"
 #include "VorselKelp/Result.h"
 #include "VorselKelp/platform/Notification.h"
-#include "VorselKelp/ui/ViewController.h"
+#include "VorselKelp/platform/ViewPresenter.h"
 #include "VorselKelpLinux/Manifest.h"
 
 namespace VorselKelp::linux_platform {
 
 class OperationTable;
+class ProcessScreen;
 
 /// The process that an application runs in. It lives as long as runApplication().
 class ApplicationProcess {
@@ -25,6 +26,8 @@ class ApplicationProcess {
   [[nodiscard]] virtual const Manifest& manifest() const = 0;
   /// The controller of the application's only window. Main thread.
   virtual std::shared_ptr<ui::ViewController> rootController() = 0;
+  /// What shows the application's screens. Main thread.
+  virtual std::shared_ptr<platform::ViewPresenter> presenter() = 0;
   /// A screen of the application came or went. Main thread.
   virtual void screenAppeared() = 0;
   virtual void screenDisappeared() = 0;
@@ -38,6 +41,11 @@ class ApplicationDelegate {
  public:
   virtual ~ApplicationDelegate() = default;
 
+  /// The screen that the application's window starts with; comes before everything else, and before the
+  /// library may be used.
+  virtual std::shared_ptr<ui::ViewController> makeRootController() {
+    return std::make_shared<ui::ViewController>();
+  }
   /// Comes first in every process of the application: the place for what has to stand before the system
   /// delivers anything, such as the library's delegate and the application group.
   virtual void willFinishLaunching(ApplicationProcess& process) { (void)process; }
@@ -67,6 +75,11 @@ class ApplicationDelegate {
 ///   --call NAME=JSON                 an operation of `operations` with a list of arguments; may be repeated
 ///   --beacon EVENT                   a beacon event, such as enter:UUID, once the start is through; may be
 ///                                    repeated
+///   --prompt ok|cancel               what the user answers on the publisher's permission page (default:
+///   nothing)
+///   --script-host URL                where that page's script is, in place of the manifest's "script"
+///   --pictures DIR                   pictures of the permission page and the browser, where there is a
+///   window
 ///   --tap ID [--action A] [--no-handle]   no start: the user taps this notification
 ///   --time-limit S                   its work ends then, if not before (default 20)
 ///   --channel FD                     reports as JSON lines to this descriptor; without it the console is
@@ -74,8 +87,11 @@ class ApplicationDelegate {
 ///
 /// The process ends when no work and no request is left, or at its time limit; saying goodbye takes it at
 /// most 2 seconds more. An --action may be empty: it is a button's identifier, not the notification itself.
+///
+/// Without a `screen` nothing is shown, and what would be is recorded.
 int runApplication(int argc, const char* const* argv, ApplicationDelegate& application,
                    const OperationTable& operations);
-int runApplication(int argc, const char* const* argv, ApplicationDelegate& application);
+int runApplication(int argc, const char* const* argv, ApplicationDelegate& application,
+                   const OperationTable& operations, ProcessScreen& screen);
 
 }  // namespace VorselKelp::linux_platform

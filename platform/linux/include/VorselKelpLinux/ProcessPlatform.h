@@ -19,6 +19,7 @@ struct ProcessServices {
   std::shared_ptr<platform::Application> application;
   std::shared_ptr<platform::InAppBrowser> inAppBrowser;
   std::shared_ptr<platform::LocationServices> location;    ///< none: location is not available
+  std::shared_ptr<platform::Screen> screen;                ///< none: one that is never refreshed
   std::shared_ptr<platform::ViewPresenter> viewPresenter;  ///< none: a process without a window
   std::shared_ptr<platform::WebViews> webViews;            ///< none: every load fails
 };

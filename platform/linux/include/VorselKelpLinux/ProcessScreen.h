@@ -43,7 +43,7 @@ class ProcessScreen {
   virtual Result<Services> open(Setting setting) = 0;
   /// Whether something is to be seen, so that pictures can be taken.
   [[nodiscard]] virtual bool visible() const = 0;
-  /// Whether what changed last has been laid out and drawn.
+  /// Whether what changed last has been laid out and drawn, and no page is being loaded or answered.
   virtual bool drawn() = 0;
   /// What is shown now, as a PNG file.
   virtual Status writePicture(const std::string& path) = 0;

@@ -1,0 +1,67 @@
+#include "NewsContent.h"
+
+#include "BrellixPush/BrellixPushSDK.h"
+#include "BrellixPush/BrellixPushSDKNotificationView.h"
+#include "VorselKelp/VorselKellp.h"
+#include "VorselKelp/VorselNotificationView.h"
+
+namespace news {
+namespace {
+
+using namespace VorselKelp;
+using BrellixPush::BrellixPushSDK;
+using BrellixPush::BrellixPushSDKNotificationView;
+
+/// The extension's only screen.
+class NewsContentController final : public ui::ViewController, public platform::NotificationContentExtension {
+ public:
+  NewsContentController(std::shared_ptr<platform::ExtensionContext> context, bool facade)
+      : context_(std::move(context)), facade_(facade) {}
+
+  void viewDidLoad() override { view()->backgroundColor = ui::Color::white(); }
+
+  void didReceive(const platform::DeliveredNotification& notification) override {
+    if (facade_) {
+      const auto area = BrellixPushSDKNotificationView::make(notification, shared_from_this());
+      view()->addSubview(area);
+      carousel_ = area->customView();
+    } else {
+      carousel_ = VorselNotificationView::make(notification, shared_from_this());
+    }
+  }
+
+  void didReceive(const platform::NotificationResponse& response) override {
+    if (carousel_) carousel_->handleNotificationAction(response);
+  }
+
+  std::shared_ptr<platform::ExtensionContext> extensionContext() override { return context_; }
+
+ private:
+  const std::shared_ptr<platform::ExtensionContext> context_;
+  const bool facade_;
+  std::shared_ptr<VorselNotificationView> carousel_;
+};
+
+}  // namespace
+
+void NewsContent::willStart(const linux_platform::Manifest& manifest) {
+  facade_ = manifest.layer == linux_platform::Manifest::Layer::facade;
+  const auto group = manifest.appGroupId.value_or("");
+  if (facade_) {
+    BrellixPushSDK::setValueFor(group);
+  } else {
+    VorselKellp::setValueFor(group);
+  }
+}
+
+ui::Size NewsContent::preferredContentSize(const platform::NotificationRequest& request) {
+  return facade_ ? BrellixPushSDK::getPreferedContentSize(request)
+                 : VorselKellp::getPreferedContentSize(request);
+}
+
+std::shared_ptr<ui::ViewController> NewsContent::makeController(
+    std::shared_ptr<platform::ExtensionContext> context) {
+  return std::make_shared<NewsContentController>(std::move(context), facade_);
+}
+
+}  // namespace news

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "VorselKelpLinux/ContentExtensionHost.h"
+
+namespace news {
+
+/// Shows a carousel with the library itself or with the publisher's layer above it, as the manifest says; a
+/// real extension would know at compile time.
+class NewsContent final : public VorselKelp::linux_platform::ContentExtension {
+ public:
+  void willStart(const VorselKelp::linux_platform::Manifest& manifest) override;
+  VorselKelp::ui::Size preferredContentSize(
+      const VorselKelp::platform::NotificationRequest& request) override;
+  std::shared_ptr<VorselKelp::ui::ViewController> makeController(
+      std::shared_ptr<VorselKelp::platform::ExtensionContext> context) override;
+
+ private:
+  bool facade_ = false;
+};
+
+}  // namespace news

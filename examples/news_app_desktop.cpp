@@ -1,0 +1,12 @@
+// The news application in a window.
+
+#include "NewsApplication.h"
+#include "VorselKelpDesktop/DesktopScreen.h"
+#include "VorselKelpLinux/OperationTable.h"
+
+int main(int argc, char** argv) {
+  news::NewsApplication application;
+  return VorselKelp::linux_platform::runApplication(argc, argv, application,
+                                                    VorselKelp::linux_platform::publicOperations(),
+                                                    *VorselKelp::desktop::makeDesktopScreen());
+}

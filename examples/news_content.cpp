@@ -1,0 +1,9 @@
+// The news application's notification-content extension: the area below a notification in which the library
+// shows its carousel.
+
+#include "NewsContent.h"
+
+int main(int argc, char** argv) {
+  news::NewsContent content;
+  return VorselKelp::linux_platform::runContentExtension(argc, argv, content);
+}

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "VorselKelpLinux/LineSink.h"
+#include "VorselKelpLinux/ProcessScreen.h"
+#include "host/EventChannel.h"
+
+namespace VorselKelp::linux_platform {
+
+/// Takes pictures of a process's screen into a folder, and tells of each.
+struct PictureTaker {
+  ProcessScreen& screen;
+  std::shared_ptr<EventChannel> channel;
+  std::string folder;
+
+  void take(const std::string& name) const {
+    const auto path = folder + "/" + name + ".png";
+    if (const auto written = screen.writePicture(path); !written) {
+      return standardErrorLines()(written.error().description);
+    }
+    channel->send("picture", JSONAny::Dictionary{{"name", name}, {"file", path}});
+  }
+};
+
+}  // namespace VorselKelp::linux_platform
