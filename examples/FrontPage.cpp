@@ -1,5 +1,6 @@
 #include "FrontPage.h"
 
+#include "VorselKelp/InterstitialController.h"
 #include "VorselKelp/ui/Label.h"
 
 namespace news {
@@ -24,6 +25,22 @@ constexpr Line lines[]{
     {"Two stops more, and trees along the way.", {13, false}, 4},
 };
 
+using Call = linux_platform::OperationTable::Call;
+
+FrontPage& pageOf(const Call& call) {
+  return static_cast<FrontPage&>(*call.process.rootController());
+}
+
+JSONAny present(const Call& call) {
+  pageOf(call).presentInterstitial(call.text(0), *call.process.presenter());
+  return {};
+}
+
+JSONAny close(const Call& call) {
+  pageOf(call).closeInterstitial();
+  return {};
+}
+
 }  // namespace
 
 void FrontPage::viewDidLoad() {
@@ -41,6 +58,24 @@ void FrontPage::viewDidLoad() {
                       equal(label->trailing(), view()->trailing(), -margin)});
     above = label->bottom();
   }
+}
+
+void FrontPage::presentInterstitial(const std::string& adId, platform::ViewPresenter& presenter) {
+  ad_ = InterstitialAD::create(adId);
+  const auto controller = ad_->interstitialController();
+  controller->modalPresentationStyle = ui::PresentationStyle::overFullScreen;
+  presenter.present(controller, shared_from_this(), true);
+}
+
+void FrontPage::closeInterstitial() {
+  if (ad_) ad_->interstitialController()->closeAd();
+  ad_ = nullptr;
+}
+
+linux_platform::OperationTable newsOperations() {
+  auto operations = linux_platform::publicOperations();
+  operations.add({{"presentInterstitial", "t", false, present}, {"closeInterstitial", "", false, close}});
+  return operations;
 }
 
 }  // namespace news

@@ -54,9 +54,9 @@ void NewsContent::willStart(const linux_platform::Manifest& manifest) {
   }
 }
 
-ui::Size NewsContent::preferredContentSize(const platform::NotificationRequest& request) {
-  return facade_ ? BrellixPushSDK::getPreferedContentSize(request)
-                 : VorselKellp::getPreferedContentSize(request);
+ui::Size NewsContent::preferredContentSize(const platform::DeliveredNotification& notification) {
+  return facade_ ? BrellixPushSDK::getPreferedContentSize(notification)
+                 : VorselKellp::getPreferedContentSize(notification);
 }
 
 std::shared_ptr<ui::ViewController> NewsContent::makeController(

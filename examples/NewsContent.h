@@ -10,7 +10,7 @@ class NewsContent final : public VorselKelp::linux_platform::ContentExtension {
  public:
   void willStart(const VorselKelp::linux_platform::Manifest& manifest) override;
   VorselKelp::ui::Size preferredContentSize(
-      const VorselKelp::platform::NotificationRequest& request) override;
+      const VorselKelp::platform::DeliveredNotification& notification) override;
   std::shared_ptr<VorselKelp::ui::ViewController> makeController(
       std::shared_ptr<VorselKelp::platform::ExtensionContext> context) override;
 

@@ -1,10 +1,9 @@
 // The news application without a window.
 
+#include "FrontPage.h"
 #include "NewsApplication.h"
-#include "VorselKelpLinux/OperationTable.h"
 
 int main(int argc, char** argv) {
   news::NewsApplication application;
-  return VorselKelp::linux_platform::runApplication(argc, argv, application,
-                                                    VorselKelp::linux_platform::publicOperations());
+  return VorselKelp::linux_platform::runApplication(argc, argv, application, news::newsOperations());
 }

@@ -1,12 +1,11 @@
 // The news application in a window.
 
+#include "FrontPage.h"
 #include "NewsApplication.h"
 #include "VorselKelpDesktop/DesktopScreen.h"
-#include "VorselKelpLinux/OperationTable.h"
 
 int main(int argc, char** argv) {
   news::NewsApplication application;
-  return VorselKelp::linux_platform::runApplication(argc, argv, application,
-                                                    VorselKelp::linux_platform::publicOperations(),
+  return VorselKelp::linux_platform::runApplication(argc, argv, application, news::newsOperations(),
                                                     *VorselKelp::desktop::makeDesktopScreen());
 }

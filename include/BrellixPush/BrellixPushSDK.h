@@ -53,7 +53,7 @@ class BrellixPushSDK {
 
   /// For the notification-content extension.
   [[nodiscard]] static VorselKelp::ui::Size getPreferedContentSize(
-      const VorselKelp::platform::NotificationRequest& request);
+      const VorselKelp::platform::DeliveredNotification& notification);
 
   static void decreseNotificationCount(
       const std::shared_ptr<VorselKelp::platform::NotificationContent>& forNotify);

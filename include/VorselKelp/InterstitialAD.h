@@ -13,6 +13,9 @@ namespace VorselKelp {
 class InterstitialAD;
 
 /// Hears what happens to an interstitial. Main thread.
+///
+/// This release never calls interstitialDidReceiveAd and interstitialViewDidFailToReceiveAdWithError: an
+/// answer of the feed that carries no ad, or none at all, calls nothing.
 class InterstitialDelegate {
  public:
   using Ad = std::shared_ptr<InterstitialAD>;
@@ -23,6 +26,8 @@ class InterstitialDelegate {
                                                            const std::optional<Error>& error) = 0;
   /// The ad was tapped and its page is about to be opened.
   virtual void interstitialWillPresentScreen(const Ad& ad) = 0;
+  /// Only when the application reports, by InterstitialController::safariViewControllerDidFinish(), that the
+  /// browser it showed the page in has been closed.
   virtual void interstitialWillDismissScreen(const Ad& ad) = 0;
   virtual void interstitialWillLeaveApplication(const Ad& ad) = 0;
   virtual void interstitialClosed(const Ad& ad) = 0;
@@ -45,8 +50,9 @@ class InterstitialAD : public std::enable_shared_from_this<InterstitialAD> {
   /// there is no root controller, the process stops.
   void showAd();
 
-  [[nodiscard]] const std::shared_ptr<InterstitialController>& interstitialController() const {
-    return interstitialController_;
+  /// Whoever holds or presents it holds this ad with it.
+  [[nodiscard]] std::shared_ptr<InterstitialController> interstitialController() const {
+    return {shared_from_this(), interstitialController_.get()};
   }
   [[nodiscard]] std::shared_ptr<InterstitialDelegate> interstitialDelegate() const {
     return interstitialDelegate_.lock();

@@ -7,12 +7,12 @@
 
 #include "VorselKelp/Result.h"
 #include "VorselKelp/platform/Application.h"
+#include "VorselKelp/ui/Button.h"
 #include "VorselKelp/ui/ImageView.h"
 #include "VorselKelp/ui/ViewController.h"
 
 namespace VorselKelp {
 
-class CloseButton;
 class CoreContext;
 class InterstitialAD;
 class ITIView;
@@ -22,8 +22,8 @@ struct AdexObject;
 /// InterstitialAD and may present it itself; presented while no ad has come, it is empty but for the button.
 /// Main thread.
 ///
-/// The owner keeps its controller. The controller keeps its owner only while it is on the screen, so that
-/// both go when the application lets go of them.
+/// The owner keeps its controller, which refers to the owner weakly; what the owner hands out holds both. So
+/// both stay for as long as somebody holds or shows either, and go together.
 class InterstitialController final : public ui::ViewController, public platform::LifeCycleObserver {
  public:
   using Callback = std::function<void(const std::shared_ptr<InterstitialAD>&)>;
@@ -40,7 +40,8 @@ class InterstitialController final : public ui::ViewController, public platform:
 
   // What the user and the system do. Without an owner each stops the process.
 
-  /// The close button: clears the pictures, tells the owner, and dismisses the controller.
+  /// The close button: clears the image view, stops what plays in the ad, tells the owner, and dismisses the
+  /// controller. Does nothing more until the controller is shown again.
   void closeAd();
   /// A tap on the ad: tells the owner and opens the demonstration page (Endpoints::demonstrationPage).
   void openAd();
@@ -50,7 +51,6 @@ class InterstitialController final : public ui::ViewController, public platform:
 
   void viewDidLoad() override;
   void viewWillAppear(bool animated) override;
-  void viewDidDisappear(bool animated) override;
   /// By the orientation of the device when the controller was made.
   [[nodiscard]] unsigned supportedInterfaceOrientations() override;
   [[nodiscard]] bool prefersStatusBarHidden() override { return statusBarHidden_; }
@@ -78,9 +78,9 @@ class InterstitialController final : public ui::ViewController, public platform:
   double screenWidth();
   double screenHeight();
   const std::shared_ptr<ui::ImageView>& imageView();
-  const std::shared_ptr<CloseButton>& closeButton();
-  /// Null until the ad has come.
-  [[nodiscard]] const std::shared_ptr<ITIView>& iti() const { return iti_; }
+  const std::shared_ptr<ui::Button>& closeButton();
+  /// The ad: its picture and its text. Null until it has come.
+  [[nodiscard]] std::shared_ptr<ui::View> iti() const;
 
  private:
   InterstitialController(std::shared_ptr<CoreContext> context, std::weak_ptr<InterstitialAD> owner,
@@ -96,15 +96,15 @@ class InterstitialController final : public ui::ViewController, public platform:
 
   std::shared_ptr<CoreContext> context_;
   std::weak_ptr<InterstitialAD> interstitialAd_;
-  std::shared_ptr<InterstitialAD> ownerOnScreen_;
   std::optional<std::string> adId_;
   ui::DeviceOrientation orientation_;
   std::optional<double> screenWidth_;
   std::optional<double> screenHeight_;
   std::shared_ptr<ui::ImageView> imageView_;
-  std::shared_ptr<CloseButton> closeButton_;
+  std::shared_ptr<ui::Button> closeButton_;
   std::shared_ptr<ITIView> iti_;
   bool statusBarHidden_ = true;
+  bool closed_ = false;  ///< and not shown since
 };
 
 }  // namespace VorselKelp

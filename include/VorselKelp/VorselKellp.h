@@ -154,7 +154,7 @@ class VorselKellp {
 
   /// How large the extension should make its area for this notification, in points. A campaign without a
   /// single message stops the process.
-  [[nodiscard]] static ui::Size getPreferedContentSize(const platform::NotificationRequest& request);
+  [[nodiscard]] static ui::Size getPreferedContentSize(const platform::DeliveredNotification& notification);
 };
 
 }  // namespace VorselKelp

@@ -21,6 +21,42 @@ bool isBelow(const std::string& path, const std::string& folder) {
          (folder.back() == '/' || path[folder.size()] == '/');
 }
 
+class Writer final : public platform::FileWriter {
+ public:
+  Writer(std::shared_ptr<MemoryFiles> files, std::string path)
+      : files_(std::move(files)), path_(std::move(path)) {}
+  ~Writer() override {
+    if (!path_.empty()) (void)files_->remove(path_);
+  }
+  Writer(const Writer&) = delete;
+  Writer& operator=(const Writer&) = delete;
+
+  Status append(std::string_view bytes) override {
+    return note(failure_ ? *failure_ : files_->append(path_, bytes));
+  }
+  Result<std::string> beginning(std::size_t limit) override {
+    if (failure_) return *failure_;
+    auto bytes = files_->read(path_);
+    if (bytes && bytes->size() > limit) bytes->resize(limit);
+    return bytes;
+  }
+  Status commit(const std::string& path) override {
+    auto moved = note(failure_ ? *failure_ : files_->move(path_, path));
+    if (moved) path_.clear();
+    return moved;
+  }
+
+ private:
+  Status note(Status status) {
+    if (!status) failure_ = status.error();
+    return status;
+  }
+
+  std::shared_ptr<MemoryFiles> files_;
+  std::string path_;  // empty once the file has its own name
+  std::optional<Error> failure_;
+};
+
 class HeldLock final : public platform::FileLock {
  public:
   explicit HeldLock(std::shared_ptr<std::mutex> mutex) : mutex_(std::move(mutex)), held_(*mutex_) {}
@@ -45,8 +81,7 @@ std::optional<std::string> MemoryFiles::containerOf(std::string_view group) cons
   return found == containers_.end() ? std::nullopt : std::optional(found->second);
 }
 
-Status MemoryFiles::write(const std::string& path, std::string_view bytes) {
-  const std::lock_guard lock(mutex_);
+Result<std::string*> MemoryFiles::bytesOf(const std::string& path) {
   const std::string place = normalized(path);
   if (writeError_) return *writeError_;
   if (!place.starts_with('/') || place == "/") return problem("No absolute path of a file", path);
@@ -55,9 +90,43 @@ Status MemoryFiles::write(const std::string& path, std::string_view bytes) {
     if (files_.contains(place.substr(0, slash)))
       return problem("A file stands where a folder is needed", path);
   }
-  files_[place] = bytes;
   folders_.insert(place.substr(0, place.rfind('/')));
+  return &files_[place];
+}
+
+Status MemoryFiles::write(const std::string& path, std::string_view bytes) {
+  const std::lock_guard lock(mutex_);
+  const auto file = bytesOf(path);
+  if (!file) return file.error();
+  **file = bytes;
   return Done{};
+}
+
+Status MemoryFiles::append(const std::string& path, std::string_view bytes) {
+  const std::lock_guard lock(mutex_);
+  const auto file = bytesOf(path);
+  if (!file) return file.error();
+  **file += bytes;
+  return Done{};
+}
+
+Status MemoryFiles::move(const std::string& path, const std::string& to) {
+  const std::lock_guard lock(mutex_);
+  const auto from = files_.find(normalized(path));
+  if (from == files_.end()) return problem("No such file", path);
+  const auto file = bytesOf(to);
+  if (!file) return file.error();
+  **file = std::move(from->second);
+  files_.erase(from);
+  return Done{};
+}
+
+Result<std::string> MemoryFiles::makePassing(const std::string& folder) {
+  const std::lock_guard lock(mutex_);
+  std::string path = folder + "/.writing-" + std::to_string(++passing_);
+  const auto file = bytesOf(path);
+  if (!file) return file.error();
+  return path;
 }
 
 Result<std::string> MemoryFiles::read(const std::string& path) const {
@@ -129,6 +198,12 @@ std::string MemoryFileManager::temporaryDirectory() {
 
 Status MemoryFileManager::writeFile(const std::string& path, std::string_view bytes) {
   return files_->write(path, bytes);
+}
+
+Result<std::unique_ptr<platform::FileWriter>> MemoryFileManager::makeWriter(const std::string& folder) {
+  auto path = files_->makePassing(folder);
+  if (!path) return path.error();
+  return std::unique_ptr<platform::FileWriter>(std::make_unique<Writer>(files_, *std::move(path)));
 }
 
 Result<std::string> MemoryFileManager::readFile(const std::string& path, std::size_t limit) {

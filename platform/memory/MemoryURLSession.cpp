@@ -1,6 +1,7 @@
 #include "VorselKelpTesting/MemoryURLSession.h"
 
 #include <algorithm>
+#include <string_view>
 #include <utility>
 
 namespace VorselKelp::testing_platform {
@@ -24,6 +25,10 @@ bool isRequestable(std::string_view url) {
 
 URLResult failed(Error error) {
   return {std::nullopt, std::nullopt, std::move(error)};
+}
+
+bool hasBody(const URLRequest& request, const ServerAnswer& answer) {
+  return answer.status != 204 && answer.status != 304 && !request.discardBody;
 }
 
 std::optional<std::string> lastPathComponent(std::string_view url) {
@@ -74,13 +79,17 @@ std::vector<std::size_t> MemoryURLSession::unanswered() const {
 
 bool MemoryURLSession::answer(std::size_t number, const ServerAnswer& answer) {
   Completion completion;
-  URLResult result;
+  URLRequest request;
   {
     const std::lock_guard lock(mutex_);
     if (number >= entries_.size() || !entries_[number].completion) return false;
     completion = std::exchange(entries_[number].completion, nullptr);
-    result = resultFor(entries_[number].request, answer);
+    request = entries_[number].request;
+    entries_[number].request.bodyConsumer = nullptr;
   }
+  const Status taken = consume(request, answer);
+  URLResult result = taken ? resultFor(request, answer) : failed(taken.error());
+  request.bodyConsumer = nullptr;
   completion(std::move(result));
   return true;
 }
@@ -119,6 +128,13 @@ std::string MemoryURLSession::pathOf(std::string_view url) {
   return std::string(url.substr(begin, end == std::string_view::npos ? end : end - begin));
 }
 
+Status MemoryURLSession::consume(const URLRequest& request, const ServerAnswer& answer) {
+  const auto body = std::string_view(answer.body).substr(0, request.responseLimit);
+  if (!request.bodyConsumer || body.empty() || !hasBody(request, answer) || !isRequestable(request.url))
+    return Done{};
+  return request.bodyConsumer(body);
+}
+
 URLResult MemoryURLSession::resultFor(const URLRequest& request, const ServerAnswer& answer) {
   if (answer.error) return failed(*answer.error);
   if (!isRequestable(request.url)) return failed({"unsupported URL", unsupportedURL});
@@ -128,7 +144,7 @@ URLResult MemoryURLSession::resultFor(const URLRequest& request, const ServerAns
   result.response = HTTPURLResponse{answer.status, answer.headers, request.url, answer.suggestedFilename};
   if (!result.response->suggestedFilename)
     result.response->suggestedFilename = lastPathComponent(request.url);
-  if (answer.status != 204 && answer.status != 304 && !request.discardBody) result.body = answer.body;
+  if (hasBody(request, answer)) result.body = request.bodyConsumer ? std::string() : answer.body;
   return result;
 }
 

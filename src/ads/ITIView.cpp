@@ -7,36 +7,31 @@
 #include "net/VorselRequest.h"
 
 namespace VorselKelp {
-namespace {
-
-constexpr std::size_t imageLimit = std::size_t{10} << 20;
-
-using ImageTarget = std::weak_ptr<ui::ImageView>;
-
-/// On the session's delegate queue: decodes there, and shows on the main thread.
-void downloaded(const std::shared_ptr<CoreContext>& context, const ImageTarget& target,
-                const platform::URLResult& result) {
-  if (result.error) context->print(result.error->description + "ERROREEERR");
-  if (!result.body || target.expired()) return;
-  auto image = gif::decodeImage(*context->services->imageDecoder, *result.body);
-  if (!image) return;
-  context->services->mainQueue->async([context, target, picture = *std::move(image)] {
-    if (const auto view = target.lock()) gif::GifManager::of(*context)->show(view, picture);
-  });
-}
-
-}  // namespace
 
 std::shared_ptr<ITIView> ITIView::create(const std::shared_ptr<CoreContext>& context, ui::Rect frame,
                                          ui::DeviceOrientation orientation, const AdexObject& ad) {
-  std::shared_ptr<ITIView> view(new ITIView(frame));
+  std::shared_ptr<ITIView> view(new ITIView(context, frame));
   view->addSubview(view->imageView());
   view->addSubview(view->textView());
   view->layOut(orientation);
   const Md* creative = ad.creative();
   view->textView()->text = creative ? creative->title.value_or("") : "";
-  if (creative && creative->img) view->loadImage(context, *creative->img);
+  if (creative && creative->img) view->loadImage(*creative->img);
   return view;
+}
+
+ITIView::~ITIView() {
+  gif::GifManager::of(*context_)->remove(*imageView());
+}
+
+void ITIView::stop() {
+  stopped_ = true;
+  gif::GifManager::of(*context_)->stop(*imageView());
+}
+
+void ITIView::resume() {
+  stopped_ = false;
+  gif::GifManager::of(*context_)->resume(*imageView());
 }
 
 const std::shared_ptr<ui::ImageView>& ITIView::imageView() {
@@ -73,11 +68,25 @@ void ITIView::layOut(ui::DeviceOrientation orientation) {
   }
 }
 
-void ITIView::loadImage(const std::shared_ptr<CoreContext>& context, const std::string& url) {
-  VorselRequest(context).download(
-      url, imageLimit, [context, target = ImageTarget(imageView_)](const platform::URLResult& result) {
-        downloaded(context, target, result);
-      });
+void ITIView::loadImage(const std::string& url) {
+  const auto self = std::static_pointer_cast<ITIView>(shared_from_this());
+  const auto arrived = [context = context_, view = std::weak_ptr(self)](const platform::URLResult& result) {
+    if (result.error) context->print(result.error->description + "ERROREEERR");
+    // Here, on the session's queue, the view is looked for but never held: it must not end here.
+    if (!result.body || view.expired()) return;
+    auto image = gif::decodeImage(*context->services->imageDecoder, *result.body);
+    if (!image) return;
+    context->services->mainQueue->async([view, picture = *std::move(image)] {
+      if (const auto alive = view.lock()) alive->show(picture);
+    });
+  };
+  VorselRequest(context_).download(url, gif::pictureByteLimit, arrived);
+}
+
+void ITIView::show(ui::ImagePtr picture) {
+  const auto animations = gif::GifManager::of(*context_);
+  animations->show(imageView(), std::move(picture));
+  if (stopped_) animations->stop(*imageView());
 }
 
 }  // namespace VorselKelp

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <memory>
+#include <string>
+#include <utility>
 
 #include "VorselKelp/ui/ImageView.h"
 #include "VorselKelp/ui/Label.h"
@@ -18,14 +20,25 @@ class ITIView final : public ui::View {
   static std::shared_ptr<ITIView> create(const std::shared_ptr<CoreContext>& context, ui::Rect frame,
                                          ui::DeviceOrientation orientation, const AdexObject& ad);
 
+  ~ITIView() override;
+
+  /// Stops an animated picture where it is; one that comes later stands still from its beginning.
+  void stop();
+  /// Undoes stop().
+  void resume();
+
   const std::shared_ptr<ui::ImageView>& imageView();
   const std::shared_ptr<ui::TextView>& textView();
 
  private:
-  explicit ITIView(ui::Rect frame_) : View(frame_) {}
+  ITIView(std::shared_ptr<CoreContext> context, ui::Rect frame_)
+      : View(frame_), context_(std::move(context)) {}
   void layOut(ui::DeviceOrientation orientation);
-  void loadImage(const std::shared_ptr<CoreContext>& context, const std::string& url);
+  void loadImage(const std::string& url);
+  void show(ui::ImagePtr picture);
 
+  const std::shared_ptr<CoreContext> context_;
+  bool stopped_ = false;
   std::shared_ptr<ui::ImageView> imageView_;
   std::shared_ptr<ui::TextView> textView_;
 };

@@ -55,7 +55,7 @@ void InterstitialAD::showAd() {
   const auto root = presenter.rootViewController();
   if (!root) fatalError("InterstitialAD::showAd: there is no key window with a root view controller");
   interstitialController_->modalPresentationStyle = ui::PresentationStyle::overFullScreen;
-  presenter.present(interstitialController_, root, true);
+  presenter.present(interstitialController(), root, true);
 }
 
 }  // namespace VorselKelp

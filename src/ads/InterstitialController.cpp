@@ -16,13 +16,6 @@ namespace {
 constexpr double buttonInset = 16;
 constexpr double buttonCornerRadius = 5;
 
-void forgetPicture(CoreContext& context, ui::ImageView& view) {
-  const auto manager = gif::GifManager::of(context);
-  view.image = nullptr;
-  manager->stop(view);
-  manager->remove(view);
-}
-
 }  // namespace
 
 InterstitialController::InterstitialController(std::shared_ptr<CoreContext> context,
@@ -101,6 +94,7 @@ void InterstitialController::layOut() {
 
 void InterstitialController::show(const AdexObject& ad) {
   iti_ = ITIView::create(context_, screenFrame(), orientation_, ad);
+  if (closed_) iti_->stop();
   iti_->addTapRecognizer(action(&InterstitialController::openAd));
   view()->addSubview(iti_);
   view()->addSubview(closeButton());  // back on top of the ad
@@ -125,9 +119,13 @@ const std::shared_ptr<ui::ImageView>& InterstitialController::imageView() {
   return imageView_;
 }
 
-const std::shared_ptr<CloseButton>& InterstitialController::closeButton() {
+const std::shared_ptr<ui::Button>& InterstitialController::closeButton() {
   if (!closeButton_) closeButton_ = std::make_shared<CloseButton>();
   return closeButton_;
+}
+
+std::shared_ptr<ui::View> InterstitialController::iti() const {
+  return iti_;
 }
 
 void InterstitialController::viewDidLoad() {
@@ -136,15 +134,10 @@ void InterstitialController::viewDidLoad() {
 
 void InterstitialController::viewWillAppear(bool animated) {
   ViewController::viewWillAppear(animated);
-  ownerOnScreen_ = interstitialAd_.lock();
+  closed_ = false;
+  if (iti_) iti_->resume();
   statusBarHidden_ = true;
   context_->services->viewPresenter->setNeedsStatusBarAppearanceUpdate(self());
-}
-
-void InterstitialController::viewDidDisappear(bool animated) {
-  ViewController::viewDidDisappear(animated);
-  const auto alive = self();  // the owner, on going, lets go of this controller
-  ownerOnScreen_.reset();
 }
 
 unsigned InterstitialController::supportedInterfaceOrientations() {
@@ -169,12 +162,16 @@ std::shared_ptr<InterstitialAD> InterstitialController::requiredOwner(const char
 }
 
 void InterstitialController::closeAd() {
-  const auto alive = self();
-  forgetPicture(*context_, *imageView());
-  if (iti_) forgetPicture(*context_, *iti_->imageView());  // nothing plays behind a closed screen
-  interstitialClosedCLSR(requiredOwner("closeAd"));
+  const auto owner = requiredOwner("closeAd");
+  if (std::exchange(closed_, true)) return;
+  const auto animations = gif::GifManager::of(*context_);
+  imageView()->image = nullptr;
+  animations->stop(*imageView());
+  animations->remove(*imageView());
+  if (iti_) iti_->stop();  // nothing plays behind a closed screen
+  interstitialClosedCLSR(owner);
   context_->print("CLOSE INTERSTITIAL AD");
-  context_->services->viewPresenter->dismiss(alive, true);
+  context_->services->viewPresenter->dismiss(self(), true);
 }
 
 void InterstitialController::openAd() {
@@ -192,9 +189,7 @@ void InterstitialController::safariViewControllerDidFinish() {
 }
 
 void InterstitialController::appBecameInactive() {
-  // An application that kept the controller and dropped its owner has nobody left to hear of this: no reason
-  // to stop each time the user looks away.
-  if (!interstitialAd_.expired()) willLeaveApplication();
+  willLeaveApplication();
 }
 
 }  // namespace VorselKelp

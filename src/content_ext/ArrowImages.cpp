@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "base/Url.h"
-#include "content_ext/CarouselImages.h"
+#include "content_ext/DownloadFailure.h"
 #include "content_ext/Stop.h"
 #include "gif/ImageLoading.h"
 
@@ -34,15 +34,6 @@ Result<std::string> fileOf(const std::string& container, const std::string& urlT
   std::string path = container + "/" + name;
   if (path.size() > longestPath) return Error{"a name too long for a file"};
   return path;
-}
-
-/// Why there is nothing to keep, in words; empty for a picture that came.
-std::string failureOf(const platform::URLResult& result) {
-  if (result.error) return result.error->description;
-  if (!result.response || !result.body) return "no data came";
-  // A page of the server's that says what went wrong would stay for ever.
-  const int status = result.response->statusCode;
-  return status >= 200 && status < 300 ? "" : "the server answered " + std::to_string(status);
 }
 
 }  // namespace
@@ -77,7 +68,7 @@ ui::ImagePtr ArrowImages::kept(const std::string& container, const std::string& 
   const auto file = fileOf(container, urlText);
   auto& files = *context_->services->fileManager;
   if (!file || !files.fileExists(*file)) return nullptr;
-  const auto bytes = files.readFile(*file, pictureByteLimit);
+  const auto bytes = files.readFile(*file, gif::pictureByteLimit);
   if (!bytes) return nullptr;
   auto image = gif::decodeImage(*context_->services->imageDecoder, *bytes);
   return image ? *std::move(image) : nullptr;
@@ -85,7 +76,7 @@ ui::ImagePtr ArrowImages::kept(const std::string& container, const std::string& 
 
 void ArrowImages::download(const std::string& urlText, const std::weak_ptr<ui::Button>& button) {
   if (!parseUrl(urlText)) return context_->print("FAILED TO SAVE IMAGE URL is not valid");
-  requests_->download(urlText, pictureByteLimit,
+  requests_->download(urlText, gif::pictureByteLimit,
                       [self = shared_from_this(), urlText, button](const platform::URLResult& result) {
                         self->downloaded(urlText, result, button);
                       });

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "content_ext/DownloadFailure.h"
 #include "gif/ImageLoading.h"
 
 namespace VorselKelp {
@@ -24,18 +25,16 @@ void CarouselImages::prefetch(const std::string& url) {
 void CarouselImages::show(const std::string& url) {
   const auto view = view_.lock();
   if (!view) return;
-  const bool changed = std::exchange(current_, url) != url;
-  if (!changed && view->image.get()) return;
   ui::ImagePtr image;
   bool missing = false;
   {
     const std::lock_guard lock(mutex_);
+    current_ = url;
+    if (presented_ == url && view->image.get()) return;
     image = cache_.find(url);
     missing = !image && begin(url, true);
   }
-  if (image) return present(std::move(image));
-  // The picture of another message would be taken for this one's.
-  if (changed) present(nullptr);
+  if (image) return present(url, std::move(image));
   if (missing) download(url);
 }
 
@@ -52,13 +51,13 @@ bool CarouselImages::begin(const std::string& url, bool shown) {
 }
 
 void CarouselImages::download(const std::string& url) {
-  requests_->download(url, pictureByteLimit, [weak = weak_from_this(), url](platform::URLResult result) {
+  requests_->download(url, gif::pictureByteLimit, [weak = weak_from_this(), url](platform::URLResult result) {
     if (const auto self = weak.lock()) self->downloaded(url, result);
   });
 }
 
 void CarouselImages::downloaded(const std::string& url, const platform::URLResult& result) {
-  if (result.error || !result.body) {
+  if (!failureOf(result).empty()) {
     if (finish(url, nullptr)) context_->print("Image cant download from G+ or fb server");
     return;
   }
@@ -74,10 +73,11 @@ void CarouselImages::downloaded(const std::string& url, const platform::URLResul
     return;
   }
   finish(url, *image);
+  // What waits for the main thread counts for no budget, so it is only ever what that thread is to show.
+  if (!isCurrent(url)) return;
   context_->services->mainQueue->async([weak = weak_from_this(), url, arrived = *std::move(image)] {
-    // The user may have paged on: a picture that comes late is kept, and shown only if its message still is.
     const auto self = weak.lock();
-    if (self && self->current_ == url) self->present(arrived);
+    if (self && self->isCurrent(url)) self->present(url, arrived);  // the user may have paged on
   });
 }
 
@@ -91,7 +91,13 @@ bool CarouselImages::finish(const std::string& url, const ui::ImagePtr& image) {
   return shown;
 }
 
-void CarouselImages::present(ui::ImagePtr image) {
+bool CarouselImages::isCurrent(const std::string& url) {
+  const std::lock_guard lock(mutex_);
+  return current_ == url;
+}
+
+void CarouselImages::present(const std::string& url, ui::ImagePtr image) {
+  presented_ = url;
   if (const auto view = view_.lock()) animations_->show(view, std::move(image));
 }
 

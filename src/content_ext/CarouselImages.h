@@ -13,9 +13,6 @@
 
 namespace VorselKelp {
 
-/// The most bytes that a picture may take on its way here.
-inline constexpr std::size_t pictureByteLimit = std::size_t{10} << 20;
-
 /// Fetches the pictures of a carousel's messages and shows that of the current one. A picture that is under
 /// way is never asked for twice. Answers that come after this object has gone are dropped.
 class CarouselImages : public std::enable_shared_from_this<CarouselImages> {
@@ -26,7 +23,8 @@ class CarouselImages : public std::enable_shared_from_this<CarouselImages> {
 
   /// Fetches a picture that will be shown later. Any thread.
   void prefetch(const std::string& url);
-  /// Shows a picture: at once when it is there, else nothing until it comes. Never waits. One that fails is
+  /// Shows a picture: at once when it is there, else when it comes, if it is still this one that is to be
+  /// shown; until then, and when it never comes, the view stays as it is. Never waits. One that fails is
   /// fetched anew at the next call. Main thread.
   void show(const std::string& url);
   /// Null when it is not there. Any thread.
@@ -40,17 +38,21 @@ class CarouselImages : public std::enable_shared_from_this<CarouselImages> {
   void downloaded(const std::string& url, const platform::URLResult& result);
   /// Takes the picture, null for none, off the list of those under way. Answers whether it was to be shown.
   bool finish(const std::string& url, const ui::ImagePtr& image);
-  void present(ui::ImagePtr image);
+  /// Whether it is this one that is to be shown.
+  [[nodiscard]] bool isCurrent(const std::string& url);
+  /// Main thread.
+  void present(const std::string& url, ui::ImagePtr image);
 
   const std::shared_ptr<CoreContext> context_;
   const std::shared_ptr<VorselRequest> requests_;
   const std::shared_ptr<gif::GifManager> animations_;
   const std::weak_ptr<ui::ImageView> view_;
-  std::string current_;  ///< URL of the picture that belongs on the screen; main thread
+  std::string presented_;  ///< URL of the picture that the view was given last; main thread
   std::mutex mutex_;
+  std::string current_;  ///< URL of the picture that is to be shown
   ImageCache cache_;
   std::map<std::string, bool> underWay_;  ///< by URL: whether it was to be shown
-  std::set<std::string> unusable_;        ///< came, and is no picture
+  std::set<std::string> unusable_;        ///< came in good order, and is no picture
 };
 
 }  // namespace VorselKelp

@@ -124,8 +124,8 @@ void BrellixPushSDK::notificationBuilderWillTerminate(
 }
 
 VorselKelp::ui::Size BrellixPushSDK::getPreferedContentSize(
-    const VorselKelp::platform::NotificationRequest& request) {
-  return VorselKellp::getPreferedContentSize(request);
+    const VorselKelp::platform::DeliveredNotification& notification) {
+  return VorselKellp::getPreferedContentSize(notification);
 }
 
 void BrellixPushSDK::decreseNotificationCount(

@@ -79,6 +79,11 @@ void GifManager::stop(const ui::ImageView& view) {
   impl_->tidy();
 }
 
+void GifManager::resume(const ui::ImageView& view) {
+  if (const auto player = impl_->find(view)) player->resume();
+  impl_->tidy();
+}
+
 void GifManager::remove(const ui::ImageView& view) {
   impl_->players.erase(&view);
   impl_->tidy();

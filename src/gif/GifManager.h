@@ -28,8 +28,11 @@ class GifManager {
   /// Sets the picture, and plays it from its first frame when it is animated. What the view played before
   /// ends. The same picture again goes on where it is.
   void show(const std::shared_ptr<ui::ImageView>& view, ui::ImagePtr image);
-  /// Stops playing; the view keeps the frame that it shows.
+  /// Stops playing; the view keeps the frame that it shows. Nobody tells the manager of a view that goes
+  /// while nothing plays: what was stopped and will not be resumed is to be removed.
   void stop(const ui::ImageView& view);
+  /// Goes on with what was stopped.
+  void resume(const ui::ImageView& view);
   /// Forgets the view; it keeps the frame that it shows.
   void remove(const ui::ImageView& view);
   [[nodiscard]] bool isAnimating(const ui::ImageView& view) const;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -7,6 +8,8 @@
 
 namespace VorselKelp::gif {
 
+/// The most bytes that a picture may take on its way here.
+inline constexpr std::size_t pictureByteLimit = std::size_t{10} << 20;
 /// The most pixels that are held of one picture.
 inline constexpr std::int64_t displayPixelLimit = std::int64_t{16} << 20;
 

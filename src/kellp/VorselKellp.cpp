@@ -225,8 +225,8 @@ std::optional<NotificationObject> VorselKellp::getNotificationContent(
   return readNotification(*core("getNotificationContent")->context, request);
 }
 
-ui::Size VorselKellp::getPreferedContentSize(const platform::NotificationRequest& request) {
-  return preferredContentSize(*core("getPreferedContentSize")->context, request);
+ui::Size VorselKellp::getPreferedContentSize(const platform::DeliveredNotification& notification) {
+  return preferredContentSize(*core("getPreferedContentSize")->context, notification);
 }
 
 }  // namespace VorselKelp

@@ -134,9 +134,15 @@ void VorselRequest::fireTracker(const std::string& url) {
 }
 
 void VorselRequest::download(const std::string& url, std::size_t limit, DocumentCompletion completion) {
+  download(url, limit, nullptr, std::move(completion));
+}
+
+void VorselRequest::download(const std::string& url, std::size_t limit, platform::BodyConsumer consumer,
+                             DocumentCompletion completion) {
   platform::URLRequest request;
   request.url = url;
   request.responseLimit = limit;
+  request.bodyConsumer = std::move(consumer);
   send(std::move(request), std::move(completion));
 }
 

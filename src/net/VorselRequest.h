@@ -52,6 +52,9 @@ class VorselRequest {
 
   /// Requests `url` as it stands, for its body of at most `limit` bytes.
   void download(const std::string& url, std::size_t limit, DocumentCompletion completion);
+  /// The same, with the body handed to `consumer` as it comes.
+  void download(const std::string& url, std::size_t limit, platform::BodyConsumer consumer,
+                DocumentCompletion completion);
 
   /// Requests the remote configuration document of `tag`; without a valid stored base nothing happens.
   void fetchAutoconfig(const std::string& tag, DocumentCompletion completion);

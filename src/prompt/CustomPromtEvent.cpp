@@ -4,6 +4,14 @@
 #include "json/Decoder.h"
 
 namespace VorselKelp {
+namespace json {
+
+static bool decodeValue(const boost::json::value&, DataClass&, const Place&, Failure&) {
+  return true;
+}
+
+}  // namespace json
+
 namespace {
 
 constexpr std::size_t shownLimit = 200;

@@ -9,7 +9,7 @@
 
 namespace VorselKelp {
 
-/// Whatever object the page adds to its answer; nothing of it is read.
+/// Whatever value the page adds to its answer: nothing of it is read, so none spoils the answer.
 struct DataClass {};
 
 /// What the permission page answers.
@@ -28,11 +28,6 @@ struct CustomPromtEvent {
 };
 
 namespace json {
-
-template <>
-struct KeyTable<DataClass> {
-  static constexpr std::tuple<> keys{};
-};
 
 template <>
 struct KeyTable<CustomPromtEvent> {

@@ -12,8 +12,9 @@ constexpr double heightByWidth = 0.8;
 
 }  // namespace
 
-ui::Size preferredContentSize(const CoreContext& context, const platform::NotificationRequest& request) {
-  const auto content = readNotification(context, request);
+ui::Size preferredContentSize(const CoreContext& context,
+                              const platform::DeliveredNotification& notification) {
+  const auto content = readNotification(context, notification.request);
   if (content && content->notification.empty())
     fatalError("VorselKellp::getPreferedContentSize: the notification carries no message");
   const double width = context.services->screen->width();

@@ -12,13 +12,9 @@ namespace {
 
 constexpr std::size_t imageLimit = std::size_t{10} << 20;
 constexpr std::int64_t pixelLimit = std::int64_t{64} << 20;
-
-std::string uniqueName(platform::Random& random) {
-  constexpr std::string_view alphabet = "0123456789abcdef";
-  std::string name;
-  for (int i = 0; i < 24; ++i) name += alphabet[random.below(16)];
-  return name;
-}
+/// What is looked at of a picture. The whole of it would cost the extension, which the system ends when it
+/// takes too much memory, its size; a picture that does not tell its own within this is not attached.
+constexpr std::size_t beginningLimit = std::size_t{2} << 20;
 
 /// The system tells a picture's kind by its file's name.
 std::string withExtension(std::string name, const std::string& extension) {
@@ -35,14 +31,24 @@ void ImageAttachment::fetch(const std::string& url, Finish finish) {
     finish(std::nullopt);
     return;
   }
-  requests_->download(url, imageLimit,
-                      [self = shared_from_this(), url, finish = std::move(finish)](
-                          platform::URLResult result) { self->downloaded(std::move(result), url, finish); });
+  auto file = std::make_shared<AttachmentFile>(context_->services);
+  // Where the disk refuses the picture, the answer is awaited all the same: it has the name that is printed.
+  auto consumer = [file](std::string_view piece) -> Status {
+    file->append(piece);
+    return Done{};
+  };
+  requests_->download(url, imageLimit, std::move(consumer),
+                      [self = shared_from_this(), file = std::move(file), url,
+                       finish = std::move(finish)](const platform::URLResult& result) mutable {
+                        self->downloaded(result, std::move(file), url, finish);
+                      });
 }
 
-void ImageAttachment::downloaded(platform::URLResult result, const std::string& url, const Finish& finish) {
+void ImageAttachment::downloaded(const platform::URLResult& result, std::shared_ptr<AttachmentFile> file,
+                                 const std::string& url, const Finish& finish) {
   auto& queue = *context_->services->mainQueue;
   if (result.error || !result.body || !result.response) {
+    file = nullptr;
     context_->print("Image can't be downloaded");
     queue.async([finish] { finish(std::nullopt); });
     return;
@@ -50,28 +56,26 @@ void ImageAttachment::downloaded(platform::URLResult result, const std::string& 
   const std::string name = result.response->suggestedFilename.value_or(lastPathComponent(url));
   context_->print(name);
   context_->print("Download Finished");
-  queue.async([self = shared_from_this(), bytes = *std::move(result.body), name, finish] {
-    finish(self->write(bytes, name));
+  queue.async([self = shared_from_this(), file = std::move(file), name, finish]() mutable {
+    auto attachment = self->attach(*file, name);
+    file = nullptr;  // the process may end with what comes next
+    finish(std::move(attachment));
   });
 }
 
-std::optional<platform::NotificationAttachment> ImageAttachment::write(const std::string& bytes,
-                                                                       const std::string& name) {
-  const auto& services = *context_->services;
+std::optional<platform::NotificationAttachment> ImageAttachment::attach(AttachmentFile& file,
+                                                                        const std::string& name) {
   const auto failed = [this](const Error& error) {
     context_->print("Image can't be attached: " + error.description);
     return std::nullopt;
   };
-  const auto image = services.imageDecoder->inspect(bytes, pixelLimit);
+  auto beginning = file.beginning(beginningLimit);
+  if (!beginning) return failed(beginning.error());
+  const auto image = context_->services->imageDecoder->inspect(*beginning, pixelLimit);
   if (!image) return failed(image.error());
-  const std::string folder =
-      services.fileManager->temporaryDirectory() + "/vorsel-attachment-" + uniqueName(*services.random);
-  const std::string path = folder + "/" + withExtension(safeFileName(name), image->fileExtension);
-  if (const auto written = services.fileManager->writeFile(path, bytes); !written) {
-    (void)services.fileManager->removeItem(folder);
-    return failed(written.error());
-  }
-  return platform::NotificationAttachment{"image", path};
+  const auto path = file.keep(withExtension(safeFileName(name), image->fileExtension));
+  if (!path) return failed(path.error());
+  return platform::NotificationAttachment{"image", *path};
 }
 
 void ImageAttachment::discard(const platform::NotificationAttachment& attachment) {

@@ -7,6 +7,7 @@
 
 #include "core/CoreContext.h"
 #include "net/VorselRequest.h"
+#include "push/AttachmentFile.h"
 
 namespace VorselKelp {
 
@@ -25,10 +26,11 @@ class ImageAttachment : public std::enable_shared_from_this<ImageAttachment> {
   void discard(const platform::NotificationAttachment& attachment);
 
  private:
-  void downloaded(platform::URLResult result, const std::string& url, const Finish& finish);
+  void downloaded(const platform::URLResult& result, std::shared_ptr<AttachmentFile> file,
+                  const std::string& url, const Finish& finish);
   /// Main queue.
-  [[nodiscard]] std::optional<platform::NotificationAttachment> write(const std::string& bytes,
-                                                                      const std::string& name);
+  [[nodiscard]] std::optional<platform::NotificationAttachment> attach(AttachmentFile& file,
+                                                                       const std::string& name);
 
   std::shared_ptr<CoreContext> context_;
   std::shared_ptr<VorselRequest> requests_;

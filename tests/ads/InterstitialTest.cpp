@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "VorselKelp/InterstitialAD.h"
-#include "ads/CloseButton.h"
 #include "ads/ITIView.h"
 #include "core/TestCore.h"
 #include "kellp/KellpTest.h"
@@ -65,6 +64,9 @@ class InterstitialTest : public testing::Test {
   void present(const std::shared_ptr<InterstitialAD>& ad) {
     app_.presenter->present(ad->interstitialController(), root_, true);
   }
+  static ITIView& itiOf(const InterstitialController& controller) {
+    return static_cast<ITIView&>(*controller.iti());
+  }
   testing_platform::MemoryURLSession& session() { return *app_.urlSession; }
   std::vector<std::string> heard() { return std::exchange(listener_->heard, {}); }
 
@@ -122,7 +124,7 @@ TEST_F(InterstitialTest, TheAdJoinsBeneathTheCloseButtonAndIsCounted) {
   EXPECT_THAT(controller.view()->subviews(),
               ElementsAre(controller.imageView(), controller.iti(), controller.closeButton()));
   EXPECT_EQ(controller.iti()->frame.get(), (ui::Rect{{0, 0}, {390, 844}}));
-  EXPECT_EQ(controller.iti()->textView()->text.get(), "Buy");
+  EXPECT_EQ(itiOf(controller).textView()->text.get(), "Buy");
   EXPECT_THAT(heard(), IsEmpty());
 
   for (const auto& without :
@@ -138,7 +140,7 @@ TEST_F(InterstitialTest, TheAdJoinsBeneathTheCloseButtonAndIsCounted) {
   answer(status(200, "{}"));
   app_.mainQueue->runUntilIdle();
   ASSERT_TRUE(bare->interstitialController()->iti()) << "an ad without items";
-  EXPECT_EQ(bare->interstitialController()->iti()->textView()->text.get(), "");
+  EXPECT_EQ(itiOf(*bare->interstitialController()).textView()->text.get(), "");
   EXPECT_THAT(heard(), IsEmpty());
 }
 
@@ -249,10 +251,14 @@ TEST_F(InterstitialTest, TapsOpenThePageOrCloseAndTheDelegateHears) {
   controller.imageView()->image = std::make_shared<ui::Image>(1, 1, std::vector<std::uint8_t>(4));
   app_.console->clear();
   controller.closeButton()->tap();
+  controller.closeButton()->tap();  // while the screen goes
   EXPECT_THAT(heard(), ElementsAre("closed slot"));
   EXPECT_THAT(app_.console->texts(), ElementsAre("CLOSE INTERSTITIAL AD"));
   EXPECT_EQ(controller.imageView()->image.get(), nullptr);
   EXPECT_FALSE(root_->presentedViewController());
+  present(ad);
+  controller.closeAd();
+  EXPECT_THAT(heard(), ElementsAre("closed slot")) << "each time that it was shown";
 
   listener_.reset();
   controller.openAd();
@@ -271,10 +277,10 @@ TEST_F(InterstitialTest, WithoutAnOwnerEveryOperationStopsTheProcess) {
   (void)controller->view();
   EXPECT_DEATH(controller->closeButton()->tap(), "Fatal error: .*closeAd");
 
-  const auto orphan = make()->interstitialController();
-  app_.application->resignActive();
-  EXPECT_THAT(heard(), IsEmpty());
+  const auto orphan =
+      std::static_pointer_cast<InterstitialController>(make()->interstitialController()->shared_from_this());
   EXPECT_DEATH(orphan->closeAd(), "Fatal error: .*closeAd");
+  EXPECT_DEATH(app_.application->resignActive(), "Fatal error: .*willLeaveApplication");
 }
 
 TEST_F(InterstitialTest, OwnerAndControllerLiveAsLongAsTheyAreNeeded) {
@@ -291,15 +297,25 @@ TEST_F(InterstitialTest, OwnerAndControllerLiveAsLongAsTheyAreNeeded) {
   EXPECT_EQ(session().urls().size(), 1u) << "what nobody will see is not counted";
 
   ad = make();
+  auto held = ad->interstitialController();
+  ad.reset();
+  app_.application->resignActive();
+  held->closeAd();
+  EXPECT_THAT(heard(), ElementsAre("will leave slot", "closed slot")) << "who holds it holds the ad";
+  held.reset();
+  EXPECT_EQ(destroyed(), std::pair(2ul, 2ul));
+
+  ad = make();
   controller = ad->interstitialController();
   present(ad);
   ad.reset();
   ASSERT_FALSE(controller.expired());
   ASSERT_TRUE(controller.lock()->interstitialAd()) << "the screen keeps it";
   controller.lock()->openAd();
-  controller.lock()->closeButton()->tap();
+  const auto button = controller.lock()->closeButton();
+  button->tap();  // nobody but the screen holds it
   EXPECT_TRUE(controller.expired());
-  EXPECT_EQ(destroyed(), std::pair(2ul, 2ul));
+  EXPECT_EQ(destroyed(), std::pair(3ul, 3ul));
 }
 
 TEST_F(InterstitialTest, ThePictureComesOverTheMainQueueOrItsErrorIsWritten) {
@@ -310,7 +326,7 @@ TEST_F(InterstitialTest, ThePictureComesOverTheMainQueueOrItsErrorIsWritten) {
     return ad;
   };
   const auto image = [](const std::shared_ptr<InterstitialAD>& ad) {
-    return ad->interstitialController()->iti()->imageView()->image.get();
+    return itiOf(*ad->interstitialController()).imageView()->image.get();
   };
   auto ad = loading();
   EXPECT_EQ(session().requests().back().responseLimit, std::size_t{10} << 20);
@@ -339,18 +355,42 @@ TEST_F(InterstitialTest, ThePictureComesOverTheMainQueueOrItsErrorIsWritten) {
   EXPECT_EQ(app_.mainQueue->runUntilIdle(), 0u) << "nobody to show it to";
 }
 
-TEST_F(InterstitialTest, AnAnimatedPicturePlaysUntilTheAdIsClosed) {
+TEST_F(InterstitialTest, AnAnimatedPicturePlaysUntilTheAdIsClosedAndWhenItIsShownAgain) {
   const testing_platform::HeaderImageDecoder::Frame frame{0, 0, 1, 1, {0}, {{}}, {}, {}, 10};
   app_.imageDecoder->setFrames({frame, frame}, 0);
-  const auto ad = make();
+  const auto running = [&] { return app_.device->screen->runningLinks(); };
+  const std::string gif = testing_platform::gifBeginning(1, 1);
+  auto ad = make();
   adArrives(R"("img":"https://i.example/a.gif")");
-  answer(status(200, testing_platform::gifBeginning(1, 1)));
+  auto& early = itiOf(*ad->interstitialController());
+  answer(status(200, gif));
   app_.mainQueue->runUntilIdle();
-  EXPECT_EQ(app_.device->screen->runningLinks(), 1u);
+  const std::weak_ptr<const std::string> file = early.imageView()->image.get()->animation();
+  EXPECT_EQ(running(), 1u);
   present(ad);
   ad->interstitialController()->closeAd();
-  app_.mainQueue->runUntilIdle();
-  EXPECT_EQ(app_.device->screen->runningLinks(), 0u);
+  EXPECT_EQ(running(), 0u);
+  EXPECT_TRUE(early.imageView()->image.get()) << "the ad keeps its picture";
+  present(ad);
+  EXPECT_EQ(running(), 1u);
+  ad->interstitialController()->closeAd();
+  ad.reset();
+  EXPECT_TRUE(file.expired()) << "what a closed ad played goes with it";
+
+  for (const bool adBeforeClosing : {true, false}) {
+    ad = make();
+    if (adBeforeClosing) adArrives(R"("img":"https://i.example/a.gif")");
+    present(ad);
+    ad->interstitialController()->closeAd();
+    if (!adBeforeClosing) adArrives(R"("img":"https://i.example/a.gif")");
+    answer(status(200, gif));
+    app_.mainQueue->runUntilIdle();
+    EXPECT_TRUE(itiOf(*ad->interstitialController()).imageView()->image.get());
+    EXPECT_EQ(running(), 0u) << adBeforeClosing;
+    present(ad);
+    EXPECT_EQ(running(), 1u) << adBeforeClosing;
+    app_.presenter->dismiss(root_->presentedViewController(), false);
+  }
 }
 
 }  // namespace

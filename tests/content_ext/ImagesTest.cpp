@@ -35,14 +35,57 @@ TEST_F(ImagesTest, ALateImageIsKeptAndShownOnlyUnderItsOwnMessage) {
   const auto view = shown();
   answer("https://i/0", picture(20, 1));
   view->rightButton->tap();
-  EXPECT_EQ(view->imageView->image.get(), nullptr) << "never another message's picture";
+  view->performLayout();
+  EXPECT_EQ(widthOf(view->imageView->image), 20) << "the one before stays until the new one comes";
   view->rightButton->tap();
   answer("https://i/1", picture(21, 1));
-  EXPECT_EQ(view->imageView->image.get(), nullptr);
+  EXPECT_EQ(widthOf(view->imageView->image), 20) << "never one that nobody asks for now";
   answer("https://i/2", picture(22, 1));
   EXPECT_EQ(widthOf(view->imageView->image), 22);
   view->leftButton->tap();
   EXPECT_EQ(widthOf(view->imageView->image), 21);
+}
+
+TEST_F(ImagesTest, PagingBackToThePictureThatStayedKeepsALateOneAway) {
+  const auto view = shown();
+  answer("https://i/0", picture(20, 1));
+  view->rightButton->tap();
+  view->leftButton->tap();
+  answer("https://i/1", picture(21, 1));
+  EXPECT_EQ(widthOf(view->imageView->image), 20);
+}
+
+TEST_F(ImagesTest, OnlyThePictureOnShowWaitsForABusyMainThread) {
+  const auto view = shown();
+  view->rightButton->tap();
+  for (std::size_t number = 0; number < 3; ++number)
+    extension_.urlSession->answer(number, picture(20 + static_cast<unsigned>(number), 1));
+  EXPECT_EQ(extension_.mainQueue->waiting(), 1u);
+  extension_.settle();
+  EXPECT_EQ(widthOf(view->imageView->image), 21);
+}
+
+TEST_F(ImagesTest, AGifPlaysWhileItsMessageIsShown) {
+  const testing_platform::HeaderImageDecoder::Frame frame{0, 0, 1, 1, {0}, {{}}, {}, {}, 10};
+  extension_.imageDecoder->setFrames({frame, frame, frame}, 0);
+  auto& screen = *device_->screen;
+  const auto view = shown();
+  answer("https://i/0", status(200, testing_platform::gifBeginning(1, 1)));
+  answer("https://i/1", picture(21, 1));
+  const auto plays = [&](double from) {
+    screen.refresh(from);
+    const auto first = view->imageView->image.get();
+    view->performLayout();
+    screen.refresh(from + 0.11);
+    return view->imageView->image.get() != first;
+  };
+  EXPECT_TRUE(plays(1));
+  view->rightButton->tap();
+  EXPECT_EQ(screen.runningLinks(), 0u);
+  EXPECT_FALSE(plays(2));
+  EXPECT_EQ(widthOf(view->imageView->image), 21);
+  view->leftButton->tap();
+  EXPECT_TRUE(plays(3));
 }
 
 TEST_F(ImagesTest, AFailureIsPrintedWhereItIsSeenAndTriedAgain) {
@@ -51,12 +94,21 @@ TEST_F(ImagesTest, AFailureIsPrintedWhereItIsSeenAndTriedAgain) {
   EXPECT_THAT(extensionLines(), IsEmpty());
   answer("https://i/0", testing_platform::ServerAnswer::failure("offline"));
   EXPECT_THAT(extensionLines(), ElementsAre(failed));
-  view->performLayout();
-  answer("https://i/0", status(204));
-  EXPECT_THAT(extensionLines(), ElementsAre(failed, failed));
+  for (const auto& without :
+       {status(204), status(404, "<html>"), status(503, testing_platform::pngBeginning(9, 9))}) {
+    view->performLayout();
+    answer("https://i/0", without);
+    EXPECT_EQ(view->imageView->image.get(), nullptr);
+  }
+  EXPECT_THAT(extensionLines(), ElementsAre(failed, failed, failed, failed));
   view->performLayout();
   answer("https://i/0", picture(20, 1));
-  EXPECT_EQ(widthOf(view->imageView->image), 20);
+  view->rightButton->tap();
+  answer("https://i/1", testing_platform::ServerAnswer::failure("offline"));
+  EXPECT_EQ(widthOf(view->imageView->image), 20) << "a failure leaves the view as it was";
+  view->performLayout();
+  answer("https://i/1", picture(21, 1));
+  EXPECT_EQ(widthOf(view->imageView->image), 21);
 }
 
 TEST_F(ImagesTest, WhatIsNoPictureIsFetchedOnce) {

@@ -185,7 +185,7 @@ TEST_F(LayoutTest, APayloadThatIsNoCarouselStopsTheExtension) {
 TEST_F(LayoutTest, ThePreferredSizeIsLowerWithoutAnImage) {
   device_->screen->set(400, 800);
   const auto size = [](const std::string& json) {
-    return VorselKellp::getPreferedContentSize(delivered(json).request);
+    return VorselKellp::getPreferedContentSize(delivered(json));
   };
   const ui::Size low = {400, 120}, usual = {400, 320};
   EXPECT_EQ(size(carousel()), usual);

@@ -45,7 +45,7 @@ TEST_F(NotificationViewTest, TheCarouselFillsTheView) {
                                                    ui::Attribute::bottom, ui::Attribute::trailing));
   view->performLayout();
   EXPECT_EQ(custom->titleLabel->text.get(), "T");
-  EXPECT_EQ(BrellixPushSDK::getPreferedContentSize(notification("").request), (ui::Size{390, 120}));
+  EXPECT_EQ(BrellixPushSDK::getPreferedContentSize(notification("")), (ui::Size{390, 120}));
 }
 
 TEST_F(NotificationViewTest, WithoutAViewOrAMessageTheProcessStops) {

@@ -14,6 +14,11 @@ struct CommonOptions {
   bool json = false;
 };
 
+struct DemoRequest {
+  bool screens = false;  ///< with windows
+  std::string report;    ///< an HTML file; empty: none
+};
+
 struct ServeOptions {
   int port = 8080;
   std::string log;
@@ -30,7 +35,7 @@ struct LintRequest {
 // Each runs one command and returns the exit status: 0, 1 when the operation failed, 2 for wrong usage. The
 // result goes to standard output, everything else to standard error.
 
-int runDemo(const CommonOptions& common);
+int runDemo(const CommonOptions& common, const DemoRequest& request);
 int runServe(const CommonOptions& common, const ServeOptions& options);
 int runLaunch(const CommonOptions& common, const LaunchRequest& request);
 int runPush(const CommonOptions& common, const PushRequest& request);

@@ -51,8 +51,12 @@ class CommandLine {
   }
 
   void addDemo() {
-    add("demo", "The whole road of one notification, with real processes and a server of its own",
-        [this] { return runDemo(common_); });
+    auto* demo =
+        add("demo", "The whole road of one notification, with real processes and a server of its own",
+            [this] { return runDemo(common_, demo_); });
+    demo->add_flag("--screens", demo_.screens, "With windows; on a private display where the user has none");
+    demo->add_option("--report", demo_.report, "Write an HTML page that tells the journey")
+        ->type_name("FILE");
   }
 
   void addServe() {
@@ -163,6 +167,7 @@ class CommandLine {
   CLI::App app_{"A phone's view of a push notification, on a desk", "brellixctl"};
   std::function<int()> command_;
   CommonOptions common_;
+  DemoRequest demo_;
   ServeOptions serve_;
   LaunchRequest launch_;
   PushRequest push_;

@@ -16,6 +16,23 @@ class FileLock {
   virtual ~FileLock() = default;
 };
 
+/// A file that is written in pieces: whole or not there. Until it is committed it lies under a passing name,
+/// and destroying the writer removes it. Used on one thread at a time.
+class FileWriter {
+ public:
+  virtual ~FileWriter() = default;
+
+  /// Once this has failed, everything else fails with the same error.
+  virtual Status append(std::string_view bytes) = 0;
+
+  /// The first bytes of what was appended, at most `limit` of them.
+  virtual Result<std::string> beginning(std::size_t limit) = 0;
+
+  /// Gives the file its name, replacing the file that had it; the last call to the writer. `path` is in the
+  /// writer's folder or below it; missing folders are made, with access for the owner alone.
+  virtual Status commit(const std::string& path) = 0;
+};
+
 /// Files of the process and of its application groups. Paths are absolute, UTF-8, with "/" between
 /// components. All operations block for the file system, may be called from any thread, and never throw.
 class FileManager {
@@ -32,6 +49,9 @@ class FileManager {
   /// Writes the whole file or leaves none: a reader, or a next start after a kill, never finds half of it.
   /// Missing parent folders are made, with access for the owner alone.
   virtual Status writeFile(const std::string& path, std::string_view bytes) = 0;
+
+  /// A writer for a file somewhere in `folder`, which is made when missing, as its parents are.
+  virtual Result<std::unique_ptr<FileWriter>> makeWriter(const std::string& folder) = 0;
 
   /// The file's bytes; an error when it is missing, unreadable, or larger than `limit` bytes.
   virtual Result<std::string> readFile(const std::string& path, std::size_t limit) = 0;

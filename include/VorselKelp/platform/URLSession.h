@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "VorselKelp/Result.h"
@@ -15,6 +17,10 @@ struct HTTPHeader {
   std::string value;
   friend bool operator==(const HTTPHeader&, const HTTPHeader&) = default;
 };
+
+/// Takes a body piece by piece; each piece holds for the call alone. An error ends the request, which is
+/// answered with it.
+using BodyConsumer = std::function<Status(std::string_view piece)>;
 
 /// One HTTP request, whole. Sizes are in bytes of the body as it comes over the wire and, when the server
 /// compressed it, also of the body as it comes out; times are in seconds.
@@ -33,6 +39,12 @@ struct URLRequest {
   /// The caller does not want the body: it is read, so that the connection can be used again, and dropped.
   /// The limit holds all the same.
   bool discardBody = false;
+  /// Where set and the body wanted, the body goes there as it comes instead of into memory: in order, on a
+  /// thread of the session's own, where all other requests wait for the consumer. Of responses on the way to
+  /// the final one, redirects above all, nothing is given; the status is the caller's to look at afterwards.
+  /// A request that ends with an error may have given the beginning of a body. The session has let go of the
+  /// consumer when the completion runs.
+  BodyConsumer bodyConsumer;
 };
 
 struct HTTPURLResponse {
@@ -48,7 +60,8 @@ struct HTTPURLResponse {
 /// How a request ended: a response and no error, or an error and nothing else.
 struct URLResult {
   std::optional<HTTPURLResponse> response;
-  /// Absent when the response can have none (204, 304, or `discardBody`); otherwise present, possibly empty.
+  /// Absent when the response can have none (204, 304, or `discardBody`); otherwise present, possibly empty,
+  /// and always empty when there was a `bodyConsumer`.
   std::optional<std::string> body;
   std::optional<Error> error;
 };

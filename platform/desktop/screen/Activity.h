@@ -15,7 +15,7 @@ class Activity : public std::enable_shared_from_this<Activity> {
   /// The screen is busy for as long as what is returned lives.
   [[nodiscard]] std::shared_ptr<void> begin() {
     ++count_;
-    return {nullptr, [self = shared_from_this()](std::nullptr_t) {
+    return {this, [self = shared_from_this()](void*) {
               --self->count_;
               self->changed_();
             }};

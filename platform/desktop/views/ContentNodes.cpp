@@ -33,7 +33,7 @@ class LabelNode final : public ViewNode {
     describe(widget(), label_.text.get().value_or(""));
     gtk_widget_queue_resize(widget());
   }
-  [[nodiscard]] bool hugsItsHeight() const override { return true; }
+  std::optional<int> ownHeight() override { return measure(GTK_ORIENTATION_VERTICAL, -1).natural; }
   Extent measure(GtkOrientation orientation, int forSize) override {
     // Constraints are solved without asking what height goes with a width: what wraps asks for the width that
     // it got last.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #include "VorselKelp/ui/ViewVisitor.h"
 #include "views/Painter.h"
@@ -22,8 +23,9 @@ class ViewNode : public WidgetNode {
 
   /// Shows the view's properties as they are now.
   virtual void update();
-  /// Whether the view's own size is as small as its content lets it be, so that others get what is left over.
-  [[nodiscard]] virtual bool hugsItsHeight() const { return false; }
+  /// The height in pixels that the view takes of its own accord, leaving the rest to others; absent for one
+  /// that takes what it is given.
+  virtual std::optional<int> ownHeight() { return std::nullopt; }
 
   /// What places the widget's children; made at the first call. From then on the children's constraints alone
   /// say how much room the widget needs. Null for a view whose content takes all of its area.

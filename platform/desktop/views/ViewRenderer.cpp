@@ -94,10 +94,10 @@ void ViewRenderer::constrain(ui::View& view) {
   for (const auto& constraint : view.constraints()) addConstraint(view, constraint);
   for (const auto& child : view.subviews()) {
     if (child->translatesAutoresizingMaskIntoConstraints) fixFrame(view, *child);
-    if (nodeOf(*child).hugsItsHeight()) {
-      // It loses against the height that the text takes, and tips the scales when there is more to give away.
+    if (const auto height = nodeOf(*child).ownHeight()) {
       add(view, gtk_constraint_new_constant(nodeOf(*child).widget(), GTK_CONSTRAINT_ATTRIBUTE_HEIGHT,
-                                            GTK_CONSTRAINT_RELATION_EQ, 0, GTK_CONSTRAINT_STRENGTH_WEAK));
+                                            GTK_CONSTRAINT_RELATION_EQ, *height,
+                                            GTK_CONSTRAINT_STRENGTH_STRONG));
     }
   }
 }

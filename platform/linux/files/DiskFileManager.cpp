@@ -9,23 +9,13 @@
 #include <mutex>
 #include <utility>
 
+#include "files/DiskFileWriter.h"
 #include "files/FileIO.h"
 #include "files/LockFile.h"
 #include "support/SafeName.h"
 
 namespace VorselKelp::linux_platform {
 namespace {
-
-/// A NUL byte would cut the path short on its way to the system, and name another file.
-Status checkPath(const std::string& path) {
-  if (path.empty() || path.front() != '/') return Error{"not an absolute path: \"" + path + "\""};
-  if (path.find('\0') != std::string::npos) return Error{"a path with a NUL byte"};
-  return Done{};
-}
-
-Status makeFolderOf(const std::string& path) {
-  return makeFolders(path.substr(0, std::max<std::size_t>(path.rfind('/'), 1)));
-}
 
 /// A file lock alone would keep threads apart as well, but they would not be sure to see each other's writes
 /// to memory.
@@ -54,8 +44,15 @@ class DiskFileManager final : public platform::FileManager {
 
   Status writeFile(const std::string& path, std::string_view bytes) override {
     if (const auto checked = checkPath(path); !checked) return checked;
-    if (const auto made = makeFolderOf(path); !made) return made;
-    return replaceFile(path, bytes);
+    auto file = makeDiskWriter(parentOf(path));
+    if (!file) return file.error();
+    if (const auto written = (*file)->append(bytes); !written) return written;
+    return (*file)->commit(path);
+  }
+
+  Result<std::unique_ptr<platform::FileWriter>> makeWriter(const std::string& folder) override {
+    if (const auto checked = checkPath(folder); !checked) return checked.error();
+    return makeDiskWriter(folder);
   }
 
   Result<std::string> readFile(const std::string& path, std::size_t limit) override {
@@ -82,7 +79,7 @@ class DiskFileManager final : public platform::FileManager {
     auto held = std::make_unique<HeldLock>(mutexOf(path));
     auto file = lockFile(path);
     // The folder is missing the first time only.
-    if (!file && file.error().code == ENOENT && makeFolderOf(path)) file = lockFile(path);
+    if (!file && file.error().code == ENOENT && makeFolders(parentOf(path))) file = lockFile(path);
     if (!file) return nullptr;
     held->file = std::move(*file);
     return held;

@@ -6,46 +6,25 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 
+#include "files/Descriptor.h"
+
 namespace VorselKelp::linux_platform {
-namespace {
-
-class Descriptor {
- public:
-  explicit Descriptor(int number) : number_(number) {}
-  ~Descriptor() { close(); }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  [[nodiscard]] int number() const { return number_; }
-  /// Some file systems tell that the disk is full only here.
-  bool close() {
-    const int number = number_;
-    number_ = -1;
-    return number < 0 || ::close(number) == 0;
-  }
-
- private:
-  int number_;
-};
 
 Error systemError(const std::string& path) {
   return {path + ": " + std::strerror(errno), errno};
 }
 
-bool writeAll(int descriptor, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const auto written = ::write(descriptor, bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return false;
-    bytes.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return true;
+Status checkPath(const std::string& path) {
+  if (path.empty() || path.front() != '/') return Error{"not an absolute path: \"" + path + "\""};
+  if (path.find('\0') != std::string::npos) return Error{"a path with a NUL byte"};
+  return Done{};
 }
 
-}  // namespace
+std::string parentOf(const std::string& path) {
+  return path.substr(0, std::max<std::size_t>(path.rfind('/'), 1));
+}
 
 Status makeFolders(const std::string& path) {
   struct stat status {};
@@ -58,17 +37,6 @@ Status makeFolders(const std::string& path) {
   if (::stat(path.c_str(), &status) != 0) return systemError(path);
   if (!S_ISDIR(status.st_mode)) return Error{path + ": not a folder", ENOTDIR};
   return Done{};
-}
-
-Status replaceFile(const std::string& path, std::string_view bytes) {
-  std::string passing = path.substr(0, path.rfind('/') + 1) + ".writing-XXXXXX";
-  Descriptor file(::mkostemp(passing.data(), O_CLOEXEC));
-  if (file.number() < 0) return systemError(path);
-  if (writeAll(file.number(), bytes) && file.close() && ::rename(passing.c_str(), path.c_str()) == 0)
-    return Done{};
-  const auto error = systemError(path);
-  ::unlink(passing.c_str());
-  return error;
 }
 
 Result<std::string> readWholeFile(const std::string& path, std::size_t limit) {

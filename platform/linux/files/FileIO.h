@@ -8,12 +8,18 @@
 
 namespace VorselKelp::linux_platform {
 
+/// What errno says now, about this path.
+Error systemError(const std::string& path);
+
+/// An error for what is no absolute path, or has a NUL byte: that would cut it short on its way to the
+/// system, and name another file.
+Status checkPath(const std::string& path);
+
+/// The folder of an absolute path.
+std::string parentOf(const std::string& path);
+
 /// Makes the folder and its missing parents, with access for the owner alone.
 Status makeFolders(const std::string& path);
-
-/// Writes through a file of another name in the same folder, which must exist, and a rename. The file's mode
-/// is 0600.
-Status replaceFile(const std::string& path, std::string_view bytes);
 
 /// The bytes of a regular file of at most `limit` bytes.
 Result<std::string> readWholeFile(const std::string& path, std::size_t limit);

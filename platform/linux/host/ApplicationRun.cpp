@@ -120,6 +120,9 @@ void ApplicationRun::start(const std::vector<PreparedCall>& calls) {
   for (std::size_t i = 0; i < calls.size() && inTime; ++i) {
     call(calls[i], i);
     inTime = settle();
+    if (screen_.visible() && !options_.pictures.empty()) {
+      PictureTaker{screen_, channel_, options_.pictures}.take(std::string(calls[i].operation->name));
+    }
   }
   if (!inTime) standardErrorLines()("The application's time ended before its work did");
   application.resignActive();

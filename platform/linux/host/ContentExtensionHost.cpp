@@ -43,14 +43,15 @@ class ContentRun {
   Status run(ContentExtension& extension) {
     const auto request = device_->tappable(options_.identifier);
     if (!request) return Error{"The device holds no notification \"" + options_.identifier + "\""};
+    const platform::DeliveredNotification notification{*request, device_->now()};
     // The area's size is the library's to say, and the library needs the screen first.
     auto services = makeServices();
     VorselKellp::install(services);
     extension.willStart(manifest_);
-    const auto size = extension.preferredContentSize(*request);
+    const auto size = extension.preferredContentSize(notification);
     const auto controller = extension.makeController(std::make_shared<ReportingContext>(channel_));
     auto status = show(*services, controller, size);
-    if (status) status = act(*request, controller);
+    if (status) status = act(notification, controller);
     channel_->send("ended", true);
     session_->close();
     services = nullptr;
@@ -90,12 +91,12 @@ class ContentRun {
     return loop_->run([&] { return session_->idle() && screen_.drawn(); }, deadline_);
   }
 
-  Status act(const platform::NotificationRequest& request,
+  Status act(const platform::DeliveredNotification& notification,
              const std::shared_ptr<ui::ViewController>& controller) {
     auto* extension = dynamic_cast<platform::NotificationContentExtension*>(controller.get());
     if (extension == nullptr) return Error{"The controller is no notification-content extension"};
-    extension->didReceive(platform::DeliveredNotification{request, device_->now()});
-    CarouselHand hand(request, *controller, *extension);
+    extension->didReceive(notification);
+    CarouselHand hand(notification.request, *controller, *extension);
     bool inTime = layout(*controller);
     picture("carousel-0");
     int number = 0;

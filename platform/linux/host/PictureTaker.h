@@ -16,6 +16,7 @@ struct PictureTaker {
   std::string folder;
 
   void take(const std::string& name) const {
+    if (!screen.visible()) return;
     const auto path = folder + "/" + name + ".png";
     if (const auto written = screen.writePicture(path); !written) {
       return standardErrorLines()(written.error().description);

@@ -145,8 +145,19 @@ std::size_t Transfer::onBody(char* data, std::size_t size, std::size_t count, vo
     transfer.tooLarge_ = true;
     return 0;
   }
-  if (!transfer.request_.discardBody) transfer.body_.append(data, size * count);
-  return size * count;
+  return transfer.takePiece({data, size * count}) ? size * count : 0;
+}
+
+/// libcurl keeps the bodies of the redirects that it follows to itself.
+bool Transfer::takePiece(std::string_view piece) {
+  if (request_.discardBody) return true;
+  if (!request_.bodyConsumer) {
+    body_ += piece;
+    return true;
+  }
+  const auto taken = request_.bodyConsumer(piece);
+  if (!taken) refusal_ = taken.error();
+  return taken.ok();
 }
 
 /// `received` counts the bytes of the body before they are decompressed.
@@ -166,7 +177,7 @@ platform::URLResult Transfer::finished(CURLcode code) {
   platform::URLResult result;
   // To libcurl a connection that ends within the headers is a response without a body.
   if (code == CURLE_OK && !head_.isComplete()) code = CURLE_PARTIAL_FILE;
-  if (code != CURLE_OK || tooLarge_) {
+  if (code != CURLE_OK || tooLarge_ || refusal_) {
     result.error = errorOf(code);
     return result;
   }
@@ -188,6 +199,7 @@ bool Transfer::hasNoBody(long status) const {
 }
 
 Error Transfer::errorOf(CURLcode code) const {
+  if (refusal_) return *refusal_;
   if (tooLarge_) {
     return {headBytes_ > headLimit
                 ? "The response's headers are too large"

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "VorselKelp/platform/URLSession.h"
 #include "net/CurlLibrary.h"
@@ -34,6 +35,7 @@ class Transfer {
   /// The answer, once libcurl is done with the handle.
   [[nodiscard]] platform::URLResult finished(CURLcode code);
   [[nodiscard]] platform::URLSession::Completion takeCompletion() { return std::move(completion_); }
+  [[nodiscard]] platform::BodyConsumer takeConsumer() { return std::move(request_.bodyConsumer); }
 
  private:
   template <class Value>
@@ -47,6 +49,7 @@ class Transfer {
   bool addHeader(const std::string& line);
   [[nodiscard]] Error errorOf(CURLcode code) const;
   [[nodiscard]] bool hasNoBody(long status) const;
+  bool takePiece(std::string_view piece);
 
   static std::size_t onHeader(char* data, std::size_t size, std::size_t count, void* self);
   static std::size_t onBody(char* data, std::size_t size, std::size_t count, void* self);
@@ -69,6 +72,7 @@ class Transfer {
   std::string body_;
   std::size_t bodyBytes_ = 0;
   bool tooLarge_ = false;
+  std::optional<Error> refusal_;  // the consumer's
 };
 
 }  // namespace VorselKelp::linux_platform

@@ -17,6 +17,10 @@ Error cancelled() {
   return {"cancelled", -999};
 }
 
+platform::URLResult failed(Error error) {
+  return {std::nullopt, std::nullopt, std::move(error)};
+}
+
 }  // namespace
 
 TransferThread::TransferThread(URLSessionOptions options, DelegateQueue& delegate)
@@ -25,7 +29,7 @@ TransferThread::TransferThread(URLSessionOptions options, DelegateQueue& delegat
 void TransferThread::add(platform::URLRequest request, platform::URLSession::Completion completion) {
   const std::lock_guard lock(mutex_);
   if (stopping_) {
-    answer(std::move(completion), cancelled());
+    refuse({std::move(request), std::move(completion)}, cancelled());
     return;
   }
   incoming_.push_back({std::move(request), std::move(completion)});
@@ -64,19 +68,18 @@ void TransferThread::run() {
   while (!active_.empty()) {
     auto& transfer = *active_.begin()->second;
     curl.multiRemove(multi, transfer.handle());
-    answer(transfer.takeCompletion(), cancelled());
+    answer(transfer, failed(cancelled()));
     active_.erase(active_.begin());
   }
-  for (auto& pending : std::exchange(waiting_, {})) answer(std::move(pending.completion), cancelled());
+  for (auto& pending : std::exchange(waiting_, {})) refuse(std::move(pending), cancelled());
   curl.multiCleanup(multi);
 }
 
 void TransferThread::refuseAll(const std::string& reason) {
   std::unique_lock lock(mutex_);
   while (!stopping_ || !incoming_.empty()) {
-    for (auto& pending : std::exchange(incoming_, {})) {
-      answer(std::move(pending.completion), stopping_ ? cancelled() : Error{reason});
-    }
+    for (auto& pending : std::exchange(incoming_, {}))
+      refuse(std::move(pending), stopping_ ? cancelled() : Error{reason});
     changed_.wait(lock, [this] { return stopping_ || !incoming_.empty(); });
   }
 }
@@ -113,14 +116,14 @@ void TransferThread::startTransfers(const CurlLibrary& curl) {
 
 void TransferThread::start(const CurlLibrary& curl, Pending pending) {
   if (auto problem = problemOf(pending.request)) {
-    answer(std::move(pending.completion), std::move(*problem));
+    refuse(std::move(pending), std::move(*problem));
     return;
   }
   const auto& certificates =
       options_.certificateFile.empty() ? curl.certificateFile : options_.certificateFile;
   auto transfer = std::make_unique<Transfer>(curl, std::move(pending.request), std::move(pending.completion));
   if (!transfer->prepare(certificates) || curl.multiAdd(multi_, transfer->handle()) != CURLM_OK) {
-    answer(transfer->takeCompletion(), transfer->finished(CURLE_OUT_OF_MEMORY));
+    answer(*transfer, transfer->finished(CURLE_OUT_OF_MEMORY));
     return;
   }
   CURL* handle = transfer->handle();
@@ -149,7 +152,7 @@ void TransferThread::end(const CurlLibrary& curl, CURL* handle, CURLcode code) {
   active_.erase(found);
   auto result = transfer->finished(code);
   curl.multiRemove(multi_, handle);
-  answer(transfer->takeCompletion(), std::move(result));
+  answer(*transfer, std::move(result));
 }
 
 /// Milliseconds until the first deadline.
@@ -161,16 +164,22 @@ int TransferThread::waitingTime() const {
   return static_cast<int>(std::clamp<std::int64_t>(left, 0, idleMilliseconds));
 }
 
-void TransferThread::answer(platform::URLSession::Completion completion, platform::URLResult result) {
-  delegate_.post([completion = std::move(completion), result = std::move(result)]() mutable {
-    completion(std::move(result));
-  });
+void TransferThread::answer(Transfer& transfer, platform::URLResult result) {
+  answer(transfer.takeCompletion(), transfer.takeConsumer(), std::move(result));
 }
 
-void TransferThread::answer(platform::URLSession::Completion completion, Error error) {
-  platform::URLResult result;
-  result.error = std::move(error);
-  answer(std::move(completion), std::move(result));
+void TransferThread::refuse(Pending pending, Error error) {
+  answer(std::move(pending.completion), std::move(pending.request.bodyConsumer), failed(std::move(error)));
+}
+
+/// What the consumer holds is the completion's alone once that runs.
+void TransferThread::answer(platform::URLSession::Completion completion, platform::BodyConsumer consumer,
+                            platform::URLResult result) {
+  delegate_.post([completion = std::move(completion), consumer = std::move(consumer),
+                  result = std::move(result)]() mutable {
+    consumer = nullptr;
+    completion(std::move(result));
+  });
 }
 
 }  // namespace VorselKelp::linux_platform

@@ -46,8 +46,10 @@ class TransferThread {
   void endOverdue(const CurlLibrary& curl);
   void end(const CurlLibrary& curl, CURL* handle, CURLcode code);
   [[nodiscard]] int waitingTime() const;
-  void answer(platform::URLSession::Completion completion, platform::URLResult result);
-  void answer(platform::URLSession::Completion completion, Error error);
+  void answer(Transfer& transfer, platform::URLResult result);
+  void refuse(Pending pending, Error error);
+  void answer(platform::URLSession::Completion completion, platform::BodyConsumer consumer,
+              platform::URLResult result);
 
   const URLSessionOptions options_;
   DelegateQueue& delegate_;

@@ -18,7 +18,7 @@ class ContentExtension {
   /// Comes first: the place to name the application group.
   virtual void willStart(const Manifest& manifest) { (void)manifest; }
   /// How large the extension's area is to be for this notification.
-  virtual ui::Size preferredContentSize(const platform::NotificationRequest& request) = 0;
+  virtual ui::Size preferredContentSize(const platform::DeliveredNotification& notification) = 0;
   /// The extension's controller, which must be a platform::NotificationContentExtension too: the notification
   /// is handed to that. `context` is what extensionContext() is to answer.
   virtual std::shared_ptr<ui::ViewController> makeController(

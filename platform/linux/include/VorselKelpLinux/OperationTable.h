@@ -39,6 +39,11 @@ class OperationTable {
   OperationTable() = default;
   explicit OperationTable(std::vector<Operation> operations) : operations_(std::move(operations)) {}
 
+  /// An application's own beside those that are there.
+  void add(const std::vector<Operation>& operations) {
+    operations_.insert(operations_.end(), operations.begin(), operations.end());
+  }
+
   [[nodiscard]] const Operation* find(std::string_view name) const;
   /// An error when `operation` cannot be called with these arguments.
   static Status check(const Operation& operation, const JSONAny::List& arguments);

@@ -22,6 +22,11 @@ class MemoryFiles {
   [[nodiscard]] std::optional<std::string> containerOf(std::string_view group) const;
 
   Status write(const std::string& path, std::string_view bytes);
+  /// Makes an empty file of a passing name, and returns its path.
+  Result<std::string> makePassing(const std::string& folder);
+  Status append(const std::string& path, std::string_view bytes);
+  /// Gives the file another path, whose file is replaced.
+  Status move(const std::string& path, const std::string& to);
   [[nodiscard]] Result<std::string> read(const std::string& path) const;
   [[nodiscard]] bool exists(const std::string& path) const;
   Status remove(const std::string& path);
@@ -37,6 +42,8 @@ class MemoryFiles {
 
  private:
   [[nodiscard]] bool holdsSomething(const std::string& folder) const;
+  /// What a write to the file may change; the file is made when missing.
+  Result<std::string*> bytesOf(const std::string& path);
 
   mutable std::mutex mutex_;
   std::map<std::string, std::string> containers_;  // group, path
@@ -44,9 +51,11 @@ class MemoryFiles {
   std::set<std::string> folders_;                  // made on their own, possibly empty
   std::map<std::string, std::shared_ptr<std::mutex>> locks_;
   std::optional<Error> writeError_;
+  int passing_ = 0;
 };
 
-/// One process's view: the device's files, and a temporary folder of its own.
+/// One process's view: the device's files, and a temporary folder of its own. A file that is being written
+/// stands among the device's under its passing name.
 class MemoryFileManager final : public platform::FileManager {
  public:
   MemoryFileManager(std::shared_ptr<MemoryFiles> files, std::string temporaryDirectory);
@@ -54,6 +63,7 @@ class MemoryFileManager final : public platform::FileManager {
   std::optional<std::string> containerPath(std::string_view groupId) override;
   std::string temporaryDirectory() override;
   Status writeFile(const std::string& path, std::string_view bytes) override;
+  Result<std::unique_ptr<platform::FileWriter>> makeWriter(const std::string& folder) override;
   Result<std::string> readFile(const std::string& path, std::size_t limit) override;
   bool fileExists(const std::string& path) override;
   Status removeItem(const std::string& path) override;

@@ -19,7 +19,8 @@ struct ServerAnswer {
   std::string body;
   std::vector<platform::HTTPHeader> headers;
   std::optional<std::string> suggestedFilename;
-  /// When set, the request ends with this instead of a response.
+  /// When set, the request ends with this instead of a response; a consumer gets the body all the same, as
+  /// that of an answer which was cut off.
   std::optional<Error> error;
 
   static ServerAnswer failure(std::string description, int code = -1004);
@@ -31,8 +32,9 @@ struct ServerAnswer {
 /// Thread-safe. An answer runs the request's completion on the thread that gives it, outside all locks; give
 /// answers from one thread at a time, as the delegate queue is serial. What a real session does with an
 /// answer is done here too: a body over the request's limit is an error, 204, 304 and `discardBody` give no
-/// body, and a URL that is not absolute "http" or "https" is never answered but with an error. Destruction
-/// answers what is left with code -999.
+/// body, and a URL that is not absolute "http" or "https" is never answered but with an error. A consumer
+/// gets the whole body at once, of one over the limit the beginning. Destruction answers what is left with
+/// code -999.
 class MemoryURLSession final : public platform::URLSession {
  public:
   MemoryURLSession() = default;
@@ -71,6 +73,7 @@ class MemoryURLSession final : public platform::URLSession {
     Completion completion;
   };
   static platform::URLResult resultFor(const platform::URLRequest& request, const ServerAnswer& answer);
+  static Status consume(const platform::URLRequest& request, const ServerAnswer& answer);
   std::optional<ServerAnswer> ruleFor(const platform::URLRequest& request) const;
 
   mutable std::mutex mutex_;

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "VorselKelp/platform/Platform.h"
+
+namespace VorselKelp {
+
+/// The file of an attachment, which is written while its bytes come in. It has a folder of its own among the
+/// process's passing files; file and folder are removed with the object unless the file was kept.
+///
+/// Any thread, one at a time.
+class AttachmentFile {
+ public:
+  explicit AttachmentFile(std::shared_ptr<platform::Platform> services) : services_(std::move(services)) {}
+  ~AttachmentFile() { remove(); }
+  AttachmentFile(const AttachmentFile&) = delete;
+  AttachmentFile& operator=(const AttachmentFile&) = delete;
+
+  /// Where writing fails, what there is of the file goes at once, and the bytes that follow are dropped; the
+  /// error is told by what comes afterwards.
+  void append(std::string_view piece);
+
+  /// The first bytes, at most `limit` of them.
+  [[nodiscard]] Result<std::string> beginning(std::size_t limit);
+
+  /// Gives the file its name, which must be safe to use, and leaves it to the caller: returns its path.
+  [[nodiscard]] Result<std::string> keep(const std::string& name);
+
+ private:
+  Status open();
+  void remove();
+
+  const std::shared_ptr<platform::Platform> services_;
+  std::string folder_;  // empty while there is none
+  std::unique_ptr<platform::FileWriter> writer_;
+  std::optional<Error> failure_;
+};
+
+}  // namespace VorselKelp

@@ -1,0 +1,96 @@
+#include "brellixctl/demo/JourneyRecord.h"
+
+#include <map>
+
+#include "VorselKelpLinux/NotificationRecords.h"
+#include "brellixctl/TextFile.h"
+
+namespace brellixctl {
+
+using VorselKelp::JSONAny;
+using VorselKelp::linux_platform::encodeLossy;
+
+namespace {
+
+std::string textOf(const JSONAny* value) {
+  if (value == nullptr) return {};
+  const auto* text = value->as<std::string>();
+  return text != nullptr ? *text : encodeLossy(*value);
+}
+
+const char* captionOf(const std::string& picture) {
+  static const std::map<std::string, const char*, std::less<>> captions{
+      {"prompt", "The publisher's permission page, over the application"},
+      {"browser", "The article in the in-app browser"},
+      {"presentInterstitial", "The interstitial"},
+      {"closeInterstitial", "The application again, after the interstitial was closed"},
+      {"carousel-0", "The carousel below the notification"},
+  };
+  const auto found = captions.find(picture);
+  return found != captions.end() ? found->second : "The carousel, one message further";
+}
+
+}  // namespace
+
+void JourneyRecord::setActor(Lane lane) {
+  const std::lock_guard lock(mutex_);
+  actor_ = lane;
+}
+
+void JourneyRecord::add(Happening happening) {
+  const std::lock_guard lock(mutex_);
+  happenings_.push_back(std::move(happening));
+}
+
+void JourneyRecord::noteRequest(const collection_server::ReceivedRequest& request) {
+  const std::lock_guard lock(mutex_);
+  happenings_.push_back(
+      {actor_, Lane::server, request.method + " " + request.path, {}, request.body, {}, true});
+}
+
+void JourneyRecord::noteStore(Lane lane, const JSONAny& values) {
+  const auto* now = values.as<JSONAny::Dictionary>();
+  if (now == nullptr) return;
+  const std::lock_guard lock(mutex_);
+  const JSONAny before(stored_);
+  std::string changes;
+  for (const auto& [key, value] : *now) {
+    const auto* old = before.find(key);
+    if (old != nullptr && *old == value) continue;
+    changes += (old != nullptr ? "~ " : "+ ") + key + " = " + encodeLossy(value) + "\n";
+  }
+  for (const auto& [key, value] : stored_) {
+    if (values.find(key) == nullptr) changes += "- " + key + "\n";
+  }
+  stored_ = *now;
+  if (changes.empty()) return;
+  happenings_.push_back({lane,
+                         std::nullopt,
+                         "Stored in the application group",
+                         "+ new, ~ changed, - removed",
+                         std::move(changes),
+                         {},
+                         true});
+}
+
+void JourneyRecord::noteConsole(Lane lane, const std::vector<JSONAny>& console) {
+  std::string text;
+  for (const auto& line : console) text += textOf(&line) + "\n";
+  if (text.empty()) return;
+  add({lane, std::nullopt, "Console", {}, std::move(text), {}, true});
+}
+
+void JourneyRecord::notePictures(Lane lane, const std::vector<JSONAny>& pictures) {
+  for (const auto& picture : pictures) {
+    auto bytes = readTextFile(textOf(picture.find("file")));
+    if (!bytes) continue;
+    add({lane, std::nullopt, captionOf(textOf(picture.find("name"))), {}, {}, {*std::move(bytes)}, true});
+  }
+}
+
+std::vector<Happening> JourneyRecord::happenings() const {
+  const std::lock_guard lock(mutex_);
+  return happenings_;
+}
+
+}  // namespace brellixctl
