@@ -4,6 +4,9 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 build_packages=(g++ cmake ninja-build pkg-config libboost-json1.81-dev libboost-url1.81-dev libsqlite3-dev
   libcurl4-openssl-dev libgdk-pixbuf-2.0-dev libgif-dev libcli11-dev libcpp-httplib-dev)
 test_packages=(libgtest-dev libgmock-dev)
+# Real windows and pages, and what tests show them on.
+screen_packages=(libgtk-4-dev libwebkitgtk-6.0-dev xvfb xauth dbus dbus-x11 xdotool bubblewrap xdg-dbus-proxy
+  fonts-dejavu-core python3-dbusmock)
 benchmark_packages=(libbenchmark-dev)
 
 # configure PRESET [OPTION…]: configures build/PRESET, with a compiler cache where one is installed.

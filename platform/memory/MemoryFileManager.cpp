@@ -1,5 +1,6 @@
 #include "VorselKelpTesting/MemoryFileManager.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <utility>
 
@@ -34,11 +35,10 @@ class Writer final : public platform::FileWriter {
   Status append(std::string_view bytes) override {
     return note(failure_ ? *failure_ : files_->append(path_, bytes));
   }
-  Result<std::string> beginning(std::size_t limit) override {
+  Result<std::string> read(std::size_t offset, std::size_t limit) override {
     if (failure_) return *failure_;
-    auto bytes = files_->read(path_);
-    if (bytes && bytes->size() > limit) bytes->resize(limit);
-    return bytes;
+    const auto bytes = files_->read(path_);
+    return bytes ? bytes->substr(std::min(offset, bytes->size()), limit) : bytes;
   }
   Status commit(const std::string& path) override {
     auto moved = note(failure_ ? *failure_ : files_->move(path_, path));

@@ -1,9 +1,12 @@
 #include "push/AttachmentFile.h"
 
+#include <cstddef>
 #include <utility>
 
 namespace VorselKelp {
 namespace {
+
+constexpr std::size_t pieceSize = std::size_t{64} << 10;
 
 std::string uniqueName(platform::Random& random) {
   constexpr std::string_view alphabet = "0123456789abcdef";
@@ -37,9 +40,18 @@ void AttachmentFile::append(std::string_view piece) {
   }
 }
 
-Result<std::string> AttachmentFile::beginning(std::size_t limit) {
+Result<platform::ImageInfo> AttachmentFile::inspect(std::int64_t pixelLimit) {
   if (const auto opened = open(); !opened) return opened.error();
-  return writer_->beginning(limit);
+  std::size_t offset = 0;
+  Result<std::string> piece = std::string();
+  const auto next = [&]() -> std::string_view {
+    piece = writer_->read(offset, pieceSize);
+    if (!piece) return {};
+    offset += piece->size();
+    return *piece;
+  };
+  auto image = services_->imageDecoder->inspectPieces(next, pixelLimit);
+  return piece ? image : piece.error();
 }
 
 Result<std::string> AttachmentFile::keep(const std::string& name) {

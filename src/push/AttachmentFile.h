@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -25,8 +25,8 @@ class AttachmentFile {
   /// error is told by what comes afterwards.
   void append(std::string_view piece);
 
-  /// The first bytes, at most `limit` of them.
-  [[nodiscard]] Result<std::string> beginning(std::size_t limit);
+  /// Looks at the file as a picture, never at more than a small piece of it at a time.
+  [[nodiscard]] Result<platform::ImageInfo> inspect(std::int64_t pixelLimit);
 
   /// Gives the file its name, which must be safe to use, and leaves it to the caller: returns its path.
   [[nodiscard]] Result<std::string> keep(const std::string& name);

@@ -12,9 +12,6 @@ namespace {
 
 constexpr std::size_t imageLimit = std::size_t{10} << 20;
 constexpr std::int64_t pixelLimit = std::int64_t{64} << 20;
-/// What is looked at of a picture. The whole of it would cost the extension, which the system ends when it
-/// takes too much memory, its size; a picture that does not tell its own within this is not attached.
-constexpr std::size_t beginningLimit = std::size_t{2} << 20;
 
 /// The system tells a picture's kind by its file's name.
 std::string withExtension(std::string name, const std::string& extension) {
@@ -69,9 +66,7 @@ std::optional<platform::NotificationAttachment> ImageAttachment::attach(Attachme
     context_->print("Image can't be attached: " + error.description);
     return std::nullopt;
   };
-  auto beginning = file.beginning(beginningLimit);
-  if (!beginning) return failed(beginning.error());
-  const auto image = context_->services->imageDecoder->inspect(*beginning, pixelLimit);
+  const auto image = file.inspect(pixelLimit);
   if (!image) return failed(image.error());
   const auto path = file.keep(withExtension(safeFileName(name), image->fileExtension));
   if (!path) return failed(path.error());

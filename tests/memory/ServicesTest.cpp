@@ -76,6 +76,44 @@ TEST(MemoryURLSession, AnswersAsARealOneWould) {
   }
 }
 
+TEST(MemoryURLSession, AConsumerGetsTheBodyBeforeTheAnswer) {
+  struct Case {
+    ServerAnswer answer;
+    bool refuse;
+    const char* taken;
+    bool succeeds;
+  };
+  ServerAnswer whole, broken = ServerAnswer::failure("cut off", 18), large, none;
+  whole.body = broken.body = none.body = "1234";
+  large.body = "123456";
+  none.status = 204;
+  const Case cases[] = {{whole, false, "1234", true},
+                        {whole, true, "1234", false},
+                        {broken, false, "1234", false},
+                        {large, false, "12345", false},
+                        {none, false, "", true}};
+  for (const auto& c : cases) {
+    MemoryURLSession session;
+    auto request = get("http://h/p");
+    request.responseLimit = 5;
+    const auto taken = std::make_shared<std::string>();
+    request.bodyConsumer = [taken, refuse = c.refuse](std::string_view piece) -> Status {
+      *taken += piece;
+      return refuse ? Status(Error{"refused"}) : Done{};
+    };
+    bool answered = false;
+    session.send(std::exchange(request, {}), [&](const URLResult& result) {
+      answered = true;
+      EXPECT_EQ(*taken, c.taken);
+      EXPECT_EQ(taken.use_count(), 1) << "the consumer is gone";
+      EXPECT_EQ(result.response.has_value(), c.succeeds);
+      EXPECT_EQ(result.body.value_or("none"), c.succeeds && c.answer.status == 200 ? "" : "none");
+    });
+    session.answer(0, c.answer);
+    EXPECT_TRUE(answered);
+  }
+}
+
 TEST(MemoryURLSession, RulesFollowWhatTheAnswersSendAndLeaveTheRestWaiting) {
   MemoryURLSession session;
   session.setRule("/first", {});
@@ -182,7 +220,22 @@ TEST(MemoryFileManager, FilesFoldersAndLimits) {
   EXPECT_TRUE(files.removeItem(*container + "/f"));
   EXPECT_FALSE(files.fileExists(*container + "/f/a"));
   EXPECT_TRUE(files.fileExists(files.temporaryDirectory()));
+  {
+    auto writer = files.makeWriter(*container + "/w");
+    ASSERT_TRUE(writer && (*writer)->append("ab") && (*writer)->append("c"));
+    EXPECT_EQ(*(*writer)->read(1, 9), "bc");
+    EXPECT_EQ(*(*writer)->read(9, 9), "");
+    EXPECT_EQ(app.device->files->paths().size(), 1u) << "under its passing name";
+    app.device->files->failWrites(Error{"for a moment", 5});
+    EXPECT_FALSE((*writer)->append("d"));
+    app.device->files->failWrites(std::nullopt);
+    EXPECT_EQ((*writer)->commit(*container + "/w/f").error().code, 5);
+    auto second = files.makeWriter(*container + "/w");
+    ASSERT_TRUE(second && (*second)->append("whole") && (*second)->commit(*container + "/w/f"));
+  }
+  EXPECT_THAT(app.device->files->paths(), ElementsAre(*container + "/w/f"));
   app.device->files->failWrites(Error{"disk full", 28});
+  EXPECT_EQ(files.makeWriter(*container).error().code, 28);
   EXPECT_EQ(files.writeFile(*container + "/x", "").error().code, 28);
   EXPECT_EQ(files.lock(*container + "/lock"), nullptr);
 }

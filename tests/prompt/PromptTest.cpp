@@ -21,6 +21,8 @@ constexpr const char* custom = R"({"push_config":{"prompts":[{"prompt":"native"}
 class PromptTest : public KellpTest {
  protected:
   PromptTest() { app_.presenter->setRootViewController(root_); }
+  /// A page still on the screen holds the core, whose platform holds the screen.
+  ~PromptTest() override { app_.presenter->setRootViewController(nullptr); }
 
   void startWith(const std::string& document) {
     VorselKellp::initialize(VorselBuilder("key", group).push().build());

@@ -180,13 +180,42 @@ TEST_F(ServiceTest, WithoutItsImageTheTextIsDelivered) {
 }
 
 TEST_F(ServiceTest, AFullDiskCostsTheImageAlone) {
-  deliver(message(R"(,"n":{"image":"https://i/x"})"));
-  device_->files->failWrites(Error{"disk full", 28});
-  service_.urlSession->setRule("/x", status(200, pngBeginning(1, 1)));
-  service_.settle();
-  ASSERT_EQ(handled_.size(), 1u);
-  EXPECT_THAT(handled_[0]->attachments, IsEmpty());
-  EXPECT_EQ(handled_[0]->title, "T");
+  for (const bool whileItComes : {true, false}) {
+    handled_.clear();
+    service_.console->clear();
+    deliver(message(R"(,"n":{"image":"https://i/x"})"));
+    if (whileItComes) device_->files->failWrites(Error{"disk full", 28});
+    service_.urlSession->answer(service_.urlSession->unanswered().at(0), status(200, pngBeginning(1, 1)));
+    device_->files->failWrites(Error{"disk full", 28});
+    service_.settle();
+    device_->files->failWrites(std::nullopt);
+    ASSERT_EQ(handled_.size(), 1u);
+    EXPECT_THAT(handled_[0]->attachments, IsEmpty());
+    EXPECT_EQ(handled_[0]->title, "T");
+    const auto printed = serviceLines();
+    EXPECT_THAT(
+        std::vector(printed.begin() + 1, printed.end()),
+        ElementsAre("Download Started", "x", "Download Finished", "Image can't be attached: disk full"));
+    EXPECT_EQ(attachmentFiles(), 0u);
+  }
+}
+
+TEST_F(ServiceTest, OfAnImageThatIsNotAttachedNothingStays) {
+  auto cutOff = ServerAnswer::failure("the connection broke");
+  cutOff.body = pngBeginning(1, 1);
+  for (const auto& answer : {cutOff, status(200, "<html>"), status(200, std::string(11 << 20, 'x'))}) {
+    handled_.clear();
+    VorselKellp::didReceiveNotification(request(message(R"(,"n":{"image":"https://i/x"})"), "n-1"),
+                                        std::make_shared<platform::NotificationContent>(), [&](auto content) {
+                                          EXPECT_EQ(attachmentFiles(), 0u)
+                                              << "gone before the process may end";
+                                          handled_.push_back(content);
+                                        });
+    service_.urlSession->setRule("/x", answer);
+    service_.settle();
+    ASSERT_EQ(handled_.size(), 1u);
+    EXPECT_THAT(handled_[0]->attachments, IsEmpty());
+  }
 }
 
 TEST_F(ServiceTest, AnAdOnlyPushStoresWhatItSays) {
@@ -305,6 +334,7 @@ TEST_F(ServiceTest, WhatWasHandedOverAtTheTimeLimitIsNotHandedOverAgain) {
     service_.urlSession->setRule("/x", status(200, pngBeginning(1, 1)));
     service_.settle();
     EXPECT_THAT(handled_, ElementsAre(best)) << (push ? "at the limit" : "when its image came");
+    EXPECT_EQ(attachmentFiles(), push ? 0u : 1u);
     handled_.clear();
   }
 }

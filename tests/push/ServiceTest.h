@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <vector>
@@ -39,6 +41,14 @@ class ServiceTest : public KellpTest {
   }
 
   std::vector<std::string> serviceLines() const { return service_.console->texts(); }
+
+  /// How many files of attachments there are, those that are still being written included.
+  std::size_t attachmentFiles() const {
+    const auto paths = device_->files->paths();
+    return static_cast<std::size_t>(std::count_if(paths.begin(), paths.end(), [](const std::string& path) {
+      return path.find("/vorsel-attachment-") != std::string::npos;
+    }));
+  }
 
   testing_platform::MemoryPlatform service_{device_, testing_platform::ProcessKind::extension,
                                             "com.example.app.service"};

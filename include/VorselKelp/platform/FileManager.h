@@ -25,8 +25,8 @@ class FileWriter {
   /// Once this has failed, everything else fails with the same error.
   virtual Status append(std::string_view bytes) = 0;
 
-  /// The first bytes of what was appended, at most `limit` of them.
-  virtual Result<std::string> beginning(std::size_t limit) = 0;
+  /// Of what was appended, the bytes from `offset` on, at most `limit` of them; empty past the end.
+  virtual Result<std::string> read(std::size_t offset, std::size_t limit) = 0;
 
   /// Gives the file its name, replacing the file that had it; the last call to the writer. `path` is in the
   /// writer's folder or below it; missing folders are made, with access for the owner alone.

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "VorselKelp/Result.h"
+#include "VorselKelp/platform/FunctionRef.h"
 #include "VorselKelp/ui/Image.h"
 
 namespace VorselKelp::platform {
@@ -69,6 +70,15 @@ class ImageDecoder {
   /// the picture's size nor on its truth. An error when it is no picture that this system shows, or when it
   /// has more than `pixelLimit` pixels.
   virtual Result<ImageInfo> inspect(std::string_view bytes, std::int64_t pixelLimit) = 0;
+
+  /// The same for a picture that is not in memory as a whole: `next` gives one piece after another, each good
+  /// until the following call, and an empty one at the end. No more are asked for than it takes.
+  virtual Result<ImageInfo> inspectPieces(FunctionRef<std::string_view()> next, std::int64_t pixelLimit) {
+    // Those who have no use for pieces get the picture in one.
+    std::string bytes;
+    for (auto piece = next(); !piece.empty(); piece = next()) bytes += piece;
+    return inspect(bytes, pixelLimit);
+  }
 
   /// Decodes a picture, of an animated one the first frame. What a file that is cut off still shows is shown.
   /// One of more than `pixelLimit` pixels is decoded to fewer where its format can be, and refused otherwise:

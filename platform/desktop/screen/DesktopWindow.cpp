@@ -72,6 +72,7 @@ void DesktopWindow::remove(const ui::ViewController& controller) {
   if (layer == layers_.end()) return;
   const auto gone = std::move(*layer);
   layers_.erase(layer);
+  painted_ = false;
   if (gtk_overlay_get_child(stage_) == gone.renderer->widget()) {
     gtk_overlay_set_child(stage_, nullptr);
   } else {

@@ -33,7 +33,7 @@ class LabelNode final : public ViewNode {
     describe(widget(), label_.text.get().value_or(""));
     gtk_widget_queue_resize(widget());
   }
-  std::optional<int> ownHeight() override { return measure(GTK_ORIENTATION_VERTICAL, -1).natural; }
+  OwnSize ownSize() override { return {std::nullopt, measure(GTK_ORIENTATION_VERTICAL, -1).natural}; }
   Extent measure(GtkOrientation orientation, int forSize) override {
     // Constraints are solved without asking what height goes with a width: what wraps asks for the width that
     // it got last.
@@ -87,6 +87,10 @@ class ButtonNode final : public ViewNode {
     auto extent = textExtent(widget(), style(), orientation, forSize, 0);
     extent.natural += 2 * (orientation == GTK_ORIENTATION_HORIZONTAL ? sideRoom : topRoom);
     return {0, extent.natural};
+  }
+  OwnSize ownSize() override {
+    if (button_.title.get().empty()) return {};
+    return {measure(GTK_ORIENTATION_HORIZONTAL, -1).natural, measure(GTK_ORIENTATION_VERTICAL, -1).natural};
   }
   void paint(GtkSnapshot* snapshot, double width, double height) override {
     ViewNode::paint(snapshot, width, height);
@@ -221,16 +225,20 @@ class BarNode final : public ViewNode {
       gtk_snapshot_append_color(snapshot, &background, &bounds);
     }
     ViewNode::paint(snapshot, width, height);
-    if (bar_.title.get()) {
-      paintText(snapshot, widget(),
-                {*bar_.title.get(), look ? look->titleFont : ui::Font{}, ui::Color::black(),
-                 ui::TextAlignment::center, 1},
-                width, height);
-    }
+    if (!bar_.title.get() || width <= 2 * endRoom) return;
+    const graphene_point_t origin{static_cast<float>(endRoom), 0};
+    gtk_snapshot_save(snapshot);
+    gtk_snapshot_translate(snapshot, &origin);
+    paintText(snapshot, widget(),
+              {*bar_.title.get(), look ? look->titleFont : ui::Font{}, ui::Color::black(),
+               ui::TextAlignment::center, 1},
+              width - 2 * endRoom, height);
+    gtk_snapshot_restore(snapshot);
   }
 
  private:
   static constexpr int sideRoom = 8;
+  static constexpr double endRoom = 76;  ///< for the button, and as much on the other side
 
   void pin(GtkConstraintLayout* layout, GtkConstraintAttribute attribute, double constant) {
     gtk_constraint_layout_add_constraint(

@@ -23,9 +23,14 @@ class ViewNode : public WidgetNode {
 
   /// Shows the view's properties as they are now.
   virtual void update();
-  /// The height in pixels that the view takes of its own accord, leaving the rest to others; absent for one
-  /// that takes what it is given.
-  virtual std::optional<int> ownHeight() { return std::nullopt; }
+  /// What the view takes of its own accord, in pixels, leaving the rest to others; absent where it takes what
+  /// it is given.
+  struct OwnSize {
+    std::optional<int> width;
+    std::optional<int> height;
+    friend bool operator==(const OwnSize&, const OwnSize&) = default;
+  };
+  virtual OwnSize ownSize() { return {}; }
 
   /// What places the widget's children; made at the first call. From then on the children's constraints alone
   /// say how much room the widget needs. Null for a view whose content takes all of its area.

@@ -94,11 +94,15 @@ void ViewRenderer::constrain(ui::View& view) {
   for (const auto& constraint : view.constraints()) addConstraint(view, constraint);
   for (const auto& child : view.subviews()) {
     if (child->translatesAutoresizingMaskIntoConstraints) fixFrame(view, *child);
-    if (const auto height = nodeOf(*child).ownHeight()) {
-      add(view, gtk_constraint_new_constant(nodeOf(*child).widget(), GTK_CONSTRAINT_ATTRIBUTE_HEIGHT,
-                                            GTK_CONSTRAINT_RELATION_EQ, *height,
-                                            GTK_CONSTRAINT_STRENGTH_STRONG));
-    }
+    const auto own = nodeOf(*child).ownSize();
+    const auto take = [&](GtkConstraintAttribute attribute, std::optional<int> length) {
+      if (!length) return;
+      add(view, gtk_constraint_new_constant(nodeOf(*child).widget(), attribute, GTK_CONSTRAINT_RELATION_EQ,
+                                            *length, GTK_CONSTRAINT_STRENGTH_STRONG));
+    };
+    take(GTK_CONSTRAINT_ATTRIBUTE_WIDTH, own.width);
+    take(GTK_CONSTRAINT_ATTRIBUTE_HEIGHT, own.height);
+    ownSizes_[child.get()] = own;
   }
 }
 
@@ -165,6 +169,7 @@ void ViewRenderer::dropGoneNodes() {
     for (const auto& child : view.subviews()) self(self, *child);
   };
   collect(collect, *root_);
+  std::erase_if(ownSizes_, [&](const auto& entry) { return !there.contains(entry.first); });
   std::erase_if(constraints_, [&](const auto& entry) { return !there.contains(entry.first); });
   std::erase_if(restructured_, [&](const auto* view) { return !there.contains(view); });
   std::erase_if(nodes_, [&](const auto& entry) { return !there.contains(entry.first); });
@@ -233,8 +238,14 @@ ui::Rect ViewRenderer::boundsOf(ui::View& view) const {
 
 void ViewRenderer::propertiesChanged(ui::View& view) {
   if (settingFrames_) return;
-  if (const auto node = nodes_.find(&view); node != nodes_.end()) node->second->update();
+  const auto node = nodes_.find(&view);
+  if (node == nodes_.end()) return;
+  node->second->update();
   changed_();
+  const auto known = ownSizes_.find(&view);
+  if (known != ownSizes_.end() && view.superview() != nullptr && node->second->ownSize() != known->second) {
+    structureChanged(*view.superview());
+  }
 }
 
 void ViewRenderer::structureChanged(ui::View& view) {

@@ -55,6 +55,7 @@ class ViewRenderer final : public ui::ViewObserver, public std::enable_shared_fr
   const std::function<void()> changed_;
   std::unordered_map<ui::View*, std::unique_ptr<ViewNode>> nodes_;
   std::unordered_map<ui::View*, Constraints> constraints_;
+  std::unordered_map<ui::View*, ViewNode::OwnSize> ownSizes_;  ///< as the constraints have them
   std::unordered_set<ui::View*> restructured_;
   bool layoutPending_ = true;
   bool settingFrames_ = false;

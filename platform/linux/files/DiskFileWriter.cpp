@@ -38,14 +38,15 @@ class DiskFileWriter final : public platform::FileWriter {
     return Done{};
   }
 
-  Result<std::string> beginning(std::size_t limit) override {
+  Result<std::string> read(std::size_t offset, std::size_t limit) override {
     if (failure_) return *failure_;
     struct stat status {};
     if (::fstat(file_.number(), &status) != 0) return failed(parentOf(path_)).error();
-    std::string bytes(std::min(limit, static_cast<std::size_t>(status.st_size)), '\0');
+    const auto size = static_cast<std::size_t>(status.st_size);
+    std::string bytes(std::min(limit, size - std::min(offset, size)), '\0');
     for (std::size_t filled = 0; filled < bytes.size();) {
-      const auto got =
-          ::pread(file_.number(), bytes.data() + filled, bytes.size() - filled, static_cast<off_t>(filled));
+      const auto got = ::pread(file_.number(), bytes.data() + filled, bytes.size() - filled,
+                               static_cast<off_t>(offset + filled));
       if (got < 0 && errno == EINTR) continue;
       if (got < 0) return failed(parentOf(path_)).error();
       if (got == 0) bytes.resize(filled);

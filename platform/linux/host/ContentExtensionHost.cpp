@@ -104,7 +104,8 @@ class ContentRun {
       if (!inTime) break;
       hand.perform(act);
       inTime = settle();
-      picture("carousel-" + std::to_string(++number));
+      ++number;
+      if (act != "open") picture("carousel-" + std::to_string(number));
     }
     if (!inTime) standardErrorLines()("The content extension's time ended before its work did");
     channel_->send("carousel", hand.describe());

@@ -17,9 +17,14 @@ class PixbufImageDecoder final : public platform::ImageDecoder {
   explicit PixbufImageDecoder(ImageDecoderOptions options) : options_(std::move(options)) {}
 
   Result<platform::ImageInfo> inspect(std::string_view bytes, std::int64_t pixelLimit) override {
+    return inspectPieces([&bytes] { return std::exchange(bytes, {}); }, pixelLimit);
+  }
+
+  Result<platform::ImageInfo> inspectPieces(platform::FunctionRef<std::string_view()> next,
+                                            std::int64_t pixelLimit) override {
     const auto& library = pixbuf();
     if (!library.error().empty()) return missing("gdk-pixbuf", library.error());
-    return PixbufInspection(library).run(bytes, pixelLimit);
+    return PixbufInspection(library).run(next, pixelLimit);
   }
 
   Result<ui::ImagePtr> decode(std::string_view bytes, std::int64_t pixelLimit) override {

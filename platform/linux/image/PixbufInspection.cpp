@@ -1,13 +1,23 @@
 #include "image/PixbufInspection.h"
 
+#include "image/MetadataFilter.h"
+
 namespace VorselKelp::linux_platform {
 
 PixbufInspection::PixbufInspection(const PixbufLibrary& library) : loading_(library) {
   loading_.connect("size-prepared", G_CALLBACK(&PixbufInspection::onSize), this);
 }
 
-Result<platform::ImageInfo> PixbufInspection::run(std::string_view bytes, std::int64_t pixelLimit) {
-  loading_.feed(bytes, [this] { return known_; });
+Result<platform::ImageInfo> PixbufInspection::run(platform::FunctionRef<std::string_view()> next,
+                                                  std::int64_t pixelLimit) {
+  const auto enough = [this] { return known_ || !loading_.problem().empty(); };
+  const auto feed = [&](std::string_view bytes) { loading_.feed(bytes, enough); };
+  MetadataFilter filter;
+  while (!enough()) {
+    const auto piece = next();
+    if (piece.empty()) break;
+    filter.run(piece, feed);
+  }
   if (!known_ && loading_.problem().empty()) loading_.close();
   if (!known_) return Error{loading_.problem().empty() ? "not a picture" : loading_.problem()};
   if (width_ <= 0 || height_ <= 0 || std::int64_t{width_} * height_ > pixelLimit)

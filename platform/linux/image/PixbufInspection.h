@@ -13,7 +13,8 @@ namespace VorselKelp::linux_platform {
 class PixbufInspection {
  public:
   explicit PixbufInspection(const PixbufLibrary& library);
-  Result<platform::ImageInfo> run(std::string_view bytes, std::int64_t pixelLimit);
+  /// `next` gives the picture piece by piece, and an empty piece at its end.
+  Result<platform::ImageInfo> run(platform::FunctionRef<std::string_view()> next, std::int64_t pixelLimit);
 
  private:
   static void onSize(GdkPixbufLoader* loader, int width, int height, void* self);

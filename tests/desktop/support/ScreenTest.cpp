@@ -1,23 +1,30 @@
 #include "support/ScreenTest.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 
 namespace VorselKelp::desktop {
 
-void ScreenTest::SetUp() {
-  ASSERT_TRUE(gtk_init_check()) << "These tests need a display: run them with scripts/with-screen";
+TestScreen::TestScreen() {
+  if (gtk_init_check()) return;
+  std::fputs("These tests need a display: run them with scripts/with-screen\n", stderr);
+  std::abort();
 }
 
-void ScreenTest::show(const std::shared_ptr<ui::View>& view) {
-  window = std::make_shared<DesktopWindow>("test", width, height);
+void TestScreen::show(const std::shared_ptr<ui::View>& view) {
   auto controller = std::make_shared<ui::ViewController>();
   controller->setView(view);
+  show(controller);
+}
+
+void TestScreen::show(const std::shared_ptr<ui::ViewController>& controller) {
+  window = std::make_shared<DesktopWindow>("test", width, height);
   window->show(controller);
   settle();
 }
 
-void ScreenTest::waitUntil(const std::function<bool()>& done) {
+void TestScreen::waitUntil(const std::function<bool()>& done) {
   bool late = false;
   const auto timer = g_timeout_add_seconds(
       20,
@@ -31,7 +38,7 @@ void ScreenTest::waitUntil(const std::function<bool()>& done) {
   ASSERT_FALSE(late) << "what was waited for did not happen";
 }
 
-void ScreenTest::settle() {
+void TestScreen::settle() {
   int frames = 0;
   const auto ticks = gtk_widget_add_tick_callback(
       GTK_WIDGET(window->window()),
@@ -44,19 +51,19 @@ void ScreenTest::settle() {
   gtk_widget_remove_tick_callback(GTK_WIDGET(window->window()), ticks);
 }
 
-void ScreenTest::click(double x, double y) {
+void TestScreen::click(double x, double y) {
   const auto command = "xdotool mousemove " + std::to_string(static_cast<int>(x)) + " " +
                        std::to_string(static_cast<int>(y)) + " click 1";
   ASSERT_TRUE(g_spawn_command_line_sync(command.c_str(), nullptr, nullptr, nullptr, nullptr));
 }
 
-void ScreenTest::click(ui::View& view) {
+void TestScreen::click(ui::View& view) {
   const auto place = window->boundsOf(view);
   ASSERT_GT(place.size.width, 0) << "the view is not on the screen";
   click(place.origin.x + place.size.width / 2, place.origin.y + place.size.height / 2);
 }
 
-std::string ScreenTest::pixel(double x, double y) {
+std::string TestScreen::pixel(double x, double y) {
   const auto file = testing::TempDir() + "vorsel-screen-" + std::to_string(::getpid()) + ".png";
   const auto written = window->writePicture(file);
   if (!written) return written.error().description;
@@ -70,7 +77,7 @@ std::string ScreenTest::pixel(double x, double y) {
   return text;
 }
 
-void ScreenTest::expectPlaced(ui::View& view, ui::Rect place) const {
+void TestScreen::expectPlaced(ui::View& view, ui::Rect place) const {
   constexpr double tolerance = 0.5;
   const auto actual = window->boundsOf(view);
   EXPECT_NEAR(actual.origin.x, place.origin.x, tolerance);

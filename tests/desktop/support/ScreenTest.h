@@ -10,16 +10,17 @@
 
 namespace VorselKelp::desktop {
 
-/// A test with a real window on the display that the test program runs on.
-class ScreenTest : public testing::Test {
- protected:
+/// A real window on the display that the test program runs on, with hands and eyes.
+class TestScreen {
+ public:
   static constexpr double width = 390;
   static constexpr double height = 312;
 
-  void SetUp() override;
+  TestScreen();
 
   /// Opens the window with this view in it and waits until it has been drawn.
   void show(const std::shared_ptr<ui::View>& view);
+  void show(const std::shared_ptr<ui::ViewController>& controller);
   /// Lets the toolkit work until `done` answers true; fails after 20 seconds.
   static void waitUntil(const std::function<bool()>& done);
   /// Lets the toolkit draw what changed.
@@ -33,5 +34,7 @@ class ScreenTest : public testing::Test {
 
   std::shared_ptr<DesktopWindow> window;
 };
+
+class ScreenTest : public testing::Test, protected TestScreen {};
 
 }  // namespace VorselKelp::desktop

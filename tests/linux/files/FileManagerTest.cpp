@@ -77,6 +77,50 @@ TEST_F(FileManagerTest, AWriteThatFailsLeavesWhatWasThere) {
   EXPECT_EQ(filesIn(folder_.path()), 1u) << "nothing half written stays behind";
 }
 
+TEST_F(FileManagerTest, AFileInPiecesIsThereWholeOnceItIsCommitted) {
+  const auto files = manager();
+  const auto path = folder_ / "new/name";
+  {
+    const auto dropped = files->makeWriter(folder_ / "new");
+    ASSERT_TRUE(dropped && (*dropped)->append("half"));
+    EXPECT_FALSE(files->fileExists(path));
+  }
+  EXPECT_EQ(filesIn(folder_ / "new"), 0u);
+  ASSERT_TRUE(files->writeFile(path, "old and longer"));
+  auto writer = files->makeWriter(folder_ / "new");
+  ASSERT_TRUE(writer && (*writer)->append("abc") && (*writer)->append(std::string("\0d", 2)));
+  EXPECT_EQ(*(*writer)->read(1, 2), "bc");
+  EXPECT_EQ(*(*writer)->read(4, 100), "d");
+  EXPECT_EQ(*(*writer)->read(6, 1), "");
+  ASSERT_TRUE((*writer)->append("e")) << "reading moves nothing";
+  EXPECT_EQ(*files->readFile(path, 100), "old and longer");
+  ASSERT_TRUE((*writer)->commit(path));
+  *writer = nullptr;
+  EXPECT_EQ(*files->readFile(path, 100), std::string("abc\0de", 6));
+  EXPECT_EQ(filesIn(folder_ / "new"), 1u);
+
+  writer = files->makeWriter(folder_ / "new");
+  ASSERT_TRUE(writer && (*writer)->append("x"));
+  EXPECT_FALSE((*writer)->commit(folder_ / "new"));
+  EXPECT_FALSE(files->makeWriter(path)) << "a file is no folder";
+  EXPECT_FALSE(files->makeWriter("new"));
+}
+
+TEST_F(FileManagerTest, AFileWithAPieceMissingIsNeverCommitted) {
+  ChildProcess child([this] {
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit{1000, RLIM_INFINITY};
+    auto writer = manager()->makeWriter(folder_.path());
+    const bool refused = ::setrlimit(RLIMIT_FSIZE, &limit) == 0 && writer && (*writer)->append("first") &&
+                         !(*writer)->append(std::string(5000, 'x'));
+    limit.rlim_cur = RLIM_INFINITY;
+    return refused && ::setrlimit(RLIMIT_FSIZE, &limit) == 0 && !(*writer)->append("last") &&
+           !(*writer)->read(0, 5) && !(*writer)->commit(folder_ / "f");
+  });
+  EXPECT_TRUE(child.succeeded());
+  EXPECT_FALSE(manager()->fileExists(folder_ / "f"));
+}
+
 TEST_F(FileManagerTest, WhatCannotBeReadOrWrittenIsAnError) {
   using namespace std::string_literals;
   const auto files = manager();

@@ -1,10 +1,15 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <random>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "VorselKelpLinux/PixbufImageDecoder.h"
+#include "linux/support/ChildProcess.h"
 #include "linux/support/PictureFiles.h"
 
 namespace VorselKelp::testing_support {
@@ -55,6 +60,74 @@ TEST(ImageDecoderTest, TellsFormatAndSizeOfSmallAndLargePictures) {
     EXPECT_EQ(info->width, picture.width);
     EXPECT_EQ(info->height, picture.height);
     EXPECT_FALSE(decoder->inspect(picture.bytes, 5));
+  }
+}
+
+TEST(ImageDecoderTest, APictureInPiecesIsReadNoFurtherThanItsSize) {
+  const auto decoder = linux_platform::makeImageDecoder();
+  // A JPEG is known at its scan, and comments without end may stand before that.
+  std::string late = jpeg(3, 2);
+  const auto scan = late.find("\xff\xda");
+  const std::string comment = std::string("\xff\xfe\xff\xff", 4) + std::string(65'533, 'c');
+  for (int i = 0; i < 40; ++i) late.insert(scan, comment);
+  late += std::string(1 << 20, 'x');
+  std::size_t at = 0;
+  const auto next = [&] {
+    const auto piece = std::string_view(late).substr(std::min(at, late.size()), 50'000);
+    at += piece.size();
+    return piece;
+  };
+  const auto info = decoder->inspectPieces(next, 6);
+  ASSERT_TRUE(info) << info.error().description;
+  EXPECT_EQ(info->width * 10 + info->height, 32);
+  EXPECT_GT(at, 40 * comment.size());
+  EXPECT_LT(at, 41 * comment.size());
+  at = late.size();
+  EXPECT_FALSE(decoder->inspectPieces(next, 6)) << "no pieces at all";
+}
+
+TEST(ImageDecoderTest, WhatStandsBeforeThePixelsDoesNotMatter) {
+  const auto decoder = linux_platform::makeImageDecoder();
+  std::string photo = jpeg(3, 2);
+  photo.insert(2, std::string("\xff\xe0\0\x10JFIF\0\1\1\0\0\1\0\1\0\0\xff\xff\xff\xfe\0\2??\xff\0", 29));
+  std::string drawing = png(3, 2);
+  drawing.insert(33, pngChunk("tEXt", "a\xff\xd8 IDAT") + pngChunk("gAMA", std::string("\0\0\xb1\x8f", 4)));
+  for (const auto* picture : {&photo, &drawing}) {
+    for (const std::size_t size : {std::size_t{1}, std::size_t{3}, picture->size()}) {
+      std::string_view rest = *picture;
+      const auto next = [&] {
+        const auto piece = rest.substr(0, size);
+        rest.remove_prefix(piece.size());
+        return piece;
+      };
+      const auto info = decoder->inspectPieces(next, 6);
+      ASSERT_TRUE(info) << size << ": " << info.error().description;
+      EXPECT_EQ(info->width * 10 + info->height, 32);
+    }
+  }
+}
+
+TEST(ImageDecoderTest, CommentsWithoutEndNeedNoMemory) {
+  const std::string comment = std::string("\xff\xfe\xff\xff", 4) + std::string(65'533, 'c');
+  const std::string text = pngChunk("tEXt", "k" + std::string(1, '\0') + std::string(60'000, 't'));
+  for (const auto& [beginning, piece] :
+       {std::pair(jpeg(3, 2).substr(0, 2), comment), {png(3, 2).substr(0, 33), text}}) {
+    ChildProcess child([&] {
+      const auto decoder = linux_platform::makeImageDecoder();
+      (void)decoder->inspect(beginning + piece, noLimit);  // loads the libraries
+      rusage before{}, after{};
+      ::getrusage(RUSAGE_SELF, &before);
+      int left = 1000;
+      bool first = true;
+      const auto next = [&]() -> std::string_view {
+        if (std::exchange(first, false)) return beginning;
+        return left-- > 0 ? std::string_view(piece) : std::string_view();
+      };
+      const bool refused = !decoder->inspectPieces(next, noLimit);
+      ::getrusage(RUSAGE_SELF, &after);
+      return refused && left < 0 && after.ru_maxrss - before.ru_maxrss < 10'000;
+    });
+    EXPECT_TRUE(child.succeeded()) << beginning.size();
   }
 }
 

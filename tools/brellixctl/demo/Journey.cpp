@@ -7,6 +7,7 @@
 #include "VorselKelpLinux/NotificationRecords.h"
 #include "VorselKelpLinux/StoreListing.h"
 #include "brellixctl/PlainText.h"
+#include "brellixctl/TextFile.h"
 
 namespace brellixctl {
 
@@ -87,6 +88,7 @@ bool Journey::deliver() {
   const auto outcome = push(plan_.target, request);
   if (!outcome) return note("push", false, outcome.error().description);
   end(Lane::serviceExtension, *outcome);
+  noteShown(*outcome);
   const auto& content = outcome->shown.content;
   bool ok = note("push", outcome->extension == "answered" && content.body.starts_with("Gusts"),
                  "the service extension prepared \"" + content.title + "\" (" + outcome->extension + ")");
@@ -99,6 +101,24 @@ bool Journey::deliver() {
   ok = ok && note("buttons", outcome->actions.size() == 2, "two buttons are registered: Follow and No");
   ok = ok && expect("impression tracker", "GET", "/track/impression?id=storm", "the impression was tracked");
   return ok;
+}
+
+/// The notification as the user sees it.
+void Journey::noteShown(const PushOutcome& outcome) {
+  const auto& content = outcome.shown.content;
+  std::string detail = content.body;
+  for (const auto& action : outcome.actions) detail += "  [" + action.title + "]";
+  std::vector<std::string> pictures;
+  for (const auto& attachment : content.attachments) {
+    if (auto bytes = readTextFile(attachment.path)) pictures.push_back(*std::move(bytes));
+  }
+  record_.add({Lane::user,
+               std::nullopt,
+               "sees \"" + content.title + "\"",
+               std::move(detail),
+               {},
+               std::move(pictures),
+               true});
 }
 
 bool Journey::open() {
@@ -145,6 +165,7 @@ bool Journey::lookAround() {
   bool ok = note("badge", plan_.target.device().badge() == 1, "the icon shows one unread notification");
   begin(Lane::application, "starts the application again, near a beacon");
   auto request = launchRequest();
+  request.pictures.clear();
   request.beacons = {std::string("enter:") + beacon};
   request.calls = {R"(track=[{"article":"storm"}])", "sendTrack=[]", "updateScheduler=[]"};
   const auto outcome = launch(plan_.target, request);

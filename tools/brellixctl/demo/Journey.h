@@ -51,6 +51,7 @@ class Journey {
   void begin(Lane lane, const std::string& what);
   template <class Outcome>
   void end(Lane lane, const Outcome& outcome);
+  void noteShown(const PushOutcome& outcome);
   bool waits(const std::string& identifier);
   bool expect(const char* step, const char* method, const std::string& path, const std::string& what);
   bool expectBody(const char* step, const std::string& path, const std::string& text,

@@ -42,10 +42,45 @@ void JourneyRecord::add(Happening happening) {
   happenings_.push_back(std::move(happening));
 }
 
+namespace {
+
+/// What a request is for, in words.
+const char* purposeOf(const std::string& path) {
+  struct Purpose {
+    const char* beginning;
+    const char* words;
+  };
+  constexpr Purpose purposes[]{
+      {"/tag/", "fetches its remote configuration"},
+      {"/v2/activity", "reports what the application did"},
+      {"/v2/users", "registers the device and its token"},
+      {"/v2/mobile.js", "fetches the script of the permission page"},
+      {"/track/view", "tells that the notification was prepared for showing"},
+      {"/track/impression", "tells that a message was shown"},
+      {"/track/click", "tells that a message was opened"},
+      {"/images/", "fetches a picture"},
+      {"/articles/", "fetches the page that the notification leads to"},
+      {"/v1/display/", "asks for an ad"},
+      {"/ad/impression", "tells that the ad was shown"},
+      {"/?cat=", "tells the publisher about the permission"},
+  };
+  for (const auto& [beginning, words] : purposes) {
+    if (path.starts_with(beginning)) return words;
+  }
+  return "";
+}
+
+}  // namespace
+
 void JourneyRecord::noteRequest(const collection_server::ReceivedRequest& request) {
   const std::lock_guard lock(mutex_);
-  happenings_.push_back(
-      {actor_, Lane::server, request.method + " " + request.path, {}, request.body, {}, true});
+  happenings_.push_back({actor_,
+                         Lane::server,
+                         request.method + " " + request.path,
+                         purposeOf(request.path),
+                         request.body,
+                         {},
+                         true});
 }
 
 void JourneyRecord::noteStore(Lane lane, const JSONAny& values) {

@@ -41,6 +41,7 @@ header p { margin: 0 0 10px; color: #46535f; }
 .card p { margin: 3px 0 0; font-weight: 400; color: #46535f; }
 .arrow { position: relative; margin: 4px 0; padding: 6px 18px 6px 10px; border-bottom: 2px solid #2f6fab;
   color: #1d4f7e; font: 12.5px/1.35 ui-monospace, monospace; overflow-wrap: anywhere; }
+.arrow span { margin-left: 10px; color: #6b7885; font: 12.5px system-ui, sans-serif; }
 .arrow::after { content: ""; position: absolute; right: 0; bottom: -6px; border: 5px solid transparent;
   border-left: 9px solid #2f6fab; }
 details { margin-top: 4px; font-weight: 400; }
@@ -100,9 +101,14 @@ std::string base64(std::string_view bytes) {
   return text;
 }
 
-std::string folded(const std::string& text, const char* what) {
+constexpr std::string_view valuesWord = "the values";
+
+std::string folded(const std::string& text, std::string_view what) {
   if (text.empty()) return {};
-  return std::string("<details><summary>") + what + "</summary><pre>" +
+  constexpr std::size_t shortText = 700;
+  const char* open =
+      text.size() <= shortText && what == valuesWord ? "<details open><summary>" : "<details><summary>";
+  return std::string(open) + std::string(what) + "</summary><pre>" +
          escaped(VorselKelp::linux_platform::lossyText(text)) + "</pre></details>";
 }
 
@@ -124,12 +130,13 @@ std::string cardOf(const Happening& happening) {
     html += "<img alt=\"" + escaped(happening.title) + "\" src=\"data:image/png;base64," + base64(picture) +
             "\">";
   }
-  return html + folded(happening.text, said ? "what it wrote" : "the values") + "</div>\n";
+  return html + folded(happening.text, said ? "what it wrote" : valuesWord) + "</div>\n";
 }
 
 std::string arrowOf(const Happening& happening) {
   return "<div class=\"arrow\" style=\"" + column(happening.lane, *happening.to) + "\">" +
-         escaped(happening.title) + folded(happening.text, "the body") + "</div>\n";
+         escaped(happening.title) + "<span>" + escaped(happening.detail) + "</span>" +
+         folded(happening.text, "the body") + "</div>\n";
 }
 
 }  // namespace

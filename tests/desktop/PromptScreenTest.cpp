@@ -1,0 +1,98 @@
+#include "kellp/KellpTest.h"
+#include "prompt/PromptPage.h"
+#include "prompt/VorselKellpCustomNotificationView.h"
+#include "screen/DesktopPresenter.h"
+#include "support/ScreenTest.h"
+#include "web/DesktopWebView.h"
+
+namespace VorselKelp {
+namespace {
+
+struct EngineViews final : platform::WebViews {
+  std::shared_ptr<ui::WebView> makeWebView(ui::WebViewConfiguration configuration, ui::Rect frame) override {
+    auto view = std::make_shared<desktop::DesktopWebView>(
+        std::move(configuration), std::make_shared<desktop::Activity>([] {}),
+        [this](desktop::DesktopWebView&, const std::shared_ptr<void>&) { ++loaded; });
+    view->frame = frame;
+    last = view;
+    return view;
+  }
+  std::weak_ptr<desktop::DesktopWebView> last;
+  int loaded = 0;
+};
+
+/// The publisher's page in the real engine, over an application that is green.
+class PromptScreenTest : public KellpTest, protected desktop::TestScreen {
+ protected:
+  PromptScreenTest() {
+    root_->view()->backgroundColor = ui::Color{0, 0.5019607843, 0, 1};
+    show(root_);
+    app_.platform()->endpoints.script = "http://127.0.0.1:59999";  // nobody serves there: no script comes
+    app_.platform()->webViews = views_;
+    app_.platform()->viewPresenter = std::make_shared<desktop::DesktopPresenter>(window, root_);
+  }
+
+  /// Presents the page with this stored configuration and waits until it has been loaded.
+  void present(const std::string& configuration) {
+    const auto context = CoreContext::current("a test");
+    context->storage.set(StorageKey::autoConfiguration, configuration);
+    app_.platform()->viewPresenter->present(
+        std::make_shared<VorselKellpCustomNotificationView>(context, [this] { ++agreed_; }), root_, false);
+    waitUntil([&] { return views_->loaded > 0; });
+  }
+  /// For scripts that take the page away, and with it the answer.
+  void run(const std::string& script) {
+    views_->last.lock()->evaluateJavaScript(script, [](const Result<JSONAny>&) {});
+  }
+  bool shown() const { return root_->presentedViewController() != nullptr; }
+  JSONAny evaluate(const std::string& script) {
+    std::optional<Result<JSONAny>> value;
+    views_->last.lock()->evaluateJavaScript(script,
+                                            [&](Result<JSONAny> result) { value = std::move(result); });
+    waitUntil([&] { return value.has_value(); });
+    return value->ok() ? **value : JSONAny("error: " + value->error().description);
+  }
+
+  std::shared_ptr<ui::ViewController> root_ = std::make_shared<ui::ViewController>();
+  std::shared_ptr<EngineViews> views_ = std::make_shared<EngineViews>();
+  int agreed_ = 0;
+};
+
+TEST_F(PromptScreenTest, ShowsTheApplicationBehindItAndHearsTheAnswer) {
+  present(R"({"push_config":{"prompts":[{"prompt":"page"}]}})");
+  waitUntil([&] { return pixel(200, 200) == "#008000"; });
+  EXPECT_EQ(evaluate("_VSPC.push_config.prompts[0].prompt"), JSONAny("page"));
+  run("var e = new Event('pns.htmlOK'); e.vsData = {choice: 1}; window.dispatchEvent(e); null");
+  waitUntil([&] { return !shown(); });
+  EXPECT_EQ(agreed_, 1);
+}
+
+TEST_F(PromptScreenTest, TakesARefusal) {
+  present("{}");
+  run("console.log('chatter', {a: 1}); window.dispatchEvent(new Event('pns.htmlCancel')); null");
+  waitUntil([&] { return !shown(); });
+  EXPECT_EQ(agreed_, 0);
+}
+
+TEST_F(PromptScreenTest, KeepsAHostileConfigurationInItsPlace) {
+  present(
+      R"({"a":"</script><script>window.broken=1</script><!--<script>","b":"<!-- AUTOCONF <iframe src=x>"})");
+  EXPECT_EQ(evaluate("typeof window.broken"), JSONAny("undefined"));
+  EXPECT_EQ(evaluate("_VSPC.a"), JSONAny("</script><script>window.broken=1</script><!--<script>"));
+  EXPECT_EQ(evaluate("_VSPC.b"), JSONAny("<!-- AUTOCONF <iframe src=x>"));
+  EXPECT_EQ(evaluate("document.querySelectorAll('iframe').length"), JSONAny(std::int64_t{0}));
+
+  // An iframe is not the page: it can neither answer for it nor take it down.
+  evaluate(R"(var f = document.createElement('iframe'); f.srcdoc =
+    '<script>try { webkit.messageHandlers.JSBridge.postMessage("{\\"event\\":\\"pns.ok\\"}") } catch (e) {}' +
+    ';parent.tried = 1<\/script>'; document.body.append(f); null)");
+  waitUntil([&] { return evaluate("window.tried || 0") == JSONAny(std::int64_t{1}); });
+  EXPECT_TRUE(shown());
+  EXPECT_EQ(agreed_, 0);
+  run("window.webkit.messageHandlers.JSBridge.postMessage('x'.repeat(5000000)); null");
+  waitUntil([&] { return !shown(); });
+  EXPECT_EQ(agreed_, 0) << "a huge message is no agreement";
+}
+
+}  // namespace
+}  // namespace VorselKelp

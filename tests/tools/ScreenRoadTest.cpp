@@ -1,0 +1,108 @@
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+#include "tools/ToolFixture.h"
+
+namespace VorselKelp::tool_tests {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+class ScreenRoadTest : public ToolTest {
+ protected:
+  /// The toolkit of the programs with windows keeps its fonts and themes to the end.
+  ScreenRoadTest() { ::setenv("ASAN_OPTIONS", "detect_leaks=0", 1); }
+  ~ScreenRoadTest() override { ::unsetenv("ASAN_OPTIONS"); }
+
+  /// A campaign of two messages at the test's server. `members` goes into the payload.
+  std::string campaign(const std::string& members = R"(,"isMultiple":true)") {
+    const auto message = [&](const std::string& name) {
+      return R"({"t":"Title )" + name + R"(","i":[")" + url_ + "/track/seen?id=" + name +
+             R"("],"o":{"body":"Body )" + name + R"(","image":")" + url_ + "/images/" + name +
+             R"(.png","data":{"url":"https://news.example/)" + name + R"(","t":[")" + url_ +
+             "/track/click?id=" + name + R"("]}}})";
+    };
+    return payload("campaign.json", R"({"aps":{"alert":{"title":"Two"}},"p":[)" + message("a") + "," +
+                                        message("b") + "]" + members + "}");
+  }
+  bool requested(const std::string& path) {
+    const auto all = requests();
+    return std::any_of(all.begin(), all.end(),
+                       [&](const auto& request) { return request.find(path) != std::string::npos; });
+  }
+};
+
+TEST_F(ScreenRoadTest, ShowPagesAndOpensACarousel) {
+  startServer();
+  ASSERT_EQ(run({"push", campaign(), "--id", "c"}).status, 0);
+  const auto first = run({"show", "c"}).json();
+  EXPECT_EQ(at(first, "position") + at(first, "title") + at(first, "body"), "0Title aBody a");
+  EXPECT_EQ(at(first, "image"), url_ + "/images/a.png");
+  EXPECT_EQ(at(first, "arrows") + at(first, "opened"), "truenull");
+  EXPECT_FALSE(requested("/track/seen")) << "the first message was counted when it was delivered";
+
+  const auto opened = run({"show", "c", "--do", "right,right,left,open"}).json();
+  EXPECT_EQ(at(opened, "position") + at(opened, "opened"), "1https://news.example/b");
+  EXPECT_TRUE(requested("/track/seen?id=b"));
+  EXPECT_TRUE(requested("/track/click?id=b"));
+  EXPECT_EQ(run({"show", "c", "--do", "up"}).status, 2);
+  EXPECT_EQ(run({"show", "nobody"}).status, 1);
+}
+
+TEST_F(ScreenRoadTest, ShowSurvivesAnExtensionThatStops) {
+  startServer();
+  ASSERT_EQ(run({"push", campaign(""), "--id", "c"}).status, 0);
+  const auto shown = run({"show", "c"});
+  EXPECT_EQ(shown.status, 0);
+  EXPECT_THAT(shown.errors, HasSubstr("The content extension stopped: Fatal error: "));
+  EXPECT_THAT(shown.errors, HasSubstr("isMultiple"));
+  EXPECT_EQ(at(shown.json(), "position"), "null");
+}
+
+TEST_F(ScreenRoadTest, LaunchAnswersThePublishersPage) {
+  const auto document = payload("prompting.json", R"({"push_config":{"prompts":[{"prompt":"page"}]}})");
+  startServer({"--document", document});
+  const auto refused = run({"launch", "--answer", "allow", "--prompt", "cancel"});
+  EXPECT_EQ(at(refused.json(), "authorisation"), "notDetermined");
+  const auto agreed = run({"launch", "--answer", "allow", "--prompt", "ok"});
+  EXPECT_EQ(at(agreed.json(), "authorisation"), "authorized") << agreed.errors;
+  EXPECT_THAT(at(agreed.json(), "console"), HasSubstr("pns.ok"));
+  EXPECT_EQ(run({"launch", "--prompt", "maybe"}).status, 2);
+}
+
+TEST_F(ScreenRoadTest, DemoWritesItselfDown) {
+  const auto report = folder_ / "report.html";
+  const auto demo = run({"demo", "--report", report});
+  EXPECT_EQ(demo.status, 0) << demo.output << demo.errors;
+  std::stringstream page;
+  page << std::ifstream(report).rdbuf();
+  for (const char* text :
+       {"Service extension", "GET /tag/k-123.json", "vs_autoconf", "taps the notification"}) {
+    EXPECT_THAT(page.str(), HasSubstr(text));
+  }
+  EXPECT_THAT(page.str(), Not(HasSubstr("src=\"http"))) << "the page must stand alone";
+  EXPECT_EQ(run({"demo", "--report", "/nowhere/at/all.html"}).status, 1);
+}
+
+/// Only where the programs with windows are built.
+TEST_F(ScreenRoadTest, ShowDrawsAPictureOnADisplayOfItsOwn) {
+  if (!std::filesystem::exists(std::filesystem::path(BRELLIXCTL).parent_path() / "news_content_desktop")) {
+    GTEST_SKIP() << "built without windows";
+  }
+  startServer();
+  ASSERT_EQ(run({"push", campaign(), "--id", "c"}).status, 0);
+  const auto picture = folder_ / "carousel.png";
+  const auto shown = run({"show", "c", "--do", "right", "--png", picture});
+  EXPECT_EQ(shown.status, 0) << shown.errors;
+  EXPECT_EQ(at(shown.json(), "position"), "1");
+  std::ifstream file(picture, std::ios::binary);
+  std::string start(24, '\0');
+  file.read(start.data(), 24);
+  EXPECT_EQ(start.substr(1, 3), "PNG");
+  EXPECT_EQ(static_cast<unsigned char>(start[18]) * 256 + static_cast<unsigned char>(start[19]), 390);
+}
+
+}  // namespace
+}  // namespace VorselKelp::tool_tests
