@@ -135,6 +135,11 @@ int runTap(const CommonOptions& common, const TapRequest& request) {
   return perform(common, [&](const Target& target) { return tap(target, request); });
 }
 
+int runNotify(const CommonOptions& common, TapRequest request) {
+  request.onDesktop = true;
+  return runTap(common, request);
+}
+
 int runShow(const CommonOptions& common, const ShowRequest& request) {
   return perform(common, [&](const Target& target) { return show(target, request); });
 }

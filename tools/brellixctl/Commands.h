@@ -40,6 +40,8 @@ int runServe(const CommonOptions& common, const ServeOptions& options);
 int runLaunch(const CommonOptions& common, const LaunchRequest& request);
 int runPush(const CommonOptions& common, const PushRequest& request);
 int runShow(const CommonOptions& common, const ShowRequest& request);
+/// Shows the notification on the user's own desktop and hands on what the user does with it there.
+int runNotify(const CommonOptions& common, TapRequest request);
 int runTap(const CommonOptions& common, const TapRequest& request);
 int runStore(const CommonOptions& common);
 /// `advance`: seconds by which the device's clock is moved on first; what is due then is delivered.

@@ -77,8 +77,10 @@ struct TapRequest {
   std::string identifier;
   std::optional<std::string> action;  ///< a button's identifier; absent for the notification itself
   bool handle = true;
-  std::string pictures;              ///< as for a launch
+  bool onDesktop = false;  ///< shows it on the desktop of the user at this machine, who taps it there
+  std::string pictures;    ///< as for a launch
   std::shared_ptr<Display> display;  ///< as for a launch
+  double timeLimit = 20;
 };
 
 struct TapOutcome {

@@ -13,8 +13,6 @@ namespace device = VorselKelp::linux_platform;
 
 namespace {
 
-constexpr double timeLimit = 20;
-
 bool hasButton(device::SimulatedDevice& simulated, const platform::NotificationContent& content,
                const std::string& action) {
   if (action == platform::defaultActionIdentifier || action == platform::dismissActionIdentifier) return true;
@@ -45,16 +43,29 @@ Result<TapOutcome> tap(const Target& target, const TapRequest& request) {
   }
   ChildCommand command;
   command.program = "news_app";
-  command.timeLimit = timeLimit;
-  command.arguments = {"--home", target.homePath, "--app", target.manifestPath, "--tap", request.identifier};
+  command.timeLimit = request.timeLimit;
+  command.arguments = {"--home",
+                       target.homePath,
+                       "--app",
+                       target.manifestPath,
+                       request.onDesktop ? "--notify" : "--tap",
+                       request.identifier,
+                       "--time-limit",
+                       std::to_string(request.timeLimit)};
   if (request.action) command.arguments.insert(command.arguments.end(), {"--action", *request.action});
   if (!request.handle) command.arguments.push_back("--no-handle");
   if (!request.pictures.empty()) {
     command.arguments.insert(command.arguments.end(), {"--pictures", request.pictures});
   }
-  if (request.display) {
+  auto display = request.display;
+  if (request.onDesktop && !display) {
+    auto found = Display::find();
+    if (!found) return found.error();
+    display = *std::move(found);
+  }
+  if (display) {
     command.program = "news_app_desktop";
-    command.environment = request.display->environment();
+    command.environment = display->environment();
   }
   auto child = runChild(command);
   if (!child) return child.error();

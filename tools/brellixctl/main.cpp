@@ -24,6 +24,7 @@ class CommandLine {
     addPush();
     addTap();
     addShow();
+    addNotify();
     addInspection();
     addLint();
   }
@@ -114,6 +115,13 @@ class CommandLine {
     open->add_flag("--no-handle", noHandle_, "The application opens the link itself");
   }
 
+  void addNotify() {
+    auto* told = add("notify", "Show a delivered notification on this desktop, and pass on the tap",
+                     [this] { return runNotify(common_, notify_); });
+    told->add_option("ID", notify_.identifier, "The notification's identifier")->required();
+    addTimeLimit(told, notify_.timeLimit);
+  }
+
   void addShow() {
     auto* shown = add("show", "The content extension's carousel of a delivered notification",
                       [this] { return runShow(common_, show_); });
@@ -172,6 +180,7 @@ class CommandLine {
   LaunchRequest launch_;
   PushRequest push_;
   TapRequest tap_;
+  TapRequest notify_;
   ShowRequest show_;
   LintRequest lint_;
   std::string schema_;

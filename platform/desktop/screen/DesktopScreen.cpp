@@ -1,7 +1,10 @@
 #include "VorselKelpDesktop/DesktopScreen.h"
 
+#include <cstdlib>
 #include <utility>
 
+#include "VorselKelpDesktop/BusNotifications.h"
+#include "VorselKelpDesktop/LauncherBadge.h"
 #include "screen/DesktopPresenter.h"
 #include "screen/DesktopWindow.h"
 #include "screen/FrameLink.h"
@@ -79,21 +82,48 @@ class DesktopScreen final : public linux_platform::ProcessScreen {
         std::make_shared<DesktopWebViews>(setting.loop, activity_, setting.promptAnswer, setting.picture);
     services.inAppBrowser =
         std::make_shared<PageSheetBrowser>(window_, setting.loop, activity_, setting.picture);
+    if (setting.kind == linux_platform::ProcessKind::application) joinSession(setting, services);
     return services;
   }
 
   [[nodiscard]] bool visible() const override { return window_ != nullptr; }
-  bool drawn() override { return !window_ || (window_->mapped() && window_->settled() && activity_->idle()); }
+  bool drawn() override {
+    if (!window_) return true;
+    const bool told = (!notifications_ || notifications_->idle()) && (!badge_ || badge_->idle());
+    return window_->mapped() && window_->settled() && activity_->idle() && told;
+  }
   Status writePicture(const std::string& path) override {
     if (!window_) return Error{"The screen is not open"};
     window_->flush();
     return window_->writePicture(path);
   }
-  void close() override { window_ = nullptr; }
+  void close() override {
+    notifications_ = nullptr;
+    badge_ = nullptr;
+    window_ = nullptr;
+  }
 
  private:
+  /// A session without a bus shows neither notifications nor badges; the window does without.
+  void joinSession(const Setting& setting, Services& services) {
+    const char* bus = std::getenv("DBUS_SESSION_BUS_ADDRESS");
+    if (bus == nullptr || *bus == '\0') return;
+    const auto& identifier = setting.manifest.bundleIdentifier;
+    badge_ = makeLauncherBadge(identifier, setting.loop);
+    services.badge = [badge = badge_](std::int64_t value) { badge->setBadge(value); };
+    if (!setting.responded) return;
+    notifications_ = makeBusNotifications({identifier, identifier, {}, {}}, setting.loop, setting.responded);
+    services.notify = [notifications = notifications_](platform::NotificationRequest request,
+                                                       platform::NotificationCategory category,
+                                                       platform::UniqueFunction<void(Status)> answer) {
+      notifications->show(std::move(request), std::move(category), std::move(answer));
+    };
+  }
+
   std::shared_ptr<DesktopWindow> window_;
   std::shared_ptr<Activity> activity_;
+  std::shared_ptr<BusNotifications> notifications_;
+  std::shared_ptr<LauncherBadge> badge_;
 };
 
 }  // namespace

@@ -67,7 +67,11 @@ class RunningApplication final : public DeviceApplication,
     });
   }
   void unregisterForRemoteNotifications() override { device_->unregisterForRemoteNotifications(); }
-  void setBadge(std::int64_t value) override { device_->setBadge(value); }
+  void setBadge(std::int64_t value) override {
+    device_->setBadge(value);
+    if (shownBadge_) shownBadge_(value);
+  }
+  void showBadgeWith(std::function<void(std::int64_t)> show) override { shownBadge_ = std::move(show); }
 
   BackgroundTask beginBackgroundTask(const std::string&, platform::UniqueFunction<void()> expired) override {
     const std::lock_guard lock(mutex_);
@@ -114,6 +118,7 @@ class RunningApplication final : public DeviceApplication,
   const std::shared_ptr<platform::MainQueue> mainQueue_;
   const std::function<void(Result<std::string>)> registered_;
   std::function<void(const std::string&)> opened_;
+  std::function<void(std::int64_t)> shownBadge_;
   ObserverList<LifeCycleObserver> lifeCycle_;
   ObserverList<ScreenObserver> screens_;
   std::mutex mutex_;

@@ -33,9 +33,19 @@ ApplicationRun::ApplicationRun(ProcessOptions options, Manifest manifest, Applic
 
 Result<std::shared_ptr<platform::Platform>> ApplicationRun::makeServices() {
   ProcessScreen::Setting setting{
-      manifest_, ProcessKind::application, {manifest_.screenWidth, manifest_.screenHeight},
-      loop_,     rootController_,          options_.promptAnswer,
-      nullptr};
+      .manifest = manifest_,
+      .kind = ProcessKind::application,
+      .size = {manifest_.screenWidth, manifest_.screenHeight},
+      .loop = loop_,
+      .root = rootController_,
+      .promptAnswer = options_.promptAnswer,
+      .picture = nullptr,
+      .responded =
+          [this](const platform::NotificationResponse& response) {
+            responded_ = true;
+            handOver(response, true);
+          },
+  };
   if (!options_.pictures.empty()) {
     setting.picture = [taker = PictureTaker{screen_, channel_, options_.pictures}](const std::string& name) {
       taker.take(name);
@@ -44,6 +54,7 @@ Result<std::shared_ptr<platform::Platform>> ApplicationRun::makeServices() {
   auto screen = screen_.open(std::move(setting));
   if (!screen) return screen.error();
   presenter_ = screen->viewPresenter;
+  notify_ = std::move(screen->notify);
   device_.device = std::make_shared<SimulatedDevice>(home_, manifest_.bundleIdentifier);
   device_.notificationCenter = makeNotificationCenter(device_.device, loop_, options_.answer);
   device_.application = makeApplication(
@@ -56,6 +67,7 @@ Result<std::shared_ptr<platform::Platform>> ApplicationRun::makeServices() {
         }
       },
       [channel = channel_](const std::string& url) { channel->send("opened", url); });
+  if (screen->badge) device_.application->showBadgeWith(std::move(screen->badge));
   device_.location = makeLocation(loop_);
   ProcessServices services;
   services.device = device_.device;
@@ -88,12 +100,16 @@ int ApplicationRun::run(const std::vector<PreparedCall>& calls) {
   int status = 0;
   if (options_.tap) {
     status = respond(*options_.tap);
+  } else if (!options_.notify.empty()) {
+    status = notify(options_.notify);
   } else {
     start(calls);
   }
   end();
   services = nullptr;
   presenter_ = nullptr;
+  notify_ = nullptr;
+  device_.application->showBadgeWith(nullptr);
   leaveCore(*loop_);
   screen_.close();
   return status;
@@ -160,13 +176,40 @@ int ApplicationRun::respond(const ProcessOptions::Tap& tap) {
     return 1;
   }
   const auto action = tap.action.value_or(std::string(platform::defaultActionIdentifier));
-  delegate_.didReceive({std::move(*request), action}, tap.handle,
-                       [channel = channel_](const std::optional<std::string>& text) {
-                         channel->send("completion", text ? JSONAny(*text) : JSONAny());
-                       });
+  handOver({std::move(*request), action}, tap.handle);
   if (!settle()) standardErrorLines()("The application's time ended before its work did");
   // Not before: the response names the files that go with the notification.
   device_.device->noteTapped(tap.identifier);
+  return 0;
+}
+
+void ApplicationRun::handOver(const platform::NotificationResponse& response, bool handle) {
+  delegate_.didReceive(response, handle, [channel = channel_](const std::optional<std::string>& text) {
+    channel->send("completion", text ? JSONAny(*text) : JSONAny());
+  });
+}
+
+int ApplicationRun::notify(const std::string& identifier) {
+  const auto fail = [](const std::string& reason) {
+    standardErrorLines()(reason);
+    return 1;
+  };
+  const auto request = device_.device->tappable(identifier);
+  if (!request) return fail("The device holds no notification \"" + identifier + "\"");
+  if (!notify_) return fail("There is no desktop session to show the notification in");
+  platform::NotificationCategory category{request->content.categoryIdentifier, {}, false};
+  for (auto& known : device_.device->categories()) {
+    if (known.identifier == category.identifier) category = std::move(known);
+  }
+  const auto problem = std::make_shared<std::string>();  // the answer may come when nobody waits any more
+  notify_(*request, std::move(category), [problem](const Status& shown) {
+    if (!shown) *problem = shown.error().description;
+  });
+  const auto over = [&] { return !problem->empty() || (responded_ && session_->idle() && screen_.drawn()); };
+  const bool inTime = loop_->run(over, deadline_);
+  if (!problem->empty()) return fail(*problem);
+  if (!inTime) standardErrorLines()("The user did nothing with the notification");
+  if (responded_) device_.device->noteTapped(identifier);
   return 0;
 }
 

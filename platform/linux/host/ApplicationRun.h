@@ -47,6 +47,8 @@ class ApplicationRun final : public ApplicationProcess {
   Result<std::shared_ptr<platform::Platform>> makeServices();
   void start(const std::vector<PreparedCall>& calls);
   int respond(const ProcessOptions::Tap& tap);
+  int notify(const std::string& identifier);
+  void handOver(const platform::NotificationResponse& response, bool handle);
   void call(const PreparedCall& prepared, std::size_t number);
   void feedBeacons();
   bool settle();
@@ -64,6 +66,8 @@ class ApplicationRun final : public ApplicationProcess {
   const std::shared_ptr<ui::ViewController> rootController_;
   DeviceSide device_;
   std::shared_ptr<platform::ViewPresenter> presenter_;
+  decltype(ProcessScreen::Services::notify) notify_;
+  bool responded_ = false;  ///< to what was shown on the desktop
 };
 
 }  // namespace VorselKelp::linux_platform

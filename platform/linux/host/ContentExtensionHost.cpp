@@ -77,8 +77,14 @@ class ContentRun {
               ui::Size size) {
     if (!controller || !controller->view()) return Error{"The content extension has no controller to show"};
     controller->view()->frame = ui::Rect{{0, 0}, size};
-    auto opened = screen_.open(
-        {manifest_, ProcessKind::contentExtension, size, loop_, controller, PromptAnswer::none, nullptr});
+    auto opened = screen_.open({.manifest = manifest_,
+                                .kind = ProcessKind::contentExtension,
+                                .size = size,
+                                .loop = loop_,
+                                .root = controller,
+                                .promptAnswer = PromptAnswer::none,
+                                .picture = nullptr,
+                                .responded = nullptr});
     if (!opened) return opened.error();
     services.screen = std::move(opened->screen);
     services.viewPresenter = std::move(opened->viewPresenter);

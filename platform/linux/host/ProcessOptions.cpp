@@ -81,6 +81,7 @@ std::optional<bool> setOption(ProcessOptions& options, std::string_view name, st
                         : name == "--app"         ? &options.manifest
                         : name == "--payload"     ? &options.payload
                         : name == "--id"          ? &options.identifier
+                        : name == "--notify"      ? &options.notify
                         : name == "--script-host" ? &options.scriptHost
                         : name == "--png"         ? &options.png
                         : name == "--pictures"    ? &options.pictures

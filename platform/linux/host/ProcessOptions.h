@@ -29,6 +29,7 @@ struct ProcessOptions {
   std::vector<std::pair<std::string, std::string>> calls;  ///< name and JSON text
   std::vector<BeaconEvent> beacons;
   std::optional<Tap> tap;
+  std::string notify;  ///< a notification to show on the desktop; empty: none
   PromptAnswer promptAnswer = PromptAnswer::none;
   std::string scriptHost;         ///< in place of the manifest's; empty: the manifest's
   std::string pictures;           ///< a folder for pictures of the screens; empty: none are taken

@@ -81,6 +81,8 @@ class ApplicationDelegate {
 ///   --pictures DIR                   pictures of the permission page and the browser, where there is a
 ///   window
 ///   --tap ID [--action A] [--no-handle]   no start: the user taps this notification
+///   --notify ID                      no start: this notification is shown on the desktop, and the process
+///                                    waits for what the user does with it
 ///   --time-limit S                   its work ends then, if not before (default 20)
 ///   --channel FD                     reports as JSON lines to this descriptor; without it the console is
 ///   stdout

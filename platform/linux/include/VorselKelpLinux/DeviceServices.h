@@ -43,6 +43,8 @@ class DeviceApplication : public platform::Application {
   virtual void terminate() = 0;
   /// The system's patience with background tasks ends.
   virtual void expireBackgroundTasks() = 0;
+  /// Badges are shown by this as well, on any thread. Before the first one.
+  virtual void showBadgeWith(std::function<void(std::int64_t)> show) = 0;
   virtual void screenAppeared() = 0;
   virtual void screenDisappeared() = 0;
 };

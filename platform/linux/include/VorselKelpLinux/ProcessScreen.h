@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -26,6 +27,8 @@ class ProcessScreen {
     PromptAnswer promptAnswer = PromptAnswer::none;
     /// Asks for a picture of what is shown now, under this name; does nothing where none are wanted.
     std::function<void(const std::string& name)> picture;
+    /// The user did something with a notification that was shown outside the window.
+    std::function<void(platform::NotificationResponse)> responded;
   };
   struct Services {
     std::shared_ptr<platform::Screen> screen;
@@ -33,6 +36,13 @@ class ProcessScreen {
     std::shared_ptr<platform::WebViews> webViews;
     /// Null where pages are not shown: then they are only told.
     std::shared_ptr<platform::InAppBrowser> inAppBrowser;
+    /// Shows a notification outside the window, with the buttons of its category; null where nobody would see
+    /// it. `answer` says once whether it is shown.
+    std::function<void(platform::NotificationRequest, platform::NotificationCategory,
+                       platform::UniqueFunction<void(Status)> answer)>
+        notify;
+    /// Shows the badge outside the window; null where nobody would see it.
+    std::function<void(std::int64_t)> badge;
   };
 
   virtual ~ProcessScreen() = default;
@@ -43,7 +53,8 @@ class ProcessScreen {
   virtual Result<Services> open(Setting setting) = 0;
   /// Whether something is to be seen, so that pictures can be taken.
   [[nodiscard]] virtual bool visible() const = 0;
-  /// Whether what changed last has been laid out and drawn, and no page is being loaded or answered.
+  /// Whether what changed last has been laid out and drawn, no page is being loaded or answered, and nothing
+  /// is on its way to the desktop.
   virtual bool drawn() = 0;
   /// What is shown now, as a PNG file.
   virtual Status writePicture(const std::string& path) = 0;
