@@ -10,6 +10,7 @@
 #include "screen/FrameLink.h"
 #include "screen/GtkWaiter.h"
 #include "screen/PageSheet.h"
+#include "screen/PermissionSheet.h"
 #include "web/DesktopWebView.h"
 
 namespace VorselKelp::desktop {
@@ -82,7 +83,10 @@ class DesktopScreen final : public linux_platform::ProcessScreen {
         std::make_shared<DesktopWebViews>(setting.loop, activity_, setting.promptAnswer, setting.picture);
     services.inAppBrowser =
         std::make_shared<PageSheetBrowser>(window_, setting.loop, activity_, setting.picture);
-    if (setting.kind == linux_platform::ProcessKind::application) joinSession(setting, services);
+    if (setting.kind == linux_platform::ProcessKind::application) {
+      services.permissionDialog = permissionDialog(setting);
+      joinSession(setting, services);
+    }
     return services;
   }
 
@@ -104,6 +108,31 @@ class DesktopScreen final : public linux_platform::ProcessScreen {
   }
 
  private:
+  linux_platform::PermissionDialog permissionDialog(const Setting& setting) {
+    return [weak = std::weak_ptr(window_), activity = activity_, loop = setting.loop,
+            picture = setting.picture, name = setting.manifest.bundleIdentifier](
+               linux_platform::DialogAnswer answer, const std::function<void(bool)>& answered) {
+      const auto window = weak.lock();
+      if (!window) return;
+      const auto shown = std::make_shared<std::weak_ptr<PermissionSheet>>();
+      const auto sheet = std::make_shared<PermissionSheet>(
+          name, [weak, shown, answered, busy = activity->begin()](bool allowed) {
+            const auto closed = shown->lock();
+            if (const auto open = weak.lock(); open && closed) open->remove(*closed);
+            answered(allowed);
+          });
+      *shown = sheet;
+      (void)sheet->view();
+      window->push(sheet);
+      if (answer == linux_platform::DialogAnswer::none) return;
+      loop->asyncAfter(picture ? paintingSeconds : 0, [shown, picture, answer] {
+        if (picture) picture("dialog");
+        if (const auto open = shown->lock())
+          open->button(answer == linux_platform::DialogAnswer::allow)->tap();
+      });
+    };
+  }
+
   /// A session without a bus shows neither notifications nor badges; the window does without.
   void joinSession(const Setting& setting, Services& services) {
     const char* bus = std::getenv("DBUS_SESSION_BUS_ADDRESS");

@@ -45,9 +45,9 @@ class Center final : public DeviceNotificationCenter, public std::enable_shared_
       dialogShown = !waiting_.empty();
       waiting_.push_back(std::move(answer));
     }
-    if (dialogShown || answer_ == DialogAnswer::none) return;
+    if (dialogShown || (answer_ == DialogAnswer::none && !dialog_)) return;
     mainQueue_->async([weak = weak_from_this()] {
-      if (const auto self = weak.lock()) self->userAnswers();
+      if (const auto self = weak.lock()) self->showDialog();
     });
   }
 
@@ -96,14 +96,22 @@ class Center final : public DeviceNotificationCenter, public std::enable_shared_
     device_->removeDelivered(identifiers);
   }
 
+  void showDialogWith(PermissionDialog dialog) override { dialog_ = std::move(dialog); }
+
   void dismissDialog() override {
     for (auto& answer : takeWaiting())
       answer(false, Error{"the user has not answered the permission dialog"});
   }
 
  private:
-  void userAnswers() {
-    const bool allowed = answer_ == DialogAnswer::allow;
+  void showDialog() {
+    if (!dialog_) return userAnswers(answer_ == DialogAnswer::allow);
+    dialog_(answer_, [weak = weak_from_this()](bool allowed) {
+      if (const auto self = weak.lock()) self->userAnswers(allowed);
+    });
+  }
+
+  void userAnswers(bool allowed) {
     device_->setAuthorization(allowed ? AuthorizationStatus::authorized : AuthorizationStatus::denied);
     for (auto& answer : takeWaiting()) answer(allowed, std::nullopt);
   }
@@ -116,6 +124,7 @@ class Center final : public DeviceNotificationCenter, public std::enable_shared_
   const std::shared_ptr<SimulatedDevice> device_;
   const std::shared_ptr<platform::MainQueue> mainQueue_;
   const DialogAnswer answer_;
+  PermissionDialog dialog_;
   std::mutex mutex_;
   std::vector<Answer> waiting_;
   std::optional<CategoryMap> known_;

@@ -67,6 +67,9 @@ Result<std::shared_ptr<platform::Platform>> ApplicationRun::makeServices() {
         }
       },
       [channel = channel_](const std::string& url) { channel->send("opened", url); });
+  if (screen->permissionDialog) {
+    device_.notificationCenter->showDialogWith(std::move(screen->permissionDialog));
+  }
   if (screen->badge) device_.application->showBadgeWith(std::move(screen->badge));
   device_.location = makeLocation(loop_);
   ProcessServices services;
@@ -109,6 +112,7 @@ int ApplicationRun::run(const std::vector<PreparedCall>& calls) {
   services = nullptr;
   presenter_ = nullptr;
   notify_ = nullptr;
+  device_.notificationCenter->showDialogWith(nullptr);
   device_.application->showBadgeWith(nullptr);
   leaveCore(*loop_);
   screen_.close();

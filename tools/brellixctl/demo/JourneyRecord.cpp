@@ -1,5 +1,8 @@
 #include "brellixctl/demo/JourneyRecord.h"
 
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
 #include <map>
 
 #include "VorselKelpLinux/NotificationRecords.h"
@@ -18,9 +21,25 @@ std::string textOf(const JSONAny* value) {
   return text != nullptr ? *text : encodeLossy(*value);
 }
 
+double seconds(std::chrono::system_clock::time_point time) {
+  return std::chrono::duration<double>(time.time_since_epoch()).count();
+}
+
+double now() {
+  return seconds(std::chrono::system_clock::now());
+}
+
+/// When a file was written last; now when that can't be told.
+double timeOf(const std::string& file) {
+  std::error_code error;
+  const auto written = std::filesystem::last_write_time(file, error);
+  return error ? now() : seconds(std::chrono::file_clock::to_sys(written));
+}
+
 const char* captionOf(const std::string& picture) {
   static const std::map<std::string, const char*, std::less<>> captions{
       {"prompt", "The publisher's permission page, over the application"},
+      {"dialog", "The system's own question, after the user agreed on the page"},
       {"browser", "The article in the in-app browser"},
       {"presentInterstitial", "The interstitial"},
       {"closeInterstitial", "The application again, after the interstitial was closed"},
@@ -39,6 +58,7 @@ void JourneyRecord::setActor(Lane lane) {
 
 void JourneyRecord::add(Happening happening) {
   const std::lock_guard lock(mutex_);
+  if (happening.time == 0) happening.time = now();
   happenings_.push_back(std::move(happening));
 }
 
@@ -119,13 +139,23 @@ void JourneyRecord::notePictures(Lane lane, const std::vector<JSONAny>& pictures
   for (const auto& picture : pictures) {
     auto bytes = readTextFile(textOf(picture.find("file")));
     if (!bytes) continue;
-    add({lane, std::nullopt, captionOf(textOf(picture.find("name"))), {}, {}, {*std::move(bytes)}, true});
+    const auto file = textOf(picture.find("file"));
+    add({lane,
+         std::nullopt,
+         captionOf(textOf(picture.find("name"))),
+         {},
+         {},
+         {*std::move(bytes)},
+         true,
+         timeOf(file)});
   }
 }
 
 std::vector<Happening> JourneyRecord::happenings() const {
   const std::lock_guard lock(mutex_);
-  return happenings_;
+  auto ordered = happenings_;
+  std::ranges::stable_sort(ordered, {}, &Happening::time);
+  return ordered;
 }
 
 }  // namespace brellixctl

@@ -23,6 +23,7 @@ struct Happening {
   std::string text;                   ///< as it was written or sent; shown word for word
   std::vector<std::string> pictures;  ///< PNG files' bytes
   bool ok = true;
+  double time = 0;  ///< seconds since 1970; set when it is added, unless it is known
 };
 
 /// Everything that happened on the road, in order. Any thread.
@@ -39,6 +40,7 @@ class JourneyRecord {
   /// Notes the pictures that a process took: events with "name" and "file".
   void notePictures(Lane lane, const std::vector<VorselKelp::JSONAny>& pictures);
 
+  /// In the order of their times.
   [[nodiscard]] std::vector<Happening> happenings() const;
 
  private:

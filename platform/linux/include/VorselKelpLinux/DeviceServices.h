@@ -17,6 +17,10 @@ namespace VorselKelp::linux_platform {
 /// What the simulated user does when the permission dialog appears.
 enum class DialogAnswer { allow, deny, none };
 
+/// Shows the permission dialog and hands on what the user chose. `answer` is what the simulated user taps;
+/// with none a real user is waited for.
+using PermissionDialog = std::function<void(DialogAnswer answer, std::function<void(bool allowed)> answered)>;
+
 /// The notification centre of one process.
 ///
 /// setNotificationCategories writes the difference between the new set and what this process last read or
@@ -27,6 +31,9 @@ class DeviceNotificationCenter : public platform::NotificationCenter {
   /// Ends the dialog that nobody answered: whoever waits for it hears that the permission was not granted,
   /// and why. To be called when the process ends; the destructor does the same.
   virtual void dismissDialog() = 0;
+  /// The dialog is shown by this, on the main thread, instead of by nothing at all. Before the first
+  /// question.
+  virtual void showDialogWith(PermissionDialog dialog) = 0;
 };
 
 std::shared_ptr<DeviceNotificationCenter> makeNotificationCenter(

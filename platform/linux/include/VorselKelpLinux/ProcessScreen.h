@@ -6,6 +6,7 @@
 #include <string>
 
 #include "VorselKelp/platform/Platform.h"
+#include "VorselKelpLinux/DeviceServices.h"
 #include "VorselKelpLinux/EventLoop.h"
 #include "VorselKelpLinux/HeadlessScreen.h"
 #include "VorselKelpLinux/Manifest.h"
@@ -41,6 +42,8 @@ class ProcessScreen {
     std::function<void(platform::NotificationRequest, platform::NotificationCategory,
                        platform::UniqueFunction<void(Status)> answer)>
         notify;
+    /// Shows the system's permission dialog; null where there is no place for it.
+    PermissionDialog permissionDialog;
     /// Shows the badge outside the window; null where nobody would see it.
     std::function<void(std::int64_t)> badge;
   };

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "VorselKelp/ui/Button.h"
+#include "VorselKelp/ui/ViewController.h"
+
+namespace VorselKelp::desktop {
+
+/// The system's question whether an application may show notifications: a card over the whole window.
+class PermissionSheet final : public ui::ViewController {
+ public:
+  /// `answered` runs once, with what the user chose.
+  PermissionSheet(std::string application, std::function<void(bool allowed)> answered)
+      : application_(std::move(application)), answered_(std::move(answered)) {}
+
+  void viewDidLoad() override;
+  /// Null before the view is loaded.
+  [[nodiscard]] const std::shared_ptr<ui::Button>& button(bool allow) const { return allow ? allow_ : deny_; }
+
+ private:
+  void addTexts(ui::View& card);
+  void addButtons(ui::View& card);
+  std::shared_ptr<ui::Button> makeButton(const char* title, bool allowed);
+
+  const std::string application_;
+  std::function<void(bool)> answered_;
+  std::shared_ptr<ui::Button> allow_;
+  std::shared_ptr<ui::Button> deny_;
+};
+
+}  // namespace VorselKelp::desktop
