@@ -7,7 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "content_ext/Figures.h"
 #include "gif/Figures.h"
+#include "screen/Figures.h"
 #include "support/Cores.h"
 #include "support/ProcessMemory.h"
 #include "support/Table.h"
@@ -71,6 +73,14 @@ int main(int argc, char** argv) {
   lines.push_back(VorselKelp::benchmarks::serviceExtensionMemory());
   lines.push_back(VorselKelp::benchmarks::serviceExtensionImageMemory());
   lines.push_back(VorselKelp::benchmarks::gifMemory());
+  lines.push_back(VorselKelp::benchmarks::carouselPaging());
+#ifdef BENCHMARK_SCREENS
+  if (auto line = VorselKelp::benchmarks::promptMessage()) {
+    lines.push_back(*std::move(line));
+  } else {
+    std::fputs("There is no display: the permission page is not measured\n", stderr);
+  }
+#endif
   lines.push_back(VorselKelp::benchmarks::coresSideBySide());
   VorselKelp::benchmarks::printTable(lines);
   benchmark::Shutdown();

@@ -21,11 +21,13 @@ GVariant* interfaceMap(const char* interface, GVariant* properties) {
 }  // namespace
 
 std::vector<std::uint8_t> beaconFrame(std::uint8_t lastOfUUID, std::uint16_t major, std::uint16_t minor) {
-  std::vector<std::uint8_t> frame{0x02, 0x15};
-  frame.insert(frame.end(), 14, 0);
+  std::vector<std::uint8_t> frame(16);
+  frame[0] = 0x02;
+  frame[1] = 0x15;
   for (const int byte :
-       {3, static_cast<int>(lastOfUUID), major >> 8, major & 0xFF, minor >> 8, minor & 0xFF, 0xC5})
+       {3, static_cast<int>(lastOfUUID), major >> 8, major & 0xFF, minor >> 8, minor & 0xFF, 0xC5}) {
     frame.push_back(static_cast<std::uint8_t>(byte));
+  }
   return frame;
 }
 
