@@ -61,6 +61,7 @@ void FrontPage::viewDidLoad() {
 }
 
 void FrontPage::presentInterstitial(const std::string& adId, platform::ViewPresenter& presenter) {
+  closeInterstitial();
   ad_ = InterstitialAD::create(adId);
   const auto controller = ad_->interstitialController();
   controller->modalPresentationStyle = ui::PresentationStyle::overFullScreen;

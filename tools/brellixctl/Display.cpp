@@ -3,11 +3,12 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -34,7 +35,9 @@ std::string readNumber(int descriptor) {
   std::string text;
   while (!text.ends_with('\n')) {
     pollfd wait{descriptor, POLLIN, 0};
-    if (::poll(&wait, 1, startMilliseconds) <= 0) return {};
+    const int ready = ::poll(&wait, 1, startMilliseconds);
+    if (ready < 0 && errno == EINTR) continue;
+    if (ready <= 0) return {};
     std::array<char, 16> buffer{};
     const auto got = ::read(descriptor, buffer.data(), buffer.size());
     if (got <= 0 || text.size() > 16) return {};
@@ -44,17 +47,33 @@ std::string readNumber(int descriptor) {
   return text;
 }
 
-int spawnServer(int numbers, pid_t& process) {
-  const std::array<const char*, 10> arguments{"Xvfb",        "-displayfd", "3",   "-screen",  "0",
-                                              "900x1200x24", "-nolisten",  "tcp", "-noreset", nullptr};
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-  posix_spawn_file_actions_adddup2(&actions, numbers, numberDescriptor);
-  const int code = ::posix_spawnp(&process, "Xvfb", &actions, nullptr,
-                                  const_cast<char* const*>(arguments.data()), environ);
-  posix_spawn_file_actions_destroy(&actions);
+/// Starts the server, which goes when this process does, however it goes. Answers an error number.
+int startProcess(int numbers, pid_t& process) {
+  // Written by the new process if it can't become the server.
+  std::array<int, 2> failure{};
+  if (::pipe2(failure.data(), O_CLOEXEC) != 0) return errno;
+  const pid_t parent = ::getpid();
+  process = ::fork();
+  if (process == 0) {
+    ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+    if (::getppid() != parent) ::_exit(1);
+    const int nowhere = ::open("/dev/null", O_WRONLY);
+    ::dup2(nowhere, STDOUT_FILENO);
+    ::dup2(nowhere, STDERR_FILENO);
+    ::dup2(numbers, numberDescriptor);
+    ::execlp("Xvfb", "Xvfb", "-displayfd", "3", "-screen", "0", "900x1200x24", "-nolisten", "tcp", "-noreset",
+             static_cast<char*>(nullptr));
+    const int code = errno;
+    (void)!::write(failure[1], &code, sizeof code);
+    ::_exit(127);
+  }
+  int code = process < 0 ? errno : 0;
+  ::close(failure[1]);
+  if (process > 0 && ::read(failure[0], &code, sizeof code) == sizeof code) {
+    ::waitpid(process, nullptr, 0);
+    process = -1;
+  }
+  ::close(failure[0]);
   return code;
 }
 
@@ -68,6 +87,11 @@ bool Display::programsBuilt() {
   std::error_code error;
   const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
   return !error && std::filesystem::exists(self.parent_path() / "news_content_desktop", error);
+}
+
+Result<std::shared_ptr<Display>> Display::users() {
+  if (!present()) return Error{"There is no display to open a window on; set DISPLAY"};
+  return find();
 }
 
 Result<std::shared_ptr<Display>> Display::find() {
@@ -89,7 +113,7 @@ Status Display::startServer() {
   const int numbers = ::fcntl(ends[1], F_DUPFD_CLOEXEC, 10);
   ::close(ends[1]);
   pid_t process = -1;
-  const int code = spawnServer(numbers, process);
+  const int code = startProcess(numbers, process);
   ::close(numbers);
   const auto number = code == 0 ? readNumber(ends[0]) : std::string();
   ::close(ends[0]);
@@ -107,8 +131,13 @@ Status Display::startServer() {
 
 Display::~Display() {
   if (server_ <= 0) return;
-  ::kill(server_, SIGTERM);
+  ::kill(server_, SIGKILL);  // nobody else has anything on it
   ::waitpid(server_, nullptr, 0);
+  // What the server would have removed itself.
+  const auto number = environment_.empty() ? std::string() : environment_.front().second.substr(1);
+  std::error_code ignored;
+  std::filesystem::remove("/tmp/.X" + number + "-lock", ignored);
+  std::filesystem::remove("/tmp/.X11-unix/X" + number, ignored);
 }
 
 }  // namespace brellixctl

@@ -15,6 +15,8 @@ class Display {
  public:
   /// An error says what is missing for a private one.
   static VorselKelp::Result<std::shared_ptr<Display>> find();
+  /// The user's; an error when there is none.
+  static VorselKelp::Result<std::shared_ptr<Display>> users();
   /// Whether the user has a display.
   static bool present();
   /// Whether the programs with windows were built.

@@ -76,6 +76,12 @@ Result<LaunchOutcome> launch(const Target& target, const LaunchRequest& request)
   const auto scripts = serveScript(request, command);
   if (!scripts) return scripts.error();
   auto display = request.display;
+  if (request.window) {
+    auto found = Display::users();
+    if (!found) return found.error();
+    display = *std::move(found);
+    command.arguments.push_back("--stay");
+  }
   // The publisher's page is answered in a real engine wherever one can be shown.
   if (!display && !request.prompt.empty() && Display::present() && Display::programsBuilt()) {
     display = std::make_shared<Display>();
@@ -89,7 +95,7 @@ Result<LaunchOutcome> launch(const Target& target, const LaunchRequest& request)
   if (child->stopReason) return Error{"The application stopped: " + *child->stopReason};
   if (child->exitStatus != 0) {
     const auto reason =
-        child->errorLines.empty() ? "The application could not start" : child->errorLines.front();
+        child->errorLines.empty() ? "The application could not start" : child->errorLines.back();
     return Error{reason, child->exitStatus == wrongUsage ? wrongUsage : 0};
   }
   LaunchOutcome outcome;

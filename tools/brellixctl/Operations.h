@@ -40,6 +40,7 @@ struct LaunchRequest {
   std::string script;    ///< a file: the prompt script; empty: the one at the manifest's host
   std::string pictures;  ///< a folder for pictures of the screens; empty: none
   std::shared_ptr<Display> display;  ///< where the application has its window; null: it has none
+  bool window = false;               ///< on the user's display, until the user closes it
   double timeLimit = 20;
 };
 
@@ -100,6 +101,7 @@ struct ShowRequest {
   std::string png;                   ///< a file for a picture in the end; empty: none
   std::string pictures;              ///< a folder for a picture after each act; empty: none
   std::shared_ptr<Display> display;  ///< null: a window only where a picture is wanted
+  bool window = false;               ///< on the user's display, until the user closes it
   double timeLimit = 30;
 };
 

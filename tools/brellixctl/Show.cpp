@@ -25,8 +25,9 @@ Result<ShowOutcome> show(const Target& target, const ShowRequest& request) {
   add("--png", request.png);
   add("--pictures", request.pictures);
   auto display = request.display;
-  if (!display && !request.png.empty()) {
-    auto found = Display::find();
+  if (request.window) command.arguments.push_back("--stay");
+  if (!display && (request.window || !request.png.empty())) {
+    auto found = request.window ? Display::users() : Display::find();
     if (!found) return found.error();
     display = *std::move(found);
   }
@@ -47,7 +48,7 @@ Result<ShowOutcome> show(const Target& target, const ShowRequest& request) {
     outcome.errorLines.push_back("The content extension stopped: " + *child->stopReason);
   } else if (child->exitStatus != 0) {
     const auto reason =
-        outcome.errorLines.empty() ? "The content extension could not start" : outcome.errorLines.front();
+        outcome.errorLines.empty() ? "The content extension could not start" : outcome.errorLines.back();
     return Error{reason, child->exitStatus == wrongUsage ? wrongUsage : 0};
   }
   return outcome;

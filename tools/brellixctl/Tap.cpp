@@ -75,7 +75,7 @@ Result<TapOutcome> tap(const Target& target, const TapRequest& request) {
     return Error{"The application stopped: " + *child->stopReason};
   }
   if (child->exitStatus != 0) {
-    return Error{child->errorLines.empty() ? "The application could not start" : child->errorLines.front()};
+    return Error{child->errorLines.empty() ? "The application could not start" : child->errorLines.back()};
   }
   TapOutcome outcome;
   outcome.completion = child->firstOf("completion");

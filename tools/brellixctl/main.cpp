@@ -82,6 +82,8 @@ class CommandLine {
         ->check(CLI::IsMember({"allow", "deny"}));
     start->add_option("--prompt", launch_.prompt, "What the user answers on the publisher's permission page")
         ->check(CLI::IsMember({"ok", "cancel"}));
+    start->add_flag("--window", launch_.window,
+                    "In a window that stays until it is closed, or the time ends");
     start->add_option("--script", launch_.script, "Serve this file as that page's script")->type_name("FILE");
     start->add_option("--call", launch_.calls, "Call a public operation with a JSON list; may be repeated")
         ->type_name("NAME=JSON")
@@ -129,6 +131,7 @@ class CommandLine {
     shown->add_option("--do", show_.acts, "What the user does: right, left and open, with commas between")
         ->type_name("ACTS");
     shown->add_option("--png", show_.png, "Write a picture of the area in the end")->type_name("FILE");
+    shown->add_flag("--window", show_.window, "In a window that stays until it is closed, or the time ends");
     addTimeLimit(shown, show_.timeLimit);
   }
 

@@ -48,7 +48,9 @@ class DesktopWebViews final : public platform::WebViews,
                          busy = std::move(busy)] {
       if (picture) picture("prompt");
       const auto shown = weak.lock();
-      if (!shown || choice == linux_platform::PromptAnswer::none) return;
+      if (!shown) return;
+      // A real user takes the time that it takes.
+      if (choice == linux_platform::PromptAnswer::none) return shown->keepBusy(busy);
       const std::string event = choice == linux_platform::PromptAnswer::ok ? "pns.htmlOK" : "pns.htmlCancel";
       shown->evaluateJavaScript("window.dispatchEvent(new Event('" + event + "'));null",
                                 [busy](const Result<JSONAny>&) {});
@@ -74,6 +76,10 @@ class DesktopScreen final : public linux_platform::ProcessScreen {
     if (!gtk_init_check()) return Error{"There is no display to open a window on; set DISPLAY"};
     window_ = std::make_shared<DesktopWindow>(setting.manifest.bundleIdentifier, setting.size.width,
                                               setting.size.height);
+    window_->whenLeft([this, loop = setting.loop] {
+      left_ = true;
+      loop->wake();
+    });
     window_->show(setting.root);
     activity_ = std::make_shared<Activity>([loop = setting.loop] { loop->wake(); });
     Services services;
@@ -92,10 +98,11 @@ class DesktopScreen final : public linux_platform::ProcessScreen {
 
   [[nodiscard]] bool visible() const override { return window_ != nullptr; }
   bool drawn() override {
-    if (!window_) return true;
+    if (!window_ || left_) return true;
     const bool told = (!notifications_ || notifications_->idle()) && (!badge_ || badge_->idle());
     return window_->mapped() && window_->settled() && activity_->idle() && told;
   }
+  [[nodiscard]] bool left() const override { return left_ || !window_; }
   Status writePicture(const std::string& path) override {
     if (!window_) return Error{"The screen is not open"};
     window_->flush();
@@ -150,6 +157,7 @@ class DesktopScreen final : public linux_platform::ProcessScreen {
   }
 
   std::shared_ptr<DesktopWindow> window_;
+  bool left_ = false;  ///< the user has closed the window
   std::shared_ptr<Activity> activity_;
   std::shared_ptr<BusNotifications> notifications_;
   std::shared_ptr<LauncherBadge> badge_;

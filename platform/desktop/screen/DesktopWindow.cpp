@@ -12,6 +12,7 @@ DesktopWindow::DesktopWindow(const std::string& title, double width, double heig
   gtk_window_set_child(window_, GTK_WIDGET(stage_));
   // Which widget has the keyboard is no part of what a picture shows.
   gtk_window_set_focus_visible(window_, FALSE);
+  g_signal_connect(window_, "close-request", G_CALLBACK(&DesktopWindow::onClose), this);
   g_signal_connect_after(window_, "realize", G_CALLBACK(&DesktopWindow::onRealize), this);
 }
 
@@ -22,6 +23,13 @@ DesktopWindow::~DesktopWindow() {
   }
   while (!layers_.empty()) remove(*layers_.back().controller);
   gtk_window_destroy(window_);
+}
+
+gboolean DesktopWindow::onClose(GtkWindow* window, DesktopWindow* self) {
+  gtk_widget_set_visible(GTK_WIDGET(window), FALSE);
+  const auto left = self->left_;
+  if (left) left();
+  return TRUE;  // destroyed by its owner alone
 }
 
 void DesktopWindow::onRealize(GtkWidget* window, DesktopWindow* self) {
@@ -72,6 +80,7 @@ void DesktopWindow::remove(const ui::ViewController& controller) {
   if (layer == layers_.end()) return;
   const auto gone = std::move(*layer);
   layers_.erase(layer);
+  gone.renderer->stop();
   painted_ = false;
   if (gtk_overlay_get_child(stage_) == gone.renderer->widget()) {
     gtk_overlay_set_child(stage_, nullptr);

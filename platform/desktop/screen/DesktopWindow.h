@@ -23,6 +23,8 @@ class DesktopWindow {
   ~DesktopWindow();
 
   void show(const std::shared_ptr<ui::ViewController>& root);
+  /// `left` runs when the user closes the window, which stays until this object goes.
+  void whenLeft(std::function<void()> left) { left_ = std::move(left); }
   /// Puts the controller's view on top; its view must have been made.
   void push(const std::shared_ptr<ui::ViewController>& controller);
   void remove(const ui::ViewController& controller);
@@ -39,6 +41,7 @@ class DesktopWindow {
   Status writePicture(const std::string& path);
 
  private:
+  static gboolean onClose(GtkWindow*, DesktopWindow* self);
   static void onRealize(GtkWidget*, DesktopWindow* self);
   static void onLayout(GdkFrameClock*, DesktopWindow* self);
   static void onPaint(GdkFrameClock*, DesktopWindow* self);
@@ -52,6 +55,7 @@ class DesktopWindow {
   GtkOverlay* stage_;
   ui::Size size_;
   std::vector<Layer> layers_;
+  std::function<void()> left_;
   bool painted_ = false;  ///< the picture on the screen is what the views are
 };
 

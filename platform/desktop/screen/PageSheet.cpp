@@ -66,11 +66,13 @@ void PageSheetBrowser::present(const std::string& url) {
       [picture = picture_, queue = mainQueue_](DesktopWebView&, const std::shared_ptr<void>& busy) {
         if (picture) queue->asyncAfter(paintingSeconds, [picture, busy] { picture("browser"); });
       });
-  const auto close = [this] {
-    const auto closed = std::exchange(sheet_, nullptr);
-    if (const auto shown = window_.lock(); shown && closed) shown->remove(*closed);
+  const auto shown = std::make_shared<std::weak_ptr<Sheet>>();
+  const auto close = [weak = window_, shown] {
+    const auto closed = shown->lock();
+    if (const auto open = weak.lock(); open && closed) open->remove(*closed);
   };
   sheet_ = std::make_shared<Sheet>(url, close, std::move(page));
+  *shown = sheet_;
   (void)sheet_->view();
   window->push(sheet_);
   sheet_->viewDidAppear(true);

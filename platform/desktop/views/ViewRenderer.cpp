@@ -41,7 +41,7 @@ ViewRenderer::ViewRenderer(std::shared_ptr<ui::View> root, std::function<void()>
     : root_(std::move(root)), changed_(std::move(changed)) {}
 
 ViewRenderer::~ViewRenderer() {
-  root_->setObserver({});
+  stop();
   if (idle_ != 0) g_source_remove(idle_);
 }
 
@@ -49,6 +49,10 @@ void ViewRenderer::start() {
   root_->setObserver(weak_from_this());
   nodeOf(*root_);
   build(*root_);
+}
+
+void ViewRenderer::stop() {
+  if (!std::exchange(stopped_, true)) root_->setObserver({});
 }
 
 ViewNode& ViewRenderer::nodeOf(ui::View& view) {
@@ -188,7 +192,10 @@ void ViewRenderer::takeFrames(ui::View& view) {
     const auto node = nodes_.find(child.get());
     if (node == nodes_.end()) continue;
     graphene_rect_t bounds;
-    if (gtk_widget_compute_bounds(node->second->widget(), nodes_.at(&view)->widget(), &bounds)) {
+    // A widget that was not placed yet has no size; its view keeps the frame that it was given.
+    auto* widget = node->second->widget();
+    const bool placed = gtk_widget_get_width(widget) > 0 || gtk_widget_get_height(widget) > 0;
+    if (placed && gtk_widget_compute_bounds(widget, nodes_.at(&view)->widget(), &bounds)) {
       takeFrame(*child, {{bounds.origin.x, bounds.origin.y}, {bounds.size.width, bounds.size.height}});
     }
     takeFrames(*child);
@@ -205,7 +212,10 @@ void ViewRenderer::flush() {
   auto* rootWidget = widget();
   const ui::Size size{static_cast<double>(gtk_widget_get_width(rootWidget)),
                       static_cast<double>(gtk_widget_get_height(rootWidget))};
-  if (size == ui::Size{}) return;
+  if (size == ui::Size{}) {
+    if (root_->hidden) layoutPending_ = false;  // laid out when it is shown
+    return;
+  }
   takeFrame(*root_, {root_->frame.get().origin, size});
   takeFrames(*root_);
   if (std::exchange(layoutPending_, false)) root_->performLayout();

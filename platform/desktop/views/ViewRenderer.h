@@ -22,6 +22,8 @@ class ViewRenderer final : public ui::ViewObserver, public std::enable_shared_fr
 
   /// Builds the widgets; once, right after it was made.
   void start();
+  /// Hears of no change any more: somebody else is about to show the tree.
+  void stop();
   /// The root's widget, the renderer's for as long as it lives.
   [[nodiscard]] GtkWidget* widget() const { return nodes_.at(root_.get())->widget(); }
   [[nodiscard]] bool pending() const { return layoutPending_ || !restructured_.empty(); }
@@ -59,6 +61,7 @@ class ViewRenderer final : public ui::ViewObserver, public std::enable_shared_fr
   std::unordered_set<ui::View*> restructured_;
   bool layoutPending_ = true;
   bool settingFrames_ = false;
+  bool stopped_ = false;
   guint idle_ = 0;
 };
 

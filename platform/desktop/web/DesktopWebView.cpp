@@ -119,6 +119,8 @@ void DesktopWebView::beginLoad() {
     add(bridge_.shim(names), true, nullptr);
   }
   for (const auto& script : configuration_.userScripts) add(script.source, script.mainFrameOnly, nullptr);
+  if (timeout_ != 0) g_source_remove(std::exchange(timeout_, 0));
+  started_ = false;
   loading_ = activity_->begin();
 }
 
@@ -129,7 +131,6 @@ void DesktopWebView::loadHTMLString(const std::string& html, const std::optional
 
 void DesktopWebView::load(const std::string& url, double timeout) {
   beginLoad();
-  if (timeout_ != 0) g_source_remove(timeout_);
   timeout_ = g_timeout_add(
       static_cast<guint>(timeout * 1000),
       [](gpointer data) -> gboolean {
@@ -162,14 +163,17 @@ void DesktopWebView::endLoad(const Error* error) {
 }
 
 void DesktopWebView::onLoad(WebKitWebView*, WebKitLoadEvent event, DesktopWebView* self) {
+  if (event == WEBKIT_LOAD_STARTED) self->started_ = true;
   if (event == WEBKIT_LOAD_COMMITTED && self->timeout_ != 0) {
     g_source_remove(std::exchange(self->timeout_, 0));  // the page has answered
   }
-  if (event == WEBKIT_LOAD_FINISHED) self->endLoad(nullptr);
+  // What ends before this load has started is the one that it took the place of.
+  if (event == WEBKIT_LOAD_FINISHED && self->started_) self->endLoad(nullptr);
 }
 
 gboolean DesktopWebView::onFailure(WebKitWebView*, WebKitLoadEvent, const char*, GError* error,
                                    DesktopWebView* self) {
+  if (g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED)) return TRUE;
   const Error failure{error->message, error->code};
   self->endLoad(&failure);
   return TRUE;  // no page of the engine's about it

@@ -31,6 +31,8 @@ class DesktopWebView final : public WidgetWebView {
   void load(const std::string& url, double timeout) override;
   void evaluateJavaScript(const std::string& script, std::function<void(Result<JSONAny>)> answer) override;
 
+  /// Keeps the screen busy for as long as this view is there.
+  void keepBusy(std::shared_ptr<void> busy) { waiting_ = std::move(busy); }
   [[nodiscard]] bool hears(const std::string& name) const;
 
  private:
@@ -54,7 +56,9 @@ class DesktopWebView final : public WidgetWebView {
   const TopFrameBridge bridge_ = TopFrameBridge::make();
   ObjectPtr<WebKitUserContentManager> content_;
   WebKitWebView* view_;
+  std::shared_ptr<void> waiting_;
   std::shared_ptr<void> loading_;  ///< set while a page is being loaded
+  bool started_ = false;           ///< the load under way is the one that the engine speaks of
   guint timeout_ = 0;
 };
 

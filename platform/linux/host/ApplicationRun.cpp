@@ -109,13 +109,16 @@ int ApplicationRun::run(const std::vector<PreparedCall>& calls) {
     start(calls);
   }
   end();
+  // What is shown holds the core.
+  screen_.close();
+  if (const auto shown = rootController_->presentedViewController()) shown->unlink();
+  rootController_ = nullptr;
   services = nullptr;
   presenter_ = nullptr;
   notify_ = nullptr;
   device_.notificationCenter->showDialogWith(nullptr);
   device_.application->showBadgeWith(nullptr);
   leaveCore(*loop_);
-  screen_.close();
   return status;
 }
 
@@ -145,6 +148,7 @@ void ApplicationRun::start(const std::vector<PreparedCall>& calls) {
     }
   }
   if (!inTime) standardErrorLines()("The application's time ended before its work did");
+  if (options_.stay) loop_->run([&] { return screen_.left() && session_->idle(); }, deadline_);
   application.resignActive();
   application.enterBackground();
   settle();

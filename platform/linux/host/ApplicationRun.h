@@ -63,7 +63,7 @@ class ApplicationRun final : public ApplicationProcess {
   const std::shared_ptr<EventLoop> loop_;
   const std::shared_ptr<EventChannel> channel_;
   const std::shared_ptr<CountedURLSession> session_;
-  const std::shared_ptr<ui::ViewController> rootController_;
+  std::shared_ptr<ui::ViewController> rootController_;
   DeviceSide device_;
   std::shared_ptr<platform::ViewPresenter> presenter_;
   decltype(ProcessScreen::Services::notify) notify_;

@@ -1,5 +1,7 @@
 #include "host/CarouselHand.h"
 
+#include "VorselKelpLinux/LineSink.h"
+
 namespace VorselKelp::linux_platform {
 namespace {
 
@@ -24,11 +26,14 @@ std::shared_ptr<VorselNotificationView> CarouselHand::carousel() const {
 
 void CarouselHand::perform(const std::string& act) {
   const auto shown = carousel();
-  if (!shown) return;
+  if (!shown) return standardErrorLines()("The notification shows no carousel: nothing to touch");
   const auto& button = act == "right"  ? std::static_pointer_cast<ui::Button>(shown->rightButton)
                        : act == "left" ? std::static_pointer_cast<ui::Button>(shown->leftButton)
                                        : shown->conversionButton;
-  if (button->superview() != nullptr) return button->tap();
+  if (button->superview() != nullptr) {
+    if (!button->hearsTaps()) standardErrorLines()("There is no arrow to touch");
+    return button->tap();
+  }
   const char* action = act == "right" ? "next" : act == "left" ? "prev" : "open";
   extension_.didReceive(platform::NotificationResponse{request_, action});
 }

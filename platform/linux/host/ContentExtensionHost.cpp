@@ -49,14 +49,16 @@ class ContentRun {
     VorselKellp::install(services);
     extension.willStart(manifest_);
     const auto size = extension.preferredContentSize(notification);
-    const auto controller = extension.makeController(std::make_shared<ReportingContext>(channel_));
+    auto controller = extension.makeController(std::make_shared<ReportingContext>(channel_));
     auto status = show(*services, controller, size);
     if (status) status = act(notification, controller);
     channel_->send("ended", true);
     session_->close();
+    // What is shown holds the core.
+    screen_.close();
+    controller = nullptr;
     services = nullptr;
     leaveCore(*loop_);
-    screen_.close();
     return status;
   }
 
@@ -114,6 +116,7 @@ class ContentRun {
       if (act != "open") picture("carousel-" + std::to_string(number));
     }
     if (!inTime) standardErrorLines()("The content extension's time ended before its work did");
+    if (options_.stay) loop_->run([&] { return screen_.left() && session_->idle(); }, deadline_);
     channel_->send("carousel", hand.describe());
     return options_.png.empty() ? Status(Done{}) : screen_.writePicture(options_.png);
   }

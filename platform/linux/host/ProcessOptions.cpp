@@ -35,6 +35,7 @@ bool setNumber(ProcessOptions& options, std::string_view name, std::string_view 
 }
 
 bool setActs(ProcessOptions& options, std::string_view value) {
+  if (value.ends_with(',')) return false;
   while (!value.empty()) {
     const auto act = value.substr(0, value.find(','));
     if (act != "right" && act != "left" && act != "open") return false;
@@ -116,6 +117,10 @@ Result<ProcessOptions> readOptions(int argc, const char* const* argv) {
   ProcessOptions options;
   for (int i = 1; i < argc; ++i) {
     const std::string name = argv[i];
+    if (name == "--stay") {
+      options.stay = true;
+      continue;
+    }
     if (name == "--no-handle") {
       tapOf(options).handle = false;
       continue;

@@ -15,6 +15,7 @@ class HeadlessScreen final : public ProcessScreen {
   }
   [[nodiscard]] bool visible() const override { return false; }
   bool drawn() override { return true; }
+  [[nodiscard]] bool left() const override { return true; }
   Status writePicture(const std::string&) override { return Error{"Nothing is shown here: no picture"}; }
   void close() override {}
 };

@@ -137,11 +137,13 @@ bool Journey::open() {
 }
 
 bool Journey::browse() {
+  begin(Lane::serviceExtension, "gets a campaign of three stories");
   PushRequest pushed;
   pushed.payloadPath = plan_.carousel;
   pushed.identifier = campaign;
   const auto delivered = push(plan_.target, pushed);
   if (!delivered) return note("campaign", false, delivered.error().description);
+  noteShown(*delivered);
   begin(Lane::contentExtension, "opens a campaign's area, pages on, and taps the second story");
   ShowRequest request;
   request.identifier = campaign;

@@ -100,16 +100,17 @@ void JourneyRecord::noteRequest(const collection_server::ReceivedRequest& reques
                          purposeOf(request.path),
                          request.body,
                          {},
-                         true});
+                         true,
+                         request.time});
 }
 
 void JourneyRecord::noteStore(Lane lane, const JSONAny& values) {
-  const auto* now = values.as<JSONAny::Dictionary>();
-  if (now == nullptr) return;
+  const auto* held = values.as<JSONAny::Dictionary>();
+  if (held == nullptr) return;
   const std::lock_guard lock(mutex_);
   const JSONAny before(stored_);
   std::string changes;
-  for (const auto& [key, value] : *now) {
+  for (const auto& [key, value] : *held) {
     const auto* old = before.find(key);
     if (old != nullptr && *old == value) continue;
     changes += (old != nullptr ? "~ " : "+ ") + key + " = " + encodeLossy(value) + "\n";
@@ -117,7 +118,7 @@ void JourneyRecord::noteStore(Lane lane, const JSONAny& values) {
   for (const auto& [key, value] : stored_) {
     if (values.find(key) == nullptr) changes += "- " + key + "\n";
   }
-  stored_ = *now;
+  stored_ = *held;
   if (changes.empty()) return;
   happenings_.push_back({lane,
                          std::nullopt,
@@ -125,7 +126,8 @@ void JourneyRecord::noteStore(Lane lane, const JSONAny& values) {
                          "+ new, ~ changed, - removed",
                          std::move(changes),
                          {},
-                         true});
+                         true,
+                         now()});
 }
 
 void JourneyRecord::noteConsole(Lane lane, const std::vector<JSONAny>& console) {

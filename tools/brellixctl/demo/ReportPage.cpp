@@ -64,7 +64,7 @@ stand on yellow cards. Every process that you see here really ran, and every req
 
 std::string escaped(std::string_view text) {
   std::string html;
-  for (const char c : text) {
+  for (const char c : VorselKelp::linux_platform::lossyText(text)) {
     switch (c) {
       case '&':
         html += "&amp;";
@@ -108,8 +108,12 @@ std::string folded(const std::string& text, std::string_view what) {
   constexpr std::size_t shortText = 700;
   const char* open =
       text.size() <= shortText && what == valuesWord ? "<details open><summary>" : "<details><summary>";
-  return std::string(open) + std::string(what) + "</summary><pre>" +
-         escaped(VorselKelp::linux_platform::lossyText(text)) + "</pre></details>";
+  return std::string(open) + std::string(what) + "</summary><pre>" + escaped(text) + "</pre></details>";
+}
+
+std::string imageType(std::string_view bytes) {
+  if (bytes.starts_with("GIF8")) return "image/gif";
+  return bytes.starts_with("\xff\xd8") ? "image/jpeg" : "image/png";
 }
 
 std::string column(Lane from, Lane to) {
@@ -127,8 +131,8 @@ std::string cardOf(const Happening& happening) {
                      "\">" + escaped(happening.title);
   if (!happening.detail.empty()) html += "<p>" + escaped(happening.detail) + "</p>";
   for (const auto& picture : happening.pictures) {
-    html += "<img alt=\"" + escaped(happening.title) + "\" src=\"data:image/png;base64," + base64(picture) +
-            "\">";
+    html += "<img alt=\"" + escaped(happening.title) + "\" src=\"data:" + imageType(picture) + ";base64," +
+            base64(picture) + "\">";
   }
   return html + folded(happening.text, said ? "what it wrote" : valuesWord) + "</div>\n";
 }

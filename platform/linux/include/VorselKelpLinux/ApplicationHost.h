@@ -80,6 +80,7 @@ class ApplicationDelegate {
 ///   --script-host URL                where that page's script is, in place of the manifest's "script"
 ///   --pictures DIR                   pictures of the permission page and the browser, where there is a
 ///   window
+///   --stay                           goes on until the user closes the window, or the time ends
 ///   --tap ID [--action A] [--no-handle]   no start: the user taps this notification
 ///   --notify ID                      no start: this notification is shown on the desktop, and the process
 ///                                    waits for what the user does with it

@@ -34,6 +34,7 @@ class ContentExtension {
 ///   --do right,left,open     what the user does, in order, each when the last one's requests have ended
 ///   --png FILE               a picture of the area in the end, where there is a window
 ///   --pictures DIR           a picture after each act as well
+///   --stay                   goes on until the user closes the window, or the time ends
 ///   --time-limit S           the extension's time (default 30)
 ///   --channel FD             reports as JSON lines to this descriptor; without it the console is stdout
 int runContentExtension(int argc, const char* const* argv, ContentExtension& extension);

@@ -59,6 +59,8 @@ class ProcessScreen {
   /// Whether what changed last has been laid out and drawn, no page is being loaded or answered, and nothing
   /// is on its way to the desktop.
   virtual bool drawn() = 0;
+  /// Whether the user has closed the window; the loop is woken then. Where there is none, true.
+  [[nodiscard]] virtual bool left() const = 0;
   /// What is shown now, as a PNG file.
   virtual Status writePicture(const std::string& path) = 0;
   virtual void close() = 0;
