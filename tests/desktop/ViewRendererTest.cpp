@@ -136,6 +136,19 @@ TEST_F(ViewRendererTest, RunsALayoutPassThatMaySetEverythingAgain) {
   EXPECT_EQ(view->passes, before + 1);
 }
 
+TEST_F(ViewRendererTest, OutlivesItsWindowsClosingByTheUser) {
+  show(root);
+  bool left = false;
+  window->whenLeft([&] { left = true; });
+  gtk_window_close(window->window());
+  waitUntil([&] { return left; });
+  root->backgroundColor = Color{1, 0, 0, 1};
+  add<Label>(*root);
+  window->flush();
+  EXPECT_FALSE(window->mapped());
+  EXPECT_FALSE(window->writePicture("/nowhere/picture.png").ok());
+}
+
 TEST_F(ViewRendererTest, ShowsABarWithItsButtonAndItsIndicator) {
   const auto bar = add<NavigationBar>(*root);
   const auto indicator = std::make_shared<ActivityIndicator>();

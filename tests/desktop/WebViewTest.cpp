@@ -118,6 +118,15 @@ TEST_F(WebViewTest, SaysWhyAPageDidNotCome) {
   waitUntil([&] { return !journey->asked.empty() && journey->asked.back() == "app://elsewhere"; });
 }
 
+TEST_F(WebViewTest, ALoadThatTakesAnothersPlaceEndsOnItsOwn) {
+  open();
+  page->load("http://127.0.0.1:59999/never", 30);
+  page->loadHTMLString("<title>second</title>", std::nullopt);
+  waitUntil([&] { return shown == 1; });
+  EXPECT_EQ(journey->finished, 1);
+  EXPECT_TRUE(journey->errors.empty());
+}
+
 TEST_F(WebViewTest, CallsNobodyOnceItIsGone) {
   open();
   page->loadHTMLString(

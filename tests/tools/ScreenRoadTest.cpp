@@ -82,6 +82,14 @@ TEST_F(ScreenRoadTest, DemoWritesItselfDown) {
        {"Service extension", "GET /tag/k-123.json", "vs_autoconf", "taps the notification"}) {
     EXPECT_THAT(page.str(), HasSubstr(text));
   }
+  std::size_t before = 0;
+  for (const char* next : {"starts the application for the first time", "GET /tag/k-123.json", "vs_autoconf",
+                           "is on the way when a push arrives", "/track/view?id=storm",
+                           "taps the notification", "/track/click?id=storm"}) {
+    const auto at = page.str().find(next, before);
+    ASSERT_NE(at, std::string::npos) << next << " is not where it happened";
+    before = at;
+  }
   EXPECT_THAT(page.str(), Not(HasSubstr("src=\"http"))) << "the page must stand alone";
   EXPECT_EQ(run({"demo", "--report", "/nowhere/at/all.html"}).status, 1);
 }

@@ -1,7 +1,7 @@
 #include "VorselKelpLinux/Hex.h"
 #include "VorselKelpLinux/NotificationRecords.h"
-#include "brellixctl/ChildProcess.h"
 #include "brellixctl/Operations.h"
+#include "brellixctl/TargetProcess.h"
 #include "brellixctl/TextFile.h"
 #include "collection_server/CollectionServer.h"
 
@@ -42,80 +42,66 @@ std::optional<JSONAny> resultOf(const ChildOutcome& child, std::size_t call) {
 }
 
 /// Serves the request's own prompt script, if it has one, for as long as what is returned lives.
-Result<std::unique_ptr<CollectionServer>> serveScript(const LaunchRequest& request, ChildCommand& command) {
+Result<std::unique_ptr<CollectionServer>> serveScript(const LaunchRequest& request, TargetProcess& process) {
   if (request.script.empty()) return std::unique_ptr<CollectionServer>();
   auto script = readTextFile(request.script);
   if (!script) return script.error();
   collection_server::ServerOptions options;
   options.script = *std::move(script);
   auto server = CollectionServer::start(std::move(options));
-  if (server) command.arguments.insert(command.arguments.end(), {"--script-host", (*server)->url()});
+  if (server) process.add("--script-host", (*server)->url());
   return server;
 }
 
-}  // namespace
-
-Result<LaunchOutcome> launch(const Target& target, const LaunchRequest& request) {
-  ChildCommand command;
-  command.program = "news_app";
-  command.timeLimit = request.timeLimit;
-  command.arguments = {"--home",       target.homePath,
-                       "--app",        target.manifestPath,
-                       "--time-limit", std::to_string(request.timeLimit)};
-  if (!request.answer.empty())
-    command.arguments.insert(command.arguments.end(), {"--answer", request.answer});
-  for (const auto& call : request.calls) command.arguments.insert(command.arguments.end(), {"--call", call});
-  for (const auto& event : request.beacons)
-    command.arguments.insert(command.arguments.end(), {"--beacon", event});
-  if (!request.prompt.empty()) {
-    command.arguments.insert(command.arguments.end(), {"--prompt", request.prompt});
-  }
-  if (!request.pictures.empty()) {
-    command.arguments.insert(command.arguments.end(), {"--pictures", request.pictures});
-  }
-  const auto scripts = serveScript(request, command);
-  if (!scripts) return scripts.error();
-  auto display = request.display;
-  if (request.window) {
-    auto found = Display::users();
-    if (!found) return found.error();
-    display = *std::move(found);
-    command.arguments.push_back("--stay");
-  }
+Result<std::shared_ptr<Display>> displayFor(const LaunchRequest& request) {
+  if (request.window) return Display::users();
+  if (request.display) return request.display;
   // The publisher's page is answered in a real engine wherever one can be shown.
-  if (!display && !request.prompt.empty() && Display::present() && Display::programsBuilt()) {
-    display = std::make_shared<Display>();
-  }
-  if (display) {
-    command.program = "news_app_desktop";
-    command.environment = display->environment();
-  }
-  auto child = runChild(command);
-  if (!child) return child.error();
-  if (child->stopReason) return Error{"The application stopped: " + *child->stopReason};
-  if (child->exitStatus != 0) {
-    const auto reason =
-        child->errorLines.empty() ? "The application could not start" : child->errorLines.back();
-    return Error{reason, child->exitStatus == wrongUsage ? wrongUsage : 0};
-  }
+  const bool real = !request.prompt.empty() && Display::present() && Display::programsBuilt();
+  return real ? std::make_shared<Display>() : std::shared_ptr<Display>();
+}
+
+LaunchOutcome outcomeOf(const Target& target, const LaunchRequest& request, ChildOutcome child) {
   LaunchOutcome outcome;
-  if (const auto ended = child->firstOf("ended")) {
+  if (const auto ended = child.firstOf("ended")) {
     const auto* flag = ended->find("initialised");
     outcome.initialised = flag != nullptr && flag->value == JSONAny(true).value;
   }
   auto device = target.device();
   outcome.authorisation = VorselKelp::linux_platform::authorizationWord(device.authorization());
   if (const auto token = device.remoteToken()) outcome.token = hexOf(*token);
-  outcome.delegate = child->valuesOf("delegate");
+  outcome.delegate = child.valuesOf("delegate");
   for (std::size_t call = 0; call < request.calls.size(); ++call) {
-    auto result = resultOf(*child, call);
+    auto result = resultOf(child, call);
     if (!result) outcome.complete = false;
     outcome.results.push_back(result.value_or(JSONAny()));
   }
-  outcome.pictures = child->valuesOf("picture");
-  outcome.console = child->valuesOf("console");
-  outcome.errorLines = std::move(child->errorLines);
+  outcome.pictures = child.valuesOf("picture");
+  outcome.console = child.valuesOf("console");
+  outcome.errorLines = std::move(child.errorLines);
   return outcome;
+}
+
+}  // namespace
+
+Result<LaunchOutcome> launch(const Target& target, const LaunchRequest& request) {
+  TargetProcess process(target, "news_app", request.timeLimit);
+  process.add("--answer", request.answer);
+  for (const auto& call : request.calls) process.add("--call", call);
+  for (const auto& event : request.beacons) process.add("--beacon", event);
+  process.add("--prompt", request.prompt);
+  process.add("--pictures", request.pictures);
+  if (request.window) process.addFlag("--stay");
+  const auto scripts = serveScript(request, process);
+  if (!scripts) return scripts.error();
+  auto display = displayFor(request);
+  if (!display) return display.error();
+  process.showOn(*std::move(display));
+  auto child = process.run();
+  if (!child) return child.error();
+  if (child->stopReason) return Error{"The application stopped: " + *child->stopReason};
+  if (child->exitStatus != 0) return TargetProcess::failureOf(*child, "The application");
+  return outcomeOf(target, request, *std::move(child));
 }
 
 }  // namespace brellixctl

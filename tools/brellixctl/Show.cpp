@@ -1,5 +1,5 @@
-#include "brellixctl/ChildProcess.h"
 #include "brellixctl/Operations.h"
+#include "brellixctl/TargetProcess.h"
 
 namespace brellixctl {
 
@@ -7,36 +7,36 @@ using VorselKelp::Error;
 using VorselKelp::JSONAny;
 using VorselKelp::Result;
 
+namespace {
+
+Result<std::shared_ptr<Display>> displayFor(const ShowRequest& request) {
+  if (request.window) return Display::users();
+  if (request.display || request.png.empty()) return request.display;
+  return Display::find();
+}
+
+}  // namespace
+
 Result<ShowOutcome> show(const Target& target, const ShowRequest& request) {
   auto simulated = target.device();
   if (!simulated.tappable(request.identifier)) {
     return Error{"The device holds no notification \"" + request.identifier +
                  "\"; brellixctl notifications lists what there is"};
   }
-  ChildCommand command;
-  command.program = "news_content";
-  command.timeLimit = request.timeLimit;
-  command.arguments = {"--home", target.homePath,    "--app",        target.manifestPath,
-                       "--id",   request.identifier, "--time-limit", std::to_string(request.timeLimit)};
-  const auto add = [&](const char* option, const std::string& value) {
-    if (!value.empty()) command.arguments.insert(command.arguments.end(), {option, value});
-  };
-  add("--do", request.acts);
-  add("--png", request.png);
-  add("--pictures", request.pictures);
-  auto display = request.display;
-  if (request.window) command.arguments.push_back("--stay");
-  if (!display && (request.window || !request.png.empty())) {
-    auto found = request.window ? Display::users() : Display::find();
-    if (!found) return found.error();
-    display = *std::move(found);
-  }
-  if (display) {
-    command.program = "news_content_desktop";
-    command.environment = display->environment();
-  }
-  auto child = runChild(command);
+  TargetProcess process(target, "news_content", request.timeLimit);
+  process.add("--id", request.identifier);
+  process.add("--do", request.acts);
+  process.add("--png", request.png);
+  process.add("--pictures", request.pictures);
+  if (request.window) process.addFlag("--stay");
+  auto display = displayFor(request);
+  if (!display) return display.error();
+  process.showOn(*std::move(display));
+  auto child = process.run();
   if (!child) return child.error();
+  if (!child->stopReason && child->exitStatus != 0) {
+    return TargetProcess::failureOf(*child, "The content extension");
+  }
   ShowOutcome outcome;
   outcome.carousel = child->firstOf("carousel");
   outcome.opened = child->firstOf("opened");
@@ -46,10 +46,6 @@ Result<ShowOutcome> show(const Target& target, const ShowRequest& request) {
   if (child->stopReason) {
     outcome.stopped = true;
     outcome.errorLines.push_back("The content extension stopped: " + *child->stopReason);
-  } else if (child->exitStatus != 0) {
-    const auto reason =
-        outcome.errorLines.empty() ? "The content extension could not start" : outcome.errorLines.back();
-    return Error{reason, child->exitStatus == wrongUsage ? wrongUsage : 0};
   }
   return outcome;
 }

@@ -1,7 +1,7 @@
 #include <algorithm>
 
-#include "brellixctl/ChildProcess.h"
 #include "brellixctl/Operations.h"
+#include "brellixctl/TargetProcess.h"
 
 namespace brellixctl {
 
@@ -41,42 +41,25 @@ Result<TapOutcome> tap(const Target& target, const TapRequest& request) {
     return Error{"The device holds no notification \"" + request.identifier +
                  "\"; brellixctl notifications lists what there is"};
   }
-  ChildCommand command;
-  command.program = "news_app";
-  command.timeLimit = request.timeLimit;
-  command.arguments = {"--home",
-                       target.homePath,
-                       "--app",
-                       target.manifestPath,
-                       request.onDesktop ? "--notify" : "--tap",
-                       request.identifier,
-                       "--time-limit",
-                       std::to_string(request.timeLimit)};
-  if (request.action) command.arguments.insert(command.arguments.end(), {"--action", *request.action});
-  if (!request.handle) command.arguments.push_back("--no-handle");
-  if (!request.pictures.empty()) {
-    command.arguments.insert(command.arguments.end(), {"--pictures", request.pictures});
+  TargetProcess process(target, "news_app", request.timeLimit);
+  process.add(request.onDesktop ? "--notify" : "--tap", request.identifier);
+  if (request.action) {
+    process.addFlag("--action");
+    process.addFlag(request.action->c_str());  // which may be empty
   }
-  auto display = request.display;
-  if (request.onDesktop && !display) {
-    auto found = Display::find();
-    if (!found) return found.error();
-    display = *std::move(found);
-  }
-  if (display) {
-    command.program = "news_app_desktop";
-    command.environment = display->environment();
-  }
-  auto child = runChild(command);
+  if (!request.handle) process.addFlag("--no-handle");
+  process.add("--pictures", request.pictures);
+  auto display = request.onDesktop ? Display::find() : Result<std::shared_ptr<Display>>(request.display);
+  if (!display) return display.error();
+  process.showOn(*std::move(display));
+  auto child = process.run();
   if (!child) return child.error();
   if (child->stopReason) {
     // It was tapped all the same.
     simulated.noteTapped(request.identifier);
     return Error{"The application stopped: " + *child->stopReason};
   }
-  if (child->exitStatus != 0) {
-    return Error{child->errorLines.empty() ? "The application could not start" : child->errorLines.back()};
-  }
+  if (child->exitStatus != 0) return TargetProcess::failureOf(*child, "The application");
   TapOutcome outcome;
   outcome.completion = child->firstOf("completion");
   outcome.browser = child->firstOf("browser");

@@ -31,7 +31,7 @@ ApplicationRun::ApplicationRun(ProcessOptions options, Manifest manifest, Applic
           std::make_shared<CountedURLSession>(makeURLSession(), loop_, [loop = loop_] { loop->wake(); })),
       rootController_(application.makeRootController()) {}
 
-Result<std::shared_ptr<platform::Platform>> ApplicationRun::makeServices() {
+Result<ProcessScreen::Services> ApplicationRun::openScreen() {
   ProcessScreen::Setting setting{
       .manifest = manifest_,
       .kind = ProcessKind::application,
@@ -51,10 +51,10 @@ Result<std::shared_ptr<platform::Platform>> ApplicationRun::makeServices() {
       taker.take(name);
     };
   }
-  auto screen = screen_.open(std::move(setting));
-  if (!screen) return screen.error();
-  presenter_ = screen->viewPresenter;
-  notify_ = std::move(screen->notify);
+  return screen_.open(std::move(setting));
+}
+
+void ApplicationRun::makeDeviceSide(ProcessScreen::Services& screen) {
   device_.device = std::make_shared<SimulatedDevice>(home_, manifest_.bundleIdentifier);
   device_.notificationCenter = makeNotificationCenter(device_.device, loop_, options_.answer);
   device_.application = makeApplication(
@@ -67,11 +67,19 @@ Result<std::shared_ptr<platform::Platform>> ApplicationRun::makeServices() {
         }
       },
       [channel = channel_](const std::string& url) { channel->send("opened", url); });
-  if (screen->permissionDialog) {
-    device_.notificationCenter->showDialogWith(std::move(screen->permissionDialog));
+  if (screen.permissionDialog) {
+    device_.notificationCenter->showDialogWith(std::move(screen.permissionDialog));
   }
-  if (screen->badge) device_.application->showBadgeWith(std::move(screen->badge));
+  if (screen.badge) device_.application->showBadgeWith(std::move(screen.badge));
   device_.location = makeLocation(loop_);
+  presenter_ = screen.viewPresenter;
+  notify_ = std::move(screen.notify);
+}
+
+Result<std::shared_ptr<platform::Platform>> ApplicationRun::makeServices() {
+  auto screen = openScreen();
+  if (!screen) return screen.error();
+  makeDeviceSide(*screen);
   ProcessServices services;
   services.device = device_.device;
   services.mainQueue = loop_;

@@ -44,6 +44,8 @@ class ApplicationRun final : public ApplicationProcess {
     std::shared_ptr<DeviceLocation> location;
   };
 
+  Result<ProcessScreen::Services> openScreen();
+  void makeDeviceSide(ProcessScreen::Services& screen);
   Result<std::shared_ptr<platform::Platform>> makeServices();
   void start(const std::vector<PreparedCall>& calls);
   int respond(const ProcessOptions::Tap& tap);

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "brellixctl/ChildProcess.h"
+#include "brellixctl/Operations.h"
+
+namespace brellixctl {
+
+/// A process of the target's application, as it is to be run.
+class TargetProcess {
+ public:
+  TargetProcess(const Target& target, const std::string& program, double timeLimit);
+
+  /// An option with its value; an empty value leaves it out.
+  void add(const char* option, const std::string& value);
+  void addFlag(const char* flag) { command_.arguments.emplace_back(flag); }
+  /// Runs the program's twin with windows there; null leaves it without.
+  void showOn(std::shared_ptr<Display> display);
+
+  [[nodiscard]] VorselKelp::Result<ChildOutcome> run() const { return runChild(command_); }
+  /// Why a process that ended with an exit status other than 0 did not do its work; `what` is its name for a
+  /// person.
+  static VorselKelp::Error failureOf(const ChildOutcome& child, const std::string& what);
+
+ private:
+  ChildCommand command_;
+  std::shared_ptr<Display> display_;
+};
+
+}  // namespace brellixctl
