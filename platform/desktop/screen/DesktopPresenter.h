@@ -11,10 +11,11 @@ namespace VorselKelp::desktop {
 /// Presents controllers one above the other in one window.
 class DesktopPresenter final : public platform::ViewPresenter {
  public:
-  DesktopPresenter(std::weak_ptr<DesktopWindow> window, std::shared_ptr<ui::ViewController> root)
+  /// Both are held weakly: what is shown may hold the core, which holds this.
+  DesktopPresenter(std::weak_ptr<DesktopWindow> window, std::weak_ptr<ui::ViewController> root)
       : window_(std::move(window)), root_(std::move(root)) {}
 
-  std::shared_ptr<ui::ViewController> rootViewController() override { return root_; }
+  std::shared_ptr<ui::ViewController> rootViewController() override { return root_.lock(); }
   void present(const std::shared_ptr<ui::ViewController>& controller,
                const std::shared_ptr<ui::ViewController>& from, bool animated) override;
   void dismiss(const std::shared_ptr<ui::ViewController>& controller, bool animated) override;
@@ -23,7 +24,7 @@ class DesktopPresenter final : public platform::ViewPresenter {
 
  private:
   const std::weak_ptr<DesktopWindow> window_;
-  const std::shared_ptr<ui::ViewController> root_;
+  const std::weak_ptr<ui::ViewController> root_;
 };
 
 }  // namespace VorselKelp::desktop

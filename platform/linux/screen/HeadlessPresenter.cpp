@@ -1,5 +1,3 @@
-#include <utility>
-
 #include "VorselKelpLinux/HeadlessScreen.h"
 #include "VorselKelpLinux/LineSink.h"
 
@@ -8,9 +6,9 @@ namespace {
 
 class HeadlessPresenter final : public platform::ViewPresenter {
  public:
-  explicit HeadlessPresenter(std::shared_ptr<ui::ViewController> root) : root_(std::move(root)) {}
+  explicit HeadlessPresenter(const std::shared_ptr<ui::ViewController>& root) : root_(root) {}
 
-  std::shared_ptr<ui::ViewController> rootViewController() override { return root_; }
+  std::shared_ptr<ui::ViewController> rootViewController() override { return root_.lock(); }
 
   void present(const std::shared_ptr<ui::ViewController>& controller,
                const std::shared_ptr<ui::ViewController>& from, bool animated) override {
@@ -37,13 +35,14 @@ class HeadlessPresenter final : public platform::ViewPresenter {
   void setNeedsStatusBarAppearanceUpdate(const std::shared_ptr<ui::ViewController>&) override {}
 
  private:
-  const std::shared_ptr<ui::ViewController> root_;
+  const std::weak_ptr<ui::ViewController> root_;  // what it shows may hold the core, which holds this
 };
 
 }  // namespace
 
-std::shared_ptr<platform::ViewPresenter> makeHeadlessPresenter(std::shared_ptr<ui::ViewController> root) {
-  return std::make_shared<HeadlessPresenter>(std::move(root));
+std::shared_ptr<platform::ViewPresenter> makeHeadlessPresenter(
+    const std::shared_ptr<ui::ViewController>& root) {
+  return std::make_shared<HeadlessPresenter>(root);
 }
 
 }  // namespace VorselKelp::linux_platform

@@ -9,8 +9,10 @@
 
 namespace VorselKelp::linux_platform {
 
-/// Leads controllers through their life without drawing anything. `root` may be null: no window.
-std::shared_ptr<platform::ViewPresenter> makeHeadlessPresenter(std::shared_ptr<ui::ViewController> root);
+/// Leads controllers through their life without drawing anything. `root` is held weakly, and may be null: no
+/// window.
+std::shared_ptr<platform::ViewPresenter> makeHeadlessPresenter(
+    const std::shared_ptr<ui::ViewController>& root);
 
 /// What the simulated user answers on the publisher's permission page.
 enum class PromptAnswer { ok, cancel, none };
