@@ -12,9 +12,9 @@ using testing::Not;
 
 class ScreenRoadTest : public ToolTest {
  protected:
-  /// The toolkit of the programs with windows keeps its fonts and themes to the end.
-  ScreenRoadTest() { ::setenv("ASAN_OPTIONS", "detect_leaks=0", 1); }
   ~ScreenRoadTest() override { ::unsetenv("ASAN_OPTIONS"); }
+  /// For programs with windows: their toolkit keeps its fonts and themes to the end.
+  static void openWindows() { ::setenv("ASAN_OPTIONS", "detect_leaks=0", 1); }
 
   /// A campaign of two messages at the test's server. `members` goes into the payload.
   std::string campaign(const std::string& members = R"(,"isMultiple":true)") {
@@ -73,6 +73,7 @@ TEST_F(ScreenRoadTest, LaunchAnswersThePublishersPage) {
 }
 
 TEST_F(ScreenRoadTest, DemoWritesItselfDown) {
+  openWindows();
   const auto report = folder_ / "report.html";
   const auto demo = run({"demo", "--report", report});
   EXPECT_EQ(demo.status, 0) << demo.output << demo.errors;
@@ -101,6 +102,7 @@ TEST_F(ScreenRoadTest, ShowDrawsAPictureOnADisplayOfItsOwn) {
   }
   startServer();
   ASSERT_EQ(run({"push", campaign(), "--id", "c"}).status, 0);
+  openWindows();
   const auto picture = folder_ / "carousel.png";
   const auto shown = run({"show", "c", "--do", "right", "--png", picture});
   EXPECT_EQ(shown.status, 0) << shown.errors;
