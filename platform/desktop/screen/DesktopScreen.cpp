@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <utility>
 
+#include "VorselKelpDesktop/BluezLocation.h"
 #include "VorselKelpDesktop/BusNotifications.h"
 #include "VorselKelpDesktop/LauncherBadge.h"
 #include "screen/DesktopPresenter.h"
@@ -70,6 +71,8 @@ class DesktopWebViews final : public platform::WebViews,
 
 class DesktopScreen final : public linux_platform::ProcessScreen {
  public:
+  explicit DesktopScreen(DesktopOptions options) : options_(options) {}
+
   std::shared_ptr<linux_platform::LoopWaiter> makeWaiter() override { return std::make_shared<GtkWaiter>(); }
 
   Result<Services> open(Setting setting) override {
@@ -91,6 +94,7 @@ class DesktopScreen final : public linux_platform::ProcessScreen {
         std::make_shared<PageSheetBrowser>(window_, setting.loop, activity_, setting.picture);
     if (setting.kind == linux_platform::ProcessKind::application) {
       services.permissionDialog = permissionDialog(setting);
+      if (options_.bluetoothBeacons) services.location = makeBluezLocation(setting.loop);
       joinSession(setting, services);
     }
     return services;
@@ -156,6 +160,7 @@ class DesktopScreen final : public linux_platform::ProcessScreen {
     };
   }
 
+  const DesktopOptions options_;
   std::shared_ptr<DesktopWindow> window_;
   bool left_ = false;  ///< the user has closed the window
   std::shared_ptr<Activity> activity_;
@@ -165,8 +170,8 @@ class DesktopScreen final : public linux_platform::ProcessScreen {
 
 }  // namespace
 
-std::shared_ptr<linux_platform::ProcessScreen> makeDesktopScreen() {
-  return std::make_shared<DesktopScreen>();
+std::shared_ptr<linux_platform::ProcessScreen> makeDesktopScreen(DesktopOptions options) {
+  return std::make_shared<DesktopScreen>(options);
 }
 
 }  // namespace VorselKelp::desktop

@@ -88,6 +88,7 @@ Result<std::shared_ptr<platform::Platform>> ApplicationRun::makeServices() {
   services.notificationCenter = device_.notificationCenter;
   services.application = device_.application;
   services.location = device_.location;
+  if (screen->location) services.location = std::move(screen->location);
   services.inAppBrowser =
       makeRecordingBrowser([channel = channel_, shown = screen->inAppBrowser](const std::string& url) {
         channel->send("browser", url);

@@ -6,9 +6,14 @@
 
 namespace VorselKelp::desktop {
 
+struct DesktopOptions {
+  /// Real beacons, by the machine's Bluetooth adapter, in place of those of the simulated device.
+  bool bluetoothBeacons = false;
+};
+
 /// A window on the user's desktop, with GTK, and web pages in WebKitGTK:
 ///   runApplication(argc, argv, application, operations, *VorselKelp::desktop::makeDesktopScreen());
 /// Opening it fails where there is no display.
-std::shared_ptr<linux_platform::ProcessScreen> makeDesktopScreen();
+std::shared_ptr<linux_platform::ProcessScreen> makeDesktopScreen(DesktopOptions options = {});
 
 }  // namespace VorselKelp::desktop

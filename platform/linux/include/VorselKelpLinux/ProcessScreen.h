@@ -42,6 +42,8 @@ class ProcessScreen {
     std::function<void(platform::NotificationRequest, platform::NotificationCategory,
                        platform::UniqueFunction<void(Status)> answer)>
         notify;
+    /// Watches real beacons; null: the simulated device's are watched.
+    std::shared_ptr<platform::LocationServices> location;
     /// Shows the system's permission dialog; null where there is no place for it.
     PermissionDialog permissionDialog;
     /// Shows the badge outside the window; null where nobody would see it.
