@@ -48,6 +48,9 @@ TEST_F(ScreenRoadTest, ShowPagesAndOpensACarousel) {
   EXPECT_TRUE(requested("/track/seen?id=b"));
   EXPECT_TRUE(requested("/track/click?id=b"));
   EXPECT_EQ(run({"show", "c", "--do", "up"}).status, 2);
+  const auto sent = requests().size();
+  EXPECT_EQ(run({"show", "c", "--do", "right", "--png", "/nowhere/at/all.png"}).status, 1);
+  EXPECT_EQ(requests().size(), sent) << "nothing may happen for a picture that can't be written";
   EXPECT_EQ(run({"show", "nobody"}).status, 1);
 }
 

@@ -1,3 +1,5 @@
+#include <filesystem>
+
 #include "brellixctl/Operations.h"
 #include "brellixctl/TargetProcess.h"
 
@@ -15,6 +17,14 @@ Result<std::shared_ptr<Display>> displayFor(const ShowRequest& request) {
   return Display::find();
 }
 
+/// Before anything happens: a picture that can't be written is no reason to have sent trackers.
+VorselKelp::Status checkFolderOf(const std::string& file) {
+  const auto folder = std::filesystem::path(file).parent_path();
+  std::error_code error;
+  if (folder.empty() || std::filesystem::is_directory(folder, error)) return VorselKelp::Done{};
+  return Error{"There is no folder " + folder.string() + " to write the picture into"};
+}
+
 }  // namespace
 
 Result<ShowOutcome> show(const Target& target, const ShowRequest& request) {
@@ -23,6 +33,7 @@ Result<ShowOutcome> show(const Target& target, const ShowRequest& request) {
     return Error{"The device holds no notification \"" + request.identifier +
                  "\"; brellixctl notifications lists what there is"};
   }
+  if (const auto status = checkFolderOf(request.png); !status) return status.error();
   TargetProcess process(target, "news_content", request.timeLimit);
   process.add("--id", request.identifier);
   process.add("--do", request.acts);
