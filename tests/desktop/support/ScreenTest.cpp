@@ -39,16 +39,22 @@ void TestScreen::waitUntil(const std::function<bool()>& done) {
 }
 
 void TestScreen::settle() {
+  passFrames(3);
+  waitUntil([&] { return window->mapped() && window->settled(); });
+}
+
+void TestScreen::passFrames(int count) {
   int frames = 0;
+  auto* widget = GTK_WIDGET(window->window());
   const auto ticks = gtk_widget_add_tick_callback(
-      GTK_WIDGET(window->window()),
-      [](GtkWidget*, GdkFrameClock*, gpointer count) -> gboolean {
-        ++*static_cast<int*>(count);
+      widget,
+      [](GtkWidget*, GdkFrameClock*, gpointer passed) -> gboolean {
+        ++*static_cast<int*>(passed);
         return G_SOURCE_CONTINUE;
       },
       &frames, nullptr);
-  waitUntil([&] { return frames >= 3 && window->mapped() && window->settled(); });
-  gtk_widget_remove_tick_callback(GTK_WIDGET(window->window()), ticks);
+  waitUntil([&] { return frames >= count; });
+  gtk_widget_remove_tick_callback(widget, ticks);
 }
 
 void TestScreen::click(double x, double y) {

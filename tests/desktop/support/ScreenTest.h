@@ -25,6 +25,8 @@ class TestScreen {
   static void waitUntil(const std::function<bool()>& done);
   /// Lets the toolkit draw what changed.
   void settle();
+  /// Lets the window be painted this often.
+  void passFrames(int count);
   /// A real click of the mouse at a point of the window.
   static void click(double x, double y);
   void click(ui::View& view);
