@@ -1,15 +1,10 @@
 #include "VorselKelpLinux/ApplicationHost.h"
 
-#include "VorselKelpLinux/LineSink.h"
 #include "host/ApplicationRun.h"
+#include "host/ExitStatus.h"
 
 namespace VorselKelp::linux_platform {
 namespace {
-
-int fail(const std::string& line, int status) {
-  standardErrorLines()(line);
-  return status;
-}
 
 Result<std::vector<PreparedCall>> prepareCalls(const ProcessOptions& options,
                                                const OperationTable& operations) {
@@ -40,11 +35,11 @@ int runApplication(int argc, const char* const* argv, ApplicationDelegate& appli
 int runApplication(int argc, const char* const* argv, ApplicationDelegate& application,
                    const OperationTable& operations, ProcessScreen& screen) {
   auto options = readOptions(argc, argv);
-  if (!options) return fail(options.error().description, 2);
+  if (!options) return exitWith(options.error().description, 2);
   auto calls = prepareCalls(*options, operations);
-  if (!calls) return fail(calls.error().description, 2);
+  if (!calls) return exitWith(calls.error().description, 2);
   auto manifest = loadManifest(options->manifest);
-  if (!manifest) return fail(manifest.error().description, 1);
+  if (!manifest) return exitWith(manifest.error().description, 1);
   if (!options->scriptHost.empty()) manifest->endpoints.script = options->scriptHost;
   ApplicationRun run(std::move(*options), std::move(*manifest), application, screen);
   return run.run(*calls);

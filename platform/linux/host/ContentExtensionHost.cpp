@@ -8,6 +8,7 @@
 #include "host/CarouselHand.h"
 #include "host/CountedURLSession.h"
 #include "host/EventChannel.h"
+#include "host/ExitStatus.h"
 #include "host/LeaveCore.h"
 #include "host/PictureTaker.h"
 #include "host/ProcessOptions.h"
@@ -141,21 +142,16 @@ class ContentRun {
   const std::shared_ptr<SimulatedDevice> device_;
 };
 
-int fail(const std::string& line, int status) {
-  standardErrorLines()(line);
-  return status;
-}
-
 }  // namespace
 
 int runContentExtension(int argc, const char* const* argv, ContentExtension& extension,
                         ProcessScreen& screen) {
   auto options = readOptions(argc, argv);
-  if (!options) return fail(options.error().description, 2);
+  if (!options) return exitWith(options.error().description, 2);
   auto manifest = loadManifest(options->manifest);
-  if (!manifest) return fail(manifest.error().description, 1);
+  if (!manifest) return exitWith(manifest.error().description, 1);
   const auto status = ContentRun(std::move(*options), std::move(*manifest), screen).run(extension);
-  return status ? 0 : fail(status.error().description, 1);
+  return status ? 0 : exitWith(status.error().description, 1);
 }
 
 int runContentExtension(int argc, const char* const* argv, ContentExtension& extension) {

@@ -5,11 +5,11 @@
 #include "VorselKelp/VorselKellp.h"
 #include "VorselKelpLinux/CurlURLSession.h"
 #include "VorselKelpLinux/EventLoop.h"
-#include "VorselKelpLinux/LineSink.h"
 #include "VorselKelpLinux/NotificationRecords.h"
 #include "VorselKelpLinux/ProcessPlatform.h"
 #include "host/CountedURLSession.h"
 #include "host/EventChannel.h"
+#include "host/ExitStatus.h"
 #include "host/LeaveCore.h"
 #include "host/ProcessOptions.h"
 #include "host/StaleFiles.h"
@@ -125,24 +125,19 @@ class ExtensionRun {
   const std::shared_ptr<Delivery> delivery_;
 };
 
-int fail(const std::string& line, int status) {
-  standardErrorLines()(line);
-  return status;
-}
-
 }  // namespace
 
 int runServiceExtension(int argc, const char* const* argv, ServiceExtension& extension) {
   auto options = readOptions(argc, argv);
-  if (!options) return fail(options.error().description, 2);
+  if (!options) return exitWith(options.error().description, 2);
   auto manifest = loadManifest(options->manifest);
-  if (!manifest) return fail(manifest.error().description, 1);
+  if (!manifest) return exitWith(manifest.error().description, 1);
   auto payload = readInput(options->payload);
-  if (!payload) return fail(payload.error().description, 1);
+  if (!payload) return exitWith(payload.error().description, 1);
   const auto json = JSONAny::decode(*payload);
   if (!json || json->as<JSONAny::Dictionary>() == nullptr) {
-    return fail("The payload is no JSON object" + (json ? std::string() : ": " + json.error().description),
-                1);
+    return exitWith(
+        "The payload is no JSON object" + (json ? std::string() : ": " + json.error().description), 1);
   }
   return ExtensionRun(std::move(*options), std::move(*manifest)).run(std::move(*payload), *json, extension);
 }
