@@ -59,7 +59,7 @@ Line coresSideBySide() {
   const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
   std::printf("%d cores side by side: %.0f pushes per second, %.0f bytes per core\n", coreCount,
               coreCount * pushesPerCore / taken.count(), bytes);
-  return {"one core's memory beside its store", "KB", bytes / 1024, 0, 64, true};
+  return {"one core's memory beside its store", "KB", bytes / 1024, 0, 64, Line::Goal::difference};
 }
 
 }  // namespace VorselKelp::benchmarks

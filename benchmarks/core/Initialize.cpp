@@ -1,29 +1,43 @@
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <vector>
+
 #include "VorselKelp/VorselBuilder.h"
+#include "core/Figures.h"
 #include "kellp/Kellp.h"
 #include "support/BareStore.h"
 #include "support/BenchmarkPlatform.h"
+#include "support/SystemCalls.h"
 
 namespace VorselKelp::benchmarks {
 namespace {
 
-void initialize(benchmark::State& state) {
-  const TemporaryFolder folder;
-  const auto kellp = std::make_shared<Kellp>(benchmarkPlatform(folder.path));
-  const auto config = VorselBuilder(kellp->context, "k-123", benchmarkGroup).push().build();
-  kellp->initialize(config);  // makes the installation's id
-  for (auto _ : state) kellp->initialize(config);
-}
+/// A core that has been started once, which made the installation's id.
+struct StartedCore {
+  TemporaryFolder folder;
+  std::shared_ptr<Kellp> kellp = std::make_shared<Kellp>(benchmarkPlatform(folder.path));
+  std::shared_ptr<VorselConfig> config =
+      VorselBuilder(kellp->context, "k-123", benchmarkGroup).push().build();
+
+  StartedCore() { start(); }
+  void start() { kellp->initialize(config); }
+};
 
 /// The reads and writes of one start whose installation was not reported yet.
-void bareInitialize(benchmark::State& state) {
-  const TemporaryFolder folder;
-  BareStore store(folder.path + "/bare.sqlite");
+struct BareStart {
+  TemporaryFolder folder;
+  BareStore store{folder.path + "/bare.sqlite"};
   const std::string activity = "https://collection.vorsel.example/v2/activity?type=mobile";
-  store.write("vs_session_num", "0");
-  store.write("vs_uniq_session_id", "1763173483.0481937265");
-  for (auto _ : state) {
+
+  BareStart() {
+    store.write("vs_session_num", "0");
+    store.write("vs_uniq_session_id", "1763173483.0481937265");
+  }
+  void start() {
     store.begin();
     const int sessions = std::stoi(store.read("vs_session_num")) + 1;
     store.write("vs_session_num", std::to_string(sessions));
@@ -39,10 +53,71 @@ void bareInitialize(benchmark::State& state) {
     benchmark::DoNotOptimize(store.read("vs_config_url"));
     benchmark::DoNotOptimize(store.read("vs_last_modified"));
   }
+};
+
+template <class Start>
+void starts(benchmark::State& state) {
+  Start start;
+  for (auto _ : state) start.start();
 }
 
-BENCHMARK(initialize)->Name("initialize until it returns");
-BENCHMARK(bareInitialize)->Name("initialize, bare");
+/// Microseconds.
+template <class Start>
+void timeOne(Start& start, std::vector<double>& times) {
+  const auto before = std::chrono::steady_clock::now();
+  start.start();
+  times.push_back(
+      std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - before).count());
+}
+
+double percentile99(std::vector<double>& times) {
+  const auto place = times.begin() + static_cast<std::ptrdiff_t>(times.size() * 99 / 100);
+  std::ranges::nth_element(times, place);
+  return *place;
+}
+
+template <class Start>
+long callsOfOneStart() {
+  std::unique_ptr<Start> start;
+  return systemCalls(
+      [&] {
+        start = std::make_unique<Start>();
+        start->start();
+      },
+      [&] { start->start(); });
+}
+
+BENCHMARK(starts<StartedCore>)->Name("initialize until it returns");
+BENCHMARK(starts<BareStart>)->Name("initialize, bare");
 
 }  // namespace
+
+Line initializeTail() {
+  constexpr int rounds = 20000;
+  StartedCore core;
+  BareStart bare;
+  std::vector<double> coreTimes;
+  std::vector<double> bareTimes;
+  for (int i = 0; i < rounds; ++i) {
+    timeOne(core, coreTimes);
+    timeOne(bare, bareTimes);
+  }
+  return {"initialize, 99th percentile", "us", percentile99(coreTimes),
+          percentile99(bareTimes),       0,    Line::Goal::none};
+}
+
+Line initializeSystemCalls() {
+  return {"initialize, system calls on the caller's thread",
+          "",
+          static_cast<double>(callsOfOneStart<StartedCore>()),
+          static_cast<double>(callsOfOneStart<BareStart>()),
+          10,
+          Line::Goal::difference};
+}
+
+Line librarySize() {
+  const auto bytes = static_cast<double>(std::filesystem::file_size(STRIPPED_LIBRARY));
+  return {"core and facade, stripped", "MB", bytes / (1 << 20), 0, 1, Line::Goal::difference};
+}
+
 }  // namespace VorselKelp::benchmarks

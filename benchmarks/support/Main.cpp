@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "content_ext/Figures.h"
+#include "core/Figures.h"
 #include "gif/Figures.h"
 #include "screen/Figures.h"
 #include "support/Cores.h"
@@ -69,7 +70,10 @@ int main(int argc, char** argv) {
   std::fputc('\n', stderr);
   std::vector<Line> lines;
   for (const Comparison& c : comparisons)
-    lines.push_back({c.figure, "us", collector.median(c.figure), collector.median(c.floor), c.goal, false});
+    lines.push_back({c.figure, "us", collector.median(c.figure), collector.median(c.floor), c.goal});
+  lines.push_back(VorselKelp::benchmarks::initializeTail());
+  lines.push_back(VorselKelp::benchmarks::initializeSystemCalls());
+  lines.push_back(VorselKelp::benchmarks::librarySize());
   lines.push_back(VorselKelp::benchmarks::serviceExtensionMemory());
   lines.push_back(VorselKelp::benchmarks::serviceExtensionImageMemory());
   lines.push_back(VorselKelp::benchmarks::gifMemory());

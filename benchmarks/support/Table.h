@@ -13,9 +13,11 @@ struct Line {
   std::string unit;
   double value = 0;
   double floor = 0;
-  /// The goal: `value` at most `goal` times the floor, or at most `goal` more than it.
+  /// What `goal` bounds: how many times the floor the value may be, or how much more than it. `none`: the
+  /// figure is only told.
+  enum class Goal { ratio, difference, none };
   double goal = 0;
-  bool goalIsDifference = false;
+  Goal kind = Goal::ratio;
 };
 
 /// What a benchmark is compared with: both are benchmarks of this program, by name.

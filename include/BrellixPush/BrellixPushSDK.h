@@ -11,6 +11,7 @@
 #include "BrellixPush/BrellixPushSDKBuilder.h"
 #include "BrellixPush/BrellixPushSDKConfig.h"
 #include "BrellixPush/BrellixPushSDKDelegate.h"
+#include "VorselKelp/Export.h"
 #include "VorselKelp/JSONAny.h"
 #include "VorselKelp/VorselKellp.h"
 
@@ -19,7 +20,7 @@ namespace BrellixPush {
 /// The publisher's entry: forwards to the core (VorselKellp, whose install() comes first), checks the
 /// application group, and reports to the publisher's event endpoint whether users were asked for the
 /// permission and what they answered. Threads and errors are those of the core's operation of the same name.
-class BrellixPushSDK {
+class VORSELKELP_API BrellixPushSDK {
  public:
   BrellixPushSDK() = delete;
 

@@ -5,13 +5,14 @@
 #include <string>
 
 #include "BrellixPush/BrellixPushSDKConfig.h"
+#include "VorselKelp/Export.h"
 
 namespace BrellixPush {
 
 /// Describes what the publisher wants:
 ///   BrellixPushSDK::initialize(BrellixPushSDKBuilder("key", "group.com.example.news").push().build());
 /// Used on one thread.
-class BrellixPushSDKBuilder {
+class VORSELKELP_API BrellixPushSDKBuilder {
  public:
   /// Without a key, the main bundle's text "VorselKellpApiKey" is the key; a bundle without that text stops
   /// the process. An application group that the device does not know is ignored.

@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "VorselKelp/Export.h"
+
 namespace VorselKelp {
 class CoreContext;
 }
@@ -24,7 +26,7 @@ struct BrellixPushSDKSwitches {
 };
 
 /// A built configuration. Made by BrellixPushSDKBuilder, which writes its switches into the facade's store.
-class BrellixPushSDKConfig {
+class VORSELKELP_API BrellixPushSDKConfig {
  public:
   BrellixPushSDKConfig(std::shared_ptr<VorselKelp::CoreContext> context, std::string apiKey,
                        std::optional<std::string> appGroupId, const BrellixPushSDKSwitches& switches,

@@ -2,13 +2,14 @@
 
 #include <memory>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/VorselNotificationView.h"
 
 namespace BrellixPush {
 
 /// The carousel under the facade's name: a view for the publisher's content extension to place, filled by the
 /// core's view. Main thread.
-class BrellixPushSDKNotificationView : public VorselKelp::ui::View {
+class VORSELKELP_API BrellixPushSDKNotificationView : public VorselKelp::ui::View {
  public:
   /// Never null. Empties the controller's view, as the core's view does; adding this one there is the
   /// caller's. Stops the process where the core's view does, and for a controller without a view.

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/ui/ImageView.h"
 #include "VorselKelp/ui/NavigationBar.h"
 #include "VorselKelp/ui/ViewController.h"
@@ -16,8 +17,8 @@ namespace BrellixPush {
 
 /// A web page on a screen of its own, under a bar with its title and a button that closes it. The application
 /// presents it; install a platform first. Made with std::make_shared. Main thread.
-class BrellixWebViewController : public VorselKelp::ui::ViewController,
-                                 public VorselKelp::ui::NavigationDelegate {
+class VORSELKELP_API BrellixWebViewController : public VorselKelp::ui::ViewController,
+                                                public VorselKelp::ui::NavigationDelegate {
  public:
   /// The page at `url` is loaded together with the view. One that can't be loaded shows as "Error".
   explicit BrellixWebViewController(std::string url);

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/InterstitialController.h"
 #include "VorselKelp/Result.h"
 
@@ -34,7 +35,7 @@ class InterstitialDelegate {
 };
 
 /// A full-screen ad. The application keeps it; it keeps the controller that shows the ad. Main thread.
-class InterstitialAD : public std::enable_shared_from_this<InterstitialAD> {
+class VORSELKELP_API InterstitialAD : public std::enable_shared_from_this<InterstitialAD> {
  public:
   /// Requests an ad for the placement `adId` at once. Without a platform installed the process stops.
   static std::shared_ptr<InterstitialAD> create(const std::string& adId);

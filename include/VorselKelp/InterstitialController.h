@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/Result.h"
 #include "VorselKelp/platform/Application.h"
 #include "VorselKelp/ui/Button.h"
@@ -24,7 +25,8 @@ struct AdexObject;
 ///
 /// The owner keeps its controller, which refers to the owner weakly; what the owner hands out holds both. So
 /// both stay for as long as somebody holds or shows either, and go together.
-class InterstitialController final : public ui::ViewController, public platform::LifeCycleObserver {
+class VORSELKELP_API InterstitialController final : public ui::ViewController,
+                                                    public platform::LifeCycleObserver {
  public:
   using Callback = std::function<void(const std::shared_ptr<InterstitialAD>&)>;
   using FailureCallback =

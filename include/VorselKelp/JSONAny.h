@@ -8,12 +8,13 @@
 #include <variant>
 #include <vector>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/Result.h"
 
 namespace VorselKelp {
 
 /// Stands for a JSON null. All of them are equal, and all hash to 0.
-class JSONNull {
+class VORSELKELP_API JSONNull {
  public:
   /// Succeeds only for the text of a JSON null; otherwise "Wrong type for JSONNull".
   static Result<JSONNull> decode(std::string_view json);
@@ -36,7 +37,7 @@ class JSONCodingKey {
 /// Any JSON value. A number without fraction and exponent that fits 64 signed bits is an integer; every other
 /// number is a double. Objects keep the order in which their keys first came; of a key that comes twice, the
 /// last value holds.
-class JSONAny {
+class VORSELKELP_API JSONAny {
  public:
   struct Member;
   using List = std::vector<JSONAny>;
@@ -48,8 +49,8 @@ class JSONAny {
   requires std::is_constructible_v<Value, T&&> &&
       (!std::is_same_v<std::remove_cvref_t<T>, JSONAny>)JSONAny(T&& v)
       : value(std::forward<T>(v)) {}
-  JSONAny(const char* text) : value(std::string(text)) {}
-  JSONAny(int number) : value(std::int64_t{number}) {}
+  JSONAny(const char* text);
+  JSONAny(int number);
 
   /// Reads one JSON text of at most 64 levels; "Cannot decode JSONAny" when it is none.
   static Result<JSONAny> decode(std::string_view json);
@@ -66,15 +67,19 @@ class JSONAny {
     return std::get_if<T>(&value);
   }
 
-  friend bool operator==(const JSONAny&, const JSONAny&);
+  friend VORSELKELP_API bool operator==(const JSONAny&, const JSONAny&);
 
   Value value;
 };
 
-struct JSONAny::Member {
+struct VORSELKELP_API JSONAny::Member {
   std::string key;
   JSONAny value;
   friend bool operator==(const Member&, const Member&) = default;
 };
+
+// Behind Member: compilers may want it whole where a Value is made.
+inline JSONAny::JSONAny(const char* text) : value(std::string(text)) {}
+inline JSONAny::JSONAny(int number) : value(std::int64_t{number}) {}
 
 }  // namespace VorselKelp

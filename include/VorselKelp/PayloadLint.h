@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/Notification.h"
 
 namespace VorselKelp {
@@ -43,10 +44,10 @@ struct PayloadLint {
 
 /// Never stops the process and never blocks. `identifier` stands for the notification request's. Any thread;
 /// needs no installed platform.
-[[nodiscard]] PayloadLint lintPayload(std::string_view json, const std::string& identifier);
+[[nodiscard]] VORSELKELP_API PayloadLint lintPayload(std::string_view json, const std::string& identifier);
 
 /// The JSON Schema of "push", "campaign", "activity", "users", "configuration" or "ad", made from the table
 /// that reads or writes it; absent for any other name.
-[[nodiscard]] std::optional<std::string> payloadSchema(std::string_view name);
+[[nodiscard]] VORSELKELP_API std::optional<std::string> payloadSchema(std::string_view name);
 
 }  // namespace VorselKelp

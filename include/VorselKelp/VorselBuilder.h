@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/VorselConfig.h"
 
 namespace VorselKelp {
@@ -12,7 +13,7 @@ namespace VorselKelp {
 ///   VorselKellp::initialize(VorselBuilder("key", "group.com.example.news").push().build());
 /// Constructing one decides which store the core uses: make it before any call that uses the store. Used on
 /// one thread.
-class VorselBuilder {
+class VORSELKELP_API VorselBuilder {
  public:
   /// Without a key, the main bundle's text "VorselKellpApiKey" is the key; a bundle without that text stops
   /// the process. An empty key passes here and is reported by VorselKellp::initialize. `appGroupId` names the

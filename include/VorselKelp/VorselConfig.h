@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "VorselKelp/Export.h"
+
 namespace VorselKelp {
 
 class CoreContext;
@@ -12,7 +14,7 @@ class CoreContext;
 /// the extensions, which never see this object, read it. An absent switch leaves the store as an earlier
 /// launch left it: the last explicit choice holds. Used on one thread at a time; shared with the core, which
 /// keeps the object that it was started with.
-class VorselConfig {
+class VORSELKELP_API VorselConfig {
  public:
   /// Everything is stored, then the switches are written in the order of the arguments.
   VorselConfig(std::string apiKey, std::optional<std::string> appGroupId, std::optional<bool> crash,

@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/JSONAny.h"
 #include "VorselKelp/PushRecords.h"
 #include "VorselKelp/VorselBuilder.h"
@@ -29,7 +30,7 @@ using TrackCompletion =
 /// The core's one entry. Install a platform first; any other call without one stops the process with a line
 /// that says so. Unless said otherwise a call may be made on any thread (the main thread in practice),
 /// returns at once, and reports failures on the console only.
-class VorselKellp {
+class VORSELKELP_API VorselKellp {
  public:
   VorselKellp() = delete;
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/PushRecords.h"
 #include "VorselKelp/platform/ContentExtension.h"
 #include "VorselKelp/ui/Button.h"
@@ -22,7 +23,7 @@ class CoreContext;
 class VorselRequest;
 
 /// The button at either side of a carousel.
-class ContentExtArrowButton : public ui::Button {
+class VORSELKELP_API ContentExtArrowButton : public ui::Button {
  public:
   ContentExtArrowButton();
   [[noreturn]] explicit ContentExtArrowButton(const ui::Coder& coder);
@@ -35,7 +36,7 @@ class ContentExtArrowButton : public ui::Button {
 /// Lives in the extension's process, one for each notification shown. What it can't do without stops that
 /// process: a payload without messages or whose images have no URL, an open without anything to open. What
 /// the network does not give is printed and left out. Main thread.
-class VorselNotificationView : public ui::View {
+class VORSELKELP_API VorselNotificationView : public ui::View {
  public:
   /// Made for the controller's view, in which it takes the place of every other subview. The controller is
   /// held weakly; its `extensionContext()` opens links when it is a platform::NotificationContentExtension.

@@ -73,8 +73,8 @@ void MemoryNotificationCenter::getNotificationCategories(CategoriesAnswer answer
 void MemoryNotificationCenter::setNotificationCategories(std::vector<NotificationCategory> categories) {
   // As in a set, the first of an identifier stays.
   std::ranges::stable_sort(categories, {}, &NotificationCategory::identifier);
-  const auto repeated = std::ranges::unique(categories, {}, &NotificationCategory::identifier);
-  categories.erase(repeated.begin(), repeated.end());
+  const auto same = [](const auto& a, const auto& b) { return a.identifier == b.identifier; };
+  categories.erase(std::unique(categories.begin(), categories.end(), same), categories.end());
   const std::lock_guard lock(mutex_);
   categories_ = std::move(categories);
   ++categoryReplacements_;

@@ -61,6 +61,11 @@ std::vector<URLRequest> MemoryURLSession::requests() const {
   return all;
 }
 
+URLRequest MemoryURLSession::request(std::size_t number) const {
+  const std::lock_guard lock(mutex_);
+  return entries_.at(number).request;
+}
+
 std::vector<std::string> MemoryURLSession::urls() const {
   const std::lock_guard lock(mutex_);
   std::vector<std::string> all;

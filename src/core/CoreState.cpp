@@ -44,4 +44,14 @@ void CoreState::setUserValue(const std::string& key, std::string value) {
   userValues_[key] = std::move(value);
 }
 
+std::optional<SessionValues> CoreState::countedSession() const {
+  const std::lock_guard lock(mutex_);
+  return countedSession_;
+}
+
+void CoreState::setCountedSession(SessionValues session) {
+  const std::lock_guard lock(mutex_);
+  countedSession_ = std::move(session);
+}
+
 }  // namespace VorselKelp

@@ -9,6 +9,7 @@
 
 #include "VorselKelp/VorselConfig.h"
 #include "VorselKelp/VorselKellpDelegate.h"
+#include "core/SessionValues.h"
 
 namespace VorselKelp {
 
@@ -28,6 +29,10 @@ class CoreState {
   [[nodiscard]] std::map<std::string, std::string> userValues() const;
   void setUserValue(const std::string& key, std::string value);
 
+  /// The session that this process has counted, whether or not the store took it.
+  [[nodiscard]] std::optional<SessionValues> countedSession() const;
+  void setCountedSession(SessionValues session);
+
   /// Where the user came from: carried in reports once something sets it; nothing does yet.
   [[nodiscard]] std::optional<std::string> link() const { return std::nullopt; }
   [[nodiscard]] std::optional<std::string> referrer() const { return std::nullopt; }
@@ -44,6 +49,7 @@ class CoreState {
   std::weak_ptr<VorselKellpDelegate> delegate_;
   std::shared_ptr<VorselConfig> configuration_;
   std::map<std::string, std::string> userValues_;
+  std::optional<SessionValues> countedSession_;
 };
 
 }  // namespace VorselKelp

@@ -16,9 +16,13 @@ std::string randomDigits(platform::Random& random) {
   return text;
 }
 
+std::string uniqueIdOf(const std::string& time, const std::string& digits) {
+  return time + "." + digits;
+}
+
 void makeUniqueId(CoreContext& context, const std::string& time, const std::string& digits) {
   context.storage.set(StorageKey::uniqueSessionFirstTime, time);
-  context.storage.set(StorageKey::uniqueSessionId, time + "." + digits);
+  context.storage.set(StorageKey::uniqueSessionId, uniqueIdOf(time, digits));
 }
 
 }  // namespace
@@ -35,7 +39,9 @@ void runSessionStep(CoreContext& context) {
     store.set(StorageKey::sessionId, now);
     store.set(StorageKey::visitedCount, std::int64_t{0});
     store.synchronize();
-    if (!store.text(StorageKey::uniqueSessionId)) makeUniqueId(context, now, digits);
+    const auto known = store.text(StorageKey::uniqueSessionId);
+    if (!known) makeUniqueId(context, now, digits);
+    context.state.setCountedSession({sessions + 1, now, 0, known.value_or(uniqueIdOf(now, digits))});
   });
 }
 
@@ -45,6 +51,8 @@ std::optional<SessionValues> readSessionValues(CoreContext& context) {
   auto id = store.text(StorageKey::sessionId);
   auto visited = store.integer(StorageKey::visitedCount);
   auto uniqueId = store.text(StorageKey::uniqueSessionId);
+  // They are stored in one step: where none of them is there, the store has refused it.
+  if (!number && !id && !visited && !uniqueId) return context.state.countedSession();
   if (!number || !id || !visited || !uniqueId) return std::nullopt;
   return SessionValues{*number, std::move(*id), *visited, std::move(*uniqueId)};
 }

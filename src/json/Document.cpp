@@ -1,7 +1,10 @@
 #include "json/Document.h"
 
 #include <array>
+#include <boost/json/basic_parser_impl.hpp>
 #include <new>
+
+#include "json/ValueBuilder.h"
 
 namespace VorselKelp::json {
 
@@ -12,11 +15,12 @@ Result<Document> Document::parse(std::string_view text) {
   try {
     auto memory = std::make_unique<Memory>(text.size() + 1024);
     std::array<unsigned char, 4096> scratch;
-    boost::json::parser parser({}, options, scratch.data(), scratch.size());
-    parser.reset(&memory->resource);  // the constructor's resource serves the parser's own scratch alone
-    parser.write(text.data(), text.size(), error);
+    boost::json::basic_parser<ValueBuilder> parser(options, scratch.data(), scratch.size());
+    parser.handler().reset(&memory->resource);
+    const auto read = parser.write_some(false, text.data(), text.size(), error);
+    if (!error && read < text.size()) error = boost::json::error::extra_data;
     if (!error) {
-      memory->root = parser.release();
+      memory->root = parser.handler().release();
       return Document(std::move(memory));
     }
   } catch (const std::exception& failure) {  // a text or a list beyond the parser's limits, or no memory

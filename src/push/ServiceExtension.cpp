@@ -131,14 +131,16 @@ void ServiceExtension::finish(const Delivery& delivery,
   if (plan.body) delivery.best->body = *plan.body;
   for (const std::string& tracker : plan.impressionTrackers) requests_->fireTracker(tracker);
   if (plan.target) targets_->announce();
+  std::vector<std::string> removed, replaced;
+  if (plan.tag) removed = removeTagged(*context_, *plan.tag);
   // All that one delivery stores goes in as one step: a killed extension leaves the whole of it or nothing.
-  std::vector<std::string> replaced;
   context_->storage.transact([&] {
     if (category) saveCategory(delivery, *category);
     if (plan.target) targets_->store(*plan.target, delivery.plan.identifier);
     if (plan.tag) replaced = takeOverTag(*context_, *plan.tag, delivery.plan.identifier);
   });
-  if (!replaced.empty()) context_->services->notificationCenter->removeDeliveredNotifications(replaced);
+  if (!replaced.empty() && replaced != removed)
+    context_->services->notificationCenter->removeDeliveredNotifications(replaced);
   category.reset();  // gives the lock back before the application's code runs
   delivery.handler(delivery.best);
 }

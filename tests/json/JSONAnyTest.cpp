@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <string>
 
 namespace VorselKelp {
@@ -34,6 +35,15 @@ TEST(JSONAny, NumbersAtAndBeyondSixtyFourBits) {
   EXPECT_EQ(*JSONAny::decode("-9223372036854775808"), JSONAny(INT64_MIN));
   EXPECT_EQ(*JSONAny::decode("9223372036854775808"), JSONAny(9223372036854775808.0));
   EXPECT_EQ(*JSONAny::decode("123456789012345678901234567890"), JSONAny(123456789012345678901234567890.0));
+}
+
+TEST(JSONAny, DoublesReadBackToTheLastBit) {
+  for (const double number : {102262.25655644241, 0.1, 5.409760742964738e+124, 1.3927926388013963e-143,
+                              std::numeric_limits<double>::max(), std::numeric_limits<double>::denorm_min()})
+    EXPECT_EQ(*JSONAny::decode(*JSONAny(number).encode()), JSONAny(number));
+  EXPECT_EQ(*JSONAny::decode("1e-400"), JSONAny(0.0));
+  for (const char* beyond : {"1e400", "-1e400", "1.8e308", "[123456789e305]"})
+    EXPECT_FALSE(JSONAny::decode(beyond)) << beyond << " would be read as infinite, and could not be written";
 }
 
 TEST(JSONAny, KeepsKeyOrderAndTheLastOfTwoEqualKeys) {

@@ -78,6 +78,7 @@ Descriptor inputOf(const std::string& bytes) {
 }
 
 std::string besideThisExecutable(const std::string& program) {
+  if (program.starts_with('/')) return program;
   std::error_code error;
   const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
   return error ? program : (self.parent_path() / program).string();
@@ -140,7 +141,8 @@ class Child {
     const auto program = besideThisExecutable(command_.program);
     if (const int code = spawn(program, input.number(), channel.write.number(), errors.write.number())) {
       return Error{"Cannot start " + program + ": " + std::strerror(code) +
-                   "; the example application is built beside brellixctl"};
+                   (command_.program == program ? "; see \"programs\" of the manifest"
+                                                : "; the example application is built beside brellixctl")};
     }
     channel.write.close();
     errors.write.close();

@@ -12,7 +12,7 @@ namespace brellixctl {
 
 /// A process of the application, as it is to be run. Its events come over a descriptor of their own.
 struct ChildCommand {
-  std::string program;  ///< the name of an executable beside this one
+  std::string program;  ///< an absolute path, or the name of an executable beside this one
   std::vector<std::string> arguments;
   std::vector<std::pair<std::string, std::string>> environment;  ///< in addition to this process's
   std::string input;                                             ///< what it reads on standard input

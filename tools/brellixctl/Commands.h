@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,15 @@ struct ServeOptions {
   std::vector<std::string> statuses;  ///< PATH=CODE
 };
 
+struct FleetRequest {
+  std::size_t devices = 1000;
+  std::size_t pushes = 1;  ///< to each device
+  std::string server;      ///< empty: one of its own
+  std::string payload;     ///< a file; empty: a sample
+  std::size_t connections = 64;
+  double opened = 10;  ///< percent
+};
+
 struct LintRequest {
   std::string payloadPath;
   std::string identifier = "notification";  ///< the notification's
@@ -36,6 +46,8 @@ struct LintRequest {
 // result goes to standard output, everything else to standard error.
 
 int runDemo(const CommonOptions& common, const DemoRequest& request);
+/// Needs neither device nor application.
+int runFleet(const CommonOptions& common, const FleetRequest& request);
 int runServe(const CommonOptions& common, const ServeOptions& options);
 int runLaunch(const CommonOptions& common, const LaunchRequest& request);
 int runPush(const CommonOptions& common, const PushRequest& request);
@@ -47,6 +59,8 @@ int runStore(const CommonOptions& common);
 /// `advance`: seconds by which the device's clock is moved on first; what is due then is delivered.
 int runNotifications(const CommonOptions& common, double advance);
 
+/// Says for each fault of application, device and servers what it is and how to mend it.
+int runDoctor(const CommonOptions& common);
 int runBadge(const CommonOptions& common);
 /// Needs neither device nor application.
 int runLint(const CommonOptions& common, const LintRequest& request);

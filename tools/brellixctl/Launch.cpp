@@ -53,11 +53,12 @@ Result<std::unique_ptr<CollectionServer>> serveScript(const LaunchRequest& reque
   return server;
 }
 
-Result<std::shared_ptr<Display>> displayFor(const LaunchRequest& request) {
+Result<std::shared_ptr<Display>> displayFor(const Target& target, const LaunchRequest& request) {
   if (request.window) return Display::users();
   if (request.display) return request.display;
   // The publisher's page is answered in a real engine wherever one can be shown.
-  const bool real = !request.prompt.empty() && Display::present() && Display::programsBuilt();
+  const bool real = !request.prompt.empty() && Display::present() && Display::programsBuilt() &&
+                    target.manifest.programs.application.empty();
   return real ? std::make_shared<Display>() : std::shared_ptr<Display>();
 }
 
@@ -85,7 +86,7 @@ LaunchOutcome outcomeOf(const Target& target, const LaunchRequest& request, Chil
 }  // namespace
 
 Result<LaunchOutcome> launch(const Target& target, const LaunchRequest& request) {
-  TargetProcess process(target, "news_app", request.timeLimit);
+  TargetProcess process(target, VorselKelp::linux_platform::ProcessKind::application, request.timeLimit);
   process.add("--answer", request.answer);
   for (const auto& call : request.calls) process.add("--call", call);
   for (const auto& event : request.beacons) process.add("--beacon", event);
@@ -94,7 +95,7 @@ Result<LaunchOutcome> launch(const Target& target, const LaunchRequest& request)
   if (request.window) process.addFlag("--stay");
   const auto scripts = serveScript(request, process);
   if (!scripts) return scripts.error();
-  auto display = displayFor(request);
+  auto display = displayFor(target, request);
   if (!display) return display.error();
   process.showOn(*std::move(display));
   auto child = process.run();

@@ -10,6 +10,7 @@
 #include "VorselKelp/platform/Notification.h"
 #include "VorselKelpLinux/DeviceHome.h"
 #include "VorselKelpLinux/Manifest.h"
+#include "VorselKelpLinux/Runtime.h"
 #include "VorselKelpLinux/SimulatedDevice.h"
 #include "brellixctl/Display.h"
 
@@ -27,6 +28,9 @@ struct Target {
   [[nodiscard]] VorselKelp::linux_platform::SimulatedDevice device() const {
     return {home, manifest.bundleIdentifier};
   }
+  /// The executable of one of the application's processes: an absolute path, or a name beside this
+  /// executable.
+  [[nodiscard]] std::string program(VorselKelp::linux_platform::ProcessKind kind) const;
 };
 
 /// An operation that failed carries this code when it was asked for in a wrong way.

@@ -35,7 +35,7 @@ std::string wordFor(const ChildOutcome& child, bool answered) {
 VorselKelp::Status runExtension(const Target& target, const PushRequest& asked, const std::string& payload,
                                 platform::NotificationRequest& request, PushOutcome& outcome) {
   ChildCommand command;
-  command.program = "news_service";
+  command.program = target.program(device::ProcessKind::serviceExtension);
   command.input = payload;
   command.timeLimit = asked.timeLimit;
   command.arguments = {"--home", target.homePath,    "--app",        target.manifestPath,

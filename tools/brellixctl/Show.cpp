@@ -34,7 +34,7 @@ Result<ShowOutcome> show(const Target& target, const ShowRequest& request) {
                  "\"; brellixctl notifications lists what there is"};
   }
   if (const auto status = checkFolderOf(request.png); !status) return status.error();
-  TargetProcess process(target, "news_content", request.timeLimit);
+  TargetProcess process(target, VorselKelp::linux_platform::ProcessKind::contentExtension, request.timeLimit);
   process.add("--id", request.identifier);
   process.add("--do", request.acts);
   process.add("--png", request.png);

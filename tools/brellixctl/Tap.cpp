@@ -41,7 +41,7 @@ Result<TapOutcome> tap(const Target& target, const TapRequest& request) {
     return Error{"The device holds no notification \"" + request.identifier +
                  "\"; brellixctl notifications lists what there is"};
   }
-  TargetProcess process(target, "news_app", request.timeLimit);
+  TargetProcess process(target, VorselKelp::linux_platform::ProcessKind::application, request.timeLimit);
   process.add(request.onDesktop ? "--notify" : "--tap", request.identifier);
   if (request.action) {
     process.addFlag("--action");

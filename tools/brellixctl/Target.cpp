@@ -16,4 +16,13 @@ Result<Target> Target::open(const std::string& homePath, const std::string& mani
   return target;
 }
 
+std::string Target::program(device::ProcessKind kind) const {
+  const auto own = [](const std::string& named, const char* example) {
+    return named.empty() ? example : named;
+  };
+  if (kind == device::ProcessKind::serviceExtension) return own(manifest.programs.service, "news_service");
+  if (kind == device::ProcessKind::contentExtension) return own(manifest.programs.content, "news_content");
+  return own(manifest.programs.application, "news_app");
+}
+
 }  // namespace brellixctl

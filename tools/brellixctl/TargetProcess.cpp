@@ -4,8 +4,9 @@
 
 namespace brellixctl {
 
-TargetProcess::TargetProcess(const Target& target, const std::string& program, double timeLimit) {
-  command_.program = program;
+TargetProcess::TargetProcess(const Target& target, VorselKelp::linux_platform::ProcessKind kind,
+                             double timeLimit) {
+  command_.program = target.program(kind);
   command_.timeLimit = timeLimit;
   add("--home", target.homePath);
   add("--app", target.manifestPath);

@@ -27,6 +27,7 @@ class CommandLine {
     addNotify();
     addInspection();
     addLint();
+    addFleet();
   }
 
   int run(int argc, char** argv) {
@@ -137,6 +138,8 @@ class CommandLine {
 
   void addInspection() {
     add("store", "What the stores of the application hold", [this] { return runStore(common_); });
+    add("doctor", "What is wrong with the application's set-up, and how to mend it",
+        [this] { return runDoctor(common_); });
     add("badge", "The number on the application's icon", [this] { return runBadge(common_); });
     auto* list = add("notifications", "What the notification centre holds",
                      [this] { return runNotifications(common_, advance_); });
@@ -154,6 +157,29 @@ class CommandLine {
     auto* schema = add("schema", "The JSON Schema of a payload or of a body that is sent",
                        [this] { return runSchema(schema_); });
     schema->add_option("NAME", schema_, "push, campaign, activity, users, configuration or ad")->required();
+  }
+
+  void addFleet() {
+#ifdef BRELLIXCTL_FLEET
+    auto* fleet = add("fleet", "Many devices at once, to load-test a collection server",
+                      [this] { return runFleet(common_, fleet_); });
+    fleet->add_option("--devices", fleet_.devices, "How many devices")
+        ->check(CLI::Range(1, 1'000'000))
+        ->capture_default_str();
+    fleet->add_option("--pushes", fleet_.pushes, "Notifications for each device")
+        ->check(CLI::Range(0, 1'000'000))
+        ->capture_default_str();
+    fleet->add_option("--server", fleet_.server, "Scheme, host and port of the server; else one of its own")
+        ->type_name("URL");
+    fleet->add_option("--payload", fleet_.payload, "The notification, a JSON file; else a sample")
+        ->type_name("FILE");
+    fleet->add_option("--opened", fleet_.opened, "Percent of the notifications that are opened")
+        ->check(CLI::Range(0.0, 100.0))
+        ->capture_default_str();
+    fleet->add_option("--connections", fleet_.connections, "Requests under way at a time")
+        ->check(CLI::Range(1, 256))
+        ->capture_default_str();
+#endif
   }
 
   /// Unlike the parser's own range this one takes no "nan".
@@ -186,6 +212,7 @@ class CommandLine {
   TapRequest notify_;
   ShowRequest show_;
   LintRequest lint_;
+  FleetRequest fleet_;
   std::string schema_;
   double advance_ = 0;
   std::string action_;

@@ -1,6 +1,7 @@
 #include "collection_server/CollectionServer.h"
 
 #include <httplib.h>
+#include <sys/socket.h>
 
 #include <chrono>
 #include <mutex>
@@ -15,7 +16,9 @@ namespace {
 constexpr const char* host = "127.0.0.1";
 constexpr const char* json = "application/json";
 constexpr std::size_t bodyLimit = std::size_t{16} << 20;
-constexpr std::size_t threads = 8;
+/// Each open connection holds one, so a fleet's must all find theirs.
+constexpr std::size_t threads = 128;
+constexpr std::size_t requestsPerConnection = 1'000'000;
 
 ReceivedRequest describe(const httplib::Request& request) {
   ReceivedRequest received;
@@ -42,7 +45,12 @@ class CollectionServer::Implementation {
     if (options_.script.empty()) options_.script = samplePromptScript();
     server_.new_task_queue = [] { return new httplib::ThreadPool(threads); };
     server_.set_payload_max_length(bodyLimit);
+    server_.set_keep_alive_max_count(requestsPerConnection);
     server_.set_tcp_nodelay(true);
+    server_.set_socket_options([this](int socket) {
+      httplib::default_socket_options(socket);
+      socket_ = socket;
+    });
     const auto handler = [this](const httplib::Request& request, httplib::Response& response) {
       handle(request, response);
     };
@@ -62,6 +70,9 @@ class CollectionServer::Implementation {
     } else if (!server_.bind_to_port(host, port_)) {
       return false;
     }
+    // The library lets five connections wait. A fleet's come all at once, and one that finds no place is lost
+    // for seconds.
+    ::listen(socket_, SOMAXCONN);
     thread_ = std::thread([this] { server_.listen_after_bind(); });
     while (!server_.is_running()) std::this_thread::yield();
     return true;
@@ -111,6 +122,7 @@ class CollectionServer::Implementation {
   std::thread thread_;
   std::mutex mutex_;
   int port_ = 0;
+  int socket_ = -1;  ///< the library's
 };
 
 CollectionServer::CollectionServer(std::unique_ptr<Implementation> implementation)

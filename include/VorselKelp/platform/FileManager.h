@@ -63,7 +63,8 @@ class FileManager {
 
   /// Waits for and takes the lock named by the file `path`, which excludes every other thread and every other
   /// process that asks for the same path. The file is made when missing, with its folder, and stays. Null
-  /// when it can't be made. A thread must not take one lock twice.
+  /// when it can't be made, and when another process has kept the lock for some seconds: one that hangs must
+  /// not keep all others. A thread must not take one lock twice.
   virtual std::unique_ptr<FileLock> lock(const std::string& path) = 0;
 };
 

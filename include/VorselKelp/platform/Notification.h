@@ -7,13 +7,14 @@
 #include <string_view>
 #include <vector>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/JSONAny.h"
 
 namespace VorselKelp::platform {
 
 /// A notification's user information: a dictionary, or the JSON bytes in which a remote notification arrived
 /// (kept as they came, so that nothing is parsed twice). Copies share their contents, which never change.
-class UserInfo {
+class VORSELKELP_API UserInfo {
  public:
   UserInfo() : UserInfo(JSONAny::Dictionary{}) {}
   explicit UserInfo(JSONAny::Dictionary dictionary);

@@ -4,13 +4,14 @@
 #include <string>
 #include <vector>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/ui/Image.h"
 #include "VorselKelp/ui/View.h"
 
 namespace VorselKelp::ui {
 
 /// Something to press. Without a title and a picture it is an invisible area that can be tapped.
-class Button : public View {
+class VORSELKELP_API Button : public View {
  public:
   Property<std::string> title{*this, {}};
   Property<Font> font{*this, {}};

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/ui/Image.h"
 #include "VorselKelp/ui/View.h"
 
 namespace VorselKelp::ui {
 
 /// Shows one picture, fitted by its content mode. An animated one is shown by setting frame after frame.
-class ImageView : public View {
+class VORSELKELP_API ImageView : public View {
  public:
   Property<ImagePtr> image{*this, nullptr};
 
@@ -14,7 +15,7 @@ class ImageView : public View {
 };
 
 /// Turns for as long as something is under way; shows nothing while it stands still.
-class ActivityIndicator : public View {
+class VORSELKELP_API ActivityIndicator : public View {
  public:
   Property<bool> animating{*this, false};
 

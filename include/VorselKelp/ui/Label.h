@@ -3,12 +3,13 @@
 #include <optional>
 #include <string>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/ui/View.h"
 
 namespace VorselKelp::ui {
 
 /// Text that can't be edited. UTF-8; absent shows nothing.
-class Label : public View {
+class VORSELKELP_API Label : public View {
  public:
   Property<std::optional<std::string>> text{*this, std::nullopt};
   Property<Font> font{*this, {}};
@@ -21,7 +22,7 @@ class Label : public View {
 };
 
 /// Text over several lines, which can be scrolled when it is longer than the view.
-class TextView : public View {
+class VORSELKELP_API TextView : public View {
  public:
   Property<std::string> text{*this, {}};
   Property<Font> font{*this, {}};

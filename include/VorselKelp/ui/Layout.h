@@ -4,6 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include "VorselKelp/Export.h"
+
 namespace VorselKelp::ui {
 
 class View;
@@ -43,7 +45,8 @@ inline Constraint fixed(Anchor first, double constant) {
 }
 
 /// The four edges of `inner` on those of `outer`.
-std::vector<Constraint> pinnedEdges(const std::shared_ptr<View>& inner, const std::shared_ptr<View>& outer,
-                                    Edges edges = Edges::view);
+VORSELKELP_API std::vector<Constraint> pinnedEdges(const std::shared_ptr<View>& inner,
+                                                   const std::shared_ptr<View>& outer,
+                                                   Edges edges = Edges::view);
 
 }  // namespace VorselKelp::ui

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/ui/View.h"
 
 namespace VorselKelp::ui {
@@ -28,7 +29,7 @@ struct BarButton {
 };
 
 /// The bar at the top of a screen.
-class NavigationBar : public View {
+class VORSELKELP_API NavigationBar : public View {
  public:
   Property<std::optional<std::string>> title{*this, std::nullopt};
   Property<std::optional<BarAppearance>> standardAppearance{*this, std::nullopt};

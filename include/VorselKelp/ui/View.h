@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/ui/Appearance.h"
 #include "VorselKelp/ui/Geometry.h"
 #include "VorselKelp/ui/Layout.h"
@@ -34,7 +35,7 @@ class ViewObserver {
 ///
 /// The platform works out frames from the constraints, sets them, and runs a layout pass; it sends taps to
 /// tapped(). A view without constraints keeps the frame that it was given.
-class View : public std::enable_shared_from_this<View>, public PropertyOwner {
+class VORSELKELP_API View : public std::enable_shared_from_this<View>, public PropertyOwner {
  public:
   View() = default;
   explicit View(Rect frame_) { frame = frame_; }

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/ui/Orientation.h"
 #include "VorselKelp/ui/View.h"
 
@@ -16,7 +17,7 @@ enum class PresentationStyle {
 
 /// A screen of the application. Made with std::make_shared; whoever presents it keeps it for as long as it is
 /// presented. Main thread only.
-class ViewController : public std::enable_shared_from_this<ViewController> {
+class VORSELKELP_API ViewController : public std::enable_shared_from_this<ViewController> {
  public:
   ViewController() = default;
   ViewController(const ViewController&) = delete;

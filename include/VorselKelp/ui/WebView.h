@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/JSONAny.h"
 #include "VorselKelp/Result.h"
 #include "VorselKelp/ui/View.h"
@@ -53,7 +54,7 @@ struct WebViewConfiguration {
 
 /// A web page as a view. Made by the platform (platform::WebViews). The page belongs to the view and goes
 /// with it; nothing is called after that. Main thread.
-class WebView : public View {
+class VORSELKELP_API WebView : public View {
  public:
   /// Whether something is painted under the page. What is not opaque shows what lies behind it, where the
   /// page itself paints nothing.

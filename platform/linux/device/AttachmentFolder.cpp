@@ -1,6 +1,8 @@
 #include "device/AttachmentFolder.h"
 
+#include <chrono>
 #include <filesystem>
+#include <set>
 
 #include "VorselKelpLinux/Hex.h"
 #include "VorselKelpLinux/LineSink.h"
@@ -57,6 +59,20 @@ void AttachmentFolder::remove(const std::vector<platform::NotificationAttachment
     std::error_code ignored;
     fs::remove(attachment.path, ignored);
     fs::remove(fs::path(attachment.path).parent_path(), ignored);
+  }
+}
+
+void AttachmentFolder::removeForgotten(const std::vector<platform::NotificationAttachment>& used) const {
+  std::set<fs::path> folders;
+  for (const auto& attachment : used) folders.insert(fs::path(attachment.path).parent_path().filename());
+  const auto limit = fs::file_time_type::clock::now() - std::chrono::hours(1);
+  std::error_code error;
+  for (auto entry = fs::directory_iterator(path_, error); !error && entry != fs::directory_iterator();
+       entry.increment(error)) {
+    std::error_code ignored;
+    const auto changed = entry->last_write_time(ignored);
+    if (ignored || changed > limit || folders.contains(entry->path().filename())) continue;
+    fs::remove_all(entry->path(), ignored);
   }
 }
 

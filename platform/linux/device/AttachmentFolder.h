@@ -21,6 +21,10 @@ class AttachmentFolder {
   /// Removes the files, with their folders.
   void remove(const std::vector<platform::NotificationAttachment>& attachments) const;
 
+  /// Removes what processes have left here that were killed before they could say so: everything that is
+  /// older than an hour and not among the attachments in use.
+  void removeForgotten(const std::vector<platform::NotificationAttachment>& used) const;
+
  private:
   [[nodiscard]] bool moveIn(platform::NotificationAttachment& attachment) const;
   [[nodiscard]] bool holds(const std::string& file) const;

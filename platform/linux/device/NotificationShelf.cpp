@@ -150,6 +150,17 @@ std::optional<HeldNotification> NotificationShelf::find(Connection& database, co
   return readRow(rows);
 }
 
+std::vector<platform::NotificationAttachment> NotificationShelf::filesInUse(Connection& database) const {
+  std::vector<platform::NotificationAttachment> used;
+  Statement rows(database, "SELECT content FROM notification");
+  while (rows.step()) {
+    const auto json = JSONAny::decode(rows.text(0));
+    if (!json) continue;
+    for (auto& file : decodeContent(*json).attachments) used.push_back(std::move(file));
+  }
+  return used;
+}
+
 std::vector<platform::NotificationAttachment> NotificationShelf::takeReleased() {
   return std::exchange(released_, {});
 }

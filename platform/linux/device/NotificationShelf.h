@@ -40,7 +40,12 @@ class NotificationShelf {
 
   /// The files of the notifications that went, to be removed when the transaction is through, and only then.
   std::vector<platform::NotificationAttachment> takeReleased();
+  /// All files that notifications have, of every application of the device.
+  [[nodiscard]] std::vector<platform::NotificationAttachment> filesInUse(Connection& database) const;
   /// Outside a transaction.
+  void removeForgottenFiles(const std::vector<platform::NotificationAttachment>& used) const {
+    attachments_.removeForgotten(used);
+  }
   void removeFiles(const std::vector<platform::NotificationAttachment>& files) const {
     attachments_.remove(files);
   }

@@ -149,10 +149,14 @@ void SimulatedDevice::changeCategories(const std::vector<std::string>& removed,
 
 Result<platform::NotificationRequest> SimulatedDevice::deliver(platform::NotificationRequest request) {
   const auto taken = shelf_->takeFiles(request.content);
+  std::vector<platform::NotificationAttachment> used;
   const auto status = changeShelf([&](Connection& database) {
     shelf_->put(database, request, State::delivered, deviceTime(database));
     if (request.content.badge) writeBadge(database, application_, *request.content.badge);
+    if (!taken.empty()) used = shelf_->filesInUse(database);
   });
+  // Not with every notification: those without a picture are many, and have no part in it.
+  if (status && !taken.empty()) shelf_->removeForgottenFiles(used);
   if (status) return request;
   shelf_->removeFiles(taken);
   return status.error();

@@ -77,9 +77,10 @@ class DiskFileManager final : public platform::FileManager {
   std::unique_ptr<platform::FileLock> lock(const std::string& path) override {
     if (!checkPath(path)) return nullptr;
     auto held = std::make_unique<HeldLock>(mutexOf(path));
-    auto file = lockFile(path);
+    auto file = lockFile(path, options_.lockPatience);
     // The folder is missing the first time only.
-    if (!file && file.error().code == ENOENT && makeFolders(parentOf(path))) file = lockFile(path);
+    if (!file && file.error().code == ENOENT && makeFolders(parentOf(path)))
+      file = lockFile(path, options_.lockPatience);
     if (!file) return nullptr;
     held->file = std::move(*file);
     return held;

@@ -26,7 +26,8 @@ bool readNumber(std::string_view text, Number& number) {
 }
 
 ProcessOptions::Tap& tapOf(ProcessOptions& options) {
-  return options.tap ? *options.tap : options.tap.emplace();
+  if (!options.tap) options.tap = ProcessOptions::Tap();
+  return *options.tap;
 }
 
 bool setNumber(ProcessOptions& options, std::string_view name, std::string_view value) {

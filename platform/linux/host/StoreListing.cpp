@@ -49,14 +49,45 @@ JSONAny listDomain(const std::string& file) {
   return json;
 }
 
+/// Absent when there is no group, or the device does not know it.
+std::optional<std::string> groupStore(const Manifest& manifest, const DeviceHome& home) {
+  if (!manifest.appGroupId || manifest.appGroupId->empty()) return std::nullopt;
+  const auto files = makeFileManager({home.groupContainers(), manifest.groups, home.path()});
+  const auto container = files->containerPath(*manifest.appGroupId);
+  if (!container) return std::nullopt;
+  return *container + "/Library/Preferences/" + safeName(*manifest.appGroupId) + ".sqlite";
+}
+
+/// Empty when the database is whole.
+std::string problemOf(const std::string& file) {
+  sqlite3* opened = nullptr;
+  const int code = sqlite3_open_v2(file.c_str(), &opened, SQLITE_OPEN_READWRITE, nullptr);
+  const std::unique_ptr<sqlite3, int (*)(sqlite3*)> connection(opened, &sqlite3_close);
+  if (code != SQLITE_OK) return sqlite3_errmsg(opened);
+  sqlite3_busy_timeout(connection.get(), 5000);
+  Connection reading{connection.get(), std::nullopt};
+  Statement check(reading, "PRAGMA integrity_check(1)");
+  if (!check.step()) return sqlite3_errmsg(opened);
+  auto found = check.text(0);
+  return found == "ok" ? std::string() : found;
+}
+
 }  // namespace
 
 JSONAny listGroupDefaults(const Manifest& manifest, const DeviceHome& home) {
-  if (!manifest.appGroupId || manifest.appGroupId->empty()) return JSONAny::Dictionary{};
-  const auto files = makeFileManager({home.groupContainers(), manifest.groups, home.path()});
-  const auto container = files->containerPath(*manifest.appGroupId);
-  if (!container) return JSONAny::Dictionary{};
-  return listDomain(*container + "/Library/Preferences/" + safeName(*manifest.appGroupId) + ".sqlite");
+  const auto file = groupStore(manifest, home);
+  return file ? listDomain(*file) : JSONAny::Dictionary{};
+}
+
+StoreHealth inspectGroupStore(const Manifest& manifest, const DeviceHome& home) {
+  StoreHealth health;
+  health.file = groupStore(manifest, home).value_or("");
+  std::error_code error;
+  health.exists = !health.file.empty() && std::filesystem::exists(health.file, error);
+  if (!health.exists) return health;
+  health.problem = problemOf(health.file);
+  health.replaced = std::filesystem::exists(health.file + ".damaged", error);
+  return health;
 }
 
 JSONAny listStandardDefaults(const Manifest& manifest, const DeviceHome& home, ProcessKind kind) {

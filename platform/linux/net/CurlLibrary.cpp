@@ -17,6 +17,7 @@ CurlLibrary::CurlLibrary(const std::string& name) : library_(name) {
   library_.find(listAppend, "curl_slist_append");
   library_.find(listFree, "curl_slist_free_all");
   library_.find(multiInit, "curl_multi_init");
+  library_.find(multiSetOption, "curl_multi_setopt");
   library_.find(multiCleanup, "curl_multi_cleanup");
   library_.find(multiAdd, "curl_multi_add_handle");
   library_.find(multiRemove, "curl_multi_remove_handle");

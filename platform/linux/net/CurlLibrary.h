@@ -24,6 +24,7 @@ class CurlLibrary {
   decltype(curl_slist_append)* listAppend = nullptr;
   decltype(curl_slist_free_all)* listFree = nullptr;
   decltype(curl_multi_init)* multiInit = nullptr;
+  decltype(curl_multi_setopt)* multiSetOption = nullptr;
   decltype(curl_multi_cleanup)* multiCleanup = nullptr;
   decltype(curl_multi_add_handle)* multiAdd = nullptr;
   decltype(curl_multi_remove_handle)* multiRemove = nullptr;

@@ -11,6 +11,9 @@ namespace {
 
 /// Each transfer may need a file descriptor, of which a process has 1024 as a rule.
 constexpr std::size_t mostActive = 256;
+/// By default libcurl keeps four times as many as there are transfers at the moment, and so closes most of
+/// them whenever a burst of short ones is answered.
+constexpr long mostConnections = 128;
 constexpr int idleMilliseconds = 60'000;
 
 Error cancelled() {
@@ -55,6 +58,7 @@ void TransferThread::run() {
     refuseAll(curl.error().empty() ? "libcurl has no memory" : "libcurl can't be loaded: " + curl.error());
     return;
   }
+  curl.multiSetOption(multi, CURLMOPT_MAXCONNECTS, mostConnections);
   {
     const std::lock_guard lock(mutex_);
     curl_ = &curl;

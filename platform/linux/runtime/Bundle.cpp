@@ -1,12 +1,8 @@
-#include <filesystem>
-#include <fstream>
-
 #include "VorselKelpLinux/Runtime.h"
+#include "runtime/Resources.h"
 
 namespace VorselKelp::linux_platform {
 namespace {
-
-constexpr std::size_t resourceLimit = std::size_t{1} << 20;
 
 class ManifestBundle final : public platform::BundleInformation {
  public:
@@ -27,20 +23,7 @@ class ManifestBundle final : public platform::BundleInformation {
     return std::nullopt;
   }
 
-  std::optional<std::string> libraryResource(std::string_view name) override {
-    if (name.empty() || name.find('/') != std::string_view::npos) return std::nullopt;
-    std::error_code error;
-    const auto executable = std::filesystem::read_symlink("/proc/self/exe", error);
-    if (error) return std::nullopt;
-    // Beside the executables, in the build tree and where they are installed.
-    const auto file = executable.parent_path().parent_path() / "share/vorselkelp" / name;
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream) return std::nullopt;
-    std::string bytes(resourceLimit, '\0');
-    stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    bytes.resize(static_cast<std::size_t>(stream.gcount()));
-    return bytes;
-  }
+  std::optional<std::string> libraryResource(std::string_view name) override { return readResource(name); }
 
  private:
   std::map<std::string, std::string, std::less<>> main_;

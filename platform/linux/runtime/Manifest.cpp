@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 
 #include "VorselKelp/JSONAny.h"
@@ -130,6 +131,11 @@ void readParts(Reader& reader, Manifest& manifest) {
       }
     }
   });
+  reader.readObject("programs", [&](Reader& programs) {
+    programs.read("application", manifest.programs.application);
+    programs.read("service", manifest.programs.service);
+    programs.read("content", manifest.programs.content);
+  });
   reader.readObject("endpoints", [&](Reader& endpoints) {
     readEndpoint(endpoints, "collection", manifest.endpoints.collection);
     readEndpoint(endpoints, "tag", manifest.endpoints.tag);
@@ -137,6 +143,13 @@ void readParts(Reader& reader, Manifest& manifest) {
     readEndpoint(endpoints, "adFeed", manifest.endpoints.adFeed);
     readEndpoint(endpoints, "script", manifest.endpoints.script);
   });
+}
+
+void makeAbsolute(std::string& program, const std::string& manifestPath) {
+  if (program.empty() || program.front() == '/') return;
+  std::error_code error;
+  const auto folder = std::filesystem::absolute(manifestPath, error).parent_path();
+  program = (folder / program).lexically_normal().string();
 }
 
 void readLayer(Reader& reader, Manifest& manifest) {
@@ -190,6 +203,9 @@ Result<Manifest> loadManifest(const std::string& path) {
   }
   auto manifest = parseManifest(text);
   if (!manifest) return Error{"The manifest " + path + " is wrong: " + manifest.error().description};
+  auto& programs = manifest->programs;
+  for (auto* program : {&programs.application, &programs.service, &programs.content})
+    makeAbsolute(*program, path);
   return manifest;
 }
 

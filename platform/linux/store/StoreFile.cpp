@@ -34,7 +34,9 @@ constexpr const char* creation =
     "value,"
     " PRIMARY KEY(key, name, inner_name)) WITHOUT ROWID;"
     "PRAGMA user_version = 1;"
-    "COMMIT";
+    "COMMIT;"
+    // Closing would take the log into the file as well, but never say that the disk had no room for it.
+    "PRAGMA wal_checkpoint(TRUNCATE)";
 
 bool isDamage(int code) {
   const int primary = code & 0xff;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <limits>
@@ -103,6 +104,22 @@ TEST_F(SimulatedDeviceTest, OwnsAttachmentsUntilTheirNotificationGoes) {
   auto missing = notification("b");
   missing.content.attachments.push_back({"image", folder_ / "nothing.png"});
   EXPECT_TRUE(device_.deliver(missing)->content.attachments.empty());
+}
+
+TEST_F(SimulatedDeviceTest, ClearsAwayWhatKilledProcessesLeftInItsFolder) {
+  const auto kept = *device_.deliver(withFile("kept", "sun.png"));
+  const auto forgotten = [&](const std::string& name) {
+    fs::create_directories(home_.attachments() + "/" + name);
+    std::ofstream(home_.attachments() + "/" + name + "/half.png") << "pict";
+  };
+  forgotten("old");
+  for (const auto& folder : fs::directory_iterator(home_.attachments()))
+    fs::last_write_time(folder.path(), fs::file_time_type::clock::now() - std::chrono::hours(2));
+  forgotten("fresh");
+  ASSERT_TRUE(SimulatedDevice(home_, "com.example.weather").deliver(withFile("b", "moon.png")).ok());
+  EXPECT_TRUE(fs::exists(kept.content.attachments[0].path)) << "another application's";
+  EXPECT_FALSE(fs::exists(home_.attachments() + "/old"));
+  EXPECT_TRUE(fs::exists(home_.attachments() + "/fresh")) << "its process may be at work";
 }
 
 TEST_F(SimulatedDeviceTest, DeliversPendingNotificationsWhenTheDevicesTimeHasCome) {

@@ -2,6 +2,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <set>
@@ -171,6 +172,19 @@ TEST_F(FileManagerTest, ALockKeepsThreadsAndProcessesApartAndDiesWithItsHolder) 
   second.join();
   EXPECT_EQ(counter, 600);
   EXPECT_EQ(files->lock(folder_.path()), nullptr);
+}
+
+TEST_F(FileManagerTest, ALockThatAnotherProcessNeverGivesBackIsNotAwaitedForEver) {
+  linux_platform::FileManagerOptions options{folder_ / "containers", {}, folder_ / "tmp"};
+  options.lockPatience = std::chrono::milliseconds(20);
+  const auto hanging = linux_platform::makeFileManager(options);
+  auto held = hanging->lock(folder_ / "lock");
+  ASSERT_NE(held, nullptr);
+  // Another manager has locks of its own, as another process has.
+  const auto files = linux_platform::makeFileManager(options);
+  EXPECT_EQ(files->lock(folder_ / "lock"), nullptr);
+  held = nullptr;
+  EXPECT_NE(files->lock(folder_ / "lock"), nullptr);
 }
 
 }  // namespace

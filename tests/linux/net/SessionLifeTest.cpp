@@ -1,4 +1,5 @@
 #include <atomic>
+#include <barrier>
 #include <set>
 #include <thread>
 
@@ -48,6 +49,23 @@ TEST_F(SessionLifeTest, ConnectionsAreUsedAgain) {
     EXPECT_FALSE(fetch(what).error);
   }
   EXPECT_EQ(server_.connections(), 1);
+}
+
+TEST_F(SessionLifeTest, ConnectionsOfABurstStayForTheNextOne) {
+  constexpr int size = 12;
+  std::barrier all(size);  // no answer before each request has its connection
+  const RawServer server([&](RawConnection& connection) {
+    while (!connection.readHead().empty()) {
+      all.arrive_and_wait();
+      connection.write(okay);
+    }
+  });
+  for (int round = 0; round < 3; ++round) {
+    std::vector<std::future<URLResult>> answers;
+    for (int i = 0; i < size; ++i) answers.push_back(start(request(server.url())));
+    for (auto& answer : answers) EXPECT_FALSE(answer.get().error);
+  }
+  EXPECT_EQ(server.connections(), size);
 }
 
 TEST_F(SessionLifeTest, ASlowCompletionHoldsUpAnswersButNoTransfers) {

@@ -1,42 +1,10 @@
-#include <httplib.h>
-#include <openssl/evp.h>
-#include <openssl/pem.h>
-#include <openssl/x509v3.h>
-
 #include <algorithm>
-#include <thread>
 
+#include "linux/net/RunningServer.h"
 #include "linux/net/SessionFixture.h"
-#include "linux/support/TemporaryFolder.h"
 
 namespace VorselKelp::testing_support {
 namespace {
-
-/// Runs a server of httplib on a free port until it is destroyed.
-class Running {
- public:
-  explicit Running(httplib::Server& server) : server_(server) {
-    // A connection kept open would hold up the end of the server.
-    server_.set_keep_alive_max_count(1);
-    port_ = server_.bind_to_any_port("127.0.0.1");
-    thread_ = std::thread([&server] { server.listen_after_bind(); });
-    while (!server_.is_running()) std::this_thread::yield();
-  }
-  ~Running() {
-    server_.stop();
-    thread_.join();
-  }
-  Running(const Running&) = delete;
-  Running& operator=(const Running&) = delete;
-  [[nodiscard]] std::string url(const std::string& path, const std::string& scheme = "http") const {
-    return scheme + "://127.0.0.1:" + std::to_string(port_) + path;
-  }
-
- private:
-  httplib::Server& server_;
-  int port_ = 0;
-  std::thread thread_;
-};
 
 class URLSessionTest : public SessionFixture {
  protected:
@@ -228,41 +196,6 @@ TEST_F(URLSessionTest, BoundsTheBodyOnTheWireAndUnpacked) {
               std::ranges::count(unpacked.response->headers, smaller));
   bomb.responseLimit = 1'000'000;
   EXPECT_TRUE(fetch(bomb).error);
-}
-
-TEST_F(URLSessionTest, TrustsNoCertificateThatIsNotVouchedFor) {
-  const std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)> key(EVP_EC_gen("P-256"), EVP_PKEY_free);
-  const std::unique_ptr<X509, decltype(&X509_free)> certificate(X509_new(), X509_free);
-  X509_set_version(certificate.get(), 2);
-  ASN1_INTEGER_set(X509_get_serialNumber(certificate.get()), 1);
-  X509_gmtime_adj(X509_getm_notBefore(certificate.get()), -3600);
-  X509_gmtime_adj(X509_getm_notAfter(certificate.get()), 3600);
-  X509_set_pubkey(certificate.get(), key.get());
-  auto* name = X509_get_subject_name(certificate.get());
-  X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC, reinterpret_cast<const unsigned char*>("test"), -1, -1,
-                             0);
-  X509_set_issuer_name(certificate.get(), name);
-  auto* extension = X509V3_EXT_conf_nid(nullptr, nullptr, NID_subject_alt_name, "IP:127.0.0.1");
-  X509_add_ext(certificate.get(), extension, -1);
-  X509_EXTENSION_free(extension);
-  X509_sign(certificate.get(), key.get(), EVP_sha256());
-  const TemporaryFolder folder;
-  {
-    const std::unique_ptr<FILE, decltype(&std::fclose)> file(std::fopen((folder / "ca.pem").c_str(), "w"),
-                                                             std::fclose);
-    PEM_write_X509(file.get(), certificate.get());
-  }
-  httplib::SSLServer server(certificate.get(), key.get());
-  server.Get("/", echo);
-  const Running running(server);
-  const auto refused = fetch(running.url("/", "https"));
-  ASSERT_TRUE(refused.error);
-  EXPECT_FALSE(refused.response);
-  linux_platform::URLSessionOptions options;
-  options.certificateFile = folder / "ca.pem";
-  session_ = linux_platform::makeURLSession(options);
-  const auto result = fetch(running.url("/", "https"));
-  EXPECT_FALSE(result.error) << result.error->description;
 }
 
 }  // namespace

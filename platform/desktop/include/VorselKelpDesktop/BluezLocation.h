@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/LocationManager.h"
 #include "VorselKelp/platform/MainQueue.h"
 
@@ -19,7 +20,7 @@ namespace VorselKelp::desktop {
 ///
 /// Time is the main queue's. The main thread has to run the default main context of GLib. `busAddress` empty:
 /// the system's bus.
-std::shared_ptr<platform::LocationServices> makeBluezLocation(std::shared_ptr<platform::MainQueue> mainQueue,
-                                                              std::string busAddress = {});
+VORSELKELP_API std::shared_ptr<platform::LocationServices> makeBluezLocation(
+    std::shared_ptr<platform::MainQueue> mainQueue, std::string busAddress = {});
 
 }  // namespace VorselKelp::desktop

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/Result.h"
 #include "VorselKelp/platform/MainQueue.h"
 #include "VorselKelp/platform/Notification.h"
@@ -46,7 +47,7 @@ class BusNotifications {
 
 /// `respond` hears on the main queue what the user does with a notification of this object: a tap, a button,
 /// or, where its category asks for that, the dismissal. The notification is gone then.
-std::shared_ptr<BusNotifications> makeBusNotifications(
+VORSELKELP_API std::shared_ptr<BusNotifications> makeBusNotifications(
     BusNotificationOptions options, std::shared_ptr<platform::MainQueue> mainQueue,
     std::function<void(platform::NotificationResponse)> respond);
 

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/MainQueue.h"
 
 namespace VorselKelp::desktop {
@@ -21,8 +22,8 @@ class LauncherBadge {
 
 /// `applicationIdentifier` is the name of the application's desktop entry, without ".desktop". `busAddress`
 /// empty: the bus of the user's session. The main thread has to run the default main context of GLib.
-std::shared_ptr<LauncherBadge> makeLauncherBadge(std::string applicationIdentifier,
-                                                 std::shared_ptr<platform::MainQueue> mainQueue,
-                                                 std::string busAddress = {});
+VORSELKELP_API std::shared_ptr<LauncherBadge> makeLauncherBadge(
+    std::string applicationIdentifier, std::shared_ptr<platform::MainQueue> mainQueue,
+    std::string busAddress = {});
 
 }  // namespace VorselKelp::desktop

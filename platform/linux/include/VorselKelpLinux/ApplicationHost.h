@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/JSONAny.h"
 #include "VorselKelp/Result.h"
 #include "VorselKelp/platform/Notification.h"
@@ -92,9 +93,9 @@ class ApplicationDelegate {
 /// most 2 seconds more. An --action may be empty: it is a button's identifier, not the notification itself.
 ///
 /// Without a `screen` nothing is shown, and what would be is recorded.
-int runApplication(int argc, const char* const* argv, ApplicationDelegate& application,
-                   const OperationTable& operations);
-int runApplication(int argc, const char* const* argv, ApplicationDelegate& application,
-                   const OperationTable& operations, ProcessScreen& screen);
+VORSELKELP_API int runApplication(int argc, const char* const* argv, ApplicationDelegate& application,
+                                  const OperationTable& operations);
+VORSELKELP_API int runApplication(int argc, const char* const* argv, ApplicationDelegate& application,
+                                  const OperationTable& operations, ProcessScreen& screen);
 
 }  // namespace VorselKelp::linux_platform

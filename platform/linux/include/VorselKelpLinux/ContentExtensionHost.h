@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/ContentExtension.h"
 #include "VorselKelp/ui/ViewController.h"
 #include "VorselKelpLinux/Manifest.h"
@@ -37,8 +38,8 @@ class ContentExtension {
 ///   --stay                   goes on until the user closes the window, or the time ends
 ///   --time-limit S           the extension's time (default 30)
 ///   --channel FD             reports as JSON lines to this descriptor; without it the console is stdout
-int runContentExtension(int argc, const char* const* argv, ContentExtension& extension);
-int runContentExtension(int argc, const char* const* argv, ContentExtension& extension,
-                        ProcessScreen& screen);
+VORSELKELP_API int runContentExtension(int argc, const char* const* argv, ContentExtension& extension);
+VORSELKELP_API int runContentExtension(int argc, const char* const* argv, ContentExtension& extension,
+                                       ProcessScreen& screen);
 
 }  // namespace VorselKelp::linux_platform

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/URLSession.h"
 
 namespace VorselKelp::linux_platform {
@@ -19,6 +20,7 @@ struct URLSessionOptions {
 /// delegate queue. A process needs one session: connections and loaded certificates are shared within it.
 ///
 /// Error codes are libcurl's own numbers, -999 for a cancelled request, and 0 when libcurl cannot be loaded.
-[[nodiscard]] std::shared_ptr<platform::URLSession> makeURLSession(URLSessionOptions options = {});
+[[nodiscard]] VORSELKELP_API std::shared_ptr<platform::URLSession> makeURLSession(
+    URLSessionOptions options = {});
 
 }  // namespace VorselKelp::linux_platform

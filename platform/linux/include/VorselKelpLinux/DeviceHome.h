@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelpLinux/Runtime.h"
 
 namespace VorselKelp::linux_platform {
@@ -9,7 +10,7 @@ namespace VorselKelp::linux_platform {
 /// Where everything of one simulated device lies. All folders are below the home; names that come from
 /// outside are made safe, so none of them leads out of it. A home that is missing is made for its owner
 /// alone.
-class DeviceHome {
+class VORSELKELP_API DeviceHome {
  public:
   /// `path` is made absolute against the current folder.
   explicit DeviceHome(const std::string& path);

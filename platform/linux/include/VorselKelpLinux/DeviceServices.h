@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/Application.h"
 #include "VorselKelp/platform/InAppBrowser.h"
 #include "VorselKelp/platform/MainQueue.h"
@@ -36,7 +37,7 @@ class DeviceNotificationCenter : public platform::NotificationCenter {
   virtual void showDialogWith(PermissionDialog dialog) = 0;
 };
 
-std::shared_ptr<DeviceNotificationCenter> makeNotificationCenter(
+VORSELKELP_API std::shared_ptr<DeviceNotificationCenter> makeNotificationCenter(
     std::shared_ptr<SimulatedDevice> device, std::shared_ptr<platform::MainQueue> mainQueue,
     DialogAnswer answer);
 
@@ -58,13 +59,12 @@ class DeviceApplication : public platform::Application {
 
 /// `registered` gets the token, or the reason why there is none, on the main queue. `opened` learns which
 /// addresses leave the application.
-std::shared_ptr<DeviceApplication> makeApplication(std::shared_ptr<SimulatedDevice> device,
-                                                   std::shared_ptr<platform::MainQueue> mainQueue,
-                                                   std::function<void(Result<std::string>)> registered,
-                                                   std::function<void(const std::string& url)> opened);
+VORSELKELP_API std::shared_ptr<DeviceApplication> makeApplication(
+    std::shared_ptr<SimulatedDevice> device, std::shared_ptr<platform::MainQueue> mainQueue,
+    std::function<void(Result<std::string>)> registered, std::function<void(const std::string& url)> opened);
 
 /// A browser without a window: `show` learns which page would be on the screen.
-std::shared_ptr<platform::InAppBrowser> makeRecordingBrowser(
+VORSELKELP_API std::shared_ptr<platform::InAppBrowser> makeRecordingBrowser(
     std::function<void(const std::string& url)> show);
 
 }  // namespace VorselKelp::linux_platform

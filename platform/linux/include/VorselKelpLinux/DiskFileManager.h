@@ -1,9 +1,11 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/FileManager.h"
 
 namespace VorselKelp::linux_platform {
@@ -16,10 +18,13 @@ struct FileManagerOptions {
   std::vector<std::string> groups;
   /// Absolute path of the process's folder for passing files.
   std::string temporaryFolder;
+  /// How long lock() waits for another process.
+  std::chrono::milliseconds lockPatience{5000};
 };
 
 /// Files on disk. A file is replaced through a rename; it is not forced to the disk, so a power cut may lose
 /// it.
-[[nodiscard]] std::shared_ptr<platform::FileManager> makeFileManager(FileManagerOptions options);
+[[nodiscard]] VORSELKELP_API std::shared_ptr<platform::FileManager> makeFileManager(
+    FileManagerOptions options);
 
 }  // namespace VorselKelp::linux_platform

@@ -9,6 +9,7 @@
 #include <mutex>
 #include <utility>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/FunctionRef.h"
 #include "VorselKelp/platform/MainQueue.h"
 
@@ -27,7 +28,7 @@ class LoopWaiter {
 
 /// The main queue of a process: work appended from any thread runs on the thread that is inside run(). Times
 /// are counted on the steady clock.
-class EventLoop final : public platform::MainQueue {
+class VORSELKELP_API EventLoop final : public platform::MainQueue {
  public:
   using Clock = std::chrono::steady_clock;
   using Work = platform::UniqueFunction<void()>;
@@ -69,6 +70,6 @@ class EventLoop final : public platform::MainQueue {
 
 /// `seconds` as a duration of the loop's clock; not a number and values below 0 count as 0, huge ones as a
 /// century.
-EventLoop::Clock::duration loopDuration(double seconds);
+VORSELKELP_API EventLoop::Clock::duration loopDuration(double seconds);
 
 }  // namespace VorselKelp::linux_platform

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/Result.h"
 #include "VorselKelp/platform/LocationManager.h"
 #include "VorselKelp/platform/MainQueue.h"
@@ -19,7 +20,7 @@ struct BeaconEvent {
 };
 
 /// Reads "enter:UUID", "exit:UUID", "inside:UUID" or "range:UUID,UUID". An error is one line.
-Result<BeaconEvent> parseBeaconEvent(std::string_view text);
+VORSELKELP_API Result<BeaconEvent> parseBeaconEvent(std::string_view text);
 
 /// The location service of one process. The user allows everything. Managers are held weakly, and each hears
 /// of its own regions only. Any thread, unless said otherwise.
@@ -31,6 +32,6 @@ class DeviceLocation : public platform::LocationServices {
 };
 
 /// On `mainQueue` delegates hear the states that they asked for.
-std::shared_ptr<DeviceLocation> makeLocation(std::shared_ptr<platform::MainQueue> mainQueue);
+VORSELKELP_API std::shared_ptr<DeviceLocation> makeLocation(std::shared_ptr<platform::MainQueue> mainQueue);
 
 }  // namespace VorselKelp::linux_platform

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/Result.h"
 #include "VorselKelp/platform/Platform.h"
 
@@ -26,6 +27,13 @@ struct Manifest {
     std::string source;
   };
 
+  /// Executables, for whoever starts the application's processes; empty: the example application's.
+  struct Programs {
+    std::string application;
+    std::string service;
+    std::string content;
+  };
+
   std::string bundleIdentifier;
   std::string version = "1.0";
   std::string machine = "iPhone13,2";
@@ -43,12 +51,14 @@ struct Manifest {
   /// Further entries of the application's property list; values that are no texts are left out.
   std::map<std::string, std::string, std::less<>> properties;
   platform::Endpoints endpoints;
+  /// As the file has them; loadManifest() makes relative ones absolute, against the file's folder.
+  Programs programs;
 };
 
 /// Reads a manifest. An error names the file and the key that is wrong.
-Result<Manifest> loadManifest(const std::string& path);
+VORSELKELP_API Result<Manifest> loadManifest(const std::string& path);
 
 /// The same from the file's text.
-Result<Manifest> parseManifest(std::string_view text);
+VORSELKELP_API Result<Manifest> parseManifest(std::string_view text);
 
 }  // namespace VorselKelp::linux_platform

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/JSONAny.h"
 #include "VorselKelp/platform/NotificationCenter.h"
 
@@ -8,23 +9,23 @@ namespace VorselKelp::linux_platform {
 // JSON forms of what the device keeps and what processes tell each other about notifications.
 
 /// Everything but the user information.
-JSONAny encodeContent(const platform::NotificationContent& content);
+VORSELKELP_API JSONAny encodeContent(const platform::NotificationContent& content);
 /// Members that are missing or of another type keep their defaults.
-platform::NotificationContent decodeContent(const JSONAny& json);
+VORSELKELP_API platform::NotificationContent decodeContent(const JSONAny& json);
 
-JSONAny encodeActions(const std::vector<platform::NotificationAction>& actions);
-std::vector<platform::NotificationAction> decodeActions(const JSONAny& json);
+VORSELKELP_API JSONAny encodeActions(const std::vector<platform::NotificationAction>& actions);
+VORSELKELP_API std::vector<platform::NotificationAction> decodeActions(const JSONAny& json);
 
 /// "notDetermined", "denied", "authorized", "provisional" or "ephemeral".
-std::string authorizationWord(platform::AuthorizationStatus status);
+VORSELKELP_API std::string authorizationWord(platform::AuthorizationStatus status);
 
 /// The content of a remote notification as its sender wrote it into "aps", before an extension has seen it.
-platform::NotificationContent originalContent(const JSONAny& payload);
+VORSELKELP_API platform::NotificationContent originalContent(const JSONAny& payload);
 
 /// A text that JSON can hold: bytes that are no UTF-8 become replacement characters.
-std::string lossyText(std::string_view bytes);
+VORSELKELP_API std::string lossyText(std::string_view bytes);
 
 /// `value` as JSON text; texts that are no UTF-8 lose those bytes, numbers that are not finite become null.
-std::string encodeLossy(const JSONAny& value);
+VORSELKELP_API std::string encodeLossy(const JSONAny& value);
 
 }  // namespace VorselKelp::linux_platform

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/JSONAny.h"
 #include "VorselKelp/Result.h"
 #include "VorselKelpLinux/ApplicationHost.h"
@@ -13,7 +14,7 @@ namespace VorselKelp::linux_platform {
 
 /// Operations that can be called by name, with JSON arguments: the hand by which brellixctl reaches into a
 /// running application.
-class OperationTable {
+class VORSELKELP_API OperationTable {
  public:
   /// What an operation gives back when it is called: its value (null when it has none). An operation with a
   /// completion hands each of the completion's calls to `completed` instead, possibly later and on any
@@ -55,6 +56,6 @@ class OperationTable {
 };
 
 /// The library's public static operations.
-OperationTable publicOperations();
+VORSELKELP_API OperationTable publicOperations();
 
 }  // namespace VorselKelp::linux_platform

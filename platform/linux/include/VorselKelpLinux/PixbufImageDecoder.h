@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/ImageDecoder.h"
 
 namespace VorselKelp::linux_platform {
@@ -16,6 +17,7 @@ struct ImageDecoderOptions {
 
 /// Recognises and decodes the formats for which the system has a gdk-pixbuf loader. When a library is
 /// missing, every picture that needs it is answered with an error that says so.
-[[nodiscard]] std::shared_ptr<platform::ImageDecoder> makeImageDecoder(ImageDecoderOptions options = {});
+[[nodiscard]] VORSELKELP_API std::shared_ptr<platform::ImageDecoder> makeImageDecoder(
+    ImageDecoderOptions options = {});
 
 }  // namespace VorselKelp::linux_platform

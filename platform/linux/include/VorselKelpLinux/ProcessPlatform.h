@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/Platform.h"
 #include "VorselKelpLinux/DeviceHome.h"
 #include "VorselKelpLinux/DeviceServices.h"
@@ -25,7 +26,8 @@ struct ProcessServices {
 };
 
 /// The platform of one process. Nothing is opened before it is used.
-std::shared_ptr<platform::Platform> makePlatform(const Manifest& manifest, ProcessKind kind,
-                                                 const DeviceHome& home, ProcessServices services);
+VORSELKELP_API std::shared_ptr<platform::Platform> makePlatform(const Manifest& manifest, ProcessKind kind,
+                                                                const DeviceHome& home,
+                                                                ProcessServices services);
 
 }  // namespace VorselKelp::linux_platform

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/Platform.h"
 #include "VorselKelpLinux/DeviceServices.h"
 #include "VorselKelpLinux/EventLoop.h"
@@ -69,6 +70,6 @@ class ProcessScreen {
 };
 
 /// A screen that shows nothing: controllers live their lives, pages are recorded.
-std::shared_ptr<ProcessScreen> headlessScreen();
+VORSELKELP_API std::shared_ptr<ProcessScreen> headlessScreen();
 
 }  // namespace VorselKelp::linux_platform

@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/Platform.h"
 #include "VorselKelpLinux/Manifest.h"
 
@@ -13,34 +14,34 @@ enum class ProcessKind { application, serviceExtension, contentExtension };
 
 /// The bundle identifier of the process: the application's, for extensions with ".service" or ".content"
 /// added.
-std::string bundleIdentifierOf(const Manifest& manifest, ProcessKind kind);
+VORSELKELP_API std::string bundleIdentifierOf(const Manifest& manifest, ProcessKind kind);
 
 /// The system's clock moved by what `offset` answers (seconds, asked once, when the time is first read).
-std::shared_ptr<platform::Clock> makeClock(std::function<double()> offset);
+VORSELKELP_API std::shared_ptr<platform::Clock> makeClock(std::function<double()> offset);
 
-std::shared_ptr<platform::Random> makeRandom();
+VORSELKELP_API std::shared_ptr<platform::Random> makeRandom();
 
 /// Writes each text and a line feed to `descriptor` with one write. The descriptor stays the caller's.
-std::shared_ptr<platform::Console> makeConsole(int descriptor);
+VORSELKELP_API std::shared_ptr<platform::Console> makeConsole(int descriptor);
 
 /// The manifest's "properties" belong to the application's bundle alone.
-std::shared_ptr<platform::BundleInformation> makeBundleInformation(const Manifest& manifest,
-                                                                   ProcessKind kind);
+VORSELKELP_API std::shared_ptr<platform::BundleInformation> makeBundleInformation(const Manifest& manifest,
+                                                                                  ProcessKind kind);
 
 /// Machine and system version from the manifest, language and time zone from the environment of the process;
 /// held as the manifest's screen is: upright, or lying on its side when that is wider than high.
-std::shared_ptr<platform::Device> makeDevice(const Manifest& manifest);
+VORSELKELP_API std::shared_ptr<platform::Device> makeDevice(const Manifest& manifest);
 
 /// A screen that nobody looks at: it has a size and is never refreshed.
-std::shared_ptr<platform::Screen> makeScreen(const Manifest& manifest);
+VORSELKELP_API std::shared_ptr<platform::Screen> makeScreen(const Manifest& manifest);
 
 /// What an extension has in place of an application: events never come, and what is asked for is refused.
-std::shared_ptr<platform::Application> makeUnavailableApplication();
+VORSELKELP_API std::shared_ptr<platform::Application> makeUnavailableApplication();
 
 /// Finds nothing, ever. The refusal is a line on standard error.
-std::shared_ptr<platform::LocationServices> makeUnavailableLocation();
+VORSELKELP_API std::shared_ptr<platform::LocationServices> makeUnavailableLocation();
 
 /// Shows no page: an extension has no window. The refusal is a line on standard error.
-std::shared_ptr<platform::InAppBrowser> makeUnavailableBrowser();
+VORSELKELP_API std::shared_ptr<platform::InAppBrowser> makeUnavailableBrowser();
 
 }  // namespace VorselKelp::linux_platform

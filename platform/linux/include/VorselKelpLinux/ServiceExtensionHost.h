@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/Notification.h"
 #include "VorselKelpLinux/Manifest.h"
 
@@ -40,6 +41,6 @@ class ServiceExtension {
 ///
 /// The process lives until the handler was called and its own requests have ended, at most its time. What
 /// killed processes left in the extension's temporary folder is removed at the start.
-int runServiceExtension(int argc, const char* const* argv, ServiceExtension& extension);
+VORSELKELP_API int runServiceExtension(int argc, const char* const* argv, ServiceExtension& extension);
 
 }  // namespace VorselKelp::linux_platform

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/Result.h"
 #include "VorselKelp/platform/FunctionRef.h"
 #include "VorselKelp/platform/NotificationCenter.h"
@@ -27,7 +28,7 @@ struct HeldNotification {
 /// when it returns. Any thread. When the database can't be read or written, an operation that answers a
 /// Result says so there; the others report it on standard error, once, and then find nothing or write
 /// nothing.
-class SimulatedDevice {
+class VORSELKELP_API SimulatedDevice {
  public:
   /// Touches no file: the database is opened (and made) by the first operation.
   SimulatedDevice(const DeviceHome& home, std::string application);

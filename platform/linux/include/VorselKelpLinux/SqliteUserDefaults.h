@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/UserDefaults.h"
 #include "VorselKelpLinux/LineSink.h"
 
@@ -17,7 +18,7 @@ struct UserDefaultsOptions {
   /// used.
   std::string standardFile;
   /// The container of an application group, absent when the device does not know the group. Usually
-  /// FileManager::containerPath. The suite's database is <container>/Library/Preferences/<group>.sqlite.
+  /// FileManager::containerPath. The suite's database is CONTAINER/Library/Preferences/GROUP.sqlite.
   std::function<std::optional<std::string>(std::string_view groupId)> containerPath;
   /// How long a write waits while another process writes. After that it is dropped.
   std::chrono::milliseconds lockPatience{5000};
@@ -31,6 +32,7 @@ struct UserDefaultsOptions {
 /// User defaults in SQLite, one database per domain. Nothing is opened before the first standard() or
 /// suite(). A domain that is still held outlives the UserDefaults that gave it; it is closed in good order
 /// when it is released for the last time, and a process that leaves should see to that.
-[[nodiscard]] std::shared_ptr<platform::UserDefaults> makeUserDefaults(UserDefaultsOptions options);
+[[nodiscard]] VORSELKELP_API std::shared_ptr<platform::UserDefaults> makeUserDefaults(
+    UserDefaultsOptions options);
 
 }  // namespace VorselKelp::linux_platform

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/ImageDecoder.h"
 
 namespace VorselKelp::testing_platform {
@@ -15,7 +16,7 @@ namespace VorselKelp::testing_platform {
 /// Recognises PNG, JPEG and GIF by their first bytes and reads the size that their headers give. It never
 /// looks at the pixels, so a picture that is cut off behind its header counts as one: decoded, every picture
 /// is transparent. GIF frames are those that the test gives. Thread-safe.
-class HeaderImageDecoder final : public platform::ImageDecoder {
+class VORSELKELP_API HeaderImageDecoder final : public platform::ImageDecoder {
  public:
   Result<platform::ImageInfo> inspect(std::string_view bytes, std::int64_t pixelLimit) override;
   Result<ui::ImagePtr> decode(std::string_view bytes, std::int64_t pixelLimit) override;
@@ -40,8 +41,8 @@ class HeaderImageDecoder final : public platform::ImageDecoder {
 };
 
 /// The beginning of a picture, enough for HeaderImageDecoder and for nobody else.
-std::string pngBeginning(unsigned width, unsigned height);
-std::string jpegBeginning(unsigned width, unsigned height);
-std::string gifBeginning(unsigned width, unsigned height);
+VORSELKELP_API std::string pngBeginning(unsigned width, unsigned height);
+VORSELKELP_API std::string jpegBeginning(unsigned width, unsigned height);
+VORSELKELP_API std::string gifBeginning(unsigned width, unsigned height);
 
 }  // namespace VorselKelp::testing_platform

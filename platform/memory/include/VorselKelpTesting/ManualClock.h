@@ -3,6 +3,7 @@
 #include <memory>
 #include <mutex>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/Clock.h"
 
 namespace VorselKelp::testing_platform {
@@ -18,7 +19,8 @@ namespace VorselKelp::testing_platform {
 /// that a test holds back is "too late" without a second being lost. A signal from another thread therefore
 /// has to come before the wait, or it counts as late. Timers that fall due in that time run when their queue
 /// is next run.
-class ManualClock final : public platform::Clock, public std::enable_shared_from_this<ManualClock> {
+class VORSELKELP_API ManualClock final : public platform::Clock,
+                                         public std::enable_shared_from_this<ManualClock> {
  public:
   /// 2026-11-15 02:24:43 UTC, unless told otherwise.
   explicit ManualClock(double now = 1794709483.0) : now_(now) {}

@@ -8,6 +8,7 @@
 #include <optional>
 #include <utility>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/MainQueue.h"
 #include "VorselKelpTesting/ManualClock.h"
 
@@ -15,7 +16,7 @@ namespace VorselKelp::testing_platform {
 
 /// A main queue that runs when the test says so, on the thread that says it: that thread is the main thread
 /// for as long. Appending is allowed from any thread, running from one at a time.
-class ManualMainQueue final : public platform::MainQueue {
+class VORSELKELP_API ManualMainQueue final : public platform::MainQueue {
  public:
   explicit ManualMainQueue(std::shared_ptr<ManualClock> clock) : clock_(std::move(clock)) {}
 

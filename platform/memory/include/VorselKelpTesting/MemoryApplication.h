@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/Application.h"
 
 namespace VorselKelp::testing_platform {
@@ -18,7 +19,7 @@ enum class ProcessKind { application, extension };
 /// An application whose life the test leads. In an extension nothing ever happens: the driving operations do
 /// nothing, registrations are refused and background tasks too. Thread-safe; the driving operations are the
 /// main thread's.
-class MemoryApplication final : public platform::Application {
+class VORSELKELP_API MemoryApplication final : public platform::Application {
  public:
   explicit MemoryApplication(ProcessKind kind) : kind_(kind) {}
 

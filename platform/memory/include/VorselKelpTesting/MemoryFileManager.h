@@ -9,13 +9,14 @@
 #include <string_view>
 #include <vector>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/FileManager.h"
 
 namespace VorselKelp::testing_platform {
 
 /// The files of one device, shared by its processes. Folders come into being with the files in them.
 /// Thread-safe.
-class MemoryFiles {
+class VORSELKELP_API MemoryFiles {
  public:
   /// Makes the group known and gives it a container.
   void addGroup(std::string_view group);
@@ -56,7 +57,7 @@ class MemoryFiles {
 
 /// One process's view: the device's files, and a temporary folder of its own. A file that is being written
 /// stands among the device's under its passing name.
-class MemoryFileManager final : public platform::FileManager {
+class VORSELKELP_API MemoryFileManager final : public platform::FileManager {
  public:
   MemoryFileManager(std::shared_ptr<MemoryFiles> files, std::string temporaryDirectory);
 

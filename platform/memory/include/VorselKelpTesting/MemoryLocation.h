@@ -5,13 +5,14 @@
 #include <string>
 #include <vector>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/LocationManager.h"
 
 namespace VorselKelp::testing_platform {
 
 /// Location services whose user walks where the test says. Events reach every living manager that asked for
 /// them, on the calling thread: call these on the main thread. Thread-safe otherwise.
-class MemoryLocation final : public platform::LocationServices {
+class VORSELKELP_API MemoryLocation final : public platform::LocationServices {
  public:
   std::shared_ptr<platform::LocationManager> makeLocationManager() override;
 

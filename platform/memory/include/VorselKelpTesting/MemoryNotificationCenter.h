@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/NotificationCenter.h"
 #include "VorselKelpTesting/ManualClock.h"
 #include "VorselKelpTesting/MemoryFileManager.h"
@@ -25,7 +26,7 @@ enum class DialogBehaviour {
 ///
 /// Answers come inside the call that asks for them, save those that are held; they run outside all locks.
 /// What is still held at destruction is answered then: a permission with an error, categories with none.
-class MemoryNotificationCenter final : public platform::NotificationCenter {
+class VORSELKELP_API MemoryNotificationCenter final : public platform::NotificationCenter {
  public:
   MemoryNotificationCenter(std::shared_ptr<ManualClock> clock, std::shared_ptr<MemoryFiles> files);
   MemoryNotificationCenter(const MemoryNotificationCenter&) = delete;

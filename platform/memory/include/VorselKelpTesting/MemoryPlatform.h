@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/Platform.h"
 #include "VorselKelpTesting/HeaderImageDecoder.h"
 #include "VorselKelpTesting/ManualClock.h"
@@ -26,7 +27,7 @@ namespace VorselKelp::testing_platform {
 
 /// One pretended device: what outlives a process and what the processes of an application share. Make it with
 /// std::make_shared; its processes are MemoryPlatforms. Thread-safe, as all services are.
-class MemoryDevice {
+class VORSELKELP_API MemoryDevice {
  public:
   MemoryDevice();
 
@@ -64,7 +65,7 @@ class MemoryDevice {
 /// The group stores, containers, notification centre, clock, hardware and screen are the device's; the
 /// standard domain is its bundle's; everything else is this process's own. The library may keep platform()
 /// longer than this object lives: the services live as long as anyone holds them.
-class MemoryPlatform {
+class VORSELKELP_API MemoryPlatform {
  public:
   static constexpr const char* defaultBundleIdentifier = "com.example.app";
 

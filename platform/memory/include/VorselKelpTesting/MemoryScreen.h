@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/ContentExtension.h"
 #include "VorselKelp/platform/ViewPresenter.h"
 #include "VorselKelp/platform/WebViews.h"
@@ -15,7 +16,7 @@ namespace VorselKelp::testing_platform {
 
 /// Presents at once and in order, without drawing anything: controllers appear, are laid out once, and go.
 /// Frames are what the test makes of them. Main thread.
-class RecordingPresenter final : public platform::ViewPresenter {
+class VORSELKELP_API RecordingPresenter final : public platform::ViewPresenter {
  public:
   /// The root of the key window; without one there is no window.
   void setRootViewController(std::shared_ptr<ui::ViewController> root) { root_ = std::move(root); }
@@ -42,7 +43,7 @@ class RecordingPresenter final : public platform::ViewPresenter {
 };
 
 /// A web view without an engine: keeps what it was to show, and says what the test has it say. Main thread.
-class RecordingWebView final : public ui::WebView {
+class VORSELKELP_API RecordingWebView final : public ui::WebView {
  public:
   RecordingWebView(ui::WebViewConfiguration configuration, ui::Rect frame);
 
@@ -79,7 +80,7 @@ class RecordingWebView final : public ui::WebView {
   std::vector<Evaluation> evaluations_;
 };
 
-class RecordingWebViews final : public platform::WebViews {
+class VORSELKELP_API RecordingWebViews final : public platform::WebViews {
  public:
   std::shared_ptr<ui::WebView> makeWebView(ui::WebViewConfiguration configuration, ui::Rect frame) override;
   /// The one made last, while it lives.

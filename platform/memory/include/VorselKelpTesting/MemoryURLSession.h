@@ -9,12 +9,13 @@
 #include <string_view>
 #include <vector>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/URLSession.h"
 
 namespace VorselKelp::testing_platform {
 
 /// What the pretended server says.
-struct ServerAnswer {
+struct VORSELKELP_API ServerAnswer {
   int status = 200;
   std::string body;
   std::vector<platform::HTTPHeader> headers;
@@ -35,7 +36,7 @@ struct ServerAnswer {
 /// body, and a URL that is not absolute "http" or "https" is never answered but with an error. A consumer
 /// gets the whole body at once, of one over the limit the beginning. Destruction answers what is left with
 /// code -999.
-class MemoryURLSession final : public platform::URLSession {
+class VORSELKELP_API MemoryURLSession final : public platform::URLSession {
  public:
   MemoryURLSession() = default;
   MemoryURLSession(const MemoryURLSession&) = delete;
@@ -46,7 +47,7 @@ class MemoryURLSession final : public platform::URLSession {
 
   /// Every request so far, answered or not.
   [[nodiscard]] std::vector<platform::URLRequest> requests() const;
-  [[nodiscard]] platform::URLRequest request(std::size_t number) const { return requests().at(number); }
+  [[nodiscard]] platform::URLRequest request(std::size_t number) const;
   /// The URLs of all requests.
   [[nodiscard]] std::vector<std::string> urls() const;
   /// The numbers of the requests that wait for an answer.

@@ -10,13 +10,14 @@
 #include <string_view>
 #include <variant>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/UserDefaults.h"
 
 namespace VorselKelp::testing_platform {
 
 /// A user-defaults domain in memory. Processes that share it hold the same object. Thread-safe; a transaction
 /// of one thread keeps all others out until it ends.
-class MemoryDefaultsDomain final : public platform::DefaultsDomain {
+class VORSELKELP_API MemoryDefaultsDomain final : public platform::DefaultsDomain {
  public:
   std::optional<platform::DefaultsValue> object(std::string_view key) override;
   void setObject(std::string_view key, platform::DefaultsValue value) override;
@@ -57,7 +58,7 @@ class MemoryDefaultsDomain final : public platform::DefaultsDomain {
 };
 
 /// The group stores of one device: which application groups it knows and what each holds. Thread-safe.
-class MemoryGroupStores {
+class VORSELKELP_API MemoryGroupStores {
  public:
   void add(std::string_view group);
   /// The group's store, by any process; null for a group that the device does not know.
@@ -74,7 +75,7 @@ class MemoryGroupStores {
 };
 
 /// One process's view: its own standard domain, and the device's groups.
-class MemoryUserDefaults final : public platform::UserDefaults {
+class VORSELKELP_API MemoryUserDefaults final : public platform::UserDefaults {
  public:
   MemoryUserDefaults(std::shared_ptr<MemoryDefaultsDomain> standard,
                      std::shared_ptr<MemoryGroupStores> groups);

@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/Console.h"
 #include "VorselKelp/platform/Device.h"
 #include "VorselKelp/platform/InAppBrowser.h"
@@ -20,7 +21,7 @@
 namespace VorselKelp::testing_platform {
 
 /// A device whose values can be set at any time. Thread-safe.
-class SettableDevice final : public platform::Device {
+class VORSELKELP_API SettableDevice final : public platform::Device {
  public:
   struct Values {
     std::string machineIdentifier = "iPhone13,2";
@@ -48,7 +49,7 @@ class SettableDevice final : public platform::Device {
 };
 
 /// A screen of any size, in points; 390 × 844 until set. Thread-safe. It is refreshed when the test says so.
-class SettableScreen final : public platform::Screen {
+class VORSELKELP_API SettableScreen final : public platform::Screen {
  public:
   void set(double width, double height);
   double width() override;
@@ -69,7 +70,7 @@ class SettableScreen final : public platform::Screen {
 };
 
 /// The same numbers in every run that starts with the same seed. Thread-safe.
-class DeterministicRandom final : public platform::Random {
+class VORSELKELP_API DeterministicRandom final : public platform::Random {
  public:
   explicit DeterministicRandom(std::uint64_t seed = 1) : state_(seed) {}
   std::uint32_t below(std::uint32_t bound) override;
@@ -80,7 +81,7 @@ class DeterministicRandom final : public platform::Random {
 };
 
 /// Keeps every text, word for word. Thread-safe.
-class RecordingConsole final : public platform::Console {
+class VORSELKELP_API RecordingConsole final : public platform::Console {
  public:
   void print(std::string_view text) override;
   [[nodiscard]] std::vector<std::string> texts() const;
@@ -94,7 +95,7 @@ class RecordingConsole final : public platform::Console {
 };
 
 /// Keeps the address of every page that it was to show. Thread-safe.
-class RecordingBrowser final : public platform::InAppBrowser {
+class VORSELKELP_API RecordingBrowser final : public platform::InAppBrowser {
  public:
   void present(const std::string& url) override;
   [[nodiscard]] std::vector<std::string> pages() const;

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "support/Table.h"
+
+namespace VorselKelp::benchmarks {
+
+/// The 99th percentile of `initialize`, beside that of the bare store operations.
+[[nodiscard]] Line initializeTail();
+
+/// The system calls of one `initialize` on its caller's thread, beside those of the bare store operations.
+[[nodiscard]] Line initializeSystemCalls();
+
+/// The stripped machine code of core and facade, in megabytes.
+[[nodiscard]] Line librarySize();
+
+}  // namespace VorselKelp::benchmarks

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "VorselKelp/platform/FunctionRef.h"
+
+namespace VorselKelp::benchmarks {
+
+/// How many system calls `work` makes on its own thread. `prepare` runs before and is not counted. Both run
+/// in a process of their own, so that nothing opened by this one is used twice.
+[[nodiscard]] long systemCalls(platform::FunctionRef<void()> prepare, platform::FunctionRef<void()> work);
+
+}  // namespace VorselKelp::benchmarks

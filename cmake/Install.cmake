@@ -1,0 +1,53 @@
+# The package for find_package and for pkg-config. Libraries and headers are installed where they are made.
+include(CMakePackageConfigHelpers)
+
+set(package ${CMAKE_INSTALL_LIBDIR}/cmake/VorselKelp)
+configure_package_config_file(
+  cmake/VorselKelpConfig.cmake.in ${PROJECT_BINARY_DIR}/VorselKelpConfig.cmake
+  INSTALL_DESTINATION ${package}
+  PATH_VARS CMAKE_INSTALL_DATADIR)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/VorselKelpConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/VorselKelpConfig.cmake ${PROJECT_BINARY_DIR}/VorselKelpConfigVersion.cmake
+        DESTINATION ${package})
+install(
+  EXPORT VorselKelpTargets
+  NAMESPACE VorselKelp::
+  DESTINATION ${package})
+
+vorsel_pkg_config(
+  vorselkelp
+  DESCRIPTION "Push notifications and engagement: the core"
+  LIBRARY vorselkelp
+  STATIC_LIBS -lboost_json -lboost_url -pthread)
+# A shared core holds the facade.
+if(BUILD_SHARED_LIBS)
+  vorsel_pkg_config(
+    brellixpush
+    DESCRIPTION "Push notifications and engagement: the publisher facade"
+    REQUIRES vorselkelp)
+else()
+  vorsel_pkg_config(
+    brellixpush
+    DESCRIPTION "Push notifications and engagement: the publisher facade"
+    REQUIRES vorselkelp
+    LIBRARY brellixpush)
+endif()
+vorsel_pkg_config(
+  vorselkelp-linux
+  DESCRIPTION "Push notifications and engagement: the Linux platform"
+  REQUIRES vorselkelp
+  LIBRARY vorselkelp_linux
+  STATIC_REQUIRES sqlite3)
+vorsel_pkg_config(
+  vorselkelp-testing
+  DESCRIPTION "Push notifications and engagement: a platform in memory, for tests"
+  REQUIRES vorselkelp
+  LIBRARY vorselkelp_testing)
+if(TARGET vorselkelp_desktop)
+  vorsel_pkg_config(
+    vorselkelp-desktop
+    DESCRIPTION "Push notifications and engagement: the desktop platform"
+    REQUIRES vorselkelp-linux
+    LIBRARY vorselkelp_desktop
+    STATIC_REQUIRES ${VORSEL_DESKTOP_MODULES})
+endif()

@@ -1,0 +1,79 @@
+#include "VorselKelpLinux/Hex.h"
+#include "VorselKelpLinux/StoreListing.h"
+#include "brellixctl/doctor/Checks.h"
+
+namespace brellixctl {
+
+using VorselKelp::JSONAny;
+namespace platform = VorselKelp::platform;
+namespace device = VorselKelp::linux_platform;
+
+namespace {
+
+constexpr const char* launchAndAllow = "Start the application and allow it: brellixctl launch --answer allow";
+
+std::string textUnder(const JSONAny& stored, const char* key) {
+  const auto* value = stored.find(key);
+  const auto* text = value != nullptr ? value->as<std::string>() : nullptr;
+  return text != nullptr ? *text : std::string();
+}
+
+}  // namespace
+
+Findings checkPermission(const Target& target) {
+  switch (target.device().authorization()) {
+    case platform::AuthorizationStatus::notDetermined:
+      return {fault("permission", "the user has not been asked yet: nothing is shown", launchAndAllow)};
+    case platform::AuthorizationStatus::denied:
+      return {fault("permission", "the user has refused: nothing is shown, and the system asks once only",
+                    "The user has to allow it in the system's settings; here: take another --home")};
+    default:
+      return {fine("permission", "the user allows notifications")};
+  }
+}
+
+Findings checkToken(const Target& target, const JSONAny& stored) {
+  const auto token = target.device().remoteToken();
+  if (!token)
+    return {fault("token", "the device has given none out: no push reaches the application", launchAndAllow)};
+  const auto hex = device::hexOf(*token);
+  const auto reported = textUnder(stored, "vs_tok");
+  if (reported == hex) return {fine("token", hex.substr(0, 8) + "... is registered with the server")};
+  return {fault("token",
+                reported.empty() ? "the server has not accepted it yet (vs_tok is not stored)"
+                                 : "the server has an older one (" + reported.substr(0, 8) + "...)",
+                "Start the application while the collection server answers POST /v2/users with 201")};
+}
+
+Findings checkStore(const Target& target, const JSONAny& stored) {
+  const auto health = device::inspectGroupStore(target.manifest, target.home);
+  if (health.file.empty()) {
+    return {fault("store", "there is none, for there is no usable application group", "See \"group\" above")};
+  }
+  if (!health.exists) {
+    return {fault("store", "nothing was stored yet: the application has not run on this device",
+                  "Start it: brellixctl launch")};
+  }
+  if (!health.problem.empty()) {
+    return {
+        fault("store", health.file + " is damaged: " + health.problem,
+              "Start the application: it puts the file aside and begins an empty one, and registers anew")};
+  }
+  Findings findings;
+  if (health.replaced) {
+    findings.push_back(
+        notice("store", "a damaged store was put aside as " + health.file + ".damaged",
+               "Look for the cause (a full disk, a file that something else wrote), then remove it"));
+  }
+  const auto* installed = stored.find("vs_reg");
+  const auto* flag = installed != nullptr ? installed->as<bool>() : nullptr;
+  if (flag == nullptr || !*flag) {
+    findings.push_back(notice("store", "the installation has not been reported yet (vs_reg)",
+                              "Start the application while the collection server answers"));
+  }
+  findings.push_back(
+      fine("store", "is whole, with " + std::to_string(stored.as<JSONAny::Dictionary>()->size()) + " keys"));
+  return findings;
+}
+
+}  // namespace brellixctl

@@ -1,0 +1,79 @@
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+
+#include "VorselKelpLinux/NotificationRecords.h"
+#include "VorselKelpLinux/StoreListing.h"
+#include "brellixctl/Commands.h"
+#include "brellixctl/PlainText.h"
+#include "brellixctl/doctor/Checks.h"
+
+namespace brellixctl {
+
+using VorselKelp::JSONAny;
+namespace device = VorselKelp::linux_platform;
+
+namespace {
+
+const char* word(Finding::State state) {
+  if (state == Finding::State::fine) return "ok";
+  return state == Finding::State::notice ? "notice" : "fault";
+}
+
+JSONAny toJSON(const Findings& findings) {
+  JSONAny::List list;
+  for (const auto& [state, check, what, mend] : findings) {
+    list.push_back(
+        JSONAny::Dictionary{{"state", word(state)}, {"check", check}, {"what", what}, {"mend", mend}});
+  }
+  return JSONAny::Dictionary{{"findings", std::move(list)}};
+}
+
+std::string inWords(const Findings& findings) {
+  std::string words;
+  const auto padded = [](std::string text, std::size_t width) {
+    text.resize(std::max(text.size(), width), ' ');
+    return text + ' ';
+  };
+  for (const auto& finding : findings) {
+    words += padded(word(finding.state), 7) + padded(finding.check, 10) + plainText(finding.what) + '\n';
+    if (!finding.mend.empty()) words += padded("", 18) + "-> " + plainText(finding.mend) + '\n';
+  }
+  return words;
+}
+
+Findings examine(const Target& target) {
+  const auto stored = device::listGroupDefaults(target.manifest, target.home);
+  Findings findings;
+  for (auto part : {checkManifest(target.manifest), checkGroup(target.manifest),
+                    checkSwitches(target.manifest, stored), checkEndpoints(target.manifest),
+                    checkPermission(target), checkToken(target, stored), checkStore(target, stored)}) {
+    std::ranges::move(part, std::back_inserter(findings));
+  }
+  return findings;
+}
+
+}  // namespace
+
+int runDoctor(const CommonOptions& common) {
+  Findings findings;
+  const auto target = Target::open(common.home, common.manifest);
+  if (target) {
+    findings = examine(*target);
+  } else if (target.error().code == wrongUsage) {
+    return fail(target.error());
+  } else {
+    findings.push_back(
+        fault("manifest", target.error().description, "Correct the file; examples/news.json is a whole one"));
+  }
+  if (common.json) {
+    std::printf("%s\n", device::encodeLossy(toJSON(findings)).c_str());
+  } else {
+    printWords(inWords(findings));
+  }
+  const auto faults = std::ranges::count(findings, Finding::State::fault, &Finding::state);
+  if (faults == 0) return 0;
+  return fail(std::to_string(faults) + (faults == 1 ? " fault" : " faults") + " found");
+}
+
+}  // namespace brellixctl

@@ -1,0 +1,95 @@
+#include "brellixctl/fleet/FleetDevice.h"
+
+#include <array>
+#include <cstdint>
+#include <utility>
+
+#include "VorselKelp/VorselBuilder.h"
+#include "kellp/Kellp.h"
+
+namespace brellixctl {
+
+using VorselKelp::Kellp;
+using VorselKelp::VorselBuilder;
+namespace platform = VorselKelp::platform;
+namespace testing_platform = VorselKelp::testing_platform;
+
+namespace {
+
+constexpr const char* group = "group.fleet";
+
+std::shared_ptr<testing_platform::MemoryDevice> makeDevice() {
+  auto device = std::make_shared<testing_platform::MemoryDevice>();
+  device->addGroup(group);
+  device->notificationCenter->setAuthorizationStatus(platform::AuthorizationStatus::authorized);
+  return device;
+}
+
+}  // namespace
+
+FleetDevice::FleetDevice(const FleetServices& shared)
+    : shared_(shared),
+      device_(makeDevice()),
+      process_(device_),
+      application_(std::make_shared<Kellp>(adapt(process_))) {}
+
+FleetDevice::~FleetDevice() = default;
+
+std::shared_ptr<platform::Platform> FleetDevice::adapt(testing_platform::MemoryPlatform& process) const {
+  auto services = process.platform();
+  services->endpoints = shared_.endpoints;
+  services->urlSession = shared_.session;
+  services->mainQueue = shared_.mainQueue;
+  services->clock = shared_.clock;
+  services->random = shared_.random;
+  services->console = shared_.console;
+  return services;
+}
+
+void FleetDevice::launch() {
+  application_->initialize(VorselBuilder(application_->context, shared_.apiKey, group).push().build());
+  std::array<std::uint8_t, 32> token{};
+  for (auto& byte : token) byte = static_cast<std::uint8_t>(shared_.random->below(256));
+  application_->tokens->registerToken(token);
+}
+
+void FleetDevice::push(const platform::UserInfo& payload, const std::string& identifier, bool opens,
+                       std::function<void()> done) {
+  const auto process = std::make_shared<testing_platform::MemoryPlatform>(
+      device_, testing_platform::ProcessKind::extension, "com.example.app.service");
+  const auto extension = std::make_shared<Kellp>(adapt(*process));
+  extension->context->state.setAppGroupSetting(group);
+  platform::NotificationRequest request;
+  request.identifier = identifier;
+  request.content.userInfo = payload;
+  // The extension lives until it has answered, which it does on the main queue.
+  struct Answer {
+    platform::NotificationRequest request;
+    std::shared_ptr<testing_platform::MemoryPlatform> process;
+    std::shared_ptr<Kellp> extension;
+    std::function<void()> done;
+  };
+  const auto answer = std::make_shared<Answer>(Answer{request, process, extension, std::move(done)});
+  extension->serviceExtension->didReceive(request,
+                                          std::make_shared<platform::NotificationContent>(request.content),
+                                          [this, opens, answer](const auto& content) {
+                                            if (content) answer->request.content = *content;
+                                            shared_.mainQueue->async([this, opens, answer] {
+                                              show(std::move(answer->request), opens);
+                                              answer->done();
+                                            });
+                                          });
+}
+
+/// The user looks at it at once, and either opens it or wipes it away.
+void FleetDevice::show(platform::NotificationRequest request, bool opens) {
+  const auto identifier = request.identifier;
+  device_->notificationCenter->deliver(request);
+  if (opens) {
+    application_->openHandling->pushTrackOpen(
+        true, {std::move(request), std::string(platform::defaultActionIdentifier)}, [](const auto&) {});
+  }
+  device_->notificationCenter->removeDeliveredNotifications({identifier});
+}
+
+}  // namespace brellixctl

@@ -1,0 +1,100 @@
+#include "brellixctl/fleet/FleetSummary.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstdio>
+
+namespace brellixctl {
+
+using VorselKelp::JSONAny;
+
+namespace {
+
+struct Percentiles {
+  float half = 0, ninety = 0, ninetyNine = 0, most = 0;  ///< milliseconds
+};
+
+Percentiles percentilesOf(std::vector<float> latencies) {
+  if (latencies.empty()) return {};
+  std::ranges::sort(latencies);
+  const auto at = [&](std::size_t percent) { return latencies[(latencies.size() - 1) * percent / 100]; };
+  return {at(50), at(90), at(99), latencies.back()};
+}
+
+/// A phase's kinds and, last, all of them together.
+RequestMeter::Figures::value_type together(const FleetPhase& phase) {
+  RequestFigures all;
+  for (const auto& [kind, figures] : phase.requests) {
+    all.failed += figures.failed;
+    all.latencies.insert(all.latencies.end(), figures.latencies.begin(), figures.latencies.end());
+  }
+  return {"all", std::move(all)};
+}
+
+template <class... Values>
+std::string formatted(const char* format, Values... values) {
+  std::array<char, 160> line{};
+  std::snprintf(line.data(), line.size(), format, values...);
+  return line.data();
+}
+
+std::string lineOf(const std::string& kind, const RequestFigures& figures, double seconds) {
+  const auto p = percentilesOf(figures.latencies);
+  return formatted("  %-20s %9zu %7zu %9.0f %9.1f %9.1f %9.1f %9.1f\n", kind.c_str(), figures.count(),
+                   figures.failed, static_cast<double>(figures.count()) / seconds,
+                   static_cast<double>(p.half), static_cast<double>(p.ninety),
+                   static_cast<double>(p.ninetyNine), static_cast<double>(p.most));
+}
+
+JSONAny jsonOf(const RequestFigures& figures, double seconds) {
+  const auto p = percentilesOf(figures.latencies);
+  const auto milliseconds = [](float value) { return JSONAny(static_cast<double>(value)); };
+  return JSONAny::Dictionary{{"count", static_cast<std::int64_t>(figures.count())},
+                             {"failed", static_cast<std::int64_t>(figures.failed)},
+                             {"perSecond", static_cast<double>(figures.count()) / seconds},
+                             {"p50", milliseconds(p.half)},
+                             {"p90", milliseconds(p.ninety)},
+                             {"p99", milliseconds(p.ninetyNine)},
+                             {"max", milliseconds(p.most)}};
+}
+
+}  // namespace
+
+std::size_t failuresOf(const FleetPhase& phase) {
+  return together(phase).second.failed;
+}
+
+std::string inWords(const std::vector<FleetPhase>& phases) {
+  std::string words;
+  for (const auto& phase : phases) {
+    words += formatted("%s: %zu in %.1f s, %.0f per second%s\n", phase.name.c_str(), phase.steps,
+                       phase.seconds, static_cast<double>(phase.steps) / phase.seconds,
+                       phase.complete ? "" : "; given up, for nothing was answered any more");
+    words += formatted("  %-20s %9s %7s %9s %9s %9s %9s %9s\n", "requests", "count", "failed", "per s",
+                       "p50 ms", "p90 ms", "p99 ms", "max ms");
+    for (const auto& [kind, figures] : phase.requests) words += lineOf(kind, figures, phase.seconds);
+    const auto all = together(phase);
+    words += lineOf(all.first, all.second, phase.seconds);
+  }
+  return words;
+}
+
+JSONAny toJSON(const std::vector<FleetPhase>& phases) {
+  JSONAny::List list;
+  for (const auto& phase : phases) {
+    JSONAny::Dictionary requests;
+    for (const auto& [kind, figures] : phase.requests)
+      requests.push_back({kind, jsonOf(figures, phase.seconds)});
+    const auto all = together(phase);
+    requests.push_back({all.first, jsonOf(all.second, phase.seconds)});
+    list.push_back(JSONAny::Dictionary{{"phase", phase.name},
+                                       {"steps", static_cast<std::int64_t>(phase.steps)},
+                                       {"seconds", phase.seconds},
+                                       {"complete", phase.complete},
+                                       {"requests", std::move(requests)}});
+  }
+  return JSONAny::Dictionary{{"phases", std::move(list)}};
+}
+
+}  // namespace brellixctl

@@ -1,0 +1,123 @@
+#include "brellixctl/fleet/RequestMeter.h"
+
+#include <optional>
+
+namespace brellixctl {
+
+using VorselKelp::platform::URLRequest;
+using VorselKelp::platform::URLResult;
+using Clock = std::chrono::steady_clock;
+
+namespace {
+
+URLResult cancelled() {
+  return {std::nullopt, std::nullopt, VorselKelp::Error{"cancelled", -999}};
+}
+
+}  // namespace
+
+RequestMeter::RequestMeter(std::shared_ptr<URLSession> session, std::size_t connections, Classify classify,
+                           std::function<void()> answered)
+    : connections_(connections),
+      classify_(std::move(classify)),
+      answeredHook_(std::move(answered)),
+      session_(std::move(session)) {}
+
+void RequestMeter::send(URLRequest request, Completion completion) {
+  {
+    const std::lock_guard lock(mutex_);
+    if (active_ == connections_) {
+      waiting_.emplace_back(std::move(request), std::move(completion));
+      return;
+    }
+    ++active_;
+  }
+  start({std::move(request), std::move(completion)});
+}
+
+/// `active_` counts it already.
+void RequestMeter::start(Held held) {
+  std::shared_ptr<URLSession> session;
+  {
+    const std::lock_guard lock(mutex_);
+    session = session_;
+  }
+  if (!session) {
+    held.second(cancelled());
+    return;
+  }
+  auto kind = classify_(held.first);
+  session->send(
+      std::move(held.first), [self = shared_from_this(), kind = std::move(kind), sent = Clock::now(),
+                              completion = std::move(held.second)](URLResult result) mutable {
+        self->note(kind, result, std::chrono::duration<float, std::milli>(Clock::now() - sent).count());
+        completion(std::move(result));
+        self->finish();
+      });
+}
+
+void RequestMeter::note(const std::string& kind, const URLResult& result, float milliseconds) {
+  const std::lock_guard lock(mutex_);
+  auto& figures = figures_[kind];
+  if (result.response && result.response->statusCode < 400) {
+    figures.latencies.push_back(milliseconds);
+    return;
+  }
+  ++figures.failed;
+  if (!firstFailure_.empty()) return;
+  firstFailure_ = kind + ": " +
+                  (result.response ? "status " + std::to_string(result.response->statusCode)
+                   : result.error  ? result.error->description
+                                   : "no answer");
+}
+
+/// Gives the place of an answered request to the next that waits.
+void RequestMeter::finish() {
+  std::optional<Held> next;
+  {
+    const std::lock_guard lock(mutex_);
+    ++answered_;
+    if (waiting_.empty()) {
+      --active_;
+    } else {
+      next = std::move(waiting_.front());
+      waiting_.pop_front();
+    }
+  }
+  if (next) start(*std::move(next));
+  answeredHook_();
+}
+
+void RequestMeter::close() {
+  std::deque<Held> waiting;
+  std::shared_ptr<URLSession> session;
+  {
+    const std::lock_guard lock(mutex_);
+    waiting = std::exchange(waiting_, {});
+    session = std::exchange(session_, nullptr);
+  }
+  for (auto& held : waiting) held.second(cancelled());
+}
+
+std::size_t RequestMeter::load() const {
+  const std::lock_guard lock(mutex_);
+  return active_ + waiting_.size();
+}
+
+std::size_t RequestMeter::answered() const {
+  const std::lock_guard lock(mutex_);
+  return answered_;
+}
+
+std::string RequestMeter::firstFailure() const {
+  const std::lock_guard lock(mutex_);
+  return firstFailure_;
+}
+
+RequestMeter::Figures RequestMeter::take() {
+  const std::lock_guard lock(mutex_);
+  answered_ = 0;
+  return std::exchange(figures_, {});
+}
+
+}  // namespace brellixctl

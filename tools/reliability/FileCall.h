@@ -1,0 +1,27 @@
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+
+#include "Listener.h"
+
+/// A call that changes a file system, or asks for a file to change it later.
+struct FileCall {
+  enum class Kind { write, sync, open, make, remove, rename, resize };
+
+  Kind kind = Kind::write;
+  const char* name = "";
+  std::string path;       ///< of the file; for a rename the old one
+  bool creates = false;   ///< the file is not there yet
+  std::string process{};  ///< the caller's program, as the kernel shortens it
+
+  /// The system calls that may be one.
+  static std::span<const int> numbers();
+  /// Absent for a call that changes nothing, such as opening a file for reading.
+  static std::optional<FileCall> of(const WaitingCall& call);
+
+  /// Whether a file system in this condition (ENOSPC: full, EROFS: read-only, EACCES: not permitted) refuses
+  /// it.
+  [[nodiscard]] bool refusedWith(int error) const;
+};
