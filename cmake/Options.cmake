@@ -2,8 +2,8 @@
 add_library(vorsel_options INTERFACE)
 target_compile_options(vorsel_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wconversion
                                                 -Wno-sign-conversion)
-# Bytes count for more than cycles here: an extension's start is made of reading its pages, and nothing computes for long.
-target_compile_options(vorsel_options INTERFACE $<$<CONFIG:Release>:-Os>)
+# Nothing here gains by what -O3 adds, and an extension's start is made of reading its pages.
+target_compile_options(vorsel_options INTERFACE $<$<CONFIG:Release>:-O2>)
 # What a program does not call is left out of it.
 target_compile_options(vorsel_options INTERFACE -ffunction-sections -fdata-sections)
 target_link_options(vorsel_options INTERFACE -Wl,--gc-sections)

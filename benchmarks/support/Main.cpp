@@ -69,9 +69,12 @@ int main(int argc, char** argv) {
   benchmark::RunSpecifiedBenchmarks(&collector);
   std::fputc('\n', stderr);
   std::vector<Line> lines;
-  for (const Comparison& c : comparisons)
-    lines.push_back({c.figure, "us", collector.median(c.figure), collector.median(c.floor), c.goal});
+  for (const Comparison& c : comparisons) {
+    const double value = collector.median(c.figure), floor = collector.median(c.floor);
+    if (value > 0 && floor > 0) lines.push_back({c.figure, "us", value, floor, c.goal});  // else filtered out
+  }
   lines.push_back(VorselKelp::benchmarks::initializeTail());
+  lines.push_back(VorselKelp::benchmarks::firstInitializeSystemCalls());
   lines.push_back(VorselKelp::benchmarks::initializeSystemCalls());
   lines.push_back(VorselKelp::benchmarks::librarySize());
   lines.push_back(VorselKelp::benchmarks::serviceExtensionMemory());

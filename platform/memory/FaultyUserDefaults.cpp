@@ -95,7 +95,7 @@ class FaultyDefaults final : public platform::UserDefaults {
   }
 
  private:
-  /// One object for each inner one: some of them are the same by contract.
+  /// One object for each inner one: some of them are the same object.
   std::shared_ptr<DefaultsDomain> wrapped(std::shared_ptr<DefaultsDomain> inner) {
     if (!inner) return nullptr;
     const std::lock_guard lock(mutex_);

@@ -89,45 +89,36 @@ void MemoryApplication::removeObserver(const std::weak_ptr<ScreenObserver>& obse
   std::erase_if(screenObservers_, [&](const auto& other) { return isSame(other, observer); });
 }
 
+template <class Observer>
+void MemoryApplication::tell(const std::vector<std::weak_ptr<Observer>>& observers,
+                             void (Observer::*event)()) {
+  std::vector<std::weak_ptr<Observer>> told;
+  {
+    const std::lock_guard lock(mutex_);
+    if (kind_ == ProcessKind::application) told = observers;
+  }
+  for (const auto& weak : told) {
+    if (const auto observer = weak.lock()) ((*observer).*event)();
+  }
+}
+
 void MemoryApplication::becomeActive() {
-  tell(&LifeCycleObserver::appBecameActive);
+  tell(lifeCycleObservers_, &LifeCycleObserver::appBecameActive);
 }
 void MemoryApplication::resignActive() {
-  tell(&LifeCycleObserver::appBecameInactive);
+  tell(lifeCycleObservers_, &LifeCycleObserver::appBecameInactive);
 }
 void MemoryApplication::enterBackground() {
-  tell(&LifeCycleObserver::appBecameBackground);
+  tell(lifeCycleObservers_, &LifeCycleObserver::appBecameBackground);
 }
 void MemoryApplication::terminate() {
-  tell(&LifeCycleObserver::appWillTerminate);
+  tell(lifeCycleObservers_, &LifeCycleObserver::appWillTerminate);
 }
 void MemoryApplication::screenAppears() {
-  tell(&ScreenObserver::screenDidAppear);
+  tell(screenObservers_, &ScreenObserver::screenDidAppear);
 }
 void MemoryApplication::screenDisappears() {
-  tell(&ScreenObserver::screenDidDisappear);
-}
-
-void MemoryApplication::tell(void (LifeCycleObserver::*event)()) {
-  std::vector<std::weak_ptr<LifeCycleObserver>> observers;
-  {
-    const std::lock_guard lock(mutex_);
-    if (kind_ == ProcessKind::application) observers = lifeCycleObservers_;
-  }
-  for (const auto& weak : observers) {
-    if (const auto observer = weak.lock()) ((*observer).*event)();
-  }
-}
-
-void MemoryApplication::tell(void (ScreenObserver::*event)()) {
-  std::vector<std::weak_ptr<ScreenObserver>> observers;
-  {
-    const std::lock_guard lock(mutex_);
-    if (kind_ == ProcessKind::application) observers = screenObservers_;
-  }
-  for (const auto& weak : observers) {
-    if (const auto observer = weak.lock()) ((*observer).*event)();
-  }
+  tell(screenObservers_, &ScreenObserver::screenDidDisappear);
 }
 
 std::size_t MemoryApplication::registrations() const {

@@ -6,7 +6,7 @@
 
 #include "core/CoreContext.h"
 #include "facade/Facade.h"
-#include "kellp/KellpTest.h"
+#include "facade/FacadeTest.h"
 
 namespace BrellixPush {
 namespace {
@@ -15,9 +15,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using VorselKelp::status;
 using VorselKelp::VorselKellp;
-using VorselKelp::platform::AuthorizationStatus;
 using VorselKelp::platform::DefaultsValue;
-using VorselKelp::testing_platform::DialogBehaviour;
 using Map = DefaultsValue::Map;
 
 struct Listener final : BrellixPushSDKDelegate {
@@ -26,25 +24,8 @@ struct Listener final : BrellixPushSDKDelegate {
   std::vector<std::string> heard;
 };
 
-class FacadeTest : public VorselKelp::KellpTest {
+class SDKTest : public FacadeTest {
  protected:
-  void startFacade() {
-    BrellixPushSDK::initialize(BrellixPushSDKBuilder("key", group).push().build());
-    app_.urlSession->setRule("/tag/key.json", status(200, "{}"));
-    app_.settle();
-  }
-  /// The publisher's name and the action of every event reported, and of those since the last look.
-  std::vector<std::string> events() {
-    std::vector<std::string> all;
-    for (const auto& url : app_.urlSession->urls()) {
-      if (!url.starts_with("https://events.brellix.example")) continue;
-      const auto pid = url.find("pid="), end = url.find("&v=");
-      all.push_back(url.substr(pid, end - pid) + " " + url.substr(url.find("action=")));
-    }
-    std::vector<std::string> fresh(all.begin() + static_cast<std::ptrdiff_t>(seen_), all.end());
-    seen_ = all.size();
-    return fresh;
-  }
   static Map switches(const VorselKelp::testing_platform::MemoryDefaultsDomain& domain) {
     Map all = domain.contents();
     std::erase_if(all, [](const auto& entry) { return !entry.first.starts_with("bx_"); });
@@ -54,21 +35,9 @@ class FacadeTest : public VorselKelp::KellpTest {
     const auto context = VorselKelp::CoreContext::current("a test");
     return {Facade::of(*context)->appGroupSetting(), context->state.appGroupSetting()};
   }
-  std::optional<std::int64_t> lastStatus() const {
-    const auto value = app_.standardDomain->object("com.brellix.push.auth_status");
-    return value ? std::optional(*value->as<std::int64_t>()) : std::nullopt;
-  }
-  VorselKelp::testing_platform::MemoryNotificationCenter& center() { return *device_->notificationCenter; }
-  void ask() {
-    BrellixPushSDK::askForNotificationsPermission();
-    app_.settle();
-  }
-
- private:
-  std::size_t seen_ = 0;
 };
 
-TEST_F(FacadeTest, TheBuilderWritesTheSwitchesThatAreChosen) {
+TEST_F(SDKTest, TheBuilderWritesTheSwitchesThatAreChosen) {
   auto config = BrellixPushSDKBuilder("key", group).build();
   EXPECT_EQ(switches(store()), (Map{{"bx_analytics", {true}}}));
   EXPECT_EQ(config->apiKey(), "key");
@@ -97,7 +66,7 @@ TEST_F(FacadeTest, TheBuilderWritesTheSwitchesThatAreChosen) {
   EXPECT_DEATH(BrellixPushSDK::initialize(nullptr), "Fatal error: BrellixPushSDK");
 }
 
-TEST_F(FacadeTest, TheCoreGetsEverySwitchFromTheFacadesStore) {
+TEST_F(SDKTest, TheCoreGetsEverySwitchFromTheFacadesStore) {
   store().setObject("vs_reg", {true});  // else an address is written over the crash switch
   store().setObject("bx_beacom", {true});
   store().setObject("bx_location", {std::string("yes")});
@@ -120,7 +89,7 @@ TEST_F(FacadeTest, TheCoreGetsEverySwitchFromTheFacadesStore) {
   EXPECT_TRUE(printed("\n***************\n Missing ApiKey! \n***************\n"));
 }
 
-TEST_F(FacadeTest, OnlyAGroupThatTheDeviceKnowsIsNamed) {
+TEST_F(SDKTest, OnlyAGroupThatTheDeviceKnowsIsNamed) {
   const std::pair<std::string, std::string> none;
   const std::string known = group;
   for (const std::string& name : {std::string(), std::string(" \t\r\n "), std::string("group.unknown"),
@@ -134,7 +103,7 @@ TEST_F(FacadeTest, OnlyAGroupThatTheDeviceKnowsIsNamed) {
   EXPECT_EQ(groups(), std::pair(known, known));
 }
 
-TEST_F(FacadeTest, WithAnUnknownGroupBothLayersUseTheApplicationsOwnStore) {
+TEST_F(SDKTest, WithAnUnknownGroupBothLayersUseTheApplicationsOwnStore) {
   BrellixPushSDK::initialize(BrellixPushSDKBuilder("key", "group/../../unknown").push().build());
   const Map own = app_.standardDomain->contents();
   EXPECT_TRUE(own.contains("bx_push") && own.contains("vs_push"));
@@ -144,7 +113,7 @@ TEST_F(FacadeTest, WithAnUnknownGroupBothLayersUseTheApplicationsOwnStore) {
   EXPECT_EQ(groups().first, "");
 }
 
-TEST_F(FacadeTest, TheBridgePassesTwoEventsOnToTheMainQueueAndNoOther) {
+TEST_F(SDKTest, TheBridgePassesTwoEventsOnToTheMainQueueAndNoOther) {
   const auto listener = std::make_shared<Listener>();
   BrellixPushSDK::setBrellixDelegate(listener);
   EXPECT_EQ(BrellixPushSDK::brellixDelegate(), listener);
@@ -174,7 +143,7 @@ TEST_F(FacadeTest, TheBridgePassesTwoEventsOnToTheMainQueueAndNoOther) {
   EXPECT_EQ(app_.mainQueue->waiting(), waiting);
 }
 
-TEST_F(FacadeTest, ADelegateThatIsReleasedHearsNothingAndALaterOneIsHeard) {
+TEST_F(SDKTest, ADelegateThatIsReleasedHearsNothingAndALaterOneIsHeard) {
   auto listener = std::make_shared<Listener>();
   BrellixPushSDK::setBrellixDelegate(listener);
   startFacade();
@@ -189,81 +158,7 @@ TEST_F(FacadeTest, ADelegateThatIsReleasedHearsNothingAndALaterOneIsHeard) {
   EXPECT_THAT(later->heard, ElementsAre("not inited"));
 }
 
-TEST_F(FacadeTest, AskingIsReportedOnceAndEachOutcomeOnce) {
-  startFacade();
-  center().setDialogBehaviour(DialogBehaviour::denies);
-  ask();
-  EXPECT_THAT(events(), ElementsAre("pid=-999&src=key action=ask", "pid=-999&src=key action=block"));
-  EXPECT_EQ(lastStatus(), 1);
-  ask();
-  EXPECT_THAT(events(), IsEmpty()) << "unchanged";
-  center().setAuthorizationStatus(AuthorizationStatus::authorized);
-  ask();
-  EXPECT_THAT(events(), ElementsAre("pid=-999&src=key action=allow"));
-  EXPECT_EQ(lastStatus(), 2);
-  center().setAuthorizationStatus(AuthorizationStatus::denied);
-  ask();
-  EXPECT_THAT(events(), IsEmpty()) << "reported before";
-  EXPECT_EQ(lastStatus(), 1);
-  EXPECT_THAT(center().authorizationRequests(), testing::Each(7u));
-}
-
-TEST_F(FacadeTest, EveryKindOfPermissionCountsAsAllowedAndNoDecisionAsNothing) {
-  startFacade();
-  center().setDialogBehaviour(DialogBehaviour::cannotAsk);
-  ask();
-  EXPECT_THAT(events(), ElementsAre(testing::EndsWith("ask")));
-  EXPECT_EQ(lastStatus(), 0);
-  for (const auto permitted : {AuthorizationStatus::provisional, AuthorizationStatus::ephemeral}) {
-    app_.standardDomain->removeObject("com.brellix.push.sent_events");
-    center().setAuthorizationStatus(permitted);
-    ask();
-    EXPECT_THAT(events(), ElementsAre(testing::EndsWith("ask"), testing::EndsWith("allow")));
-  }
-  app_.standardDomain->removeObject("com.brellix.push.sent_events");
-  center().setAuthorizationStatus(AuthorizationStatus::notDetermined);
-  ask();
-  EXPECT_THAT(events(), ElementsAre(testing::EndsWith("ask"))) << "changed, but to no decision";
-}
-
-TEST_F(FacadeTest, TwoRequestsPendingTogetherShareADialogAndTheNamedPublisherGetsTheOutcome) {
-  startFacade();
-  center().setDialogBehaviour(DialogBehaviour::leavesOpen);
-  BrellixPushSDK::askForNotificationsPermission();
-  EXPECT_EQ(center().authorizationRequests().size(), 1u) << "at once";
-  app_.settle();
-  EXPECT_EQ(center().authorizationRequests().size(), 2u) << "and the core's own";
-  BrellixPushSDK::initialize("42", "news");
-  EXPECT_TRUE(center().answerDialog(true));
-  EXPECT_FALSE(center().answerDialog(true)) << "there was one dialog";
-  app_.settle();
-  EXPECT_THAT(events(), ElementsAre("pid=-999&src=key action=ask", "pid=42&src=news action=allow"));
-  EXPECT_EQ(app_.application->registrations(), 1u);
-}
-
-TEST_F(FacadeTest, AskingOnAControllerGoesOverTheMainQueue) {
-  startFacade();
-  const auto controller = std::make_shared<VorselKelp::ui::ViewController>();
-  BrellixPushSDK::askForNotificationPermissionWith(controller);
-  EXPECT_THAT(events(), ElementsAre(testing::EndsWith("ask")));
-  EXPECT_THAT(center().authorizationRequests(), IsEmpty());
-  center().setDialogBehaviour(DialogBehaviour::leavesOpen);
-  app_.settle();
-  EXPECT_EQ(center().authorizationRequests().size(), 2u) << "the facade's and the core's, undecided still";
-  center().answerDialog(false);
-  EXPECT_THAT(events(), ElementsAre(testing::EndsWith("block")));
-}
-
-TEST_F(FacadeTest, WithoutATrackerTheOutcomeIsRememberedAndNothingReported) {
-  ask();
-  EXPECT_THAT(events(), IsEmpty());
-  EXPECT_EQ(lastStatus(), 2);
-  startFacade();
-  ask();
-  EXPECT_THAT(events(), ElementsAre(testing::EndsWith("ask"))) << "nothing changed since";
-}
-
-TEST_F(FacadeTest, ForwardsToTheCore) {
+TEST_F(SDKTest, ForwardsToTheCore) {
   startFacade();
   BrellixPushSDK::setUtm("k", "v");
   EXPECT_EQ(BrellixPushSDK::getUtm("k"), "v");
@@ -287,7 +182,7 @@ TEST_F(FacadeTest, ForwardsToTheCore) {
   EXPECT_EQ(app_.application->badge(), 0);
 }
 
-TEST_F(FacadeTest, ADeepLinkArrivesByTheCompletionAlone) {
+TEST_F(SDKTest, ADeepLinkArrivesByTheCompletionAlone) {
   startFacade();
   VorselKelp::platform::NotificationRequest request;
   const auto content = std::make_shared<VorselKelp::platform::NotificationContent>();

@@ -13,15 +13,9 @@
 
 #include "VorselKelp/VorselKellp.h"
 #include "VorselKelpTesting/MemoryPlatform.h"
+#include "net/ServerAnswers.h"
 
 namespace VorselKelp {
-
-inline testing_platform::ServerAnswer status(int code, std::string body = {}) {
-  testing_platform::ServerAnswer answer;
-  answer.status = code;
-  answer.body = std::move(body);
-  return answer;
-}
 
 inline std::size_t occurrences(std::string_view text, std::string_view what) {
   std::size_t count = 0;

@@ -7,6 +7,7 @@
 
 #include "ads/AdRecords.h"
 #include "core/TestCore.h"
+#include "net/ServerAnswers.h"
 #include "net/VorselRequest.h"
 
 namespace VorselKelp {
@@ -16,12 +17,6 @@ using platform::HTTPHeader;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing_platform::ServerAnswer;
-
-ServerAnswer status(int code) {
-  ServerAnswer answer;
-  answer.status = code;
-  return answer;
-}
 
 ActivityBody unencodable() {
   ActivityBody body;

@@ -12,7 +12,6 @@ using platform::NotificationActionOption;
 using platform::NotificationCategory;
 using platform::TextList;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 class CategoryTest : public ServiceTest {
  protected:

@@ -9,7 +9,6 @@ namespace VorselKelp {
 namespace {
 
 using platform::UserInfo;
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr const char* everything =

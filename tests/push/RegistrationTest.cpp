@@ -1,5 +1,4 @@
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 

@@ -34,6 +34,36 @@ Result<std::map<std::string, int>> parseStatuses(const std::vector<std::string>&
   return statuses;
 }
 
+/// What the server is to answer with.
+Result<collection_server::ServerOptions> serverOptions(const ServeOptions& options) {
+  auto statuses = parseStatuses(options.statuses);
+  if (!statuses) return statuses.error();
+  collection_server::ServerOptions server;
+  server.port = options.port;
+  server.statuses = std::move(*statuses);
+  if (!options.document.empty()) {
+    auto document = readTextFile(options.document);
+    if (!document) return document.error();
+    server.document = *std::move(document);
+  }
+  if (!options.script.empty()) {
+    auto script = readTextFile(options.script);
+    if (!script) return script.error();
+    server.script = *std::move(script);
+  }
+  return server;
+}
+
+/// Keeps the signals that end the server from this thread, and from those that it starts from now on.
+sigset_t holdEndingSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGINT);
+  sigaddset(&signals, SIGTERM);
+  ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  return signals;
+}
+
 /// Blocks until the user has had enough of it.
 void waitForInterrupt(const sigset_t& signals) {
   int signal = 0;
@@ -43,37 +73,19 @@ void waitForInterrupt(const sigset_t& signals) {
 }  // namespace
 
 int runServe(const CommonOptions& common, const ServeOptions& options) {
-  auto statuses = parseStatuses(options.statuses);
-  if (!statuses) return fail(statuses.error());
-  collection_server::ServerOptions server;
-  server.port = options.port;
-  server.statuses = std::move(*statuses);
-  if (!options.document.empty()) {
-    auto document = readTextFile(options.document);
-    if (!document) return fail(document.error());
-    server.document = *std::move(document);
-  }
-  if (!options.script.empty()) {
-    auto script = readTextFile(options.script);
-    if (!script) return fail(script.error());
-    server.script = *std::move(script);
-  }
+  auto server = serverOptions(options);
+  if (!server) return fail(server.error());
   std::unique_ptr<std::FILE, int (*)(std::FILE*)> log(nullptr, &std::fclose);
   if (!options.log.empty()) {
     log.reset(std::fopen(options.log.c_str(), "ae"));
     if (log == nullptr) return fail("Cannot write " + options.log + ": " + std::strerror(errno));
   }
-  server.received = [sink = log ? log.get() : stdout](const collection_server::ReceivedRequest& request) {
+  server->received = [sink = log ? log.get() : stdout](const collection_server::ReceivedRequest& request) {
     std::fputs((toJSON(request) + '\n').c_str(), sink);
     std::fflush(sink);
   };
-  // Before the server's threads start, so that none of them takes the signal.
-  sigset_t signals;
-  sigemptyset(&signals);
-  sigaddset(&signals, SIGINT);
-  sigaddset(&signals, SIGTERM);
-  ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  const auto running = CollectionServer::start(std::move(server));
+  const auto signals = holdEndingSignals();
+  const auto running = CollectionServer::start(*std::move(server));
   if (!running) return fail(running.error());
   if (common.json) {
     std::printf("{\"port\":%d,\"url\":\"%s\"}\n", (*running)->port(), (*running)->url().c_str());

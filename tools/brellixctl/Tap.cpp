@@ -32,6 +32,17 @@ std::optional<JSONAny> deepLinkOf(const ChildOutcome& child) {
   return std::nullopt;
 }
 
+TapOutcome outcomeOf(ChildOutcome child) {
+  TapOutcome outcome;
+  outcome.completion = child.firstOf("completion");
+  outcome.browser = child.firstOf("browser");
+  outcome.deepLink = deepLinkOf(child);
+  outcome.pictures = child.valuesOf("picture");
+  outcome.console = child.valuesOf("console");
+  outcome.errorLines = std::move(child.errorLines);
+  return outcome;
+}
+
 }  // namespace
 
 Result<TapOutcome> tap(const Target& target, const TapRequest& request) {
@@ -60,13 +71,7 @@ Result<TapOutcome> tap(const Target& target, const TapRequest& request) {
     return Error{"The application stopped: " + *child->stopReason};
   }
   if (child->exitStatus != 0) return TargetProcess::failureOf(*child, "The application");
-  TapOutcome outcome;
-  outcome.completion = child->firstOf("completion");
-  outcome.browser = child->firstOf("browser");
-  outcome.deepLink = deepLinkOf(*child);
-  outcome.pictures = child->valuesOf("picture");
-  outcome.console = child->valuesOf("console");
-  outcome.errorLines = std::move(child->errorLines);
+  auto outcome = outcomeOf(*std::move(child));
   if (request.action && !hasButton(simulated, tapped->content, *request.action)) {
     outcome.errorLines.push_back("The notification shows no button \"" + *request.action +
                                  "\"; the application got the response all the same");

@@ -1,7 +1,6 @@
 #include "host/ApplicationRun.h"
 
 #include "VorselKelp/VorselKellp.h"
-#include "VorselKelpLinux/CurlURLSession.h"
 #include "VorselKelpLinux/LineSink.h"
 #include "host/LeaveCore.h"
 
@@ -19,26 +18,19 @@ std::span<const std::uint8_t> bytesOf(const std::string& text) {
 
 ApplicationRun::ApplicationRun(ProcessOptions options, Manifest manifest, ApplicationDelegate& application,
                                ProcessScreen& screen)
-    : options_(std::move(options)),
-      manifest_(std::move(manifest)),
+    : process_(std::move(options), std::move(manifest), defaultTimeLimit, screen.makeWaiter()),
       delegate_(application),
       screen_(screen),
-      deadline_(EventLoop::Clock::now() + loopDuration(options_.timeLimit.value_or(defaultTimeLimit))),
-      home_(options_.home),
-      loop_(std::make_shared<EventLoop>(screen.makeWaiter())),
-      channel_(std::make_shared<EventChannel>(options_.channel)),
-      session_(
-          std::make_shared<CountedURLSession>(makeURLSession(), loop_, [loop = loop_] { loop->wake(); })),
       rootController_(application.makeRootController()) {}
 
 Result<ProcessScreen::Services> ApplicationRun::openScreen() {
   ProcessScreen::Setting setting{
-      .manifest = manifest_,
+      .manifest = process_.manifest,
       .kind = ProcessKind::application,
-      .size = {manifest_.screenWidth, manifest_.screenHeight},
-      .loop = loop_,
+      .size = {process_.manifest.screenWidth, process_.manifest.screenHeight},
+      .loop = process_.loop,
       .root = rootController_,
-      .promptAnswer = options_.promptAnswer,
+      .promptAnswer = process_.options.promptAnswer,
       .picture = nullptr,
       .responded =
           [this](const platform::NotificationResponse& response) {
@@ -46,19 +38,18 @@ Result<ProcessScreen::Services> ApplicationRun::openScreen() {
             handOver(response, true);
           },
   };
-  if (!options_.pictures.empty()) {
-    setting.picture = [taker = PictureTaker{screen_, channel_, options_.pictures}](const std::string& name) {
-      taker.take(name);
-    };
+  if (!process_.options.pictures.empty()) {
+    setting.picture = [taker = PictureTaker{screen_, process_.channel, process_.options.pictures}](
+                          const std::string& name) { taker.take(name); };
   }
   return screen_.open(std::move(setting));
 }
 
 void ApplicationRun::makeDeviceSide(ProcessScreen::Services& screen) {
-  device_.device = std::make_shared<SimulatedDevice>(home_, manifest_.bundleIdentifier);
-  device_.notificationCenter = makeNotificationCenter(device_.device, loop_, options_.answer);
+  device_.device = std::make_shared<SimulatedDevice>(process_.home, process_.manifest.bundleIdentifier);
+  device_.notificationCenter = makeNotificationCenter(device_.device, process_.loop, process_.options.answer);
   device_.application = makeApplication(
-      device_.device, loop_,
+      device_.device, process_.loop,
       [this](Result<std::string> token) {
         if (token) {
           delegate_.didRegisterForRemoteNotifications(bytesOf(*token));
@@ -66,12 +57,12 @@ void ApplicationRun::makeDeviceSide(ProcessScreen::Services& screen) {
           delegate_.didFailToRegisterForRemoteNotifications(token.error());
         }
       },
-      [channel = channel_](const std::string& url) { channel->send("opened", url); });
+      [channel = process_.channel](const std::string& url) { channel->send("opened", url); });
   if (screen.permissionDialog) {
     device_.notificationCenter->showDialogWith(std::move(screen.permissionDialog));
   }
   if (screen.badge) device_.application->showBadgeWith(std::move(screen.badge));
-  device_.location = makeLocation(loop_);
+  device_.location = makeLocation(process_.loop);
   presenter_ = screen.viewPresenter;
   notify_ = std::move(screen.notify);
 }
@@ -80,24 +71,20 @@ Result<std::shared_ptr<platform::Platform>> ApplicationRun::makeServices() {
   auto screen = openScreen();
   if (!screen) return screen.error();
   makeDeviceSide(*screen);
-  ProcessServices services;
-  services.device = device_.device;
-  services.mainQueue = loop_;
-  services.console = makeChannelConsole(channel_);
-  services.urlSession = session_;
+  auto services = process_.services(device_.device);
   services.notificationCenter = device_.notificationCenter;
   services.application = device_.application;
   services.location = device_.location;
   if (screen->location) services.location = std::move(screen->location);
-  services.inAppBrowser =
-      makeRecordingBrowser([channel = channel_, shown = screen->inAppBrowser](const std::string& url) {
+  services.inAppBrowser = makeRecordingBrowser(
+      [channel = process_.channel, shown = screen->inAppBrowser](const std::string& url) {
         channel->send("browser", url);
         if (shown) shown->present(url);
       });
   services.screen = std::move(screen->screen);
   services.viewPresenter = std::move(screen->viewPresenter);
   services.webViews = std::move(screen->webViews);
-  return makePlatform(manifest_, ProcessKind::application, home_, std::move(services));
+  return makePlatform(process_.manifest, ProcessKind::application, process_.home, std::move(services));
 }
 
 int ApplicationRun::run(const std::vector<PreparedCall>& calls) {
@@ -110,10 +97,10 @@ int ApplicationRun::run(const std::vector<PreparedCall>& calls) {
   VorselKellp::install(services);
   delegate_.willFinishLaunching(*this);
   int status = 0;
-  if (options_.tap) {
-    status = respond(*options_.tap);
-  } else if (!options_.notify.empty()) {
-    status = notify(options_.notify);
+  if (process_.options.tap) {
+    status = respond(*process_.options.tap);
+  } else if (!process_.options.notify.empty()) {
+    status = notify(process_.options.notify);
   } else {
     start(calls);
   }
@@ -127,13 +114,13 @@ int ApplicationRun::run(const std::vector<PreparedCall>& calls) {
   notify_ = nullptr;
   device_.notificationCenter->showDialogWith(nullptr);
   device_.application->showBadgeWith(nullptr);
-  leaveCore(*loop_);
+  leaveCore(*process_.loop);
   return status;
 }
 
 /// False when the process's time is over.
 bool ApplicationRun::settle() {
-  return loop_->run([&] { return session_->idle() && screen_.drawn(); }, deadline_);
+  return process_.loop->run([&] { return process_.session->idle() && screen_.drawn(); }, process_.deadline);
 }
 
 void ApplicationRun::start(const std::vector<PreparedCall>& calls) {
@@ -152,12 +139,14 @@ void ApplicationRun::start(const std::vector<PreparedCall>& calls) {
   for (std::size_t i = 0; i < calls.size() && inTime; ++i) {
     call(calls[i], i);
     inTime = settle();
-    if (screen_.visible() && !options_.pictures.empty()) {
-      PictureTaker{screen_, channel_, options_.pictures}.take(std::string(calls[i].operation->name));
+    if (screen_.visible() && !process_.options.pictures.empty()) {
+      PictureTaker{screen_, process_.channel, process_.options.pictures}.take(
+          std::string(calls[i].operation->name));
     }
   }
   if (!inTime) standardErrorLines()("The application's time ended before its work did");
-  if (options_.stay) loop_->run([&] { return screen_.left() && session_->idle(); }, deadline_);
+  if (process_.options.stay)
+    process_.loop->run([&] { return screen_.left() && process_.session->idle(); }, process_.deadline);
   application.resignActive();
   application.enterBackground();
   settle();
@@ -167,8 +156,8 @@ void ApplicationRun::start(const std::vector<PreparedCall>& calls) {
 }
 
 void ApplicationRun::feedBeacons() {
-  for (const auto& event : options_.beacons) {
-    loop_->async([location = device_.location, &event] {
+  for (const auto& event : process_.options.beacons) {
+    process_.loop->async([location = device_.location, &event] {
       if (location->happen(event)) return;
       standardErrorLines()("The application does not watch beacons with " + event.proximityUUIDs.front());
     });
@@ -177,13 +166,14 @@ void ApplicationRun::feedBeacons() {
 
 void ApplicationRun::call(const PreparedCall& prepared, std::size_t number) {
   const auto index = JSONAny(static_cast<std::int64_t>(number));
-  const auto completed = [channel = channel_, index](JSONAny::List arguments) {
+  const auto completed = [channel = process_.channel, index](JSONAny::List arguments) {
     channel->send("completed", JSONAny::Dictionary{{"call", index}, {"arguments", std::move(arguments)}});
   };
   auto value = prepared.operation->call({prepared.arguments, completed, *this});
-  channel_->send("returned", JSONAny::Dictionary{{"call", index},
-                                                 {"value", std::move(value)},
-                                                 {"hasCompletion", prepared.operation->hasCompletion}});
+  process_.channel->send("returned",
+                         JSONAny::Dictionary{{"call", index},
+                                             {"value", std::move(value)},
+                                             {"hasCompletion", prepared.operation->hasCompletion}});
 }
 
 int ApplicationRun::respond(const ProcessOptions::Tap& tap) {
@@ -201,9 +191,10 @@ int ApplicationRun::respond(const ProcessOptions::Tap& tap) {
 }
 
 void ApplicationRun::handOver(const platform::NotificationResponse& response, bool handle) {
-  delegate_.didReceive(response, handle, [channel = channel_](const std::optional<std::string>& text) {
-    channel->send("completion", text ? JSONAny(*text) : JSONAny());
-  });
+  delegate_.didReceive(response, handle,
+                       [channel = process_.channel](const std::optional<std::string>& text) {
+                         channel->send("completion", text ? JSONAny(*text) : JSONAny());
+                       });
 }
 
 int ApplicationRun::notify(const std::string& identifier) {
@@ -222,8 +213,10 @@ int ApplicationRun::notify(const std::string& identifier) {
   notify_(*request, std::move(category), [problem](const Status& shown) {
     if (!shown) *problem = shown.error().description;
   });
-  const auto over = [&] { return !problem->empty() || (responded_ && session_->idle() && screen_.drawn()); };
-  const bool inTime = loop_->run(over, deadline_);
+  const auto over = [&] {
+    return !problem->empty() || (responded_ && process_.session->idle() && screen_.drawn());
+  };
+  const bool inTime = process_.loop->run(over, process_.deadline);
   if (!problem->empty()) return fail(*problem);
   if (!inTime) standardErrorLines()("The user did nothing with the notification");
   if (responded_) device_.device->noteTapped(identifier);
@@ -231,20 +224,20 @@ int ApplicationRun::notify(const std::string& identifier) {
 }
 
 void ApplicationRun::end() {
-  const auto nothingLeft = [&] { return session_->idle(); };
+  const auto nothingLeft = [&] { return process_.session->idle(); };
   const auto end = EventLoop::Clock::now() + loopDuration(farewellSeconds);
-  session_->close();
-  loop_->run(nothingLeft, end);
-  channel_->send("ended", JSONAny::Dictionary{{"initialised", VorselKellp::isInitialised()}});
+  process_.session->close();
+  process_.loop->run(nothingLeft, end);
+  process_.channel->send("ended", JSONAny::Dictionary{{"initialised", VorselKellp::isInitialised()}});
   // A user who has not answered by now never will; what the library makes of it has no way out any more, like
   // on a phone that ends an application under its dialog.
   device_.notificationCenter->dismissDialog();
-  loop_->run(nothingLeft, end);
+  process_.loop->run(nothingLeft, end);
 }
 
 void ApplicationRun::noteDelegateCall(std::string_view name, JSONAny::List arguments) {
-  channel_->send("delegate",
-                 JSONAny::Dictionary{{"name", std::string(name)}, {"arguments", std::move(arguments)}});
+  process_.channel->send(
+      "delegate", JSONAny::Dictionary{{"name", std::string(name)}, {"arguments", std::move(arguments)}});
 }
 
 }  // namespace VorselKelp::linux_platform

@@ -5,14 +5,10 @@
 #include <vector>
 
 #include "VorselKelpLinux/ApplicationHost.h"
-#include "VorselKelpLinux/EventLoop.h"
 #include "VorselKelpLinux/OperationTable.h"
-#include "VorselKelpLinux/ProcessPlatform.h"
 #include "VorselKelpLinux/ProcessScreen.h"
-#include "host/CountedURLSession.h"
-#include "host/EventChannel.h"
+#include "host/HostedProcess.h"
 #include "host/PictureTaker.h"
-#include "host/ProcessOptions.h"
 
 namespace VorselKelp::linux_platform {
 
@@ -29,7 +25,7 @@ class ApplicationRun final : public ApplicationProcess {
 
   int run(const std::vector<PreparedCall>& calls);
 
-  [[nodiscard]] const Manifest& manifest() const override { return manifest_; }
+  [[nodiscard]] const Manifest& manifest() const override { return process_.manifest; }
   std::shared_ptr<ui::ViewController> rootController() override { return rootController_; }
   std::shared_ptr<platform::ViewPresenter> presenter() override { return presenter_; }
   void screenAppeared() override { device_.application->screenAppeared(); }
@@ -56,15 +52,9 @@ class ApplicationRun final : public ApplicationProcess {
   bool settle();
   void end();
 
-  const ProcessOptions options_;
-  const Manifest manifest_;
+  const HostedProcess process_;
   ApplicationDelegate& delegate_;
   ProcessScreen& screen_;
-  const EventLoop::Clock::time_point deadline_;
-  const DeviceHome home_;
-  const std::shared_ptr<EventLoop> loop_;
-  const std::shared_ptr<EventChannel> channel_;
-  const std::shared_ptr<CountedURLSession> session_;
   std::shared_ptr<ui::ViewController> rootController_;
   DeviceSide device_;
   std::shared_ptr<platform::ViewPresenter> presenter_;

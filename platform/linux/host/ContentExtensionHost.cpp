@@ -1,17 +1,13 @@
 #include "VorselKelpLinux/ContentExtensionHost.h"
 
 #include "VorselKelp/VorselKellp.h"
-#include "VorselKelpLinux/CurlURLSession.h"
-#include "VorselKelpLinux/DeviceServices.h"
 #include "VorselKelpLinux/LineSink.h"
-#include "VorselKelpLinux/ProcessPlatform.h"
 #include "host/CarouselHand.h"
-#include "host/CountedURLSession.h"
 #include "host/EventChannel.h"
 #include "host/ExitStatus.h"
+#include "host/HostedProcess.h"
 #include "host/LeaveCore.h"
 #include "host/PictureTaker.h"
-#include "host/ProcessOptions.h"
 
 namespace VorselKelp::linux_platform {
 namespace {
@@ -30,60 +26,46 @@ class ReportingContext final : public platform::ExtensionContext {
 class ContentRun {
  public:
   ContentRun(ProcessOptions options, Manifest manifest, ProcessScreen& screen)
-      : options_(std::move(options)),
-        manifest_(std::move(manifest)),
+      : process_(std::move(options), std::move(manifest), defaultTimeLimit, screen.makeWaiter()),
         screen_(screen),
-        deadline_(EventLoop::Clock::now() + loopDuration(options_.timeLimit.value_or(defaultTimeLimit))),
-        home_(options_.home),
-        loop_(std::make_shared<EventLoop>(screen.makeWaiter())),
-        channel_(std::make_shared<EventChannel>(options_.channel)),
-        session_(
-            std::make_shared<CountedURLSession>(makeURLSession(), loop_, [loop = loop_] { loop->wake(); })),
-        device_(std::make_shared<SimulatedDevice>(home_, manifest_.bundleIdentifier)) {}
+        device_(std::make_shared<SimulatedDevice>(process_.home, process_.manifest.bundleIdentifier)) {}
 
   Status run(ContentExtension& extension) {
-    const auto request = device_->tappable(options_.identifier);
-    if (!request) return Error{"The device holds no notification \"" + options_.identifier + "\""};
+    const auto request = device_->tappable(process_.options.identifier);
+    if (!request) return Error{"The device holds no notification \"" + process_.options.identifier + "\""};
     const platform::DeliveredNotification notification{*request, device_->now()};
     // The area's size is the library's to say, and the library needs the screen first.
     auto services = makeServices();
     VorselKellp::install(services);
-    extension.willStart(manifest_);
+    extension.willStart(process_.manifest);
     const auto size = extension.preferredContentSize(notification);
-    auto controller = extension.makeController(std::make_shared<ReportingContext>(channel_));
+    auto controller = extension.makeController(std::make_shared<ReportingContext>(process_.channel));
     auto status = show(*services, controller, size);
     if (status) status = act(notification, controller);
-    channel_->send("ended", true);
-    session_->close();
+    process_.channel->send("ended", true);
+    process_.session->close();
     // What is shown holds the core.
     screen_.close();
     controller = nullptr;
     services = nullptr;
-    leaveCore(*loop_);
+    leaveCore(*process_.loop);
     return status;
   }
 
  private:
   std::shared_ptr<platform::Platform> makeServices() {
-    ProcessServices services;
-    services.device = device_;
-    services.mainQueue = loop_;
-    services.console = makeChannelConsole(channel_);
-    services.urlSession = session_;
-    services.notificationCenter = makeNotificationCenter(device_, loop_, DialogAnswer::none);
-    services.application = makeUnavailableApplication();
-    services.inAppBrowser = makeUnavailableBrowser();
-    return makePlatform(manifest_, ProcessKind::contentExtension, home_, std::move(services));
+    return makePlatform(process_.manifest, ProcessKind::contentExtension, process_.home,
+                        process_.extensionServices(device_));
   }
 
   Status show(platform::Platform& services, const std::shared_ptr<ui::ViewController>& controller,
               ui::Size size) {
     if (!controller || !controller->view()) return Error{"The content extension has no controller to show"};
     controller->view()->frame = ui::Rect{{0, 0}, size};
-    auto opened = screen_.open({.manifest = manifest_,
+    auto opened = screen_.open({.manifest = process_.manifest,
                                 .kind = ProcessKind::contentExtension,
                                 .size = size,
-                                .loop = loop_,
+                                .loop = process_.loop,
                                 .root = controller,
                                 .promptAnswer = PromptAnswer::none,
                                 .picture = nullptr,
@@ -97,7 +79,7 @@ class ContentRun {
 
   /// False when the process's time is over.
   bool settle() {
-    return loop_->run([&] { return session_->idle() && screen_.drawn(); }, deadline_);
+    return process_.loop->run([&] { return process_.session->idle() && screen_.drawn(); }, process_.deadline);
   }
 
   Status act(const platform::DeliveredNotification& notification,
@@ -109,7 +91,7 @@ class ContentRun {
     bool inTime = layout(*controller);
     picture("carousel-0");
     int number = 0;
-    for (const auto& act : options_.acts) {
+    for (const auto& act : process_.options.acts) {
       if (!inTime) break;
       hand.perform(act);
       inTime = settle();
@@ -117,9 +99,10 @@ class ContentRun {
       if (act != "open") picture("carousel-" + std::to_string(number));
     }
     if (!inTime) standardErrorLines()("The content extension's time ended before its work did");
-    if (options_.stay) loop_->run([&] { return screen_.left() && session_->idle(); }, deadline_);
-    channel_->send("carousel", hand.describe());
-    return options_.png.empty() ? Status(Done{}) : screen_.writePicture(options_.png);
+    if (process_.options.stay)
+      process_.loop->run([&] { return screen_.left() && process_.session->idle(); }, process_.deadline);
+    process_.channel->send("carousel", hand.describe());
+    return process_.options.png.empty() ? Status(Done{}) : screen_.writePicture(process_.options.png);
   }
 
   bool layout(ui::ViewController& controller) {
@@ -128,17 +111,12 @@ class ContentRun {
   }
 
   void picture(const std::string& name) {
-    if (!options_.pictures.empty()) PictureTaker{screen_, channel_, options_.pictures}.take(name);
+    if (!process_.options.pictures.empty())
+      PictureTaker{screen_, process_.channel, process_.options.pictures}.take(name);
   }
 
-  const ProcessOptions options_;
-  const Manifest manifest_;
+  const HostedProcess process_;
   ProcessScreen& screen_;
-  const EventLoop::Clock::time_point deadline_;
-  const DeviceHome home_;
-  const std::shared_ptr<EventLoop> loop_;
-  const std::shared_ptr<EventChannel> channel_;
-  const std::shared_ptr<CountedURLSession> session_;
   const std::shared_ptr<SimulatedDevice> device_;
 };
 

@@ -3,15 +3,10 @@
 #include <mutex>
 
 #include "VorselKelp/VorselKellp.h"
-#include "VorselKelpLinux/CurlURLSession.h"
-#include "VorselKelpLinux/EventLoop.h"
 #include "VorselKelpLinux/NotificationRecords.h"
-#include "VorselKelpLinux/ProcessPlatform.h"
-#include "host/CountedURLSession.h"
-#include "host/EventChannel.h"
 #include "host/ExitStatus.h"
+#include "host/HostedProcess.h"
 #include "host/LeaveCore.h"
-#include "host/ProcessOptions.h"
 #include "host/StaleFiles.h"
 
 namespace VorselKelp::linux_platform {
@@ -66,62 +61,43 @@ class Delivery {
 class ExtensionRun {
  public:
   ExtensionRun(ProcessOptions options, Manifest manifest)
-      : options_(std::move(options)),
-        manifest_(std::move(manifest)),
-        deadline_(EventLoop::Clock::now() + loopDuration(options_.timeLimit.value_or(defaultTimeLimit))),
-        home_(options_.home),
-        channel_(std::make_shared<EventChannel>(options_.channel)),
-        session_(
-            std::make_shared<CountedURLSession>(makeURLSession(), loop_, [loop = loop_] { loop->wake(); })),
-        delivery_(std::make_shared<Delivery>(channel_, loop_)) {}
+      : process_(std::move(options), std::move(manifest), defaultTimeLimit),
+        delivery_(std::make_shared<Delivery>(process_.channel, process_.loop)) {}
 
   int run(std::string payload, const JSONAny& json, ServiceExtension& extension) {
-    removeStaleAttachments(home_.temporaryFolder(manifest_, ProcessKind::serviceExtension));
+    removeStaleAttachments(process_.home.temporaryFolder(process_.manifest, ProcessKind::serviceExtension));
     auto services = makeServices();
     VorselKellp::install(services);
-    extension.willStart(manifest_);
+    extension.willStart(process_.manifest);
     platform::NotificationRequest request;
-    request.identifier = options_.identifier.empty() ? "notification" : options_.identifier;
+    request.identifier = process_.options.identifier.empty() ? "notification" : process_.options.identifier;
     request.content = originalContent(json);
     request.content.userInfo = platform::UserInfo::fromJSON(std::move(payload));
     extension.didReceive(request, std::make_shared<platform::NotificationContent>(request.content),
                          [delivery = delivery_](std::shared_ptr<platform::NotificationContent> content) {
                            delivery->answer(content);
                          });
-    const auto finished = [&] { return delivery_->answered() && session_->idle(); };
-    if (!loop_->run(finished, deadline_) && !delivery_->answered()) {
-      channel_->send("timeLimit", true);
+    const auto finished = [&] { return delivery_->answered() && process_.session->idle(); };
+    if (!process_.loop->run(finished, process_.deadline) && !delivery_->answered()) {
+      process_.channel->send("timeLimit", true);
       extension.serviceExtensionTimeWillExpire();
     }
-    channel_->send("ended", true);
+    process_.channel->send("ended", true);
     delivery_->close();
-    session_->close();
+    process_.session->close();
     services = nullptr;
-    leaveCore(*loop_);
+    leaveCore(*process_.loop);
     return 0;
   }
 
  private:
   std::shared_ptr<platform::Platform> makeServices() {
-    auto device = std::make_shared<SimulatedDevice>(home_, manifest_.bundleIdentifier);
-    ProcessServices services;
-    services.device = device;
-    services.mainQueue = loop_;
-    services.console = makeChannelConsole(channel_);
-    services.urlSession = session_;
-    services.notificationCenter = makeNotificationCenter(device, loop_, DialogAnswer::none);
-    services.application = makeUnavailableApplication();
-    services.inAppBrowser = makeUnavailableBrowser();
-    return makePlatform(manifest_, ProcessKind::serviceExtension, home_, std::move(services));
+    auto device = std::make_shared<SimulatedDevice>(process_.home, process_.manifest.bundleIdentifier);
+    return makePlatform(process_.manifest, ProcessKind::serviceExtension, process_.home,
+                        process_.extensionServices(device));
   }
 
-  const ProcessOptions options_;
-  const Manifest manifest_;
-  const EventLoop::Clock::time_point deadline_;
-  const DeviceHome home_;
-  const std::shared_ptr<EventLoop> loop_ = std::make_shared<EventLoop>();
-  const std::shared_ptr<EventChannel> channel_;
-  const std::shared_ptr<CountedURLSession> session_;
+  const HostedProcess process_;
   const std::shared_ptr<Delivery> delivery_;
 };
 

@@ -65,8 +65,8 @@ class VORSELKELP_API MemoryApplication final : public platform::Application {
     std::string name;
     platform::UniqueFunction<void()> expired;
   };
-  void tell(void (platform::LifeCycleObserver::*event)());
-  void tell(void (platform::ScreenObserver::*event)());
+  template <class Observer>
+  void tell(const std::vector<std::weak_ptr<Observer>>& observers, void (Observer::*event)());
 
   const ProcessKind kind_;
   mutable std::mutex mutex_;
