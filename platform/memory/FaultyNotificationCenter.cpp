@@ -18,7 +18,8 @@ class FaultyCenter final : public platform::NotificationCenter {
   void requestAuthorization(unsigned options, Authorization answer) override {
     const auto fault = plan_->next(FaultPoint::permission);
     if (refused(fault)) return answer(false, plan_->error());
-    auto shared = hold(fault, std::move(answer));
+    auto shared =
+        hold(fault, std::move(answer), [error = plan_->error()](auto& late) { late(false, error); });
     if (!shared) return;
     inner_->requestAuthorization(options,
                                  [plan = plan_, fault, shared](bool granted, std::optional<Error> error) {
@@ -29,7 +30,7 @@ class FaultyCenter final : public platform::NotificationCenter {
   void getNotificationSettings(UniqueFunction<void(NotificationSettings)> answer) override {
     const auto fault = plan_->next(FaultPoint::permission);
     if (refused(fault)) return answer({});
-    auto shared = hold(fault, std::move(answer));
+    auto shared = hold(fault, std::move(answer), [](auto& late) { late({}); });
     if (!shared) return;
     inner_->getNotificationSettings([plan = plan_, fault, shared](NotificationSettings settings) {
       give(plan, fault, [shared, settings] { (*shared)(settings); });
@@ -39,7 +40,7 @@ class FaultyCenter final : public platform::NotificationCenter {
   void getNotificationCategories(UniqueFunction<void(std::vector<NotificationCategory>)> answer) override {
     const auto fault = plan_->next(FaultPoint::categories);
     if (refused(fault)) return answer({});
-    auto shared = hold(fault, std::move(answer));
+    auto shared = hold(fault, std::move(answer), [](auto& late) { late({}); });
     if (!shared) return;
     inner_->getNotificationCategories([plan = plan_, fault, shared](std::vector<NotificationCategory> found) {
       give(plan, fault, [shared, found = std::move(found)] { (*shared)(found); });
@@ -64,12 +65,15 @@ class FaultyCenter final : public platform::NotificationCenter {
     return fault == Fault::refusal || fault == Fault::errorAnswer;
   }
 
-  /// Null when the question is not even asked; its answer then stays with the plan.
-  template <class Answer>
-  std::shared_ptr<Answer> hold(std::optional<Fault> fault, Answer answer) {
+  /// Null when the question is not even asked; `refuse` then answers it at the end.
+  template <class Answer, class Refuse>
+  std::shared_ptr<Answer> hold(std::optional<Fault> fault, Answer answer, Refuse refuse) {
+    if (fault == Fault::stop) return nullptr;
     auto shared = std::make_shared<Answer>(std::move(answer));
-    if (fault != Fault::stop && fault != Fault::noAnswer) return shared;
-    plan_->keep(std::move(shared));
+    if (fault != Fault::noAnswer) return shared;
+    plan_->holdUnanswered([plan = plan_, shared = std::move(shared), refuse] {
+      if (!plan->stopped()) refuse(*shared);
+    });
     return nullptr;
   }
 

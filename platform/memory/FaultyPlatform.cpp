@@ -48,6 +48,21 @@ std::size_t FaultPlan::releaseAnswers() {
   return late.size();
 }
 
+void FaultPlan::holdUnanswered(std::function<void()> cancel) {
+  const std::lock_guard lock(mutex_);
+  unanswered_.push_back(std::move(cancel));
+}
+
+void FaultPlan::end() {
+  releaseAnswers();
+  std::vector<std::function<void()>> unanswered;
+  {
+    const std::lock_guard lock(mutex_);
+    unanswered.swap(unanswered_);
+  }
+  for (const auto& cancel : unanswered) cancel();
+}
+
 void FaultPlan::keep(std::shared_ptr<void> thing) {
   const std::lock_guard lock(mutex_);
   kept_.push_back(std::move(thing));

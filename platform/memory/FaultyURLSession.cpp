@@ -1,6 +1,4 @@
-#include <mutex>
 #include <utility>
-#include <vector>
 
 #include "FaultyServices.h"
 
@@ -20,19 +18,15 @@ class FaultySession final : public platform::URLSession {
  public:
   FaultySession(std::shared_ptr<platform::URLSession> inner, Plan plan)
       : inner_(std::move(inner)), plan_(std::move(plan)) {}
-  ~FaultySession() override {
-    for (const auto& completion : unanswered_) answer(plan_, *completion, failed({"cancelled", -999}));
-  }
-  FaultySession(const FaultySession&) = delete;
-  FaultySession& operator=(const FaultySession&) = delete;
 
   void send(URLRequest request, Completion completion) override {
     const auto fault = plan_->next(FaultPoint::request);
     auto shared = std::make_shared<Completion>(std::move(completion));
     if (fault == Fault::stop) return;
     if (fault == Fault::noAnswer) {
-      const std::lock_guard lock(mutex_);
-      unanswered_.push_back(std::move(shared));
+      plan_->holdUnanswered([plan = plan_, shared = std::move(shared)] {
+        answer(plan, *shared, failed({"cancelled", -999}));
+      });
       return;
     }
     // The server hears of it all the same; what it says is lost.
@@ -58,8 +52,6 @@ class FaultySession final : public platform::URLSession {
 
   const std::shared_ptr<platform::URLSession> inner_;
   const Plan plan_;
-  std::mutex mutex_;
-  std::vector<std::shared_ptr<Completion>> unanswered_;
 };
 
 }  // namespace

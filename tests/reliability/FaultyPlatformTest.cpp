@@ -96,10 +96,10 @@ TEST_F(FaultyPlatformTest, RequestsFailAsTheRuleSays) {
   EXPECT_EQ(answers.back(), "200");
   send({.fault = Fault::noAnswer});
   EXPECT_EQ(answers.size(), 4u);
-  platform_ = nullptr;
+  plan_->end();
   EXPECT_EQ(answers.back(), "cancelled");
   send({.fault = Fault::stop});
-  platform_ = nullptr;
+  plan_->end();
   EXPECT_EQ(answers.size(), 5u) << "the dead hear nothing";
 }
 

@@ -69,6 +69,8 @@ class Road::Process {
   ~Process() {
     settle();
     VorselKellp::uninstall();
+    plan_->end();
+    settle();
     note();
     if (plan_->stopped()) road_.heal();
   }

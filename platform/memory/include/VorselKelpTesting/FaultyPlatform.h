@@ -33,7 +33,7 @@ enum class Fault {
   /// picture and a request answer with the error; the notification centre does nothing, and answers that
   /// there is nothing.
   refusal,
-  /// A request or a question is never answered (when the session goes, with code -999). Otherwise a refusal.
+  /// A request or a question is not answered before FaultPlan::end(). Otherwise a refusal.
   noAnswer,
   /// The same, until FaultPlan::releaseAnswers().
   lateAnswer,
@@ -67,6 +67,9 @@ class VORSELKELP_API FaultPlan {
   [[nodiscard]] bool stopped() const;
   /// Gives the answers that came late, on the calling thread; returns how many.
   std::size_t releaseAnswers();
+  /// The end of a process: answers that came late are given, and what was never answered is answered with an
+  /// error (a request with code -999). Whoever waits may hold the platform, which nobody else would let go.
+  void end();
 
   // For services: those of faulty(), and a test's own.
 
@@ -74,6 +77,7 @@ class VORSELKELP_API FaultPlan {
   std::optional<Fault> next(FaultPoint point);
   [[nodiscard]] const Error& error() const { return rule_.error; }
   void holdAnswer(std::function<void()> give);
+  void holdUnanswered(std::function<void()> cancel);
   /// Lets go of it with the plan and not before.
   void keep(std::shared_ptr<void> thing);
 
@@ -85,6 +89,7 @@ class VORSELKELP_API FaultPlan {
   std::size_t disturbed_ = 0;
   bool stopped_ = false;
   std::vector<std::function<void()>> late_;
+  std::vector<std::function<void()>> unanswered_;
   std::vector<std::shared_ptr<void>> kept_;
 };
 
