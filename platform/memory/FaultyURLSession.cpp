@@ -31,6 +31,13 @@ class FaultySession final : public platform::URLSession {
     }
     // The server hears of it all the same; what it says is lost.
     if (fault == Fault::refusal || fault == Fault::errorAnswer) request.bodyConsumer = nullptr;
+    if (request.bodyConsumer) {
+      request.bodyConsumer = [plan = plan_,
+                              consumer = std::move(request.bodyConsumer)](std::string_view piece) -> Status {
+        if (plan->stopped()) return Done{};
+        return consumer(piece);
+      };
+    }
     inner_->send(std::move(request), [plan = plan_, shared, fault](URLResult result) {
       if (fault == Fault::refusal) result = failed(plan->error());
       if (fault == Fault::errorAnswer && result.response) result = refusedByServer(std::move(result));

@@ -4,7 +4,10 @@
 #include <charconv>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <string>
+#include <system_error>
+#include <utility>
 
 namespace VorselKelp::json {
 

@@ -11,8 +11,8 @@ namespace {
 
 class LoadingTest : public ToolTest {
  protected:
-  /// Whether any process of this command loaded libcurl.
-  bool loadsNetwork(const std::vector<std::string>& command) {
+  /// What the linker says of the processes of this command.
+  std::string loaded(const std::vector<std::string>& command) {
     const auto folder = folder_ / ("linker" + std::to_string(++count_));
     std::filesystem::create_directory(folder);
     ::setenv("LD_DEBUG", "files", 1);
@@ -23,20 +23,24 @@ class LoadingTest : public ToolTest {
     std::ostringstream told;
     for (const auto& file : std::filesystem::directory_iterator(folder))
       told << std::ifstream(file.path()).rdbuf();
-    EXPECT_NE(told.str().find("libsqlite3"), std::string::npos) << "the linker told nothing";
-    return told.str().find("libcurl") != std::string::npos;
+    return told.str();
   }
   int count_ = 0;
 };
 
-TEST_F(LoadingTest, AProcessThatSendsNothingLoadsNoNetworkLibrary) {
+TEST_F(LoadingTest, WhatAProcessDoesNotNeedItDoesNotLoad) {
   startServer();
   const std::string quiet = R"({"aps": {"mutable-content": 1, "alert": {"title": "a", "n": {"body": "b",
       "actions": [{"action": "x", "title": "X"}], "data": {"url": "https://news.example"}}}}})";
-  const std::string tracked =
-      R"({"aps": {"mutable-content": 1, "alert": {"title": "a", "v": "SERVER/view", "n": {"body": "b"}}}})";
-  EXPECT_FALSE(loadsNetwork({"push", payload("quiet.json", quiet), "--id", "quiet"}));
-  EXPECT_TRUE(loadsNetwork({"push", payload("tracked.json", tracked), "--id", "tracked"}));
+  const std::string picture = R"({"aps": {"mutable-content": 1, "alert": {"title": "a", "n": {"body": "b",
+      "image": "SERVER/images/bay.png"}}}})";
+  const auto without = loaded({"push", payload("quiet.json", quiet), "--id", "quiet"});
+  const auto with = loaded({"push", payload("picture.json", picture), "--id", "picture"});
+  EXPECT_NE(without.find("libsqlite3"), std::string::npos) << "the linker told nothing";
+  for (const char* library : {"libcurl", "libgdk_pixbuf", "libgif"})
+    EXPECT_EQ(without.find(library), std::string::npos) << library;
+  for (const char* library : {"libcurl", "libgdk_pixbuf"})
+    EXPECT_NE(with.find(library), std::string::npos) << library;
 }
 
 }  // namespace

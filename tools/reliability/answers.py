@@ -30,7 +30,7 @@ class Answer:
         os.close(writing)
         process.stdin.write(payload.encode())
         process.stdin.close()
-        self.contents, self.seconds, self.expired = [], None, False
+        self.contents, self.seconds, self.expired, self.further = [], None, False, 0
         watch = threading.Timer(limit + 5 * GRACE, process.kill)  # a system would do the same
         watch.start()
         with os.fdopen(reading) as lines:
@@ -39,6 +39,7 @@ class Answer:
                 if "content" in event:
                     self.contents.append(event["content"])
                     self.seconds = time.monotonic() - started
+                self.further += "contentAgain" in event
                 self.expired = self.expired or "timeLimit" in event
         self.errors = process.stderr.read().decode()
         process.stderr.close()
@@ -154,6 +155,7 @@ def check_answer(stage, answer):
         return
     check(answer.status == 0, f"ended with {answer.status}: {answer.errors}")
     check(len(answer.contents) == 1, f"answered {len(answer.contents)} times: {answer.errors}")
+    check(answer.further == 0, f"called the handler {answer.further} times more")
     check(answer.seconds < stage.limit + GRACE, f"answered after {answer.seconds:.1f} s")
     content = answer.contents[0]
     check(content.get("title"), f"shows nothing: {content}")

@@ -23,8 +23,8 @@ JSONAny describe(const platform::NotificationContent& content) {
   return json;
 }
 
-/// Remembers that the content handler was called, and tells the first content on. Outlives the run: a handler
-/// may be called at any time.
+/// Remembers that the content handler was called, and tells the first content on; of any further call it
+/// tells that there was one. Outlives the run: a handler may be called at any time.
 class Delivery {
  public:
   Delivery(std::shared_ptr<EventChannel> channel, std::shared_ptr<EventLoop> loop)
@@ -33,7 +33,11 @@ class Delivery {
   void answer(const std::shared_ptr<platform::NotificationContent>& content) {
     {
       const std::lock_guard lock(mutex_);
-      if (answered_ || content == nullptr) return;
+      if (closed_) return;
+      if (answered_ || content == nullptr) {
+        channel_->send("contentAgain", content != nullptr);
+        return;
+      }
       answered_ = true;
       channel_->send("content", describe(*content));
     }
@@ -43,7 +47,7 @@ class Delivery {
   /// What comes later comes too late.
   void close() {
     const std::lock_guard lock(mutex_);
-    answered_ = true;
+    closed_ = true;
   }
 
   [[nodiscard]] bool answered() const {
@@ -56,6 +60,7 @@ class Delivery {
   const std::shared_ptr<EventLoop> loop_;
   mutable std::mutex mutex_;
   bool answered_ = false;
+  bool closed_ = false;
 };
 
 class ExtensionRun {

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <iterator>
 
 #include "VorselKelpLinux/NotificationRecords.h"
 #include "VorselKelpLinux/StoreListing.h"

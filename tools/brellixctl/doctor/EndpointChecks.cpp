@@ -1,6 +1,8 @@
 #include <array>
 #include <future>
 #include <memory>
+#include <optional>
+#include <string>
 
 #include "VorselKelpLinux/CurlURLSession.h"
 #include "brellixctl/doctor/Checks.h"
@@ -17,6 +19,7 @@ constexpr double patience = 10;  // seconds
 
 /// One server, what for, and what it is asked.
 struct Endpoint {
+  bool needed;  ///< by every application of its layer
   const char* name;
   const char* use;
   std::string base;
@@ -32,6 +35,12 @@ std::future<platform::URLResult> ask(platform::URLSession& session, const Endpoi
   session.send(std::move(request),
                [answer](platform::URLResult result) { answer->set_value(std::move(result)); });
   return future;
+}
+
+/// What is wrong with a server that not every application needs may be none of its business.
+Finding problem(const Endpoint& endpoint, std::string what, std::string mend) {
+  auto* kind = endpoint.needed ? &fault : &notice;
+  return kind("endpoints", endpoint.name + (": " + std::move(what)), std::move(mend));
 }
 
 bool leadsNowhere(const std::string& base) {
@@ -63,9 +72,9 @@ Finding configurationFinding(const Endpoint& endpoint, const platform::URLResult
 Finding findingOf(const Endpoint& endpoint, const platform::URLResult& result) {
   const std::string name = endpoint.name;
   if (result.error) {
-    return fault("endpoints", name + ": " + endpoint.base + " does not answer: " + result.error->description,
-                 "Start the server (brellixctl serve), or correct \"" + name +
-                     "\" under \"endpoints\"; until then there are " + "no " + endpoint.use);
+    return problem(endpoint, endpoint.base + " does not answer: " + result.error->description,
+                   "Start the server (brellixctl serve), or correct \"" + name +
+                       "\" under \"endpoints\"; until then there are " + "no " + endpoint.use);
   }
   if (!endpoint.path.empty()) return configurationFinding(endpoint, result);
   return fine("endpoints", name + ": " + endpoint.base + " answers");
@@ -75,12 +84,12 @@ Finding findingOf(const Endpoint& endpoint, const platform::URLResult& result) {
 std::optional<Finding> unaskedFinding(const Endpoint& endpoint) {
   const std::string name = endpoint.name;
   if (!isBase(endpoint.base)) {
-    return fault("endpoints", name + ": \"" + endpoint.base + "\" is no scheme and host",
-                 "Write it like \"https://collect.your.domain\", without a path");
+    return problem(endpoint, "\"" + endpoint.base + "\" is no scheme and host",
+                   "Write it like \"https://collect.your.domain\", without a path");
   }
   if (leadsNowhere(endpoint.base)) {
-    return fault("endpoints", name + ": " + endpoint.base + " leads nowhere, so there are no " + endpoint.use,
-                 "Name your server as \"" + name + "\" under \"endpoints\"");
+    return problem(endpoint, endpoint.base + " leads nowhere, so there are no " + endpoint.use,
+                   "Name your server as \"" + name + "\" under \"endpoints\"");
   }
   return std::nullopt;
 }
@@ -90,10 +99,12 @@ std::optional<Finding> unaskedFinding(const Endpoint& endpoint) {
 Findings checkEndpoints(const Manifest& manifest) {
   const auto& bases = manifest.endpoints;
   const std::array endpoints{
-      Endpoint{"collection", "registrations and activity reports", bases.collection, {}},
-      Endpoint{"tag", "remote configurations", bases.tag, "/tag/" + manifest.apiKey.value_or("") + ".json"},
-      Endpoint{"events", "publisher events", bases.events, {}}, Endpoint{"adFeed", "ads", bases.adFeed, {}},
-      Endpoint{"script", "permission pages", bases.script, {}}};
+      Endpoint{true, "collection", "registrations and activity reports", bases.collection, {}},
+      Endpoint{true, "tag", "remote configurations", bases.tag,
+               "/tag/" + manifest.apiKey.value_or("") + ".json"},
+      Endpoint{manifest.layer == Manifest::Layer::facade, "events", "publisher events", bases.events, {}},
+      Endpoint{false, "adFeed", "ads", bases.adFeed, {}},
+      Endpoint{false, "script", "permission pages", bases.script, {}}};
   const auto session = VorselKelp::linux_platform::makeURLSession();
   std::array<std::future<platform::URLResult>, endpoints.size()> answers;
   for (std::size_t i = 0; i < endpoints.size(); ++i) {

@@ -87,7 +87,7 @@ FleetPhase Fleet::run(const std::string& name, std::size_t steps,
   std::size_t answered = 0;
   auto lastAnswer = start;
   const auto finished = [&] {
-    while (taken < steps && meter_->load() < plan_.connections) step(taken++);
+    while (taken < steps && meter_->load() + unfinished_ < plan_.connections) step(taken++);
     if (const auto now = meter_->answered(); now != answered) {
       answered = now;
       lastAnswer = Clock::now();

@@ -64,6 +64,12 @@ Result<FleetPayload> FleetPayload::read(const std::string& path) {
     return Error{path + " does not read as a push; see brellixctl lint " + path};
   }
   if (!lint.stops.empty()) return Error{path + " stops the service extension: " + lint.stops.front()};
+  const auto json = JSONAny::decode(*bytes);
+  const auto* alert = json ? find(&*json, {"aps", "alert"}) : nullptr;
+  if (find(alert, {"n"}) == nullptr && find(alert, {"e"}) == nullptr) {
+    return Error{path +
+                 " has neither a notification nor the address of an ad: its extension would never answer"};
+  }
   return FleetPayload(*bytes);
 }
 

@@ -26,7 +26,7 @@ RequestMeter::RequestMeter(std::shared_ptr<URLSession> session, std::size_t conn
 void RequestMeter::send(URLRequest request, Completion completion) {
   {
     const std::lock_guard lock(mutex_);
-    if (active_ == connections_) {
+    if (session_ && active_ == connections_) {
       waiting_.emplace_back(std::move(request), std::move(completion));
       return;
     }
@@ -37,13 +37,15 @@ void RequestMeter::send(URLRequest request, Completion completion) {
 
 /// `active_` counts it already.
 void RequestMeter::start(Held held) {
-  std::shared_ptr<URLSession> session;
+  URLSession* session = nullptr;
   {
     const std::lock_guard lock(mutex_);
-    session = session_;
+    session = session_.get();
+    if (session) ++sending_;
   }
   if (!session) {
     held.second(cancelled());
+    finish();
     return;
   }
   auto kind = classify_(held.first);
@@ -54,6 +56,9 @@ void RequestMeter::start(Held held) {
         completion(std::move(result));
         self->finish();
       });
+  const std::lock_guard lock(mutex_);
+  --sending_;
+  sent_.notify_all();
 }
 
 void RequestMeter::note(const std::string& kind, const URLResult& result, float milliseconds) {
@@ -88,14 +93,17 @@ void RequestMeter::finish() {
   answeredHook_();
 }
 
+/// The session ends on this thread, and so not before all its answers have been worked on.
 void RequestMeter::close() {
   std::deque<Held> waiting;
   std::shared_ptr<URLSession> session;
   {
-    const std::lock_guard lock(mutex_);
+    std::unique_lock lock(mutex_);
     waiting = std::exchange(waiting_, {});
     session = std::exchange(session_, nullptr);
+    sent_.wait(lock, [this] { return sending_ == 0; });
   }
+  session = nullptr;
   for (auto& held : waiting) held.second(cancelled());
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <condition_variable>
 #include <cstddef>
 #include <deque>
 #include <functional>
@@ -18,7 +19,7 @@ namespace brellixctl {
 /// What the requests of one kind came to.
 struct RequestFigures {
   std::size_t failed = 0;        ///< transport errors and statuses from 400 on
-  std::vector<float> latencies;  ///< milliseconds from sending to the answer, of those that were answered
+  std::vector<float> latencies;  ///< milliseconds from sending until this process came to the answer
   [[nodiscard]] std::size_t count() const { return failed + latencies.size(); }
 };
 
@@ -37,7 +38,8 @@ class RequestMeter final : public VorselKelp::platform::URLSession,
 
   void send(VorselKelp::platform::URLRequest request, Completion completion) override;
 
-  /// Answers what waits and what is under way as cancelled, before it returns, and sends nothing any more.
+  /// Answers what waits and what is under way as cancelled, before it returns. What is sent later is answered
+  /// so inside send(). Not on the session's queue.
   void close();
 
   /// Requests that wait or are under way.
@@ -59,7 +61,9 @@ class RequestMeter final : public VorselKelp::platform::URLSession,
   const Classify classify_;
   const std::function<void()> answeredHook_;
   mutable std::mutex mutex_;
+  std::condition_variable sent_;
   std::shared_ptr<URLSession> session_;  ///< null once closed
+  std::size_t sending_ = 0;              ///< threads that are inside the session's send()
   std::deque<Held> waiting_;
   std::size_t active_ = 0;
   std::size_t answered_ = 0;
