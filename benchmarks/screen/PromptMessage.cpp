@@ -88,7 +88,7 @@ std::optional<Line> promptMessage() {
   }
   gtk_window_destroy(window);
   return Line{
-      "permission page, from showing it to its message", "ms", median(own), median(floor), 1.2, false};
+      "permission page, from showing it to its message", "ms", median(own), median(floor), 1.2};
 }
 
 }  // namespace VorselKelp::benchmarks
