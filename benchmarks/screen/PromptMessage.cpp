@@ -87,8 +87,7 @@ std::optional<Line> promptMessage() {
     floor.push_back(bare(window));
   }
   gtk_window_destroy(window);
-  return Line{
-      "permission page, from showing it to its message", "ms", median(own), median(floor), 1.2};
+  return Line{"permission page, from showing it to its message", "ms", median(own), median(floor), 1.2};
 }
 
 }  // namespace VorselKelp::benchmarks
