@@ -198,5 +198,5 @@ def run(programs, folder, short=False):
             faults.append(f"{name}: {fault}")
         hostile.close()
     server.close()
-    return [("a hostile server", rounds, 0, len(faults), time.monotonic() - started)], faults, [
+    yield ("a hostile server", rounds, 0, len(faults), time.monotonic() - started), faults, [
         f"hostile: the most memory was {largest[0]:.0f} MiB ({largest[1]})"]

@@ -172,18 +172,15 @@ def disturb(programs, folder, options, names=None, every=1, threads=2):
 def kill(programs, folder, short=False):
     names = ["push image", "tap"] if short else None
     tally = disturb(programs, folder, ["--kill"], names, every=25 if short else 1)
-    return [tally.row("killed at every write")], tally.faults, [
+    yield tally.row("killed at every write"), tally.faults, [
         f"opens that were on their way when their process was killed: {tally.lost}"]
 
 
 def full(programs, folder, short=False):
-    rows, faults = [], []
     cases = [(error, onwards, process) for error in ("ENOSPC", "EROFS", "EACCES") for onwards in (False, True)
              for process in ((None,) if not onwards else ("news_service", "news_app", "brellixctl"))]
     for error, onwards, process in cases[:1] if short else cases:
         options = ["--error", error] + ["--onwards"] * onwards + (["--process", process] if process else [])
         tally = disturb(programs, folder, options, ["first launch"] if short else None, every=3 if short else 1)
         what = f"{error} {'from a write on' if onwards else 'at one write'}" + (f", {process}" if process else "")
-        rows.append(tally.row(what))
-        faults += tally.faults
-    return rows, faults, []
+        yield tally.row(what), tally.faults, []

@@ -40,18 +40,18 @@ def main():
     if not permitted(programs):
         print("SKIPPED: this system does not let a process decide about another's system calls")
         return 77
-    rows, faults, notes = [], [], []
+    faults, notes = [], []
+    print(f"{'what':44}{'rounds':>8}{'hits':>8}{'faults':>8}{'seconds':>9}", flush=True)
     for name in parts if short or options.what == "all" else [options.what]:
         folder = tempfile.mkdtemp(prefix="reliability-")
         try:
-            done = parts[name](folder)
+            # A part takes minutes, and tells each row when it ends.
+            for (what, rounds, hits, count, seconds), further_faults, further_notes in parts[name](folder):
+                print(f"{what:44}{rounds:8}{hits:8}{count:8}{seconds:9.1f}", flush=True)
+                faults += further_faults
+                notes += further_notes
         finally:
             shutil.rmtree(folder, ignore_errors=True)
-        for total, more in zip((rows, faults, notes), done):
-            total += more
-    print(f"{'what':44}{'rounds':>8}{'hits':>8}{'faults':>8}{'seconds':>9}")
-    for what, rounds, hits, count, seconds in rows:
-        print(f"{what:44}{rounds:8}{hits:8}{count:8}{seconds:9.1f}")
     for note in notes:
         print(note)
     for fault in faults:

@@ -145,5 +145,5 @@ def run(programs, folder, seconds):
     finally:
         server.close()
     done = len(gathering.pushed) + gathering.launches + len(gathering.tapped) + gathering.reads
-    return [("three processes at once", done, 0, len(gathering.faults), time.monotonic() - started)], \
+    yield ("three processes at once", done, 0, len(gathering.faults), time.monotonic() - started), \
         ["together: " + fault for fault in gathering.faults], notes
