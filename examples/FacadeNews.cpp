@@ -25,7 +25,7 @@ class PublisherDelegate final : public BrellixPush::BrellixPushSDKDelegate {
   ApplicationProcess& process_;
 };
 
-std::shared_ptr<BrellixPush::BrellixPushSDKConfig> configurationOf(const Manifest& manifest) {
+std::shared_ptr<BrellixPush::BrellixPushSDKConfig> publisherConfigurationOf(const Manifest& manifest) {
   BrellixPush::BrellixPushSDKBuilder builder(manifest.apiKey, manifest.appGroupId);
   const auto& switches = manifest.switches;
   if (switches.push.value_or(false)) builder.push();
@@ -44,7 +44,7 @@ class FacadeNews final : public VorselKelp::linux_platform::ApplicationDelegate 
   }
 
   void didFinishLaunching(ApplicationProcess& process) override {
-    BrellixPushSDK::initialize(configurationOf(process.manifest()));
+    BrellixPushSDK::initialize(publisherConfigurationOf(process.manifest()));
     // After the configuration, which makes the events anonymous.
     if (const auto& publisher = process.manifest().publisher) {
       BrellixPushSDK::initialize(publisher->id, publisher->source);

@@ -8,7 +8,7 @@ namespace {
 using platform::URLRequest;
 using platform::URLResult;
 
-URLResult failed(const Error& error) {
+URLResult refused(const Error& error) {
   URLResult result;
   result.error = error;
   return result;
@@ -25,7 +25,7 @@ class FaultySession final : public platform::URLSession {
     if (fault == Fault::stop) return;
     if (fault == Fault::noAnswer) {
       plan_->holdUnanswered([plan = plan_, shared = std::move(shared)] {
-        answer(plan, *shared, failed({"cancelled", -999}));
+        answer(plan, *shared, refused({"cancelled", -999}));
       });
       return;
     }
@@ -39,7 +39,7 @@ class FaultySession final : public platform::URLSession {
       };
     }
     inner_->send(std::move(request), [plan = plan_, shared, fault](URLResult result) {
-      if (fault == Fault::refusal) result = failed(plan->error());
+      if (fault == Fault::refusal) result = refused(plan->error());
       if (fault == Fault::errorAnswer && result.response) result = refusedByServer(std::move(result));
       if (fault != Fault::lateAnswer) return answer(plan, *shared, std::move(result));
       plan->holdAnswer([plan, shared, result = std::move(result)] { answer(plan, *shared, result); });

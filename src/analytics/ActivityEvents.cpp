@@ -10,7 +10,6 @@ namespace {
 
 constexpr std::int64_t installCode = 200;
 constexpr std::int64_t openCode = 205;
-constexpr int created = 201;
 
 }  // namespace
 
@@ -52,7 +51,7 @@ void ActivityEvents::sendActivity(std::int64_t code, const Parameters& parameter
 
 void ActivityEvents::installAnswered(const VorselRequest::Response& response,
                                      const std::optional<Error>& error, const Parameters& parameters) {
-  if (response && response->statusCode == created) {
+  if (response && response->statusCode == httpCreated) {
     context_->storage.set(StorageKey::installReported, true);
     context_->storage.synchronize();
     context_->print("INSTALL SENT " + responseText(*response));

@@ -12,7 +12,6 @@ namespace VorselKelp {
 namespace {
 
 constexpr double resendDelay = 0.5;
-constexpr int created = 201;
 /// The report that tells the application how long the server has been out of reach is made once, at this try.
 constexpr int reportedRetry = 10;
 
@@ -78,7 +77,7 @@ void Tracking::send() {
 
 void Tracking::answered(const VorselRequest::Response& response, const std::optional<Error>& error) {
   const std::optional<int> status = response ? std::optional(response->statusCode) : std::nullopt;
-  if (status == created) {
+  if (status == httpCreated) {
     report(status, "Success", error);
     storeAccepted();
   } else {

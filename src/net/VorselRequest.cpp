@@ -16,7 +16,6 @@ constexpr double requestTimeout = 60;
 constexpr double sessionTimeout = 10;
 constexpr std::size_t droppedLimit = std::size_t{64} << 10;
 constexpr std::size_t documentLimit = std::size_t{1} << 20;
-constexpr int created = 201;
 
 }  // namespace
 
@@ -71,7 +70,7 @@ void VorselRequest::sendActivityOpen(const ActivityBody& body, Completion comple
   for (std::int64_t i = 0; i <= owed; ++i) {
     send(*request, [context = context_, completion, counter](platform::URLResult result) {
       if (result.response) {
-        if (result.response->statusCode == created) {
+        if (result.response->statusCode == httpCreated) {
           counter.acknowledge();
           context->print("Open sent");
         }

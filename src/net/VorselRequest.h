@@ -11,6 +11,9 @@
 
 namespace VorselKelp {
 
+/// The status with which a server takes a report.
+inline constexpr int httpCreated = 201;
+
 /// The URL of a tracking GET: the given one, which is expected to have a query, with the library's version
 /// added.
 [[nodiscard]] inline std::string trackingUrl(const std::string& url) {

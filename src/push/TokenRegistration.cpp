@@ -50,8 +50,7 @@ void TokenRegistration::report(const std::string& token) {
 }
 
 void TokenRegistration::reported(const VorselRequest::Response& response, const std::string& token) {
-  constexpr int created = 201;
-  const bool accepted = response && response->statusCode == created;
+  const bool accepted = response && response->statusCode == httpCreated;
   if (const auto delegate = context_->state.delegate()) delegate->vorselInited(accepted);
   if (!accepted) return;
   context_->storage.set(StorageKey::token, token);

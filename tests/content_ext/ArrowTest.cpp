@@ -11,12 +11,12 @@ using testing::SizeIs;
 using testing::StartsWith;
 
 constexpr const char* groupIdentifier = "group.com.example.app.content.vorselKellp";
-constexpr const char* url = "https://a/left/1";
+constexpr const char* arrowUrl = "https://a/left/1";
 
 class ArrowTest : public CarouselTest {
  protected:
   ArrowTest() { device_->addGroup(groupIdentifier); }
-  std::shared_ptr<VorselNotificationView> withArrow(const std::string& text = url) {
+  std::shared_ptr<VorselNotificationView> withArrow(const std::string& text = arrowUrl) {
     return make(carousel(R"(,"ap":")" + text + "\""));
   }
   [[nodiscard]] std::string container() const { return *device_->files->containerOf(groupIdentifier); }
@@ -28,7 +28,7 @@ TEST_F(ArrowTest, AnArrowIsDownloadedOnceAndKeptForLaterNotifications) {
   EXPECT_THAT(
       extensionLines(),
       ElementsAre("No imagefound in documents from <VorselNotificationView: frame = (0 0; 320 240)>"));
-  answer(url, picture(30, 30));
+  answer(arrowUrl, picture(30, 30));
   EXPECT_EQ(widthOf(view->leftButton->backgroundImage), 30);
   EXPECT_THAT(device_->files->paths(), ElementsAre(container() + "/https:/a/left/1.jpg"));
   newUrls();
@@ -36,15 +36,15 @@ TEST_F(ArrowTest, AnArrowIsDownloadedOnceAndKeptForLaterNotifications) {
   EXPECT_EQ(view->leftButton->backgroundImage.get(), nullptr) << "set through the main queue";
   extension_.settle();
   EXPECT_EQ(widthOf(view->leftButton->backgroundImage), 30);
-  EXPECT_THAT(newUrls(), Not(Contains(url)));
+  EXPECT_THAT(newUrls(), Not(Contains(arrowUrl)));
   EXPECT_THAT(extensionLines(), SizeIs(1));
 }
 
 TEST_F(ArrowTest, AKeptFileThatIsNoPictureIsReplaced) {
-  const std::string path = container() + "/" + url + ".jpg";
+  const std::string path = container() + "/" + arrowUrl + ".jpg";
   ASSERT_TRUE(device_->files->write(path, "rubbish"));
   const auto view = withArrow();
-  answer(url, picture(30, 30));
+  answer(arrowUrl, picture(30, 30));
   EXPECT_EQ(widthOf(view->leftButton->backgroundImage), 30);
   EXPECT_EQ(*device_->files->read(path), testing_platform::pngBeginning(30, 30));
 }
@@ -54,14 +54,14 @@ TEST_F(ArrowTest, FailuresArePrintedAndKeepNothing) {
                           status(404, testing_platform::pngBeginning(1, 1)), status(204)}) {
     const auto view = withArrow();
     extension_.console->clear();
-    answer(url, bad);
+    answer(arrowUrl, bad);
     EXPECT_EQ(view->leftButton->backgroundImage.get(), nullptr);
     EXPECT_THAT(extensionLines(), ElementsAre(StartsWith("FAILED TO SAVE IMAGE ")));
   }
   EXPECT_THAT(device_->files->paths(), IsEmpty());
   device_->files->failWrites(Error{"disk full"});
   const auto view = withArrow();
-  answer(url, picture(30, 30));
+  answer(arrowUrl, picture(30, 30));
   EXPECT_THAT(extensionLines(), Contains("FAILED TO SAVE IMAGE disk full"));
   EXPECT_EQ(widthOf(view->leftButton->backgroundImage), 30) << "shown all the same";
   (void)withArrow("no url");
@@ -101,7 +101,7 @@ TEST_F(ArrowTest, WithoutAContainerNothingIsShown) {
   testing_platform::MemoryPlatform other(device_, testing_platform::ProcessKind::extension, "com.other");
   VorselKellp::install(other.platform());
   const auto view = withArrow();
-  EXPECT_THAT(other.urlSession->urls(), Not(Contains(url)));
+  EXPECT_THAT(other.urlSession->urls(), Not(Contains(arrowUrl)));
   EXPECT_EQ(view->leftButton->backgroundImage.get(), nullptr);
   other.bundle->setMain("CFBundleIdentifier", std::nullopt);
   EXPECT_DEATH(withArrow(), "Fatal error: VorselKelp/VorselNotificationUI: .*CFBundleIdentifier");
@@ -109,7 +109,7 @@ TEST_F(ArrowTest, WithoutAContainerNothingIsShown) {
 
 TEST_F(ArrowTest, AnArrowThatComesAfterItsViewHasGoneIsKeptForTheNext) {
   withArrow()->removeFromSuperview();
-  answer(url, picture(30, 30));
+  answer(arrowUrl, picture(30, 30));
   EXPECT_THAT(device_->files->paths(), SizeIs(1));
   const auto next = withArrow();
   extension_.settle();

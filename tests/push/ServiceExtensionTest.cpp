@@ -19,7 +19,7 @@ using testing_platform::pngBeginning;
 using testing_platform::ServerAnswer;
 using Map = DefaultsValue::Map;
 
-constexpr const char* defaultAction = "com.apple.UNNotificationDefaultActionIdentifier";
+constexpr const char* tapAction = "com.apple.UNNotificationDefaultActionIdentifier";
 
 DefaultsValue asText(const char* value) {
   return {std::string(value)};
@@ -40,10 +40,9 @@ TEST_F(ServiceTest, ATextMessage) {
   EXPECT_THAT(service_.urlSession->urls(), ElementsAre("https://v/1", "https://i/1", "https://i/2"));
   for (const auto& sent : service_.urlSession->requests()) EXPECT_EQ(sent.method + sent.body, "GET");
   EXPECT_EQ(store().object("vs_t"), DefaultsValue{(Map{{"n-1", {TextList{"https://c/1", "https://c/2"}}}})});
-  EXPECT_EQ(
-      store().object("vs_url"),
-      DefaultsValue{(Map{
-          {"n-1", {Map{{defaultAction, asText("https://o/0")}, {"yes", asText("https://y/yes?yes")}}}}})});
+  EXPECT_EQ(store().object("vs_url"),
+            DefaultsValue{(Map{
+                {"n-1", {Map{{tapAction, asText("https://o/0")}, {"yes", asText("https://y/yes?yes")}}}}})});
   EXPECT_EQ(service_.console->count(json), 1u) << "the message as one line";
   service_.settle();
   EXPECT_EQ(handled_.size(), 1u);
@@ -81,8 +80,7 @@ TEST_F(ServiceTest, ClSwitchesCategoryAndImageOff) {
   EXPECT_EQ(best->title + best->body + best->categoryIdentifier, "TB");
   EXPECT_THAT(service_.urlSession->urls(), ElementsAre("https://i/1"));
   EXPECT_THAT(device_->notificationCenter->categories(), IsEmpty());
-  EXPECT_EQ(store().object("vs_url"),
-            DefaultsValue{(Map{{"n-1", {Map{{defaultAction, asText("https://o")}}}}})});
+  EXPECT_EQ(store().object("vs_url"), DefaultsValue{(Map{{"n-1", {Map{{tapAction, asText("https://o")}}}}})});
   EXPECT_EQ(store().object("vs_t"), DefaultsValue{(Map{{"n-1", {TextList{}}}})});
   const auto shown = deliver(message(R"(,"n":{"cl":0,)" + rest), "n-2");
   EXPECT_FALSE(shown->categoryIdentifier.empty());

@@ -113,7 +113,7 @@ class Road::Process {
   Road& road_;
   MemoryPlatform memory_;
   const std::shared_ptr<FaultPlan> plan_;
-  const std::shared_ptr<DeepLinks> delegate_ = std::make_shared<DeepLinks>(road_.opened);
+  const std::shared_ptr<VorselKellpDelegate> delegate_ = std::make_shared<DeepLinks>(road_.opened);
 };
 
 Road::Road(std::shared_ptr<FaultPlan> plan) : plan_(std::move(plan)) {

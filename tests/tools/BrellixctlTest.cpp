@@ -14,15 +14,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* campaign = R"({"aps": {"mutable-content": 1, "alert": "Three stories", "badge": 2},
-                                     "p": [{"o": {"body": "one"}}]})";
+constexpr const char* threeStories = R"({"aps": {"mutable-content": 1, "alert": "Three stories", "badge": 2},
+                                         "p": [{"o": {"body": "one"}}]})";
 constexpr const char* adWithoutEndpoint =
     R"({"aps": {"mutable-content": 1, "alert": {"title": "Sponsored", "adex": true}}})";
 
 TEST_F(ToolTest, ShowsTheOriginalWhenTheExtensionStops) {
   const auto pushed = [&] {
     writeManifest("true");
-    return run({"push", payload("campaign.json", campaign), "--id", "c"});
+    return run({"push", payload("campaign.json", threeStories), "--id", "c"});
   }();
   EXPECT_EQ(pushed.status, 0);
   EXPECT_EQ(at(pushed.json(), "extension"), "stopped");

@@ -9,7 +9,7 @@
 namespace VorselKelp::desktop::bus {
 namespace {
 
-constexpr const char* service = "org.bluez";
+constexpr const char* bluez = "org.bluez";
 constexpr const char* adapterInterface = "org.bluez.Adapter1";
 constexpr const char* deviceInterface = "org.bluez.Device1";
 constexpr const char* objectManager = "org.freedesktop.DBus.ObjectManager";
@@ -46,15 +46,15 @@ void BluezScanner::listen() {
       if (const auto self = weak.lock()) event(*self, path, arguments);
     });
   };
-  on({service, objectManager, "InterfacesAdded", nullptr, nullptr, "(oa{sa{sv}})"},
+  on({bluez, objectManager, "InterfacesAdded", nullptr, nullptr, "(oa{sa{sv}})"},
      [](auto& self, const auto&, auto* arguments) { self.interfacesAdded(arguments); });
-  on({service, objectManager, "InterfacesRemoved", nullptr, nullptr, "(oas)"},
+  on({bluez, objectManager, "InterfacesRemoved", nullptr, nullptr, "(oas)"},
      [](auto& self, const auto&, auto* arguments) { self.interfacesRemoved(arguments); });
   for (const auto* interface : {deviceInterface, adapterInterface}) {
-    on({service, "org.freedesktop.DBus.Properties", "PropertiesChanged", nullptr, interface, "(sa{sv}as)"},
+    on({bluez, "org.freedesktop.DBus.Properties", "PropertiesChanged", nullptr, interface, "(sa{sv}as)"},
        [](auto& self, const auto& path, auto* arguments) { self.propertiesChanged(path, arguments); });
   }
-  on({"org.freedesktop.DBus", "org.freedesktop.DBus", "NameOwnerChanged", nullptr, service, "(sss)"},
+  on({"org.freedesktop.DBus", "org.freedesktop.DBus", "NameOwnerChanged", nullptr, bluez, "(sss)"},
      [](auto& self, const auto&, auto* arguments) { self.serviceChanged(arguments); });
 }
 
@@ -71,7 +71,7 @@ void BluezScanner::begin() {
   ++beginnings_;
   scanning_ = false;
   adapter_.clear();
-  ask({service, "/", objectManager, "GetManagedObjects", "(a{oa{sa{sv}}})"}, nullptr,
+  ask({bluez, "/", objectManager, "GetManagedObjects", "(a{oa{sa{sv}}})"}, nullptr,
       [this](const Result<VariantPtr>& reply) {
         if (!reply) return complain(reply.error().description);
         const VariantPtr objects(g_variant_get_child_value(reply->get(), 0));
@@ -99,7 +99,7 @@ void BluezScanner::objectsKnown(GVariant* objects) {
 
 void BluezScanner::chooseAdapter(std::string path) {
   adapter_ = std::move(path);
-  ask({service, adapter_, adapterInterface, "SetDiscoveryFilter"}, discoveryFilter(),
+  ask({bluez, adapter_, adapterInterface, "SetDiscoveryFilter"}, discoveryFilter(),
       [this](const Result<VariantPtr>& reply) {
         if (!reply) return complain(reply.error().description);
         discover();
@@ -107,7 +107,7 @@ void BluezScanner::chooseAdapter(std::string path) {
 }
 
 void BluezScanner::discover() {
-  ask({service, adapter_, adapterInterface, "StartDiscovery"}, nullptr,
+  ask({bluez, adapter_, adapterInterface, "StartDiscovery"}, nullptr,
       [this](const Result<VariantPtr>& reply) {
         // It looks for this process already: the adapter was switched off and on in between.
         scanning_ =

@@ -17,9 +17,6 @@
 namespace VorselKelp::desktop {
 namespace {
 
-/// How long a page gets to be painted after it was loaded.
-constexpr double paintingSeconds = 0.3;
-
 class DesktopWebViews final : public platform::WebViews,
                               public std::enable_shared_from_this<DesktopWebViews> {
  public:

@@ -6,12 +6,6 @@
 #include "web/DesktopWebView.h"
 
 namespace VorselKelp::desktop {
-namespace {
-
-/// How long a page gets to be painted after it was loaded.
-constexpr double paintingSeconds = 0.3;
-
-}  // namespace
 
 /// A screen of the platform's own, made of the views that applications use.
 class PageSheetBrowser::Sheet final : public ui::ViewController {

@@ -12,6 +12,9 @@
 
 namespace VorselKelp::desktop {
 
+/// How long a page gets to be painted after it was loaded.
+inline constexpr double paintingSeconds = 0.3;
+
 /// A web page in WebKitGTK, in its sandbox and with a session of its own that keeps nothing. Make it with
 /// std::make_shared. Main thread.
 class DesktopWebView final : public WidgetWebView {

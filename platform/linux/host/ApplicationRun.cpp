@@ -7,7 +7,7 @@
 namespace VorselKelp::linux_platform {
 namespace {
 
-constexpr double defaultTimeLimit = 20;
+constexpr double applicationTimeLimit = 20;
 constexpr double farewellSeconds = 2;
 
 std::span<const std::uint8_t> bytesOf(const std::string& text) {
@@ -18,7 +18,7 @@ std::span<const std::uint8_t> bytesOf(const std::string& text) {
 
 ApplicationRun::ApplicationRun(ProcessOptions options, Manifest manifest, ApplicationDelegate& application,
                                ProcessScreen& screen)
-    : process_(std::move(options), std::move(manifest), defaultTimeLimit, screen.makeWaiter()),
+    : process_(std::move(options), std::move(manifest), applicationTimeLimit, screen.makeWaiter()),
       delegate_(application),
       screen_(screen),
       rootController_(application.makeRootController()) {}

@@ -12,7 +12,7 @@
 namespace VorselKelp::linux_platform {
 namespace {
 
-constexpr double defaultTimeLimit = 30;
+constexpr double contentTimeLimit = 30;
 
 class ReportingContext final : public platform::ExtensionContext {
  public:
@@ -26,7 +26,7 @@ class ReportingContext final : public platform::ExtensionContext {
 class ContentRun {
  public:
   ContentRun(ProcessOptions options, Manifest manifest, ProcessScreen& screen)
-      : process_(std::move(options), std::move(manifest), defaultTimeLimit, screen.makeWaiter()),
+      : process_(std::move(options), std::move(manifest), contentTimeLimit, screen.makeWaiter()),
         screen_(screen),
         device_(std::make_shared<SimulatedDevice>(process_.home, process_.manifest.bundleIdentifier)) {}
 

@@ -12,7 +12,7 @@
 namespace VorselKelp::linux_platform {
 namespace {
 
-constexpr double defaultTimeLimit = 30;
+constexpr double serviceTimeLimit = 30;
 
 /// User information in the form in which it arrived is known to whoever sent it.
 JSONAny describe(const platform::NotificationContent& content) {
@@ -66,7 +66,7 @@ class Delivery {
 class ExtensionRun {
  public:
   ExtensionRun(ProcessOptions options, Manifest manifest)
-      : process_(std::move(options), std::move(manifest), defaultTimeLimit),
+      : process_(std::move(options), std::move(manifest), serviceTimeLimit),
         delivery_(std::make_shared<Delivery>(process_.channel, process_.loop)) {}
 
   int run(std::string payload, const JSONAny& json, ServiceExtension& extension) {

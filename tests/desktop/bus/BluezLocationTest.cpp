@@ -18,7 +18,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 
 constexpr const char* adapter = "org.bluez.Adapter1";
-constexpr const char* device = "org.bluez.Device1";
+constexpr const char* deviceInterface = "org.bluez.Device1";
 constexpr const char* hci0 = "/org/bluez/hci0";
 constexpr const char* hci1 = "/org/bluez/hci1";
 constexpr const char* dev1 = "/org/bluez/hci0/dev_1";
@@ -46,7 +46,7 @@ class BluezLocationTest : public BusTest {
     });
   }
   void advertise(std::uint8_t lastOfUUID, std::uint16_t minor) {
-    bluez->change(dev1, device, deviceProperties(beaconFrame(lastOfUUID, 1, minor)));
+    bluez->change(dev1, deviceInterface, deviceProperties(beaconFrame(lastOfUUID, 1, minor)));
   }
   void waitForLines(std::size_t count) {
     waitUntil([&] { return log->lines.size() >= count; });
@@ -61,8 +61,8 @@ class BluezLocationTest : public BusTest {
 TEST_F(BluezLocationTest, LooksWithTheFirstAdapterAndFindsWhatIsInRangeAlready) {
   bluez->placeAdapter(hci1);
   bluez->placeAdapter(hci0);
-  bluez->place(dev1, device, deviceProperties(beaconFrame(0x30, 1, 2), false));  // only remembered
-  bluez->place(dev2, device, deviceProperties(beaconFrame(0x40, 1, 2)));
+  bluez->place(dev1, deviceInterface, deviceProperties(beaconFrame(0x30, 1, 2), false));  // only remembered
+  bluez->place(dev2, deviceInterface, deviceProperties(beaconFrame(0x40, 1, 2)));
   queue->runUntilIdle();
   EXPECT_TRUE(bluez->client.empty()) << "nobody is looked for yet";
   manager->startMonitoring(one);
@@ -84,7 +84,7 @@ TEST_F(BluezLocationTest, EntersAtTheFirstFrameAndLeavesAfterThirtySilentSeconds
   manager->startMonitoring(one);
   manager->startMonitoring({"place", std::nullopt});
   waitForDiscovery();
-  bluez->add(dev1, device, deviceProperties(beaconFrame(0x30, 1, 2)));
+  bluez->add(dev1, deviceInterface, deviceProperties(beaconFrame(0x30, 1, 2)));
   waitForLines(1);
   EXPECT_THAT(log->take(), ElementsAre("enter one"));
   advance(25);
@@ -94,7 +94,7 @@ TEST_F(BluezLocationTest, EntersAtTheFirstFrameAndLeavesAfterThirtySilentSeconds
   advertise(0x40, 1);
   waitForLines(1);
   EXPECT_THAT(log->take(), ElementsAre("enter two"));
-  bluez->change(dev1, device, hold(g_variant_new_parsed("{'RSSI': <int16 -60>}")));
+  bluez->change(dev1, deviceInterface, hold(g_variant_new_parsed("{'RSSI': <int16 -60>}")));
   advance(29);
   clock->setNow(clock->now() + 86400);  // the user sets the date
   advance(1);
@@ -183,14 +183,16 @@ TEST_F(BluezLocationTest, HostileSignalsAreSurvived) {
   waitForDiscovery();
   constexpr const char* properties = "org.freedesktop.DBus.Properties";
   constexpr const char* objects = "org.freedesktop.DBus.ObjectManager";
-  bluez->emit(dev1, properties, "PropertiesChanged", g_variant_new("(s)", device));
-  bluez->emit(dev1, properties, "PropertiesChanged", g_variant_new_parsed("(%s, 7, 'text')", device));
+  bluez->emit(dev1, properties, "PropertiesChanged", g_variant_new("(s)", deviceInterface));
+  bluez->emit(dev1, properties, "PropertiesChanged",
+              g_variant_new_parsed("(%s, 7, 'text')", deviceInterface));
   bluez->emit(hci0, properties, "PropertiesChanged",
               g_variant_new_parsed("(%s, {'Powered': <'yes'>}, @as [])", adapter));
-  bluez->emit("/", objects, "InterfacesAdded", g_variant_new_parsed("('/no', {%s: 'text'})", device));
+  bluez->emit("/", objects, "InterfacesAdded",
+              g_variant_new_parsed("('/no', {%s: 'text'})", deviceInterface));
   bluez->emit("/", objects, "InterfacesRemoved", nullptr);
-  bluez->change(dev1, device, deviceProperties({}));
-  bluez->change(dev1, device, deviceProperties(std::vector<std::uint8_t>(100'000, 2)));
+  bluez->change(dev1, deviceInterface, deviceProperties({}));
+  bluez->change(dev1, deviceInterface, deviceProperties(std::vector<std::uint8_t>(100'000, 2)));
   advertise(0x30, 1);
   waitForLines(1);
   EXPECT_THAT(log->take(), ElementsAre("enter one"));

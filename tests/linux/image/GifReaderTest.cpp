@@ -12,7 +12,7 @@
 namespace VorselKelp::testing_support {
 namespace {
 
-constexpr std::int64_t limit = 4096;
+constexpr std::int64_t gifLimit = 4096;
 
 std::vector<std::uint8_t> noise(int width, int height, unsigned seed) {
   std::mt19937 random(seed);
@@ -43,7 +43,7 @@ class GifReaderTest : public testing::Test {
     file_ = gifFile(32, 20, colors, frames_, 3);
   }
 
-  std::unique_ptr<platform::GifReader> open(const std::string& bytes, std::int64_t pixels = limit) {
+  std::unique_ptr<platform::GifReader> open(const std::string& bytes, std::int64_t pixels = gifLimit) {
     auto reader = decoder_->openGif(std::make_shared<const std::string>(bytes), pixels);
     return reader ? *std::move(reader) : nullptr;
   }
@@ -51,7 +51,7 @@ class GifReaderTest : public testing::Test {
     std::vector<Read> all;
     while (const auto* frame = reader.next()) {
       EXPECT_EQ(frame->indices.size(), static_cast<std::size_t>(frame->width * frame->height));
-      EXPECT_LE(frame->indices.size(), std::size_t{limit});
+      EXPECT_LE(frame->indices.size(), std::size_t{gifLimit});
       all.push_back({frame->left,
                      frame->top,
                      frame->width,
@@ -101,7 +101,7 @@ TEST_F(GifReaderTest, BoundsTheCanvasAndEachFrame) {
   EXPECT_EQ(readAll(*open(file_, 32 * 20)).size(), 1U) << "the second frame has 1500 pixels";
   EXPECT_EQ(readAll(*open(file_, 1500)).size(), 2U);
   for (const char* text : {"", "GIF", "GIF89a", "\x89PNG\r\n\x1a\n and no GIF"}) {
-    const auto opened = decoder_->openGif(std::make_shared<const std::string>(text), limit);
+    const auto opened = decoder_->openGif(std::make_shared<const std::string>(text), gifLimit);
     ASSERT_FALSE(opened) << text;
     EXPECT_FALSE(opened.error().description.empty());
   }
@@ -209,7 +209,7 @@ TEST_F(GifReaderTest, AnimatedImagesKeepTheirBytesAndDamagedOnesStillShow) {
 
 TEST_F(GifReaderTest, AMissingLibraryIsAnError) {
   const auto decoder = linux_platform::makeImageDecoder({.gifLibraryName = "libof-no-such-name.so.1"});
-  const auto opened = decoder->openGif(std::make_shared<const std::string>(file_), limit);
+  const auto opened = decoder->openGif(std::make_shared<const std::string>(file_), gifLimit);
   ASSERT_FALSE(opened);
   EXPECT_NE(opened.error().description.find("libof-no-such-name"), std::string::npos);
 }
