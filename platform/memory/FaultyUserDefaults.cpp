@@ -36,16 +36,20 @@ class FaultyDomain final : public DefaultsDomain {
     write(key, [&] { inner_->removeMapEntry(key, path, kind); });
   }
 
-  void transact(platform::FunctionRef<void()> work) override {
+  bool transact(platform::FunctionRef<void()> work) override {
     const std::lock_guard lock(mutex_);
-    inner_->transact([&] {
+    bool failed = false;
+    const bool committed = inner_->transact([&] {
       if (depth_++ == 0) failed_ = plan_->next(FaultPoint::storeBegin).has_value();
       work();
+      failed = failed_;
       if (--depth_ > 0) return;
-      if (plan_->next(FaultPoint::storeCommit)) failed_ = true;
-      if (std::exchange(failed_, false)) undo();
+      if (plan_->next(FaultPoint::storeCommit)) failed = true;
+      if (failed) undo();
+      failed_ = false;
       before_.clear();
     });
+    return committed && !failed;
   }
 
   void synchronize() override {

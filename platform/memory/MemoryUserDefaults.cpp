@@ -127,9 +127,10 @@ void MemoryDefaultsDomain::removeMapEntry(std::string_view key, EntryPath path, 
   map->entries.erase(found);
 }
 
-void MemoryDefaultsDomain::transact(platform::FunctionRef<void()> work) {
+bool MemoryDefaultsDomain::transact(platform::FunctionRef<void()> work) {
   const std::lock_guard lock(mutex_);
   work();
+  return !dropWrites_;
 }
 
 void MemoryDefaultsDomain::synchronize() {

@@ -188,12 +188,10 @@ void StorageManager::synchronize() {
   if (auto* store = domain()) store->synchronize();
 }
 
-void StorageManager::transact(platform::FunctionRef<void()> work) {
-  if (auto* store = domain()) {
-    store->transact(work);
-  } else {
-    work();
-  }
+bool StorageManager::transact(platform::FunctionRef<void()> work) {
+  if (auto* store = domain()) return store->transact(work);
+  work();
+  return false;
 }
 
 std::string StorageManager::formatDate(double secondsSince1970) const {

@@ -75,8 +75,9 @@ class StorageManager {
   void removeDeepLinks(const std::string& notification);
 
   void synchronize();
-  /// Runs `work` as one atomic step of the store; it must not wait, call back or start a request.
-  void transact(platform::FunctionRef<void()> work);
+  /// Runs `work` as one atomic step of the store; it must not wait, call back or start a request. Answers
+  /// whether the store has taken what was written.
+  bool transact(platform::FunctionRef<void()> work);
 
   /// The text of a date in the form of HTTP headers, GMT.
   [[nodiscard]] std::string formatDate(double secondsSince1970) const;

@@ -30,8 +30,8 @@ class BrellixEventTracker {
   [[nodiscard]] const std::string& source() const { return source_; }
 
  private:
-  /// Marks the event as sent; false when it was before. Of threads and processes that do so at once, one
-  /// succeeds.
+  /// Marks the event as sent; false when it was before, and when the store refuses the mark, which is a line.
+  /// Of threads and processes that do so at once, one succeeds.
   [[nodiscard]] static bool mark(const VorselKelp::CoreContext& context, const std::string& key);
   [[nodiscard]] std::string url(const VorselKelp::CoreContext& context, const Event& event) const;
 

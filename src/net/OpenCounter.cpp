@@ -7,16 +7,16 @@ namespace VorselKelp {
 
 std::int64_t OpenCounter::take() const {
   constexpr std::int64_t most = 1000;
-  std::int64_t owed = 0, taken = 0;
-  context_->storage.transact([&] {
-    owed = std::max<std::int64_t>(context_->storage.integer(StorageKey::openCounter).value_or(0), 0);
+  std::int64_t taken = 0;
+  const bool stored = context_->storage.transact([&] {
+    const auto owed =
+        std::max<std::int64_t>(context_->storage.integer(StorageKey::openCounter).value_or(0), 0);
     taken = std::min(owed, most);
     context_->storage.set(StorageKey::openCounter, owed - taken);
     context_->storage.synchronize();
   });
   // Where the disk has refused that, they are owed still, and would be sent again with every open.
-  if (taken > 0 && context_->storage.integer(StorageKey::openCounter) == owed) return 0;
-  return taken;
+  return stored ? taken : 0;
 }
 
 void OpenCounter::owe() const {

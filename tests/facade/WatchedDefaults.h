@@ -8,7 +8,7 @@
 
 namespace BrellixPush {
 
-/// A domain that counts what it is asked, and lets the test step in before a transaction begins.
+/// A domain that counts what it is asked, and lets the test step in around a transaction.
 class WatchedDomain final : public VorselKelp::platform::DefaultsDomain {
  public:
   using Value = VorselKelp::platform::DefaultsValue;
@@ -41,10 +41,12 @@ class WatchedDomain final : public VorselKelp::platform::DefaultsDomain {
     ++others;
     target_->removeMapEntry(key, path, kind);
   }
-  void transact(VorselKelp::platform::FunctionRef<void()> work) override {
+  bool transact(VorselKelp::platform::FunctionRef<void()> work) override {
     ++others;
     if (const auto stepIn = std::exchange(beforeTransaction, nullptr)) stepIn();
-    target_->transact(work);
+    const bool committed = target_->transact(work);
+    if (const auto stepIn = std::exchange(afterTransaction, nullptr)) stepIn();
+    return committed;
   }
   void synchronize() override {
     ++others;
@@ -54,6 +56,7 @@ class WatchedDomain final : public VorselKelp::platform::DefaultsDomain {
   int reads = 0;
   int others = 0;
   std::function<void()> beforeTransaction;
+  std::function<void()> afterTransaction;
 
  private:
   std::shared_ptr<DefaultsDomain> target_;
@@ -67,7 +70,8 @@ class WatchedDefaults final : public VorselKelp::platform::UserDefaults {
 
   std::shared_ptr<VorselKelp::platform::DefaultsDomain> standard() override { return watched; }
   std::shared_ptr<VorselKelp::platform::DefaultsDomain> suite(std::string_view name) override {
-    return target_->suite(name);
+    auto suite = target_->suite(name);
+    return suite == target_->standard() ? watched : suite;
   }
 
   const std::shared_ptr<WatchedDomain> watched;

@@ -108,11 +108,11 @@ TEST(MemoryDefaultsDomain, DropsWritesWhenTold) {
   MemoryDefaultsDomain domain;
   domain.setObject("a", text("kept"));
   domain.dropWrites(true);
-  domain.transact([&] {
+  EXPECT_FALSE(domain.transact([&] {
     domain.setObject("a", text("new"));
     domain.removeObject("a");
     domain.setMapEntry("m", {"a"}, MapKind::textMap, text("x"));
-  });
+  }));
   EXPECT_EQ(domain.contents(), (Map{{"a", text("kept")}}));
 }
 

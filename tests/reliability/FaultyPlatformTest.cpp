@@ -34,7 +34,7 @@ TEST_F(FaultyPlatformTest, ATransactionIsUndoneWhereverItFails) {
       disturb({.at = at, .fault = fault});
       const auto store = platform_->userDefaults->standard();
       bool ran = false;
-      store->transact([&] {
+      const bool committed = store->transact([&] {
         store->setObject("new", {true});
         store->removeObject("old");
         store->transact([&] { store->setMapEntry("map", {"b"}, MapKind::textMap, {std::string("2")}); });
@@ -42,6 +42,7 @@ TEST_F(FaultyPlatformTest, ATransactionIsUndoneWhereverItFails) {
         ran = true;
       });
       EXPECT_TRUE(ran);
+      EXPECT_FALSE(committed);
       EXPECT_EQ(memory_.standardDomain->contents(), before) << "call " << at;
       store->setObject("after", {true});
       EXPECT_EQ(memory_.standardDomain->object("after").has_value(), fault == Fault::refusal);

@@ -77,8 +77,9 @@ class DefaultsDomain {
   /// or none, and nothing of theirs comes between its reads and its writes. Inside, `work` uses this same
   /// domain; it must not wait, call back into the application or start a request. Nested calls join the outer
   /// one. When the store cannot be locked for writing, `work` still runs once, against a domain whose writes
-  /// are dropped.
-  virtual void transact(FunctionRef<void()> work) = 0;
+  /// are dropped. Answers whether all that was written is in the store now; of a nested call, whether nothing
+  /// has been refused so far.
+  virtual bool transact(FunctionRef<void()> work) = 0;
 
   /// Asks that everything written so far survive a power cut. Returns at once; the store is made durable soon
   /// after, and at the latest when the domain is closed in good order.

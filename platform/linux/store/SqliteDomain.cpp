@@ -83,11 +83,11 @@ void SqliteDomain::removeMapEntry(std::string_view key, EntryPath path, MapKind 
   write([&](DefaultsStore store) { store.removeMapEntry(key, path, kind); });
 }
 
-void SqliteDomain::transact(platform::FunctionRef<void()> work) {
+bool SqliteDomain::transact(platform::FunctionRef<void()> work) {
   const std::lock_guard lock(mutex_);
   if (depth_ > 0 || !ready()) {
     work();
-    return;
+    return depth_ > 0 && !dropping_;
   }
   const bool begun = Database::Query(*store_.database, Sql::begin).run();
   dropping_ = !begun;
@@ -97,23 +97,31 @@ void SqliteDomain::transact(platform::FunctionRef<void()> work) {
   struct Scope {
     SqliteDomain& domain;
     const bool begun;
+    bool& committed;
     const int exceptions = std::uncaught_exceptions();
-    Scope(SqliteDomain& d, bool b) : domain(d), begun(b) { ++domain.depth_; }
+    Scope(SqliteDomain& d, bool b, bool& c) : domain(d), begun(b), committed(c) { ++domain.depth_; }
     ~Scope() {
       if (std::uncaught_exceptions() > exceptions) domain.dropping_ = true;
-      domain.endTransaction(begun);
+      committed = domain.endTransaction(begun);
     }
-  } scope(*this, begun);
-  work();
+  };
+  bool committed = false;
+  {
+    const Scope scope(*this, begun, committed);
+    work();
+  }
+  return committed;
 }
 
-void SqliteDomain::endTransaction(bool begun) {
+bool SqliteDomain::endTransaction(bool begun) {
   auto& database = *store_.database;
-  if (begun && (dropping_ || !Database::Query(database, Sql::commit).run())) database.rollback();
+  const bool committed = begun && !dropping_ && Database::Query(database, Sql::commit).run();
+  if (begun && !committed) database.rollback();
   --depth_;
   dropping_ = false;
   noteError();
   if (std::exchange(synchronizeAfter_, false)) flusher_->request(file_.logPath());
+  return committed;
 }
 
 void SqliteDomain::synchronize() {

@@ -32,7 +32,7 @@ class SqliteDomain final : public platform::DefaultsDomain {
   void setMapEntry(std::string_view key, platform::EntryPath path, platform::MapKind kind,
                    platform::DefaultsValue value) override;
   void removeMapEntry(std::string_view key, platform::EntryPath path, platform::MapKind kind) override;
-  void transact(platform::FunctionRef<void()> work) override;
+  bool transact(platform::FunctionRef<void()> work) override;
   void synchronize() override;
 
  private:
@@ -45,7 +45,7 @@ class SqliteDomain final : public platform::DefaultsDomain {
   void followFile();
   void noteError();
   void reportOnce(int code);
-  void endTransaction(bool begun);
+  bool endTransaction(bool begun);
 
   std::recursive_mutex mutex_;
   StoreFile file_;

@@ -132,13 +132,13 @@ TEST_F(StoreTest, SuitesAreSharedByNameAndTheRestIsTheStandardDomain) {
 TEST_F(StoreTest, TransactionsNestAndAreUndoneWholeWhenTheyEndInAnException) {
   const auto store = domain();
   const auto other = domain();
-  store->transact([&] {
+  EXPECT_TRUE(store->transact([&] {
     store->setObject("a", integer(1));
-    store->transact([&] { store->setMapEntry("m", {"e"}, MapKind::textMap, text("x")); });
+    EXPECT_TRUE(store->transact([&] { store->setMapEntry("m", {"e"}, MapKind::textMap, text("x")); }));
     EXPECT_EQ(store->object("a"), integer(1));
     EXPECT_EQ(other->object("a"), std::nullopt) << "half a step is seen by nobody else";
     store->synchronize();
-  });
+  }));
   EXPECT_EQ(other->object("a"), integer(1));
   EXPECT_NE(other->mapEntry("m", {"e"}, MapKind::textMap), std::nullopt);
   EXPECT_THROW(store->transact([&] {

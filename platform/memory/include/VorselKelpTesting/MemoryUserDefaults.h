@@ -27,7 +27,7 @@ class VORSELKELP_API MemoryDefaultsDomain final : public platform::DefaultsDomai
   void setMapEntry(std::string_view key, platform::EntryPath path, platform::MapKind kind,
                    platform::DefaultsValue value) override;
   void removeMapEntry(std::string_view key, platform::EntryPath path, platform::MapKind kind) override;
-  void transact(platform::FunctionRef<void()> work) override;
+  bool transact(platform::FunctionRef<void()> work) override;
   void synchronize() override;
 
   /// Drops every write from now on, as a store does that is read-only or on a full disk.
