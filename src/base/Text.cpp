@@ -87,8 +87,12 @@ bool isValidUtf8(std::string_view text) {
 }
 
 std::string decimalText(double number) {
+  const double size = std::abs(number);
+  const bool plain = size == 0 || (size >= 1e-4 && size < 1e16);
   std::array<char, 32> buffer{};
-  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number).ptr;
+  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number,
+                                 plain ? std::chars_format::fixed : std::chars_format::scientific)
+                       .ptr;
   std::string text(buffer.data(), end);
   if (std::isfinite(number) && text.find_first_of(".e") == std::string::npos) text += ".0";
   return text;

@@ -9,7 +9,8 @@ namespace VorselKelp {
 
 [[nodiscard]] bool isValidUtf8(std::string_view text);
 
-/// The shortest decimal text that reads back as the same double, always with a fraction: 844.0, 0.5.
+/// The shortest decimal text that reads back as the same double: from 1e-4 on and below 1e16 without an
+/// exponent and always with a fraction (844.0, 0.5), else with an exponent (1e+16).
 [[nodiscard]] std::string decimalText(double number);
 
 [[nodiscard]] std::string replaceAll(std::string_view text, std::string_view what, std::string_view with);

@@ -5,6 +5,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace VorselKelp {
 namespace {
@@ -68,9 +69,20 @@ TEST(Text, SafeFileNames) {
 }
 
 TEST(Text, SmallHelpers) {
-  EXPECT_EQ(decimalText(844), "844.0");
-  EXPECT_EQ(decimalText(0.1), "0.1");
-  EXPECT_EQ(decimalText(-2.5), "-2.5");
+  const std::pair<double, const char*> numbers[] = {{844, "844.0"},
+                                                    {0.1, "0.1"},
+                                                    {-2.5, "-2.5"},
+                                                    {0, "0.0"},
+                                                    {-0.0, "-0.0"},
+                                                    {100000, "100000.0"},
+                                                    {9007199254740993, "9007199254740992.0"},
+                                                    {9999999999999998, "9999999999999998.0"},
+                                                    {1e16, "1e+16"},
+                                                    {-1.5e300, "-1.5e+300"},
+                                                    {0.0001, "0.0001"},
+                                                    {0.00012345678901234567, "0.00012345678901234567"},
+                                                    {0.00009, "9e-05"}};
+  for (const auto& [number, text] : numbers) EXPECT_EQ(decimalText(number), text);
   EXPECT_EQ(replaceAll("${A}-${A}$", "${A}", "${A}x"), "${A}x-${A}x$");
   EXPECT_EQ(replaceAll("", "x", "y"), "");
   EXPECT_EQ(withoutBackslashes("{\\\"a\\\\\":1}\\"), "{\"a\":1}");
