@@ -143,7 +143,7 @@ Status MemoryURLSession::consume(const URLRequest& request, const ServerAnswer& 
 URLResult MemoryURLSession::resultFor(const URLRequest& request, const ServerAnswer& answer) {
   if (answer.error) return failed(*answer.error);
   if (!isRequestable(request.url)) return failed({"unsupported URL", unsupportedURL});
-  if (answer.body.size() > request.responseLimit)
+  if (answer.body.size() > request.responseLimit && !request.discardBody)
     return failed({"the response is larger than allowed", tooLarge});
   URLResult result;
   result.response = HTTPURLResponse{answer.status, answer.headers, request.url, answer.suggestedFilename};

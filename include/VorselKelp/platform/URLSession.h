@@ -37,7 +37,8 @@ struct URLRequest {
   /// A response whose body grows past this is a transport error.
   std::size_t responseLimit = std::size_t{1} << 20;
   /// The caller does not want the body: it is read, so that the connection can be used again, and dropped.
-  /// The limit holds all the same.
+  /// Where it grows past the limit the connection is closed. The response stands even so, and also where the
+  /// body is cut off or damaged: its head is all that was wanted.
   bool discardBody = false;
   /// Where set and the body wanted, the body goes there as it comes instead of into memory: in order, on a
   /// thread of the session's own, where all other requests wait for the consumer. Of responses on the way to

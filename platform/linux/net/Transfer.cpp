@@ -177,13 +177,13 @@ platform::URLResult Transfer::finished(CURLcode code) {
   platform::URLResult result;
   // To libcurl a connection that ends within the headers is a response without a body.
   if (code == CURLE_OK && !head_.isComplete()) code = CURLE_PARTIAL_FILE;
-  if (code != CURLE_OK || tooLarge_ || refusal_) {
+  long status = 0;
+  const char* url = nullptr;
+  if (handle_) curl_.easyInformation(handle_, CURLINFO_RESPONSE_CODE, &status);
+  if ((code != CURLE_OK || tooLarge_ || refusal_) && !isAnsweredByHead(status)) {
     result.error = errorOf(code);
     return result;
   }
-  long status = 0;
-  const char* url = nullptr;
-  curl_.easyInformation(handle_, CURLINFO_RESPONSE_CODE, &status);
   curl_.easyInformation(handle_, CURLINFO_EFFECTIVE_URL, &url);
   auto& response = result.response.emplace();
   response.statusCode = static_cast<int>(status);
@@ -192,6 +192,13 @@ platform::URLResult Transfer::finished(CURLcode code) {
   response.headers = head_.takeHeaders();
   if (!hasNoBody(status)) result.body = std::move(body_);
   return result;
+}
+
+/// What becomes of a body that nobody wants changes nothing, unless it is that of a redirect or of an interim
+/// response, which answer nobody.
+bool Transfer::isAnsweredByHead(long status) const {
+  const bool isFinal = (status >= 200 && status < 300) || status >= 400;
+  return request_.discardBody && isFinal && head_.isComplete() && headBytes_ <= headLimit;
 }
 
 bool Transfer::hasNoBody(long status) const {

@@ -48,6 +48,7 @@ class Transfer {
   bool setHeaders();
   bool addHeader(const std::string& line);
   [[nodiscard]] Error errorOf(CURLcode code) const;
+  [[nodiscard]] bool isAnsweredByHead(long status) const;
   [[nodiscard]] bool hasNoBody(long status) const;
   bool takePiece(std::string_view piece);
 

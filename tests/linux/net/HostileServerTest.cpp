@@ -67,6 +67,33 @@ TEST_F(HostileServerTest, EndlessAnswersAreCutOff) {
   expectError(endless("", "HTTP/1.1 100 Continue\r\n\r\n"), "interim answers");
 }
 
+TEST_F(HostileServerTest, TheResponseStandsWhateverBecomesOfABodyThatNobodyWants) {
+  const struct {
+    const char* bytes;
+    std::optional<int> status;
+  } cases[] = {{"HTTP/1.1 201 Created\r\nContent-Length: 50\r\n\r\nshort", 201},
+               {"HTTP/1.1 201 Created\r\nContent-Length: 50\r\n\r\nlonger than the limit", 201},
+               {"HTTP/1.1 500 No\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\nx", 500},
+               {"HTTP/1.1 201 Created\r\nContent-Length: 50\r\n", std::nullopt},
+               {"HTTP/1.1 302 Found\r\nLocation: http://127.0.0.1:1/\r\n\r\n", std::nullopt},
+               {"HTTP/1.1 103 Early Hints\r\nLink: x\r\n\r\n", std::nullopt}};
+  for (const auto& c : cases) {
+    const RawServer server([&](RawConnection& connection) {
+      connection.readHead();
+      connection.write(c.bytes);
+    });
+    auto unwanted = request(server.url());
+    unwanted.method = "POST";
+    unwanted.discardBody = true;
+    unwanted.responseLimit = 10;
+    const auto result = fetch(unwanted);
+    EXPECT_EQ(result.response ? std::optional(result.response->statusCode) : std::nullopt, c.status)
+        << c.bytes;
+    EXPECT_EQ(result.error.has_value(), !c.status) << c.bytes;
+    EXPECT_FALSE(result.body) << c.bytes;
+  }
+}
+
 TEST_F(HostileServerTest, MoreBytesThanPromisedAreNotPartOfTheBody) {
   const RawServer server([](RawConnection& connection) {
     while (!connection.readHead().empty())

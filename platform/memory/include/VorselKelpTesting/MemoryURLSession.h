@@ -32,10 +32,10 @@ struct VORSELKELP_API ServerAnswer {
 ///
 /// Thread-safe. An answer runs the request's completion on the thread that gives it, outside all locks; give
 /// answers from one thread at a time, as the delegate queue is serial. What a real session does with an
-/// answer is done here too: a body over the request's limit is an error, 204, 304 and `discardBody` give no
-/// body, and a URL that is not absolute "http" or "https" is never answered but with an error. A consumer
-/// gets the whole body at once, of one over the limit the beginning. Destruction answers what is left with
-/// code -999.
+/// answer is done here too: a wanted body over the request's limit is an error, 204, 304 and `discardBody`
+/// give no body, and a URL that is not absolute "http" or "https" is never answered but with an error. A
+/// consumer gets the whole body at once, of one over the limit the beginning. Destruction answers what is
+/// left with code -999.
 class VORSELKELP_API MemoryURLSession final : public platform::URLSession {
  public:
   MemoryURLSession() = default;
