@@ -8,7 +8,7 @@ namespace VorselKelp {
 
 /// A text that forms a URL (RFC 3986, relative references included).
 struct Url {
-  std::string text;
+  std::string text;  ///< in the characters of URLs alone: what requests, browsers and applications are given
   std::string scheme;  ///< as written; empty when relative
   std::string host;
 
@@ -16,8 +16,14 @@ struct Url {
   [[nodiscard]] bool isWeb() const;
 };
 
-/// Absent for the empty text, for blanks, control characters, bytes above 127 and broken escapes.
+/// What other characters path, query and fragment hold, as people write them, is percent-encoded: brackets,
+/// quotes, blanks, letters beyond ASCII, a "%" that begins no escape. Escapes stay. Absent for the empty
+/// text, for blanks at either end, for control characters, for what is not UTF-8, and where scheme or host
+/// hold a character that they can't.
 [[nodiscard]] std::optional<Url> parseUrl(std::string_view text);
+
+/// Whether the text's host is written in other letters than ASCII ones, so that it forms no URL.
+[[nodiscard]] bool hasForeignHost(std::string_view text);
 
 /// Whether the text forms a URL that a request can go to.
 [[nodiscard]] bool isWebUrl(std::string_view text);

@@ -214,7 +214,7 @@ void VorselNotificationView::openLink(const std::string& url) {
   if (!link) stopCarousel("the link \"" + url + "\" forms no URL");
   // A relative one leads nowhere outside of a page.
   if (link->scheme.empty()) return context_->print("URL is not valid");
-  extensionContext->open(url);
+  extensionContext->open(link->text);
 }
 
 void VorselNotificationView::handleNotificationAction(const platform::NotificationResponse& response) {

@@ -58,16 +58,16 @@ bool BrellixEventTracker::mark(const VorselKelp::CoreContext& context, const std
   const auto store = context.services->userDefaults->standard();
   if (std::ranges::count(sentEvents(*store), key) > 0) return false;
   bool first = false;
-  store->transact([&] {
+  const bool stored = store->transact([&] {
     TextList sent = sentEvents(*store);
     first = std::ranges::count(sent, key) == 0;
     if (!first) return;
     sent.push_back(key);
     store->setObject(sentEventsKey, {std::move(sent)});
   });
-  // A store that can't be written drops what it is given: without the mark the event would go out again and
-  // again.
-  return first && std::ranges::count(sentEvents(*store), key) > 0;
+  // Without the mark the event would go out again and again.
+  if (first && !stored) context.print("Event tracking failed: the event can't be marked as sent");
+  return stored && first;
 }
 
 std::string BrellixEventTracker::url(const VorselKelp::CoreContext& context, const Event& event) const {
@@ -88,12 +88,13 @@ std::string BrellixEventTracker::url(const VorselKelp::CoreContext& context, con
 void BrellixEventTracker::send(const Event& event) {
   const auto context = context_.lock();
   if (!context || !mark(*context, eventKey(event))) return;
-  VorselKelp::platform::URLRequest request;
-  request.url = url(*context, event);
-  if (!VorselKelp::isWebUrl(request.url)) {
+  auto parsed = VorselKelp::parseUrl(url(*context, event));
+  if (!parsed || !parsed->isWeb()) {
     context->print("Failed to construct URL for event tracking");
     return;
   }
+  VorselKelp::platform::URLRequest request;
+  request.url = std::move(parsed->text);
   request.timeout = requestTimeout;
   request.responseLimit = std::size_t{64} << 10;
   request.discardBody = true;

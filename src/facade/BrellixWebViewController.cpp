@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "base/FatalError.h"
+#include "base/Url.h"
 #include "core/CoreContext.h"
 
 namespace BrellixPush {
@@ -36,7 +37,8 @@ void BrellixWebViewController::viewDidLoad() {
   fillBar();
   layOut();
   activityIndicator_->startAnimating();  // first, for a load that fails at once
-  webView_->load(url_, pageTimeout);
+  const auto page = VorselKelp::parseUrl(url_);
+  webView_->load(page ? page->text : url_, pageTimeout);
 }
 
 void BrellixWebViewController::fillBar() {

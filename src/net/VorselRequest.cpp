@@ -20,14 +20,15 @@ constexpr std::size_t documentLimit = std::size_t{1} << 20;
 }  // namespace
 
 std::optional<platform::URLRequest> VorselRequest::post(StorageKey key) const {
+  auto url = parseUrl(context_->storage.text(key).value_or(""));
+  if (!url) return std::nullopt;
   platform::URLRequest request;
-  request.url = context_->storage.text(key).value_or("");
-  if (!parseUrl(request.url)) return std::nullopt;
+  request.url = std::move(url->text);
   request.method = "POST";
   request.headers = {{"Content-Type", "application/json"}};
   request.timeout = requestTimeout;
   request.sessionTimeout = sessionTimeout;
-  request.responseLimit = documentLimit;
+  request.responseLimit = droppedLimit;
   request.discardBody = true;
   return request;
 }
@@ -111,9 +112,10 @@ void VorselRequest::sendPushData(const PushBody& body, PushCompletion completion
 }
 
 void VorselRequest::trackingGet(const std::string& url, DocumentCompletion completion) const {
+  auto parsed = parseUrl(trackingUrl(url));
+  if (!parsed) return;
   platform::URLRequest request;
-  request.url = trackingUrl(url);
-  if (!parseUrl(request.url)) return;
+  request.url = std::move(parsed->text);
   request.timeout = sessionTimeout;
   request.responseLimit = documentLimit;
   send(std::move(request),
@@ -124,9 +126,10 @@ void VorselRequest::trackingGet(const std::string& url, DocumentCompletion compl
 }
 
 void VorselRequest::fireTracker(const std::string& url) {
-  if (!isWebUrl(url)) return;
+  auto parsed = parseUrl(url);
+  if (!parsed || !parsed->isWeb()) return;
   platform::URLRequest request;
-  request.url = url;
+  request.url = std::move(parsed->text);
   request.responseLimit = droppedLimit;
   request.discardBody = true;
   send(std::move(request), [](const platform::URLResult&) {});
@@ -138,20 +141,22 @@ void VorselRequest::download(const std::string& url, std::size_t limit, Document
 
 void VorselRequest::download(const std::string& url, std::size_t limit, platform::BodyConsumer consumer,
                              DocumentCompletion completion) {
+  auto parsed = parseUrl(url);
   platform::URLRequest request;
-  request.url = url;
+  request.url = parsed ? std::move(parsed->text) : url;  // what is none, the session answers with an error
   request.responseLimit = limit;
   request.bodyConsumer = std::move(consumer);
   send(std::move(request), std::move(completion));
 }
 
 void VorselRequest::sendFeedGet(const std::string& url, DocumentCompletion completion) {
-  if (!parseUrl(url)) {
+  auto parsed = parseUrl(url);
+  if (!parsed) {
     context_->print("URL is not valid");
     return;
   }
   platform::URLRequest request;
-  request.url = url;
+  request.url = std::move(parsed->text);
   request.headers = {{"Content-Type", "application/json"}};
   request.timeout = requestTimeout;
   request.sessionTimeout = sessionTimeout;

@@ -49,11 +49,11 @@ class VorselRequest {
   /// Requests a tracker; the answer is ignored. A text that forms no web URL is skipped.
   void fireTracker(const std::string& url);
 
-  /// Requests `url` as it stands from an ad server, for its body. A text that forms no URL is dropped with a
+  /// Requests `url` from an ad server, for its body. A text that forms no URL is dropped with a
   /// line.
   void sendFeedGet(const std::string& url, DocumentCompletion completion);
 
-  /// Requests `url` as it stands, for its body of at most `limit` bytes.
+  /// Requests `url`, for its body of at most `limit` bytes.
   void download(const std::string& url, std::size_t limit, DocumentCompletion completion);
   /// The same, with the body handed to `consumer` as it comes.
   void download(const std::string& url, std::size_t limit, platform::BodyConsumer consumer,

@@ -30,12 +30,12 @@ void OpenHandling::open(const std::string& url, const std::optional<std::string>
   const auto parsed = parseUrl(url);
   if (!parsed) return;
   if (parsed->scheme != "https" && parsed->scheme != "http") {
-    if (const auto delegate = context_->state.delegate()) delegate->handleURL(url);
+    if (const auto delegate = context_->state.delegate()) delegate->handleURL(parsed->text);
     return;
   }
   if (parsed->isWeb())
     context_->services->mainQueue->async(
-        [browser = context_->services->inAppBrowser, url] { browser->present(url); });
+        [browser = context_->services->inAppBrowser, page = parsed->text] { browser->present(page); });
   if (tracker) requests_->fireTracker(*tracker);
 }
 

@@ -28,10 +28,22 @@ void store(PayloadLint& lint, StorageKey key, std::string entry, std::string val
   lint.stored.push_back({text(key), std::move(entry), std::move(value)});
 }
 
+/// How to write a host that forms none because of its letters.
+std::string hostHint(const std::string& url) {
+  return hasForeignHost(url) ? "; write its host in ASCII (\"xn--...\")" : "";
+}
+
+/// Tells the request, where the text forms one.
+void request(PayloadLint& lint, const std::string& url) {
+  auto parsed = parseUrl(url);
+  if (parsed && parsed->isWeb()) lint.requests.push_back(std::move(parsed->text));
+}
+
 void warnOfTracker(PayloadLint& lint, const std::string& where, const std::string& url) {
   const auto parsed = parseUrl(url);
   if (!parsed || !parsed->isWeb()) {
-    lint.warnings.push_back(where + ": \"" + url + "\" is no web address and is never requested");
+    lint.warnings.push_back(where + ": \"" + url + "\" is no web address and is never requested" +
+                            hostHint(url));
   } else if (lowerCased(parsed->scheme) == "http") {
     lint.warnings.push_back(where + ": \"" + url + "\" is not encrypted; systems refuse http addresses");
   }
@@ -54,7 +66,7 @@ bool isMutable(const Payload& payload) {
 void warnOfMessage(PayloadLint& lint, const std::string& where, const N& n) {
   if (n.image && !isWebUrl(*n.image))
     lint.warnings.push_back(where + ".image: \"" + *n.image +
-                            "\" is no web address; the picture is left out");
+                            "\" is no web address; the picture is left out" + hostHint(*n.image));
   if ((n.image || n.actions) && n.cl.value_or(0) != 0)
     lint.warnings.push_back(where + ".cl: the picture and the buttons are left out");
   if (n.actions && n.actions->size() > mostButtons)
@@ -74,7 +86,8 @@ void warnOfPush(PayloadLint& lint, const PushObj& push) {
     lint.warnings.push_back(
         "aps.alert: neither n nor e; the original is shown when the extension's time is over");
   } else if (!isWebUrl(*body.e)) {
-    lint.warnings.push_back("aps.alert.e: \"" + *body.e + "\" is no web address; no ad is fetched");
+    lint.warnings.push_back("aps.alert.e: \"" + *body.e + "\" is no web address; no ad is fetched" +
+                            hostHint(*body.e));
   }
 }
 
@@ -94,10 +107,8 @@ void tellMessage(PayloadLint& lint, const std::string& identifier, const Deliver
     }
     store(lint, StorageKey::category, "", *shown.category);
   }
-  if (message.image && isWebUrl(*message.image)) lint.requests.push_back(*message.image);
-  for (const std::string& tracker : message.impressionTrackers) {
-    if (isWebUrl(tracker)) lint.requests.push_back(tracker);
-  }
+  if (message.image) request(lint, *message.image);
+  for (const std::string& tracker : message.impressionTrackers) request(lint, tracker);
   if (message.target) {
     for (const std::string& tracker : message.target->t.value_or(std::vector<std::string>{}))
       store(lint, StorageKey::conversionTrackers, identifier, tracker);
@@ -113,7 +124,7 @@ void tellAd(PayloadLint& lint, const DeliveryPlan::Ad& ad) {
   if (!ad.endpoint) return;
   store(lint, StorageKey::eventEndpoint, "", *ad.endpoint);
   const std::string url = trackingUrl(*ad.endpoint);
-  if (isWebUrl(url)) lint.requests.push_back(url);
+  request(lint, url);
   if (!parseUrl(url)) return;
   lint.shows.emplace().title = ad.title.empty() ? "No title" : ad.title;
 }
@@ -123,7 +134,7 @@ void lintPush(PayloadLint& lint, PushObj push, const std::string& identifier) {
   warnOfPush(lint, push);
   if (push.aps.mutableContent != 1) return;  // shown as it came
   const DeliveryPlan plan = planDelivery(std::move(push), identifier);
-  if (plan.viewTracker && isWebUrl(*plan.viewTracker)) lint.requests.push_back(*plan.viewTracker);
+  if (plan.viewTracker) request(lint, *plan.viewTracker);
   if (const auto* message = std::get_if<DeliveryPlan::Message>(&plan.kind)) {
     tellMessage(lint, identifier, *message);
   } else {
@@ -135,11 +146,13 @@ void lintPush(PayloadLint& lint, PushObj push, const std::string& identifier) {
 void lintCarouselMessage(PayloadLint& lint, const std::string& where, const P& message) {
   warnOfTrackers(lint, where + ".i", message.i);
   if (!parseUrl(message.o.image.value_or("")))
-    lint.stops.push_back(where + ".o.image: forms no URL; the carousel stops the content extension");
+    lint.stops.push_back(where + ".o.image: forms no URL; the carousel stops the content extension" +
+                         hostHint(message.o.image.value_or("")));
   const auto& data = message.o.data;
   if (!data || !data->t || data->t->empty() || !parseUrl(data->url))
     lint.stops.push_back(
-        where + ".o.data: without a URL and a click tracker, opening it stops the content extension");
+        where + ".o.data: without a URL and a click tracker, opening it stops the content extension" +
+        (data ? hostHint(data->url) : ""));
   if (data) warnOfTrackers(lint, where + ".o.data.t", data->t);
 }
 

@@ -62,7 +62,7 @@ TEST_F(AdFeedTest, AsksWithTheTrackingIdTheSlotAndTheSize) {
 }
 
 TEST_F(AdFeedTest, WithoutATrackingIdOrAURLNothingIsSent) {
-  request("two words");
+  request("a line\nbreak");
   EXPECT_THAT(core.app.console->texts(), ElementsAre("URL is not valid"));
   core.app.console->clear();
   core.app.bundle->setMain("VorselKellpTrackID", std::nullopt);
@@ -132,10 +132,11 @@ TEST_F(AdFeedTest, TheFirstImpressionTrackerGoesOutWithTheValueInItsPlace) {
   EXPECT_THAT(impression(R"("l2":"9","cpm_t":["https://m/${l2}?a=${l2}","https://never"])"),
               ElementsAre("https://m/9?a=9"));
   EXPECT_THAT(impression(R"("l2":"9","cpm_t":["https://m/plain"])"), ElementsAre("https://m/plain"));
-  EXPECT_THAT(impression(R"("l2":"${l2}","cpm_t":["https://m?a=%24${l2}b"])"), IsEmpty())
-      << "a value is put in once, and braces form no URL";
-  EXPECT_THAT(impression(R"("l2":"a b","cpm_t":["https://m/${l2}"])"), IsEmpty());
-  EXPECT_EQ(core.app.console->count("URL is not valid"), 2u);
+  EXPECT_THAT(impression(R"("l2":"${l2}","cpm_t":["https://m?a=%24${l2}b"])"),
+              ElementsAre("https://m?a=%24$%7Bl2%7Db"))
+      << "a value is put in once";
+  EXPECT_THAT(impression(R"("l2":"a b","cpm_t":["https://${l2}"])"), IsEmpty());
+  EXPECT_EQ(core.app.console->count("URL is not valid"), 1u);
   EXPECT_THAT(impression(R"("cpm_t":["https://m/plain"])"), IsEmpty()) << "no value";
   EXPECT_THAT(impression(R"("l2":"9","cpm_t":[])"), IsEmpty());
   EXPECT_THAT(impression(R"("l2":"9","cpv_t":["https://v"],"cpc_t":["https://c"])"), IsEmpty());
@@ -148,7 +149,7 @@ TEST_F(AdFeedTest, TheFirstImpressionTrackerGoesOutWithTheValueInItsPlace) {
   EXPECT_EQ(sent.timeout, 60);
   EXPECT_EQ(sent.sessionTimeout, 10);
   EXPECT_THAT(sent.headers, ElementsAre(platform::HTTPHeader{"Content-Type", "application/json"}));
-  EXPECT_EQ(session.urls().size(), 2u);
+  EXPECT_EQ(session.urls().size(), 3u);
 }
 
 }  // namespace

@@ -97,7 +97,7 @@ TEST_F(PagingTest, OpeningSkipsWhatItCanDoWithout) {
   EXPECT_DEATH(open("null"), "Fatal error: VorselKelp/VorselNotificationUI: .*no \"data\"");
   EXPECT_DEATH(open(R"({"url":"https://o"})"), "no tracker");
   EXPECT_DEATH(open(R"({"url":"https://o","t":[]})"), "no tracker");
-  EXPECT_DEATH(open(R"({"url":"no url","t":["https://c"]})"), "forms no URL");
+  EXPECT_DEATH(open(R"({"url":"https://no host","t":["https://c"]})"), "forms no URL");
   controller_->context = nullptr;
   EXPECT_DEATH(open(R"({"url":"https://o","t":["https://c"]})"), "no extension context");
 }

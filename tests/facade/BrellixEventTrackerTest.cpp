@@ -74,6 +74,16 @@ TEST_F(EventTrackerTest, AnEventIsSentOncePerInstallationWhateverBecameOfIt) {
   EXPECT_EQ(sent(), DefaultsValue{TextList{"action=ask"}});
 }
 
+TEST_F(EventTrackerTest, AnEventWhoseMarkTheStoreRefusesIsNotSent) {
+  core.app.standardDomain->dropWrites(true);
+  tracker.send(askedEvent());
+  EXPECT_THAT(lines(), ElementsAre("Event tracking failed: the event can't be marked as sent"));
+  EXPECT_THAT(session.urls(), IsEmpty());
+  core.app.standardDomain->dropWrites(false);
+  tracker.send(askedEvent());
+  EXPECT_EQ(session.urls().size(), 1u);
+}
+
 TEST_F(EventTrackerTest, EventsThatDifferNeverShareAKey) {
   const std::vector<Event> events{{{"a", "1&b=2"}},   {{"a", "1"}, {"b", "2"}}, {{"a=1&b", "2"}},
                                   {{"a", "1%26b=2"}}, {{"a", "1%26b%3D2"}},     {}};

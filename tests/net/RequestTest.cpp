@@ -7,6 +7,7 @@
 
 #include "ads/AdRecords.h"
 #include "core/TestCore.h"
+#include "facade/WatchedDefaults.h"
 #include "net/ServerAnswers.h"
 #include "net/VorselRequest.h"
 
@@ -67,6 +68,8 @@ TEST_F(RequestTest, PostsLookAlike) {
     EXPECT_THAT(request.headers, ElementsAre(HTTPHeader{"Content-Type", "application/json"}));
     EXPECT_EQ(request.timeout, 60);
     EXPECT_EQ(request.sessionTimeout, 10);
+    EXPECT_EQ(request.responseLimit, std::size_t{64} << 10);
+    EXPECT_TRUE(request.discardBody);
     EXPECT_TRUE(request.body.starts_with("{\"ts_current\":0,")) << request.body;
   }
   EXPECT_THAT(
@@ -77,7 +80,7 @@ TEST_F(RequestTest, PostsLookAlike) {
 
 TEST_F(RequestTest, WithoutAUsableUrlNothingHappens) {
   setCounter(2);
-  for (const char* url : {"", " ", "https://c.example/a b", "https://c.example/\r\n"}) {
+  for (const char* url : {"", " ", "https://c example/", "https://c.example/\r\n"}) {
     for (const char* key : {"vs_activity_url", "vs_user_url", "vs_config_url"}) store(key, url);
     requests_.sendActivityInstall({}, noting());
     requests_.sendActivityOpen({}, noting());
@@ -164,6 +167,15 @@ TEST_F(RequestTest, OpensThatFailedAreMadeUpFor) {
   EXPECT_THAT(lines(), ElementsAre("Request ERROR", "Request ERROR", "Open sent", "Open sent"));
 }
 
+TEST_F(RequestTest, AFailureThatIsCountedMeanwhileHidesNoOwedOpen) {
+  setCounter(1);
+  const auto defaults = std::make_shared<BrellixPush::WatchedDefaults>(core_.app.userDefaults);
+  core_.app.platform()->userDefaults = defaults;
+  defaults->watched->afterTransaction = [this] { setCounter(1); };
+  requests_.sendActivityOpen({}, noting());
+  EXPECT_EQ(session_.requests().size(), 2u);
+}
+
 TEST_F(RequestTest, ACounterOfZeroStaysAndAnotherTypeCountsAsNone) {
   core_.app.standardDomain->setObject("vs_openCounter", {std::string("7")});
   requests_.sendActivityOpen({}, noting());
@@ -183,7 +195,7 @@ TEST_F(RequestTest, ATrackingGetDecodesWhatItCan) {
   get("https://ad.example/x?a=b");
   get("https://ad.example/x");
   get("");
-  get("https://ad.example/a b");
+  get("https://a d.example/");
   get("https://ad.example/x?c");
   get("https://ad.example/x?d");
   EXPECT_THAT(
@@ -208,11 +220,12 @@ TEST_F(RequestTest, ATrackingGetDecodesWhatItCan) {
 }
 
 TEST_F(RequestTest, TrackersGoToTheWebAlone) {
-  for (const char* url :
-       {"https://a.example/t", "HTTP://a.example/t?x", "file:///etc/passwd", "//a.example/t", "t", "",
-        " https://a.example/", "https://a.example/\n", "ftp://a.example/t", "https:///t"})
+  for (const char* url : {"https://a.example/t", "HTTP://a.example/t?x", "file:///etc/passwd",
+                          "//a.example/t", "t", "", " https://a.example/", "https://a.example/\n",
+                          "ftp://a.example/t", "https:///t", "https://a.example/?t[]={a|b} \u00e9"})
     requests_.fireTracker(url);
-  EXPECT_THAT(session_.urls(), ElementsAre("https://a.example/t", "HTTP://a.example/t?x"));
+  EXPECT_THAT(session_.urls(), ElementsAre("https://a.example/t", "HTTP://a.example/t?x",
+                                           "https://a.example/?t%5B%5D=%7Ba%7Cb%7D%20%C3%A9"));
   for (const auto& request : session_.requests()) EXPECT_EQ(request.method + request.body, "GET");
   session_.answer(0, ServerAnswer::failure("down"));
   EXPECT_THAT(lines(), IsEmpty());

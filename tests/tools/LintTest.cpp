@@ -24,7 +24,7 @@ constexpr const char* oddPayloads[] = {
     R"({"aps": {"mutable-content": 1, "alert": {"title": "Caf\\u00e9 \\ud83d\\ude00", "n":
         {"body": "\\u00fcber"}}}})",
     R"({"aps": {"mutable-content": 1, "alert": {"title": "a", "v": "SERVER/view?a=1&b=2",
-        "t": ["", "ftp://x/y", "SERVER/one", "nonsense", "SERVER/two"], "n": {"body": "b"}}}})",
+        "t": ["", "ftp://x/y", "SERVER/one?x={a|b} \u00fc", "nonsense", "SERVER/two"], "n": {"body": "b"}}}})",
     R"({"aps": {"mutable-content": 1, "alert": {"title": "a", "n": {"body": "b", "tag": "news"}}}})",
     R"({"aps": {"mutable-content": 1, "alert": {"title": "a", "body": "kept", "n": {}}}})",
     R"({"aps": {"mutable-content": 0, "sound": "bell", "alert": {"title": "as it came", "v": "SERVER/view",
