@@ -15,6 +15,11 @@ std::optional<platform::NotificationSound> soundOf(const N& n) {
   return platform::NotificationSound::named(*n.sound + ".wav");
 }
 
+/// A title is sent as ASCII whose escapes stand for other characters; one that is no such text is itself.
+std::string titleOf(const std::string& sent) {
+  return fromNonLossyAscii(sent).value_or(sent);
+}
+
 DeliveryPlan::Message planMessage(NotificationBody body) {
   N& n = *body.n;
   DeliveryPlan::Message message;
@@ -23,7 +28,7 @@ DeliveryPlan::Message planMessage(NotificationBody body) {
     message.category = std::move(n.actions).value_or(std::vector<Action>{});
     message.image = std::move(n.image);
   }
-  message.title = fromNonLossyAscii(body.title).value_or(body.title);
+  message.title = titleOf(body.title);
   message.body = std::move(n.body);
   message.impressionTrackers = std::move(body.t).value_or(std::vector<std::string>{});
   message.target = std::move(n.data);
@@ -41,7 +46,7 @@ DeliveryPlan planDelivery(PushObj push, std::string identifier) {
   if (body.n) {
     plan.kind = planMessage(std::move(body));
   } else {
-    plan.kind = DeliveryPlan::Ad{std::move(body.title), body.adex, std::move(body.e)};
+    plan.kind = DeliveryPlan::Ad{titleOf(body.title), body.adex, std::move(body.e)};
   }
   return plan;
 }

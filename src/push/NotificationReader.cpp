@@ -15,8 +15,8 @@ std::optional<NotificationObject> readNotification(const CoreContext& context,
   if (push) return NotificationObject{{receivedObject(*push, request.identifier)}};
   const auto campaign = payload->campaign();
   if (campaign) return NotificationObject{receivedObjects(*campaign, request.identifier)};
-  context.print("Push Campaign object failed " + campaign.error().description);
-  context.print("Push Object failed " + push.error().description + " ");
+  context.print("Push Campaign object failed " + campaign.error().description + " Push Object failed " +
+                push.error().description + " ");
   return std::nullopt;
 }
 

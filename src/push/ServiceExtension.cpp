@@ -49,15 +49,15 @@ void ServiceExtension::didReceive(const platform::NotificationRequest& request, 
   Delivery delivery{planDelivery(std::move(push), request.identifier), std::move(best), std::move(handler)};
   if (delivery.plan.viewTracker) requests_->fireTracker(*delivery.plan.viewTracker);
   if (std::holds_alternative<DeliveryPlan::Message>(delivery.plan.kind)) {
-    deliverMessage(delivery);
+    deliverMessage(std::move(delivery));
   } else {
-    deliverAd(delivery);
+    deliverAd(std::move(delivery));
   }
 }
 
-void ServiceExtension::deliverAd(const Delivery& delivery) {
+void ServiceExtension::deliverAd(Delivery delivery) {
   auto& storage = context_->storage;
-  const auto& plan = std::get<DeliveryPlan::Ad>(delivery.plan.kind);
+  const auto plan = std::get<DeliveryPlan::Ad>(delivery.plan.kind);
   storage.transact([&] {
     if (plan.interstitial) {
       storage.set(StorageKey::adPending, *plan.interstitial);
@@ -67,81 +67,83 @@ void ServiceExtension::deliverAd(const Delivery& delivery) {
   });
   if (!plan.endpoint) return;  // nothing to show: the extension's time limit ends it
   requests_->sendTrackingGet<AdexObject>(
-      *plan.endpoint, [self = shared_from_this(), delivery](const std::optional<AdexObject>& ad,
-                                                            const std::optional<Error>&) {
+      *plan.endpoint, [self = shared_from_this(), waiting = keep(std::move(delivery))](
+                          const std::optional<AdexObject>& ad, const std::optional<Error>&) {
         // The content is the main thread's to change.
-        self->context_->services->mainQueue->async([self, delivery, ad] { self->adAnswered(delivery, ad); });
+        self->context_->services->mainQueue->async([self, waiting, ad] { self->adAnswered(waiting, ad); });
       });
 }
 
-void ServiceExtension::adAnswered(const Delivery& delivery, const std::optional<AdexObject>& ad) {
-  if (handedOver(delivery.best)) return;
-  delivery.best->title = adTitle(ad, std::get<DeliveryPlan::Ad>(delivery.plan.kind).title);
-  const auto image = adImage(ad);
-  if (!image) {
-    delivery.handler(delivery.best);
-    return;
-  }
-  images_->fetch(*image, [self = shared_from_this(), delivery](const auto& attachment) {
-    self->finishWithImage(delivery, attachment, [&] { delivery.handler(delivery.best); });
-  });
+void ServiceExtension::adAnswered(const Waiting& delivery, const std::optional<AdexObject>& ad) {
+  if (isHandedOver(*delivery)) return;
+  delivery->best->title = adTitle(ad, std::get<DeliveryPlan::Ad>(delivery->plan.kind).title);
+  if (const auto image = adImage(ad)) return fetchImage(delivery, *image);
+  delivery->handler(delivery->best);
 }
 
-void ServiceExtension::deliverMessage(const Delivery& delivery) {
+void ServiceExtension::deliverMessage(Delivery delivery) {
   const auto& plan = std::get<DeliveryPlan::Message>(delivery.plan.kind);
   delivery.best->sound = plan.sound;
-  std::optional<CategoryHelper::Registration> category;
+  delivery.best->title = plan.title;
+  if (plan.body) delivery.best->body = *plan.body;
   if (plan.category) {
-    category = categories_->add(*plan.category, delivery.plan.identifier);
-    delivery.best->categoryIdentifier = category->identifier;
+    delivery.category = categories_->add(*plan.category, delivery.plan.identifier);
+    delivery.best->categoryIdentifier = delivery.category->identifier;
   }
-  if (!plan.image) {
-    finish(delivery, std::move(category));
-    return;
-  }
-  context_->storage.transact([&] { saveCategory(delivery, *category); });
-  category.reset();  // a download is no time to keep others waiting
-  images_->fetch(*plan.image, [self = shared_from_this(), delivery](const auto& attachment) {
-    self->finishWithImage(delivery, attachment, [&] { self->finish(delivery, std::nullopt); });
+  if (!plan.image) return finish(delivery);
+  // Whatever becomes of the picture, the rest can be read and opened.
+  if (plan.target) targets_->announce();
+  context_->storage.transact([&] { remember(delivery); });
+  delivery.remembered = true;
+  delivery.category.reset();  // a download is no time to keep others waiting
+  const auto waiting = keep(std::move(delivery));
+  fetchImage(waiting, *std::get<DeliveryPlan::Message>(waiting->plan.kind).image);
+}
+
+void ServiceExtension::fetchImage(const Waiting& delivery, const std::string& url) {
+  images_->fetch(url, [self = shared_from_this(), delivery](const auto& attachment) {
+    self->imageAnswered(*delivery, attachment);
   });
 }
 
-void ServiceExtension::finishWithImage(const Delivery& delivery,
-                                       const std::optional<platform::NotificationAttachment>& image,
-                                       const std::function<void()>& rest) {
-  if (handedOver(delivery.best)) {
+void ServiceExtension::imageAnswered(Delivery& delivery,
+                                     const std::optional<platform::NotificationAttachment>& image) {
+  if (isHandedOver(delivery)) {
     if (image) images_->discard(*image);
     return;
   }
   if (image) delivery.best->attachments.push_back(*image);
-  rest();
+  if (std::holds_alternative<DeliveryPlan::Message>(delivery.plan.kind)) return finish(delivery);
+  delivery.handler(delivery.best);
 }
 
-void ServiceExtension::saveCategory(const Delivery& delivery, const CategoryHelper::Registration& category) {
-  for (const Action& action : *std::get<DeliveryPlan::Message>(delivery.plan.kind).category) {
-    if (action.url) targets_->record(delivery.plan.identifier, action.action, *action.url);
-  }
-  categories_->save(category);
-}
-
-void ServiceExtension::finish(const Delivery& delivery,
-                              std::optional<CategoryHelper::Registration> category) {
+void ServiceExtension::remember(const Delivery& delivery) {
   const auto& plan = std::get<DeliveryPlan::Message>(delivery.plan.kind);
-  delivery.best->title = plan.title;
-  if (plan.body) delivery.best->body = *plan.body;
+  if (delivery.category) {
+    for (const Action& action : *plan.category) {
+      if (action.url) targets_->record(delivery.plan.identifier, action.action, *action.url);
+    }
+    categories_->save(*delivery.category);
+  }
+  if (plan.target) targets_->store(*plan.target, delivery.plan.identifier);
+}
+
+void ServiceExtension::finish(Delivery& delivery) {
+  const auto& plan = std::get<DeliveryPlan::Message>(delivery.plan.kind);
   for (const std::string& tracker : plan.impressionTrackers) requests_->fireTracker(tracker);
-  if (plan.target) targets_->announce();
+  if (plan.target && !delivery.remembered) targets_->announce();
   std::vector<std::string> removed, replaced;
   if (plan.tag) removed = removeTagged(*context_, *plan.tag);
-  // All that one delivery stores goes in as one step: a killed extension leaves the whole of it or nothing.
-  context_->storage.transact([&] {
-    if (category) saveCategory(delivery, *category);
-    if (plan.target) targets_->store(*plan.target, delivery.plan.identifier);
-    if (plan.tag) replaced = takeOverTag(*context_, *plan.tag, delivery.plan.identifier);
-  });
+  // What is stored now goes in as one step: a killed extension leaves the whole of it or nothing.
+  if (plan.tag || !delivery.remembered) {
+    context_->storage.transact([&] {
+      if (!delivery.remembered) remember(delivery);
+      if (plan.tag) replaced = takeOverTag(*context_, *plan.tag, delivery.plan.identifier);
+    });
+  }
   if (!replaced.empty() && replaced != removed)
     context_->services->notificationCenter->removeDeliveredNotifications(replaced);
-  category.reset();  // gives the lock back before the application's code runs
+  delivery.category.reset();  // gives the lock back before the application's code runs
   delivery.handler(delivery.best);
 }
 
@@ -149,14 +151,25 @@ void ServiceExtension::willTerminate(Content best, const Handler& handler) {
   if (!context_->storage.flag(StorageKey::push)) return;
   {
     const std::lock_guard lock(mutex_);
-    handedOver_ = best;
+    for (const auto& waiting : waiting_) {
+      if (const auto delivery = waiting.lock(); delivery && delivery->best == best)
+        delivery->handedOver = true;
+    }
   }
   handler(std::move(best));
 }
 
-bool ServiceExtension::handedOver(const Content& content) const {
+ServiceExtension::Waiting ServiceExtension::keep(Delivery delivery) {
+  auto waiting = std::make_shared<Delivery>(std::move(delivery));
   const std::lock_guard lock(mutex_);
-  return handedOver_.lock() == content;
+  std::erase_if(waiting_, [](const auto& earlier) { return earlier.expired(); });
+  waiting_.push_back(waiting);
+  return waiting;
+}
+
+bool ServiceExtension::isHandedOver(const Delivery& delivery) const {
+  const std::lock_guard lock(mutex_);
+  return delivery.handedOver;
 }
 
 std::vector<VorselReceivedObject> ServiceExtension::lastReceived() const {

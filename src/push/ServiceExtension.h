@@ -31,7 +31,7 @@ class ServiceExtension : public std::enable_shared_from_this<ServiceExtension> {
 
   /// Main thread. Stops the process when the request carries no single message.
   void didReceive(const platform::NotificationRequest& request, Content best, Handler handler);
-  /// Main thread.
+  /// Hands the content over as it stands; what it still waits for comes too late for it. Main thread.
   void willTerminate(Content best, const Handler& handler);
 
   /// The last processed notification, one element.
@@ -43,18 +43,24 @@ class ServiceExtension : public std::enable_shared_from_this<ServiceExtension> {
     DeliveryPlan plan;
     Content best;
     Handler handler;
+    std::optional<CategoryHelper::Registration> category{};  ///< until it is remembered
+    bool remembered = false;                                 ///< what opening it does is stored
+    bool handedOver = false;  ///< by the time limit: nothing may change it any more
   };
+  using Waiting = std::shared_ptr<Delivery>;
 
   [[nodiscard]] PushObj decode(const platform::UserInfo& userInfo) const;
-  void deliverAd(const Delivery& delivery);
-  void adAnswered(const Delivery& delivery, const std::optional<AdexObject>& ad);
-  void deliverMessage(const Delivery& delivery);
-  void finish(const Delivery& delivery, std::optional<CategoryHelper::Registration> category);
-  void finishWithImage(const Delivery& delivery, const std::optional<platform::NotificationAttachment>& image,
-                       const std::function<void()>& rest);
-  /// The time limit has handed this content over; nothing may change it any more.
-  [[nodiscard]] bool handedOver(const Content& content) const;
-  void saveCategory(const Delivery& delivery, const CategoryHelper::Registration& category);
+  void deliverAd(Delivery delivery);
+  void adAnswered(const Waiting& delivery, const std::optional<AdexObject>& ad);
+  void deliverMessage(Delivery delivery);
+  void fetchImage(const Waiting& delivery, const std::string& url);
+  void imageAnswered(Delivery& delivery, const std::optional<platform::NotificationAttachment>& image);
+  void finish(Delivery& delivery);
+  /// Inside a transaction.
+  void remember(const Delivery& delivery);
+  /// Keeps a delivery that waits for an answer where the time limit finds it.
+  [[nodiscard]] Waiting keep(Delivery delivery);
+  [[nodiscard]] bool isHandedOver(const Delivery& delivery) const;
 
   std::shared_ptr<CoreContext> context_;
   std::shared_ptr<VorselRequest> requests_;
@@ -63,7 +69,7 @@ class ServiceExtension : public std::enable_shared_from_this<ServiceExtension> {
   std::shared_ptr<ImageAttachment> images_;
   mutable std::mutex mutex_;
   std::vector<VorselReceivedObject> lastReceived_;
-  std::weak_ptr<platform::NotificationContent> handedOver_;
+  std::vector<std::weak_ptr<Delivery>> waiting_;
 };
 
 }  // namespace VorselKelp

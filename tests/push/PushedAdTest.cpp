@@ -26,7 +26,7 @@ TEST_F(ServiceTest, AnAdOnlyPushStoresWhatItSays) {
       {R"(,"adex":false)", false, {}, {}},
       {R"(,"v":"https://v/","t":["https://t/"])", {}, {}, {"https://v/"}},
       {R"(,"e":"https://e/?a=b")", {}, "https://e/?a=b", {"https://e/?a=b&ver=2.0.0"}},
-      {R"(,"adex":true,"e":"no url")", true, "no url", {}},
+      {R"(,"adex":true,"e":"https://no host")", true, "https://no host", {}},
   };
   for (const auto& c : cases) {
     store().removeObject("vs_adex");
@@ -53,13 +53,14 @@ TEST_F(ServiceTest, TheAdBecomesTheContentOnce) {
   };
   const Case cases[] = {
       {"T", status(200, R"({"items":[{"md":{"title":"Ad"}},{"md":{"title":"Second"}}]})"), "Ad"},
-      {"T", status(200, R"({"items":[{"md":{"title":"Ad","img":"no url"}}]})"), "Ad"},
+      {"T", status(200, R"({"items":[{"md":{"title":"Ad","img":"https://no host"}}]})"), "Ad"},
       {"T", status(200, R"({"items":[{"md":{}}]})"), "T"},
       {"T", status(200, R"({"items":[]})"), "T"},
       {"T", status(200, "{}"), "T"},
       {"T", status(200, "<html>"), "T"},
       {"T", status(204), "T"},
       {"T", ServerAnswer::failure("down"), "T"},
+      {"Caf\\\\u00e9", status(200, "{}"), "Caf\u00e9"},
       {"", status(200, "{}"), "No title"},
       {"T", status(200, R"({"items":[{"md":{"title":""}}]})"), "No title"},
   };

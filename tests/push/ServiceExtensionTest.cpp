@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <future>
 #include <mutex>
 #include <optional>
@@ -158,6 +159,43 @@ TEST_F(ServiceTest, WhatWasHandedOverAtTheTimeLimitIsNotHandedOverAgain) {
   }
 }
 
+TEST_F(ServiceTest, NothingLateTouchesAnyOfSeveralThatWereHandedOver) {
+  store().setObject("vs_push", {true});
+  service_.urlSession->setRule("/ad&ver=2.0.0", status(200, R"({"items":[{"md":{"title":"Ad"}}]})"));
+  service_.urlSession->setRule("*", status(200, pngBeginning(1, 1)));
+  const auto message1 = deliver(message(R"(,"n":{"image":"https://i/1"},"t":["https://t/"])"), "n-1");
+  const auto ad = deliver(message(R"(,"e":"https://e/ad")"), "n-2");
+  const auto message2 = deliver(message(R"(,"n":{"image":"https://i/2"},"t":["https://t/"])"), "n-3");
+  for (const auto& best : {message1, ad})
+    VorselKellp::notificationBuilderWillTerminate({}, best, [this](auto late) { handled_.push_back(late); });
+  service_.settle();
+  EXPECT_THAT(handled_, ElementsAre(message1, ad, message2));
+  EXPECT_EQ(message1->attachments.size() + ad->attachments.size(), 0u);
+  EXPECT_EQ(ad->title, "as sent");
+  EXPECT_EQ(message2->attachments.size(), 1u);
+  EXPECT_EQ(std::ranges::count(service_.urlSession->urls(), "https://t/"), 1);
+}
+
+TEST_F(ServiceTest, AStalledPictureCostsThePictureAlone) {
+  const auto best = deliver(message(
+      R"(,"n":{"body":"B","image":"https://i/x","tag":"news","data":{"url":"https://o","t":["https://c"]},)"
+      R"("actions":[{"action":"a","title":"A","url":"https://a"}]},"t":["https://t/"])"));
+  EXPECT_THAT(service_.urlSession->urls(), ElementsAre("https://i/x"));
+  EXPECT_EQ(best->title + best->body, "TB");
+  EXPECT_EQ(store().object("vs_t"), DefaultsValue{(Map{{"n-1", {TextList{"https://c"}}}})});
+  EXPECT_EQ(
+      store().object("vs_url"),
+      DefaultsValue{(Map{{"n-1", {Map{{defaultAction, asText("https://o")}, {"a", asText("https://a")}}}}})});
+  EXPECT_FALSE(store().object("vs_tags")) << "the notification it replaces is still seen";
+  EXPECT_EQ(service_.console->count("conv"), 1u);
+  service_.urlSession->setRule("/x", ServerAnswer::failure("down"));
+  service_.settle();
+  EXPECT_THAT(handled_, ElementsAre(best));
+  EXPECT_THAT(service_.urlSession->urls(), ElementsAre("https://i/x", "https://t/"));
+  EXPECT_TRUE(store().object("vs_tags"));
+  EXPECT_EQ(service_.console->count("conv"), 1u);
+}
+
 TEST_F(ServiceTest, TheHandlerIsCalledWithNoLockHeld) {
   // Another process must be able to deliver while the application's handler takes its time.
   std::size_t looked = 0;
@@ -171,7 +209,7 @@ TEST_F(ServiceTest, TheHandlerIsCalledWithNoLockHeld) {
       EXPECT_TRUE(free) << path;
     }
   };
-  for (const char* n : {R"({"body":"B"})", R"({"image":"https://i/x"})", R"({"image":"not a url"})"}) {
+  for (const char* n : {R"({"body":"B"})", R"({"image":"https://i/x"})", R"({"image":"https://no host"})"}) {
     SCOPED_TRACE(n);
     VorselKellp::didReceiveNotification(request(message(std::string(",\"n\":") + n), "n-1"),
                                         std::make_shared<platform::NotificationContent>(), handler);

@@ -118,12 +118,12 @@ def stages(url):
     huge = odd("/images/", 200, "image/png", b"\x89PNG" + bytes(11 << 20))
     return [
         Stage("nothing goes wrong", image, shows=whole, expires=False),
-        Stage("the image stalls", image, stalled("/images/"), expires=True),
+        Stage("the image stalls", image, stalled("/images/"), shows=whole, expires=True),
         Stage("the ad stalls", ad(url), stalled("/v1/"), expires=True),
         Stage("the ad's image stalls", ad(url), stalled("/images/"), expires=True),
         Stage("the view tracker stalls", text, stalled("/view/"), shows=whole),
         Stage("all trackers stall", image, stalled("/view/", "/impression/"), shows=whole),
-        Stage("everything stalls", image, stalled("/"), expires=True),
+        Stage("everything stalls", image, stalled("/"), shows=whole, expires=True),
         Stage("all connections break", image, dropped, shows=whole),
         Stage("the ad's connection breaks", ad(url), dropped),
         Stage("an ad without an endpoint", {"aps": {"mutable-content": 1, "alert": {"title": "T", "adex": True}}},
