@@ -35,8 +35,8 @@ class JSONCodingKey {
 };
 
 /// Any JSON value. A number without fraction and exponent that fits 64 signed bits is an integer; every other
-/// number is a double. Objects keep the order in which their keys first came; of a key that comes twice, the
-/// last value holds.
+/// number is a double. Objects keep the order in which their keys first came, which makes no two of them
+/// different; of a key that comes twice, the last value holds.
 class VORSELKELP_API JSONAny {
  public:
   struct Member;

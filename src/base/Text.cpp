@@ -109,6 +109,11 @@ std::string replaceAll(std::string_view text, std::string_view what, std::string
   }
 }
 
+std::string_view withoutByteOrderMark(std::string_view text) {
+  constexpr std::string_view mark = "\xEF\xBB\xBF";
+  return text.starts_with(mark) ? text.substr(mark.size()) : text;
+}
+
 std::string withoutBackslashes(std::string_view text) {
   std::string out(text);
   std::erase(out, '\\');

@@ -15,6 +15,9 @@ namespace VorselKelp {
 
 [[nodiscard]] std::string replaceAll(std::string_view text, std::string_view what, std::string_view with);
 
+/// Without the byte-order mark that some editors put in front.
+[[nodiscard]] std::string_view withoutByteOrderMark(std::string_view text);
+
 /// Without its backslashes.
 [[nodiscard]] std::string withoutBackslashes(std::string_view text);
 

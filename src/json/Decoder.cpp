@@ -1,5 +1,7 @@
 #include "json/Decoder.h"
 
+#include <cmath>
+
 namespace VorselKelp::json {
 namespace {
 
@@ -49,8 +51,13 @@ bool decodeValue(const boost::json::value& json, bool& out, const Place& place, 
 }
 
 bool decodeValue(const boost::json::value& json, std::int64_t& out, const Place& place, Failure& failure) {
-  if (!json.is_int64()) return failure.expected("64-bit integer", json, place);
-  out = json.get_int64();
+  if (json.is_int64()) return out = json.get_int64(), true;
+  // A fraction of zero makes no other number.
+  constexpr double limit = 9223372036854775808.0;  // 2^63, the first value that does not fit
+  const double number = json.is_double() ? json.get_double() : limit;
+  if (number < -limit || number >= limit || number != std::trunc(number))
+    return failure.expected("64-bit integer", json, place);
+  out = static_cast<std::int64_t>(number);
   return true;
 }
 

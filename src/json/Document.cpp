@@ -4,11 +4,13 @@
 #include <boost/json/basic_parser_impl.hpp>
 #include <new>
 
+#include "base/Text.h"
 #include "json/ValueBuilder.h"
 
 namespace VorselKelp::json {
 
 Result<Document> Document::parse(std::string_view text) {
+  text = withoutByteOrderMark(text);
   boost::json::parse_options options;
   options.max_depth = 64;
   boost::json::error_code error;

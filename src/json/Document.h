@@ -9,7 +9,8 @@
 namespace VorselKelp::json {
 
 /// One parsed JSON text with the memory of its values. Texts that are not UTF-8, nest deeper than 64 levels
-/// or hold a number beyond every double do not parse; integers beyond 64 bits become doubles.
+/// or hold a number beyond every double do not parse; integers beyond 64 bits become doubles. A byte-order
+/// mark in front is skipped.
 class Document {
  public:
   static Result<Document> parse(std::string_view text);

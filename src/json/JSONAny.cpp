@@ -1,6 +1,7 @@
 #include "VorselKelp/JSONAny.h"
 
 #include <algorithm>
+#include <vector>
 
 #include "json/Document.h"
 #include "json/Writer.h"
@@ -37,6 +38,14 @@ JSONAny fromBoost(const boost::json::value& value) {
     }
   }
   return JSONNull{};
+}
+
+std::vector<const JSONAny::Member*> sorted(const JSONAny::Dictionary& dictionary) {
+  std::vector<const JSONAny::Member*> members;
+  members.reserve(dictionary.size());
+  for (const auto& member : dictionary) members.push_back(&member);
+  std::ranges::stable_sort(members, {}, [](const auto* member) -> const std::string& { return member->key; });
+  return members;
 }
 
 struct Encoder {
@@ -94,7 +103,11 @@ const JSONAny* JSONAny::find(std::string_view key) const {
 }
 
 bool operator==(const JSONAny& a, const JSONAny& b) {
-  return a.value == b.value;
+  const auto* left = a.as<JSONAny::Dictionary>();
+  const auto* right = b.as<JSONAny::Dictionary>();
+  if (!left || !right) return a.value == b.value;
+  const auto equal = [](const JSONAny::Member* x, const JSONAny::Member* y) { return *x == *y; };
+  return std::ranges::equal(sorted(*left), sorted(*right), equal);
 }
 
 }  // namespace VorselKelp

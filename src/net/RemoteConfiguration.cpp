@@ -50,7 +50,7 @@ void RemoteConfiguration::handle(const platform::URLResult& result, const std::s
 
 RemoteConfiguration::Received RemoteConfiguration::receive(const std::string& document) const {
   Received received;
-  if (isValidUtf8(document)) received.text = withoutBackslashes(document);
+  if (isValidUtf8(document)) received.text = withoutBackslashes(withoutByteOrderMark(document));
   received.date = context_->storage.formatDate(context_->services->clock->now());
   return received;
 }

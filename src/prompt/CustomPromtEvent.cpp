@@ -2,6 +2,7 @@
 
 #include "VorselKelp/JSONAny.h"
 #include "json/Decoder.h"
+#include "json/Shallow.h"
 
 namespace VorselKelp {
 namespace json {
@@ -15,6 +16,8 @@ static bool decodeValue(const boost::json::value&, DataClass&, const Place&, Fai
 namespace {
 
 constexpr std::size_t shownLimit = 200;
+/// The data that a page adds may nest as deep as it likes.
+constexpr std::size_t levelsRead = 32;
 
 /// At most `shownLimit` bytes of the text, cut between two characters.
 std::string shown(const std::string& text) {
@@ -28,7 +31,7 @@ std::string shown(const std::string& text) {
 
 Result<CustomPromtEvent> CustomPromtEvent::decode(std::string_view text) {
   if (text.size() > textLimit) return Error{"the page's answer is too long"};
-  return json::decode<CustomPromtEvent>(text);
+  return json::decode<CustomPromtEvent>(json::shallow(text, levelsRead));
 }
 
 bool CustomPromtEvent::agrees() const {

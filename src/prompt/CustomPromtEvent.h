@@ -15,7 +15,7 @@ struct DataClass {};
 /// What the permission page answers.
 struct CustomPromtEvent {
   /// Longer texts are no answer of ours and are not read.
-  static constexpr std::size_t textLimit = std::size_t{64} << 10;
+  static constexpr std::size_t textLimit = std::size_t{1} << 20;
 
   std::optional<std::string> event;
   std::optional<DataClass> data;

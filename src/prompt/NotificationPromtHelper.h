@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "VorselKelp/Result.h"
 #include "core/StorageManager.h"
 
 namespace VorselKelp {
@@ -18,7 +19,14 @@ class NotificationPromtHelper {
   /// Empty when none is stored.
   [[nodiscard]] std::string configurationScript() const;
 
+  /// An error when a configuration is stored that no script could read, for it is no JSON once its
+  /// backslashes are gone. The page would be dead then, and can't be seen.
+  [[nodiscard]] Status check() const;
+
  private:
+  /// Without its backslashes.
+  [[nodiscard]] std::string storedConfiguration() const;
+
   std::shared_ptr<StorageManager> storageManger;
 };
 

@@ -21,6 +21,9 @@ class VorselKellpCustomNotificationView final : public ui::ViewController,
   /// `agreed` runs when the page answers that the user agrees, after the page has been dismissed.
   VorselKellpCustomNotificationView(std::shared_ptr<CoreContext> context, std::function<void()> agreed);
 
+  /// An error when the page could not run, and would lie over the application for ever.
+  [[nodiscard]] Status check() const { return promtHelper_.check(); }
+
   void loadView() override;
   void viewDidAppear(bool animated) override;
   void didReceive(const std::string& name, const JSONAny& body) override;

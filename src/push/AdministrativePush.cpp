@@ -1,18 +1,21 @@
 #include "push/AdministrativePush.h"
 
+#include <algorithm>
+#include <string>
 #include <tuple>
 #include <type_traits>
 #include <utility>
 
-#include "push/PayloadDecoder.h"
+#include "json/Decoder.h"
 #include "push/PushTables.h"
 
 namespace VorselKelp {
 namespace {
 
-const boost::json::object* objectAt(const boost::json::object& parent, std::string_view key) {
-  const auto* value = parent.if_contains(key);
-  return value ? value->if_object() : nullptr;
+template <class T>
+const T* memberOf(const JSONAny::Dictionary& dictionary, std::string_view key) {
+  const auto found = std::ranges::find(dictionary, key, &JSONAny::Member::key);
+  return found == dictionary.end() ? nullptr : found->value.as<T>();
 }
 
 /// A member that may be missing and is of another type counts as missing.
@@ -33,17 +36,26 @@ std::optional<Record> recordFrom(const boost::json::object& entry) {
 
 /// The list under `key` when all of its elements are objects; each that reads as a record, in order.
 template <class Record>
-std::optional<std::vector<Record>> records(const boost::json::object& alert, std::string_view key) {
-  const auto* value = alert.if_contains(key);
-  const auto* list = value ? value->if_array() : nullptr;
+std::optional<std::vector<Record>> records(const JSONAny::Dictionary& alert, std::string_view key) {
+  const auto* list = memberOf<JSONAny::List>(alert, key);
   if (!list) return std::nullopt;
   std::vector<Record> records;
   for (const auto& element : *list) {
-    const auto* entry = element.if_object();
-    if (!entry) return std::nullopt;
-    if (auto record = recordFrom<Record>(*entry)) records.push_back(*std::move(record));
+    if (!element.as<JSONAny::Dictionary>()) return std::nullopt;
+    const auto text = element.encode();
+    const auto entry = text ? json::Document::parse(*text) : Result<json::Document>(text.error());
+    if (!entry) continue;
+    if (auto record = recordFrom<Record>(entry->root().get_object())) records.push_back(*std::move(record));
   }
   return records;
+}
+
+/// The user information as a dictionary; what stands beside the lists may have no JSON form.
+JSONAny::Dictionary dictionaryOf(const platform::UserInfo& userInfo) {
+  if (userInfo.dictionary()) return *userInfo.dictionary();
+  auto root = JSONAny::decode(userInfo.bytes() ? *userInfo.bytes() : std::string());
+  auto* members = root ? std::get_if<JSONAny::Dictionary>(&root->value) : nullptr;
+  return members ? std::move(*members) : JSONAny::Dictionary{};
 }
 
 }  // namespace
@@ -52,10 +64,9 @@ void readAdministrativePush(
     CoreContext& context, const platform::UserInfo& userInfo,
     const std::function<void(std::optional<Geofences>, std::optional<Beacons>)>& completion) {
   if (!context.storage.flag(StorageKey::push)) return;
-  const auto payload = Payload::open(userInfo);
-  if (!payload) return;
-  const auto* aps = objectAt(payload->root(), "aps");
-  const auto* alert = aps ? objectAt(*aps, "alert") : nullptr;
+  const auto root = dictionaryOf(userInfo);
+  const auto* aps = memberOf<JSONAny::Dictionary>(root, "aps");
+  const auto* alert = aps ? memberOf<JSONAny::Dictionary>(*aps, "alert") : nullptr;
   if (!alert) return;
   if (auto geofences = records<Gl>(*alert, "gl")) {
     completion(Geofences{*std::move(geofences)}, std::nullopt);

@@ -60,7 +60,7 @@ void warnOfTrackers(PayloadLint& lint, const std::string& where,
 bool isMutable(const Payload& payload) {
   const auto* aps = payload.root().if_contains("aps");
   const auto* flag = aps && aps->is_object() ? aps->get_object().if_contains("mutable-content") : nullptr;
-  return flag && flag->is_int64() && flag->get_int64() == 1;
+  return flag && flag->is_number() && flag->to_number<double>() == 1;
 }
 
 void warnOfMessage(PayloadLint& lint, const std::string& where, const N& n) {

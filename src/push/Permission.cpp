@@ -86,6 +86,9 @@ void Permission::presentPage(const std::shared_ptr<ui::ViewController>& from) {
   const auto page = std::make_shared<VorselKellpCustomNotificationView>(context_, [weak = weak_from_this()] {
     if (const auto self = weak.lock()) self->askForNotificationsPermission();
   });
+  if (const auto usable = page->check(); !usable)
+    return context_->print("The permission page is not shown: the stored configuration is no JSON (" +
+                           usable.error().description + ")");
   page->modalPresentationStyle = ui::PresentationStyle::overFullScreen;
   context_->services->viewPresenter->present(page, from, false);
 }

@@ -22,7 +22,8 @@ class Permission : public std::enable_shared_from_this<Permission> {
   void checkAtStart();
   void askForNotificationsPermission();
   /// The same; when the remote configuration names a page of the publisher's, that page is shown over
-  /// `controller` first, and the user is asked only when the page says so. Nothing once the user has decided.
+  /// `controller` first, and the user is asked only when the page says so. Nothing once the user has decided,
+  /// and nothing but a line while the page could not run: the next start can ask.
   void askForNotificationPermissionWith(const std::shared_ptr<ui::ViewController>& controller);
 
  private:

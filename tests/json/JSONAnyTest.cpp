@@ -51,6 +51,9 @@ TEST(JSONAny, KeepsKeyOrderAndTheLastOfTwoEqualKeys) {
   ASSERT_TRUE(any);
   EXPECT_EQ(*any->encode(), "{\"z\":3,\"a\":2}");
   EXPECT_EQ(*any->find("a"), JSONAny(2));
+  EXPECT_EQ(*any, *JSONAny::decode("\xEF\xBB\xBF{\"a\":2,\"z\":3}")) << "whatever the order, with a mark";
+  EXPECT_NE(*any, *JSONAny::decode("{\"a\":2,\"z\":4}"));
+  EXPECT_NE(*any, *JSONAny::decode("{\"a\":2}"));
   EXPECT_EQ(any->find("b"), nullptr);
   EXPECT_EQ(JSONAny(1).find("a"), nullptr);
 }

@@ -85,7 +85,9 @@ TEST_F(RemoteConfigurationTest, ATransportErrorEndsStartUp) {
 
 TEST_F(RemoteConfigurationTest, StoresTheTextAndItsTime) {
   core_.app.device->clock->setNow(1794709483.5);
-  EXPECT_EQ(fetchDocument(R"({"url":{"user":["https:\/\/u.example\/1"]},"x":"\u0041"})"), 1);
+  EXPECT_EQ(fetchDocument("\xEF\xBB\xBF"
+                          R"({"url":{"user":["https:\/\/u.example\/1"]},"x":"\u0041"})"),
+            1);
   EXPECT_EQ(core_.text("vs_autoconf"), R"({"url":{"user":["https://u.example/1"]},"x":"u0041"})");
   EXPECT_EQ(core_.text("vs_last_modified"), "Sun, 15 Nov 2026 02:24:43 GMT");
   EXPECT_EQ(core_.text("vs_user_url"), "https://u.example/1") << "decoded from the bytes received";

@@ -94,15 +94,17 @@ TEST_F(PromptTest, ThePageComesOverTheApplicationOnTheMainQueue) {
 }
 
 TEST_F(PromptTest, ThePageShowsTheStoredConfigurationWhateverItHolds) {
-  const std::pair<const char*, const char*> configurations[] = {
-      {R"({"a":"say \"hi\" \\ \/"})", R"(var _VSPC = {"a":"say "hi"  /"};)"},
+  const std::string deep = std::string(100, '[') + "1" + std::string(100, ']');
+  const std::pair<std::string, std::string> configurations[] = {
+      {R"({"a":"say hi \\ \/"})", R"(var _VSPC = {"a":"say hi  /"};)"},
       {R"({"a":"</script><!-- \u003c"})", R"(var _VSPC = {"a":"\u003c/script>\u003c!-- u003c"};)"},
       {R"({"a":"AUTOCONF"})", R"(var _VSPC = {"a":"AUTOCONF"};)"},
+      {deep, "var _VSPC = " + deep + ";"},
       {"", "var _VSPC = ;"},
   };
   CoreContext::current("a test")->state.customPrompt = true;
   for (const auto& [stored, written] : configurations) {
-    app_.standardDomain->setObject("vs_autoconf", {std::string(stored)});
+    app_.standardDomain->setObject("vs_autoconf", {stored});
     ask();
     ASSERT_EQ(page()->loads().size(), 1u);
     EXPECT_FALSE(page()->loads()[0].baseUrl);
@@ -117,6 +119,21 @@ TEST_F(PromptTest, ThePageShowsTheStoredConfigurationWhateverItHolds) {
   EXPECT_THAT(page()->loads()[0].html, HasSubstr("var _VSPC = ;"));
 }
 
+TEST_F(PromptTest, APageThatCouldNotRunIsNotShownAndNobodyIsAsked) {
+  CoreContext::current("a test")->state.customPrompt = true;
+  for (const char* stored : {R"({"a":"say \"hi\""})", " ", "<html>", "[1", R"({"a":[})"}) {
+    app_.standardDomain->setObject("vs_autoconf", {std::string(stored)});
+    app_.console->clear();
+    ask();
+    EXPECT_THAT(lines(), ElementsAre(testing::StartsWith("The permission page is not shown: "))) << stored;
+  }
+  EXPECT_THAT(app_.presenter->presentations(), IsEmpty());
+  EXPECT_EQ(requests(), 0u);
+  app_.standardDomain->setObject("vs_autoconf", {std::string("{}")});
+  ask();
+  EXPECT_EQ(app_.presenter->presentations().size(), 1u);
+}
+
 TEST_F(PromptTest, OnlyAnAgreementLeadsToTheSystemsDialog) {
   startWith(custom);
   EXPECT_THAT(answered(R"({"event":"pns.cancel"})"),
@@ -126,10 +143,13 @@ TEST_F(PromptTest, OnlyAnAgreementLeadsToTheSystemsDialog) {
   EXPECT_THAT(answered(true), ElementsAre("nil"));
   EXPECT_THAT(answered(JSONNull{}), ElementsAre("nil"));
   EXPECT_THAT(answered("{\"event\":\"ok\xff\"}"), IsEmpty()) << "no text at all";
+  EXPECT_THAT(answered(R"({"event":"pns.ok","data":")" + std::string(1 << 20, 'x') + "\"}"),
+              ElementsAre("nil"));
   EXPECT_EQ(requests(), 0u);
-  EXPECT_EQ(app_.presenter->dismissals().size(), 6u);
+  EXPECT_EQ(app_.presenter->dismissals().size(), 7u);
 
-  EXPECT_THAT(answered(R"({"event":"pns.ok","data":{"button":1}})"),
+  EXPECT_THAT(answered(R"({"data":{"button":)" + std::string(200'000, '[') + std::string(200'000, ']') +
+                       R"(,"text":"\"]}"},"event":"pns.ok"})"),
               ElementsAre(R"(CustomPromtEvent(event: Optional("pns.ok"), data: Optional(DataClass())))"));
   EXPECT_EQ(requests(), 1u);
   EXPECT_EQ(app_.application->registrations(), 1u) << "allowed, and registered";

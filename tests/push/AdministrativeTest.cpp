@@ -1,3 +1,4 @@
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -35,7 +36,7 @@ class AdministrativeTest : public KellpTest {
 };
 
 TEST_F(AdministrativeTest, HandsOverTheGeofencesOrElseTheBeaconsInOrder) {
-  receiveAlert(R"({"gl":[{"c":["1","2"],"e":"x","er":true,"lr":false,"r":7,"id":"g1","more":1},)"
+  receiveAlert(R"({"gl":[{"c":["1","2"],"e":"x","er":true,"lr":false,"r":7.0,"id":"g1","more":1},)"
                R"({"c":[],"id":"g2"}],"bl":[{"id":"b","ib":"i"}]})");
   const Gl full{{"1", "2"}, "x", true, false, 7, "g1"};
   const Gl bare{{}, {}, {}, {}, {}, "g2"};
@@ -50,9 +51,11 @@ TEST_F(AdministrativeTest, HandsOverTheGeofencesOrElseTheBeaconsInOrder) {
 
   using Dictionary = JSONAny::Dictionary;
   const Dictionary beacon{{"id", "b"}, {"ib", "i"}};
-  receive(platform::UserInfo(
-      Dictionary{{"aps", Dictionary{{"alert", Dictionary{{"bl", JSONAny::List{beacon}}}}}}}));
-  EXPECT_THAT(beacons_, Optional(ElementsAre(B{"b", "i", {}, {}, {}}))) << "a dictionary serves like bytes";
+  receive(platform::UserInfo(Dictionary{
+      {"formless", std::numeric_limits<double>::quiet_NaN()},
+      {"aps", Dictionary{{"alert", Dictionary{{"text", "\xff"}, {"bl", JSONAny::List{beacon}}}}}}}));
+  EXPECT_THAT(beacons_, Optional(ElementsAre(B{"b", "i", {}, {}, {}})))
+      << "a dictionary serves like bytes, whatever stands beside the list";
 }
 
 TEST_F(AdministrativeTest, EntriesWithoutARequiredMemberAreLeftOutAndTheOthersHandedOver) {

@@ -46,6 +46,8 @@ TEST(Payload, ErrorsNameThePath) {
       {inAlert(R"({"title":"T","t":["a",2]})"), "aps.alert.t[1]: expected text, found number"},
       {inAlert(R"({"title":"T","gl":[{"c":[]}]})"), "aps.alert.gl[0].id: missing"},
       {inAlert(R"({"title":"T","n":{"cl":1.5}})"), "aps.alert.n.cl: expected 64-bit integer, found number"},
+      {inAlert(R"({"title":"T","n":{"cl":9223372036854775808.0}})"),
+       "aps.alert.n.cl: expected 64-bit integer, found number"},
       {inAlert(R"({"title":"T","n":{"el":99999999999999999999}})"),
        "aps.alert.n.el: expected 64-bit integer, found number"},
       {inAlert(R"({"title":"T","n":{"badge":3}})"), "aps.alert.n.badge: expected text, found number"},

@@ -36,7 +36,7 @@ Result<std::string> readPayload(const std::string& path) {
 bool wantsExtension(const JSONAny& payload) {
   const auto* aps = payload.find("aps");
   const auto* flag = aps != nullptr ? aps->find("mutable-content") : nullptr;
-  return flag != nullptr && flag->value == JSONAny(1).value;
+  return flag != nullptr && (*flag == JSONAny(1) || *flag == JSONAny(1.0));
 }
 
 }  // namespace brellixctl

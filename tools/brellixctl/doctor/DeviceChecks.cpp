@@ -18,6 +18,12 @@ std::string textUnder(const JSONAny& stored, const char* key) {
   return text != nullptr ? *text : std::string();
 }
 
+/// The configuration becomes a part of the page's script, without its backslashes.
+bool isReadableByThePage(std::string configuration) {
+  std::erase(configuration, '\\');
+  return configuration.empty() || JSONAny::decode(configuration);
+}
+
 }  // namespace
 
 Findings checkPermission(const Target& target) {
@@ -70,6 +76,11 @@ Findings checkStore(const Target& target, const JSONAny& stored) {
   if (flag == nullptr || !*flag) {
     findings.push_back(notice("store", "the installation has not been reported yet (vs_reg)",
                               "Start the application while the collection server answers"));
+  }
+  if (!isReadableByThePage(textUnder(stored, "vs_autoconf"))) {
+    findings.push_back(fault(
+        "store", "the stored configuration (vs_autoconf) is no JSON: the permission page is not shown",
+        "Publish a configuration that is JSON even without its backslashes, and start the application"));
   }
   findings.push_back(
       fine("store", "is whole, with " + std::to_string(stored.as<JSONAny::Dictionary>()->size()) + " keys"));
