@@ -36,10 +36,11 @@ void ActivityEvents::sendActivity(std::int64_t code, const Parameters& parameter
   const auto report = body(code);
   if (!report) return;
   if (code == installCode) {
+    // What the server has accepted counts, even where another core has taken over meanwhile.
     requests_->sendActivityInstall(
-        *report, [weak = weak_from_this(), parameters](const VorselRequest::Response& response,
-                                                       const std::optional<Error>& error) {
-          if (const auto self = weak.lock()) self->installAnswered(response, error, parameters);
+        *report, [self = shared_from_this(), parameters](const VorselRequest::Response& response,
+                                                         const std::optional<Error>& error) {
+          self->installAnswered(response, error, parameters);
         });
   } else {
     requests_->sendActivityOpen(

@@ -33,6 +33,14 @@ TEST_F(ActivityTest, TheFirstStartReportsInstallAndThenOpen) {
   }
 }
 
+TEST_F(ActivityTest, AnInstallThatTheServerAcceptsCountsWhateverBecameOfTheCore) {
+  start(false);
+  VorselKellp::uninstall();
+  answerActivity(status(201));
+  EXPECT_THAT(codes(), ElementsAre(200, 205));
+  EXPECT_EQ(stored<bool>("vs_reg"), true);
+}
+
 TEST_F(ActivityTest, LaterStartsReportOpenAndWhatIsOwed) {
   store().setObject("vs_reg", {true});
   store().setObject("vs_activity_url", {std::string("https://a.example/v2/activity?type=mobile")});
