@@ -16,20 +16,16 @@ std::string randomDigits(platform::Random& random) {
   return text;
 }
 
-std::string uniqueIdOf(const std::string& time, const std::string& digits) {
-  return time + "." + digits;
-}
-
-void makeUniqueId(CoreContext& context, const std::string& time, const std::string& digits) {
-  context.storage.set(StorageKey::uniqueSessionFirstTime, time);
-  context.storage.set(StorageKey::uniqueSessionId, uniqueIdOf(time, digits));
+std::string secondsText(platform::Clock& clock) {
+  return std::to_string(wholeSeconds(clock.now()));
 }
 
 }  // namespace
 
-void runSessionStep(CoreContext& context) {
+void runSessionStep(CoreContext& context, platform::FunctionRef<void()> rest) {
   const std::string digits = randomDigits(*context.services->random);
-  const std::string now = std::to_string(wholeSeconds(context.services->clock->now()));
+  const std::string now = secondsText(*context.services->clock);
+  const std::string firstTime = secondsText(*context.services->clock);  // of an installation that is new
   auto& store = context.storage;
   store.transact([&] {
     const auto sessions = store.integer(StorageKey::sessionNumber).value_or(0);
@@ -39,9 +35,14 @@ void runSessionStep(CoreContext& context) {
     store.set(StorageKey::sessionId, now);
     store.set(StorageKey::visitedCount, std::int64_t{0});
     store.synchronize();
-    const auto known = store.text(StorageKey::uniqueSessionId);
-    if (!known) makeUniqueId(context, now, digits);
-    context.state.setCountedSession({sessions + 1, now, 0, known.value_or(uniqueIdOf(now, digits))});
+    auto unique = store.text(StorageKey::uniqueSessionId);
+    if (!unique) {
+      unique = firstTime + "." + digits;
+      store.set(StorageKey::uniqueSessionFirstTime, firstTime);
+      store.set(StorageKey::uniqueSessionId, *unique);
+    }
+    context.state.setCountedSession({sessions + 1, now, 0, *std::move(unique)});
+    rest();
   });
 }
 

@@ -32,8 +32,7 @@ Kellp::~Kellp() {
 }
 
 void Kellp::initialize(std::shared_ptr<VorselConfig> config) {
-  context->storage.transact([&] {
-    runSessionStep(*context);  // the store's first use, which fixes its suite
+  runSessionStep(*context, [&] {  // the store's first use, which fixes its suite
     context->state.setAppGroupSetting(config->appGroupId().value_or(""));
     screens_->exchange();
     if (!context->storage.flag(StorageKey::installReported)) writeDefaultEndpoints();
