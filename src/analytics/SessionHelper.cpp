@@ -16,7 +16,7 @@ std::shared_ptr<SessionHelper> SessionHelper::start(std::shared_ptr<CoreContext>
 
 SessionHelper::SessionHelper(std::shared_ptr<CoreContext> context, unsigned sessionIdleTimeout)
     : context_(std::move(context)),
-      bgTask_(std::make_shared<platform::BackgroundTask>(platform::invalidBackgroundTask)),
+      bgTask_(std::make_shared<Task>(platform::invalidBackgroundTask)),
       sessionIdleTimeout_(sessionIdleTimeout) {}
 
 SessionHelper::~SessionHelper() {
@@ -32,9 +32,12 @@ void SessionHelper::appBecameActive() {
 }
 
 void SessionHelper::endBackgroundTask() {
-  if (*bgTask_ == platform::invalidBackgroundTask) return;
-  context_->services->application->endBackgroundTask(*bgTask_);
-  *bgTask_ = platform::invalidBackgroundTask;
+  end(*context_->services->application, *bgTask_);
+}
+
+void SessionHelper::end(platform::Application& application, Task& task) {
+  const auto taken = task.exchange(platform::invalidBackgroundTask);
+  if (taken != platform::invalidBackgroundTask) application.endBackgroundTask(taken);
 }
 
 void SessionHelper::appBecameInactive() {
@@ -42,11 +45,10 @@ void SessionHelper::appBecameInactive() {
 }
 
 void SessionHelper::appBecameBackground() {
-  bgTask_ = std::make_shared<platform::BackgroundTask>(platform::invalidBackgroundTask);
+  bgTask_ = std::make_shared<Task>(platform::invalidBackgroundTask);
   const std::weak_ptr<platform::Application> application = context_->services->application;
   *bgTask_ = context_->services->application->beginBackgroundTask("ksession", [application, task = bgTask_] {
-    if (const auto alive = application.lock()) alive->endBackgroundTask(*task);
-    *task = platform::invalidBackgroundTask;
+    if (const auto alive = application.lock()) end(*alive, *task);
   });
   if (!becameInactiveAt_) becameInactiveAt_ = context_->services->clock->now();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <optional>
 
@@ -9,7 +10,7 @@
 namespace VorselKelp {
 
 /// Follows the application's life cycle: marks where a session ends, keeps the process alive for a while in
-/// the background, and tells that the next activation begins a new session. Main thread.
+/// the background, and tells that the next activation begins a new session. Main thread, but for its end.
 class SessionHelper : public platform::LifeCycleObserver, public std::enable_shared_from_this<SessionHelper> {
  public:
   /// Makes a helper that hears the application's life cycle for as long as it lives. Any thread.
@@ -35,8 +36,11 @@ class SessionHelper : public platform::LifeCycleObserver, public std::enable_sha
   std::shared_ptr<CoreContext> context_;
   bool startNewSession_ = true;
   std::optional<double> becameInactiveAt_;  ///< Unix seconds; never cleared once set
-  /// Shared with the task's expiration handler, which ends its own task and no later one.
-  std::shared_ptr<platform::BackgroundTask> bgTask_;
+  /// Shared with the task's expiration handler, which ends its own task and no later one. Whoever takes the
+  /// task out ends it: a helper whose place another one takes goes on any thread.
+  using Task = std::atomic<platform::BackgroundTask>;
+  static void end(platform::Application& application, Task& task);
+  std::shared_ptr<Task> bgTask_;
   const unsigned sessionIdleTimeout_;
 };
 
