@@ -98,12 +98,13 @@ void BrellixPushSDK::askForNotificationPermissionWith(
   const auto context = core();
   const auto outcome = std::make_shared<PermissionOutcome>(context);
   outcome->begin();
-  context->services->mainQueue->async([outcome, controller, weak = std::weak_ptr(context)] {
-    const auto alive = weak.lock();
-    if (!alive || CoreContext::installed() != alive) return;  // another core took over meanwhile
-    outcome->request();
-    VorselKellp::askForNotificationPermissionWith(controller);
-  });
+  context->services->mainQueue->async(
+      [outcome, weak = std::weak_ptr(context), from = std::weak_ptr(controller)] {
+        const auto alive = weak.lock();
+        if (!alive || CoreContext::installed() != alive) return;  // another core took over meanwhile
+        outcome->request();
+        VorselKellp::askForNotificationPermissionWith(from.lock());
+      });
 }
 
 void BrellixPushSDK::pushTrackOpen(bool handle, const VorselKelp::platform::NotificationResponse& response,

@@ -25,7 +25,13 @@ void PermissionOutcome::begin() {
 void PermissionOutcome::request() {
   const auto context = context_.lock();
   if (!context) return;
-  context->services->notificationCenter->requestAuthorization(
+  context->services->mainQueue->async([self = shared_from_this()] {
+    if (const auto alive = self->context_.lock()) self->ask(*alive);
+  });
+}
+
+void PermissionOutcome::ask(VorselKelp::CoreContext& context) {
+  context.services->notificationCenter->requestAuthorization(
       VorselKelp::Permission::options,
       [self = shared_from_this()](bool, const std::optional<VorselKelp::Error>&) {
         const auto alive = self->context_.lock();

@@ -16,10 +16,11 @@ class PermissionOutcome : public std::enable_shared_from_this<PermissionOutcome>
 
   /// Reports the asked event and remembers what was decided before.
   void begin();
-  /// Makes the system's request; its answer is followed up.
+  /// Makes the system's request, on the main queue; its answer is followed up.
   void request();
 
  private:
+  void ask(VorselKelp::CoreContext& context);
   void answered(VorselKelp::CoreContext& context, std::int64_t status) const;
 
   std::weak_ptr<VorselKelp::CoreContext> context_;

@@ -1,5 +1,8 @@
 #include "net/ReportBuilder.h"
 
+#include <optional>
+#include <utility>
+
 #include "base/Date.h"
 #include "base/Text.h"
 
@@ -12,16 +15,21 @@ std::string bundleIdentifier(const platform::Platform& services) {
   return services.bundle->mainBundleText("CFBundleIdentifier").value_or("Bundle error");
 }
 
+/// What a system or an application says of itself; an empty text says nothing, and is left out.
+std::optional<std::string> told(std::optional<std::string> text) {
+  return text && text->empty() ? std::nullopt : std::move(text);
+}
+
 UserAgent userAgent(const platform::Platform& services) {
   const std::string size =
       decimalText(services.screen->height()) + "x" + decimalText(services.screen->width());
   UserAgent agent;
   agent.z = 1;
   agent.t = "iOS";
-  agent.de = services.device->languageCode();
+  agent.de = told(services.device->languageCode());
   agent.sr = size;
   agent.vp = size;
-  agent.v = services.bundle->mainBundleText(versionKey);
+  agent.v = told(services.bundle->mainBundleText(versionKey));
   return agent;
 }
 
@@ -36,12 +44,12 @@ ActivityBody ReportBuilder::activity(CS session) const {
   ActivityBody body;
   body.timestamp = wholeSeconds(services.clock->now());
   body.app = bundleIdentifier(services);
-  body.sdkVersion = services.bundle->libraryBundleText(versionKey);
+  body.sdkVersion = told(services.bundle->libraryBundleText(versionKey));
   body.rid = context_->storage.text(StorageKey::userId);
-  body.version = services.device->systemVersion();
+  body.version = told(services.device->systemVersion());
   body.vt = context_->storage.text(StorageKey::uniqueSessionFirstTime);
   body.model = modelName();
-  body.lang = services.device->languageCode();
+  body.lang = told(services.device->languageCode());
   body.tmz = services.device->secondsFromGMT() / 3600;
   body.u = context_->state.userValues();
   body.dr = context_->state.referrer();
@@ -57,14 +65,14 @@ PushBody ReportBuilder::push(CS session, std::string token) const {
   PushBody body;
   body.timestamp = wholeSeconds(services.clock->now());
   body.app = bundleIdentifier(services);
-  body.appVersion = services.bundle->mainBundleText(versionKey);
-  body.sdkVersion = services.bundle->libraryBundleText(versionKey);
+  body.appVersion = told(services.bundle->mainBundleText(versionKey));
+  body.sdkVersion = told(services.bundle->libraryBundleText(versionKey));
   body.os = services.device->systemName();
-  body.version = services.device->systemVersion();
+  body.version = told(services.device->systemVersion());
   body.mfg = "Apple";
   body.model = modelName();
   body.sdk = "VorselKelp";
-  body.lang = services.device->languageCode();
+  body.lang = told(services.device->languageCode());
   body.u = context_->state.userValues();
   body.token = std::move(token);
   body.status = true;  // only a granted permission leads here

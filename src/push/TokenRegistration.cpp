@@ -14,11 +14,9 @@ void TokenRegistration::registerToken(std::span<const std::uint8_t> deviceToken)
   context_->print(token);
   auto& storage = context_->storage;
   if (storage.flag(StorageKey::push)) {
-    context_->services->notificationCenter->requestAuthorization(
-        Permission::options, [weak = weak_from_this(), token](bool granted, const std::optional<Error>&) {
-          const auto self = weak.lock();
-          if (self && granted) self->permitted(token);
-        });
+    context_->services->mainQueue->async([weak = weak_from_this(), token] {
+      if (const auto self = weak.lock()) self->askPermission(token);
+    });
     return;
   }
   storage.transact([&] {
@@ -26,6 +24,14 @@ void TokenRegistration::registerToken(std::span<const std::uint8_t> deviceToken)
     storage.set(StorageKey::waitingDelivery, true);
     storage.synchronize();
   });
+}
+
+void TokenRegistration::askPermission(const std::string& token) {
+  context_->services->notificationCenter->requestAuthorization(
+      Permission::options, [weak = weak_from_this(), token](bool granted, const std::optional<Error>&) {
+        const auto self = weak.lock();
+        if (self && granted) self->permitted(token);
+      });
 }
 
 void TokenRegistration::permitted(const std::string& token) {

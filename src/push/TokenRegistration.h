@@ -21,6 +21,8 @@ class TokenRegistration : public std::enable_shared_from_this<TokenRegistration>
   void registerToken(std::span<const std::uint8_t> deviceToken);
 
  private:
+  /// Main thread, like every request for the permission.
+  void askPermission(const std::string& token);
   /// The user allows notifications. On a thread of the platform's.
   void permitted(const std::string& token);
   /// Without a counted session the process stops.

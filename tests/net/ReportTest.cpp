@@ -51,6 +51,19 @@ TEST_F(ReportTest, AnActivityWithEverything) {
       R"("v":"1.0"}})");
 }
 
+TEST_F(ReportTest, AnEmptyLanguageOrVersionIsLeftOut) {
+  auto values = core_.app.device->hardware->values();
+  values.languageCode = values.systemVersion = "";
+  core_.app.device->hardware->set(values);
+  core_.app.bundle->setMain("CFBundleShortVersionString", "");
+  core_.app.bundle->setLibrary("CFBundleShortVersionString", "");
+  for (const auto& report : {activity(), *json::encode(ReportBuilder(core_.context).push(session, "00"))}) {
+    for (const char* key :
+         {"\"ver\"", "\"version\"", "\"lang\"", "\"de\"", "\"v\"", "\"app_version\"", "\"sdk_version\""})
+      EXPECT_EQ(report.find(key), std::string::npos) << key << report;
+  }
+}
+
 TEST_F(ReportTest, WhatIsAbsentIsLeftOut) {
   ActivityBody body;
   body.timestamp = 1;

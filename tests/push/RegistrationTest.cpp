@@ -27,11 +27,15 @@ class RegistrationTest : public KellpTest {
   void registerToken() {
     const std::uint8_t token[] = {0x00, 0xAB, 0x0F};
     VorselKellp::registerToken(token);
+    EXPECT_EQ(center().authorizationRequests().size(), asked_) << "asked on the main queue";
+    app_.mainQueue->runUntilIdle();
+    asked_ = center().authorizationRequests().size();
   }
   std::vector<std::string> heard() { return std::exchange(listener_->heard, {}); }
   testing_platform::MemoryNotificationCenter& center() { return *device_->notificationCenter; }
 
   std::shared_ptr<Listener> listener_ = std::make_shared<Listener>();
+  std::size_t asked_ = 0;
 };
 
 TEST_F(RegistrationTest, ANewTokenIsReportedUntilTheServerTakesIt) {
