@@ -76,10 +76,10 @@ MemoryPlatform::MemoryPlatform(std::shared_ptr<MemoryDevice> onDevice, ProcessKi
       mainQueue(std::make_shared<ManualMainQueue>(device->clock)),
       random(std::make_shared<DeterministicRandom>()),
       console(std::make_shared<RecordingConsole>()),
-      browser(std::make_shared<RecordingBrowser>()),
+      browser(std::make_shared<RecordingBrowser>(application)),
       imageDecoder(std::make_shared<HeaderImageDecoder>()),
       location(std::make_shared<MemoryLocation>()),
-      presenter(std::make_shared<RecordingPresenter>()),
+      presenter(std::make_shared<RecordingPresenter>(application)),
       webViews(std::make_shared<RecordingWebViews>()),
       platform_(std::make_shared<platform::Platform>()) {
   device->enroll(mainQueue);

@@ -15,6 +15,7 @@ void RecordingPresenter::present(const std::shared_ptr<ui::ViewController>& cont
   controller->viewWillAppear(animated);
   if (view) view->performLayout();
   controller->viewDidAppear(animated);
+  if (application_) application_->screenAppears();
 }
 
 void RecordingPresenter::dismiss(const std::shared_ptr<ui::ViewController>& controller, bool animated) {
@@ -25,6 +26,7 @@ void RecordingPresenter::dismiss(const std::shared_ptr<ui::ViewController>& cont
   self->viewWillDisappear(animated);
   self->unlink();
   self->viewDidDisappear(animated);
+  if (application_) application_->screenDisappears();
 }
 
 void RecordingPresenter::setNeedsStatusBarAppearanceUpdate(const std::shared_ptr<ui::ViewController>&) {

@@ -101,8 +101,11 @@ void RecordingConsole::clear() {
 }
 
 void RecordingBrowser::present(const std::string& url) {
-  const std::lock_guard lock(mutex_);
-  pages_.push_back(url);
+  {
+    const std::lock_guard lock(mutex_);
+    pages_.push_back(url);
+  }
+  if (application_) application_->screenAppears();
 }
 
 std::vector<std::string> RecordingBrowser::pages() const {

@@ -1,3 +1,5 @@
+#include <thread>
+
 #include "kellp/KellpTest.h"
 
 namespace VorselKelp {
@@ -43,6 +45,22 @@ TEST_F(SessionTest, AnExpiredTaskIsEndedOnce) {
   EXPECT_THAT(life().backgroundTasks(), IsEmpty());
 }
 
+TEST_F(SessionTest, AHelperMayGoOnAnotherThreadWhileItsTaskExpires) {
+  // A second answer to the fetch of the configuration puts a new one in its place, on the session's queue.
+  for (int round = 0; round < 20; ++round) {
+    VorselKellp::initialize(VorselBuilder("key", group).build());
+    app_.urlSession->answer(app_.urlSession->unanswered().front(), status(404));
+    life().becomeActive();
+    life().enterBackground();
+    VorselKellp::initialize(VorselBuilder("key", group).build());
+    std::thread queue([&] { app_.urlSession->answer(app_.urlSession->unanswered().back(), status(404)); });
+    life().expireBackgroundTasks();
+    queue.join();
+    EXPECT_THAT(life().backgroundTasks(), IsEmpty());
+    app_.urlSession->cancelAll();
+  }
+}
+
 TEST_F(SessionTest, TerminationEndsTheSession) {
   start();
   app_.console->clear();
@@ -61,9 +79,11 @@ TEST_F(SessionTest, BeforeStartUpWentOnNobodyListens) {
 
 TEST_F(SessionTest, ScreensAreCountedUntilASecondStartTakesTheHooksAway) {
   start();
-  life().screenAppears();
-  life().screenDisappears();
-  life().screenAppears();
+  const auto root = std::make_shared<ui::ViewController>();
+  const auto screen = std::make_shared<ui::ViewController>();
+  app_.presenter->present(screen, root, false);
+  app_.presenter->dismiss(screen, false);
+  app_.browser->present("https://page.example/");
   EXPECT_EQ(visited(), 2);
   VorselKellp::sendCustomEvent("k", 1);
   EXPECT_EQ(occurrences(bodies("/v2/activity").back(), "\"scn\":2,"), 1u);

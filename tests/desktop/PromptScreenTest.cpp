@@ -29,7 +29,8 @@ class PromptScreenTest : public KellpTest, protected desktop::TestScreen {
     show(root_);
     app_.platform()->endpoints.script = "http://127.0.0.1:59999";  // nobody serves there: no script comes
     app_.platform()->webViews = views_;
-    app_.platform()->viewPresenter = std::make_shared<desktop::DesktopPresenter>(window, root_);
+    app_.platform()->viewPresenter = std::make_shared<desktop::DesktopPresenter>(
+        window, root_, [this](bool appeared) { screens_ += appeared ? 1 : -1; });
   }
 
   /// Presents the page with this stored configuration and waits until it has been loaded.
@@ -56,15 +57,19 @@ class PromptScreenTest : public KellpTest, protected desktop::TestScreen {
   std::shared_ptr<ui::ViewController> root_ = std::make_shared<ui::ViewController>();
   std::shared_ptr<EngineViews> views_ = std::make_shared<EngineViews>();
   int agreed_ = 0;
+  int screens_ = 0;  ///< that have appeared and are not gone
 };
 
 TEST_F(PromptScreenTest, ShowsTheApplicationBehindItAndHearsTheAnswer) {
   present(R"({"push_config":{"prompts":[{"prompt":"page"}]}})");
   waitUntil([&] { return pixel(200, 200) == "#008000"; });
   EXPECT_EQ(evaluate("_VSPC.push_config.prompts[0].prompt"), JSONAny("page"));
-  run("var e = new Event('pns.htmlOK'); e.vsData = {choice: 1}; window.dispatchEvent(e); null");
+  EXPECT_EQ(screens_, 1);
+  run("var e = new Event('pns.htmlOK'); e.vsData = JSON.parse('['.repeat(500) + ']'.repeat(500));"
+      "window.dispatchEvent(e); null");
   waitUntil([&] { return !shown(); });
-  EXPECT_EQ(agreed_, 1);
+  EXPECT_EQ(agreed_, 1) << "however deep the data of the page is";
+  EXPECT_EQ(screens_, 0);
 }
 
 TEST_F(PromptScreenTest, TakesARefusal) {

@@ -30,13 +30,16 @@ TEST_F(SheetTest, TheBrowserClosesWithItsButton) {
   show(root);
   const auto clock = std::make_shared<testing_platform::ManualClock>();
   const auto queue = std::make_shared<testing_platform::ManualMainQueue>(clock);
-  PageSheetBrowser browser(window, queue, std::make_shared<Activity>([] {}), nullptr);
+  std::vector<bool> changes;
+  PageSheetBrowser browser(window, queue, std::make_shared<Activity>([] {}), nullptr,
+                           [&](bool appeared) { changes.push_back(appeared); });
   browser.present("http://127.0.0.1:59999/first");
   browser.present("http://127.0.0.1:59999/second");  // in place of the first
   settle();
   EXPECT_EQ(pixel(200, 200), "#ffffff");
   click(25, 22);
   waitUntil([&] { return pixel(200, 200) == "#008000"; });
+  EXPECT_EQ(changes, (std::vector{true, false, true, false}));
 }
 
 TEST_F(SheetTest, ADisplayLinkTicksWithTheWindowUntilItIsPaused) {

@@ -6,7 +6,8 @@
 
 namespace VorselKelp::platform {
 
-/// Shows controllers on the screen. Main thread.
+/// Shows controllers on the screen. The application's screen observers hear of each one that has appeared or
+/// gone, and of the pages of the in-app browser. Main thread.
 class ViewPresenter {
  public:
   virtual ~ViewPresenter() = default;

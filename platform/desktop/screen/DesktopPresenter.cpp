@@ -17,6 +17,7 @@ void DesktopPresenter::present(const std::shared_ptr<ui::ViewController>& contro
   window->push(shown);
   window->flush();
   shown->viewDidAppear(animated);
+  changed_(true);
 }
 
 void DesktopPresenter::dismiss(const std::shared_ptr<ui::ViewController>& controller, bool animated) {
@@ -27,6 +28,7 @@ void DesktopPresenter::dismiss(const std::shared_ptr<ui::ViewController>& contro
   going->unlink();
   if (const auto window = window_.lock()) window->remove(*going);
   going->viewDidDisappear(animated);
+  changed_(false);
 }
 
 }  // namespace VorselKelp::desktop

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "VorselKelp/platform/ViewPresenter.h"
+#include "VorselKelpLinux/HeadlessScreen.h"
 #include "screen/DesktopWindow.h"
 
 namespace VorselKelp::desktop {
@@ -12,8 +13,9 @@ namespace VorselKelp::desktop {
 class DesktopPresenter final : public platform::ViewPresenter {
  public:
   /// Both are held weakly: what is shown may hold the core, which holds this.
-  DesktopPresenter(std::weak_ptr<DesktopWindow> window, std::weak_ptr<ui::ViewController> root)
-      : window_(std::move(window)), root_(std::move(root)) {}
+  DesktopPresenter(std::weak_ptr<DesktopWindow> window, std::weak_ptr<ui::ViewController> root,
+                   linux_platform::ScreenListener changed)
+      : window_(std::move(window)), root_(std::move(root)), changed_(std::move(changed)) {}
 
   std::shared_ptr<ui::ViewController> rootViewController() override { return root_.lock(); }
   void present(const std::shared_ptr<ui::ViewController>& controller,
@@ -25,6 +27,7 @@ class DesktopPresenter final : public platform::ViewPresenter {
  private:
   const std::weak_ptr<DesktopWindow> window_;
   const std::weak_ptr<ui::ViewController> root_;
+  const linux_platform::ScreenListener changed_;
 };
 
 }  // namespace VorselKelp::desktop

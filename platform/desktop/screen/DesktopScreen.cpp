@@ -84,11 +84,11 @@ class DesktopScreen final : public linux_platform::ProcessScreen {
     activity_ = std::make_shared<Activity>([loop = setting.loop] { loop->wake(); });
     Services services;
     services.screen = std::make_shared<DesktopDisplay>(setting.manifest, window_);
-    services.viewPresenter = std::make_shared<DesktopPresenter>(window_, setting.root);
+    services.viewPresenter = std::make_shared<DesktopPresenter>(window_, setting.root, setting.screenChanged);
     services.webViews =
         std::make_shared<DesktopWebViews>(setting.loop, activity_, setting.promptAnswer, setting.picture);
-    services.inAppBrowser =
-        std::make_shared<PageSheetBrowser>(window_, setting.loop, activity_, setting.picture);
+    services.inAppBrowser = std::make_shared<PageSheetBrowser>(window_, setting.loop, activity_,
+                                                               setting.picture, setting.screenChanged);
     if (setting.kind == linux_platform::ProcessKind::application) {
       services.permissionDialog = permissionDialog(setting);
       if (options_.bluetoothBeacons) services.location = makeBluezLocation(setting.loop);

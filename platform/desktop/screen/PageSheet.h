@@ -6,6 +6,7 @@
 
 #include "VorselKelp/platform/InAppBrowser.h"
 #include "VorselKelp/platform/MainQueue.h"
+#include "VorselKelpLinux/HeadlessScreen.h"
 #include "screen/Activity.h"
 #include "screen/DesktopWindow.h"
 
@@ -17,7 +18,8 @@ class PageSheetBrowser final : public platform::InAppBrowser {
  public:
   /// `picture` is asked for one, named "browser", when a page has been shown.
   PageSheetBrowser(std::weak_ptr<DesktopWindow> window, std::shared_ptr<platform::MainQueue> mainQueue,
-                   std::shared_ptr<Activity> activity, std::function<void(const std::string&)> picture);
+                   std::shared_ptr<Activity> activity, std::function<void(const std::string&)> picture,
+                   linux_platform::ScreenListener changed);
   ~PageSheetBrowser() override;
   void present(const std::string& url) override;
 
@@ -27,6 +29,7 @@ class PageSheetBrowser final : public platform::InAppBrowser {
   const std::shared_ptr<platform::MainQueue> mainQueue_;
   const std::shared_ptr<Activity> activity_;
   const std::function<void(const std::string&)> picture_;
+  const linux_platform::ScreenListener changed_;
   std::shared_ptr<Sheet> sheet_;
 };
 

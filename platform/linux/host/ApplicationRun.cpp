@@ -31,6 +31,7 @@ Result<ProcessScreen::Services> ApplicationRun::openScreen() {
       .loop = process_.loop,
       .root = rootController_,
       .promptAnswer = process_.options.promptAnswer,
+      .screenChanged = [this](bool appeared) { appeared ? screenAppeared() : screenDisappeared(); },
       .picture = nullptr,
       .responded =
           [this](const platform::NotificationResponse& response) {
@@ -76,11 +77,10 @@ Result<std::shared_ptr<platform::Platform>> ApplicationRun::makeServices() {
   services.application = device_.application;
   services.location = device_.location;
   if (screen->location) services.location = std::move(screen->location);
-  services.inAppBrowser = makeRecordingBrowser(
-      [channel = process_.channel, shown = screen->inAppBrowser](const std::string& url) {
-        channel->send("browser", url);
-        if (shown) shown->present(url);
-      });
+  services.inAppBrowser = makeRecordingBrowser([this, shown = screen->inAppBrowser](const std::string& url) {
+    process_.channel->send("browser", url);
+    shown ? shown->present(url) : screenAppeared();
+  });
   services.screen = std::move(screen->screen);
   services.viewPresenter = std::move(screen->viewPresenter);
   services.webViews = std::move(screen->webViews);

@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "VorselKelpLinux/HeadlessScreen.h"
 #include "VorselKelpLinux/LineSink.h"
 
@@ -6,7 +8,8 @@ namespace {
 
 class HeadlessPresenter final : public platform::ViewPresenter {
  public:
-  explicit HeadlessPresenter(const std::shared_ptr<ui::ViewController>& root) : root_(root) {}
+  HeadlessPresenter(const std::shared_ptr<ui::ViewController>& root, ScreenListener changed)
+      : root_(root), changed_(std::move(changed)) {}
 
   std::shared_ptr<ui::ViewController> rootViewController() override { return root_.lock(); }
 
@@ -21,6 +24,7 @@ class HeadlessPresenter final : public platform::ViewPresenter {
     shown->viewWillAppear(animated);
     if (view) view->performLayout();
     shown->viewDidAppear(animated);
+    changed_(true);
   }
 
   void dismiss(const std::shared_ptr<ui::ViewController>& controller, bool animated) override {
@@ -30,19 +34,21 @@ class HeadlessPresenter final : public platform::ViewPresenter {
     going->viewWillDisappear(animated);
     going->unlink();
     going->viewDidDisappear(animated);
+    changed_(false);
   }
 
   void setNeedsStatusBarAppearanceUpdate(const std::shared_ptr<ui::ViewController>&) override {}
 
  private:
   const std::weak_ptr<ui::ViewController> root_;  // what it shows may hold the core, which holds this
+  const ScreenListener changed_;
 };
 
 }  // namespace
 
 std::shared_ptr<platform::ViewPresenter> makeHeadlessPresenter(
-    const std::shared_ptr<ui::ViewController>& root) {
-  return std::make_shared<HeadlessPresenter>(root);
+    const std::shared_ptr<ui::ViewController>& root, ScreenListener changed) {
+  return std::make_shared<HeadlessPresenter>(root, std::move(changed));
 }
 
 }  // namespace VorselKelp::linux_platform

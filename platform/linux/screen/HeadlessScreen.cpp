@@ -9,7 +9,7 @@ class HeadlessScreen final : public ProcessScreen {
   Result<Services> open(Setting setting) override {
     Services services;
     services.screen = makeScreen(setting.manifest);
-    services.viewPresenter = makeHeadlessPresenter(setting.root);
+    services.viewPresenter = makeHeadlessPresenter(setting.root, setting.screenChanged);
     services.webViews = makeHeadlessWebViews(setting.loop, setting.promptAnswer, [](const std::string&) {});
     return services;
   }

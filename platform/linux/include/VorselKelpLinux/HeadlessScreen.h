@@ -10,10 +10,13 @@
 
 namespace VorselKelp::linux_platform {
 
+/// Hears of each screen that has appeared (true) or gone.
+using ScreenListener = std::function<void(bool appeared)>;
+
 /// Leads controllers through their life without drawing anything. `root` is held weakly, and may be null: no
 /// window.
 VORSELKELP_API std::shared_ptr<platform::ViewPresenter> makeHeadlessPresenter(
-    const std::shared_ptr<ui::ViewController>& root);
+    const std::shared_ptr<ui::ViewController>& root, ScreenListener changed = [](bool) {});
 
 /// What the simulated user answers on the publisher's permission page.
 enum class PromptAnswer { ok, cancel, none };

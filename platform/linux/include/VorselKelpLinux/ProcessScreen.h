@@ -27,6 +27,8 @@ class ProcessScreen {
     std::shared_ptr<EventLoop> loop;
     std::shared_ptr<ui::ViewController> root;
     PromptAnswer promptAnswer = PromptAnswer::none;
+    /// To be told of each controller, and each page of the browser, that has appeared or gone.
+    ScreenListener screenChanged = [](bool) {};
     /// Asks for a picture of what is shown now, under this name; does nothing where none are wanted.
     std::function<void(const std::string& name)> picture;
     /// The user did something with a notification that was shown outside the window.

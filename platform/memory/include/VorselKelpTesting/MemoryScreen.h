@@ -11,6 +11,7 @@
 #include "VorselKelp/platform/ContentExtension.h"
 #include "VorselKelp/platform/ViewPresenter.h"
 #include "VorselKelp/platform/WebViews.h"
+#include "VorselKelpTesting/MemoryApplication.h"
 
 namespace VorselKelp::testing_platform {
 
@@ -18,6 +19,10 @@ namespace VorselKelp::testing_platform {
 /// Frames are what the test makes of them. Main thread.
 class VORSELKELP_API RecordingPresenter final : public platform::ViewPresenter {
  public:
+  /// `application`, which may be null, tells its screen observers.
+  explicit RecordingPresenter(std::shared_ptr<MemoryApplication> application = nullptr)
+      : application_(std::move(application)) {}
+
   /// The root of the key window; without one there is no window.
   void setRootViewController(std::shared_ptr<ui::ViewController> root) { root_ = std::move(root); }
 
@@ -37,6 +42,7 @@ class VORSELKELP_API RecordingPresenter final : public platform::ViewPresenter {
 
  private:
   std::shared_ptr<ui::ViewController> root_;
+  const std::shared_ptr<MemoryApplication> application_;
   std::vector<Change> presentations_;
   std::vector<Change> dismissals_;
   std::size_t statusBarUpdates_ = 0;

@@ -17,6 +17,7 @@
 #include "VorselKelp/platform/Device.h"
 #include "VorselKelp/platform/InAppBrowser.h"
 #include "VorselKelp/platform/Random.h"
+#include "VorselKelpTesting/MemoryApplication.h"
 
 namespace VorselKelp::testing_platform {
 
@@ -97,10 +98,14 @@ class VORSELKELP_API RecordingConsole final : public platform::Console {
 /// Keeps the address of every page that it was to show. Thread-safe.
 class VORSELKELP_API RecordingBrowser final : public platform::InAppBrowser {
  public:
+  /// `application`, which may be null, tells its screen observers of each page.
+  explicit RecordingBrowser(std::shared_ptr<MemoryApplication> application = nullptr)
+      : application_(std::move(application)) {}
   void present(const std::string& url) override;
   [[nodiscard]] std::vector<std::string> pages() const;
 
  private:
+  const std::shared_ptr<MemoryApplication> application_;
   mutable std::mutex mutex_;
   std::vector<std::string> pages_;
 };
