@@ -36,6 +36,14 @@ class VORSELKELP_API BrellixPushSDKConfig {
   [[nodiscard]] const std::optional<std::string>& appGroupId() const { return _appGroupId; }
   [[nodiscard]] bool schedule() const { return schedule_; }
   [[nodiscard]] bool consent() const { return consent_; }
+  // The switches as they were chosen.
+  [[nodiscard]] std::optional<bool> crash() const { return switches_.crash; }
+  [[nodiscard]] bool analytics() const { return switches_.analytics; }
+  [[nodiscard]] std::optional<bool> push() const { return switches_.push; }
+  [[nodiscard]] std::optional<bool> geofence() const { return switches_.geofence; }
+  [[nodiscard]] std::optional<bool> beacon() const { return switches_.beacon; }
+  [[nodiscard]] std::optional<bool> custom() const { return switches_.custom; }
+  [[nodiscard]] std::optional<bool> location() const { return switches_.location; }
   /// The switches as the facade's store holds them now, absent ones false.
   [[nodiscard]] BrellixPushSDKSwitches storedSwitches() const;
 
@@ -45,6 +53,7 @@ class VORSELKELP_API BrellixPushSDKConfig {
   bool consent_ = false;
   std::string _apiKey;
   std::optional<std::string> _appGroupId;
+  BrellixPushSDKSwitches switches_;
 };
 
 }  // namespace BrellixPush

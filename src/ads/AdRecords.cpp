@@ -1,8 +1,15 @@
 #include "ads/AdRecords.h"
 
+#include <atomic>
+
 #include "base/FatalError.h"
 
 namespace VorselKelp {
+
+std::string newViewId() {
+  static std::atomic<std::uint64_t> last = 0;
+  return "vorsel-ad-" + std::to_string(++last);
+}
 
 std::optional<std::string> AdexObject::getImageUrl() const {
   if (!items) return std::nullopt;

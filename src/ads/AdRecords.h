@@ -36,6 +36,9 @@ struct Item {
   std::optional<std::string> e;
 };
 
+/// A name that no other view in this process has. Any thread.
+[[nodiscard]] std::string newViewId();
+
 /// An ad feed's answer. Only the first item is used.
 struct AdexObject {
   std::optional<std::vector<Item>> items;
@@ -43,7 +46,7 @@ struct AdexObject {
   std::optional<std::string> callback;
   std::optional<std::int64_t> elapsed;
   std::optional<std::string> ts;
-  std::string viewId;  ///< not part of the answer; for the view that will show the ad
+  std::string viewId = newViewId();  ///< not part of the answer; names the view that will show the ad
 
   /// The first item's picture; absent when there are no items or it has no creative. A list without items
   /// stops the process: a feed that answers with one must be told apart before.

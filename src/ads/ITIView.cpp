@@ -4,6 +4,7 @@
 
 #include "gif/GifManager.h"
 #include "gif/ImageLoading.h"
+#include "net/DownloadFailure.h"
 #include "net/VorselRequest.h"
 
 namespace VorselKelp {
@@ -71,9 +72,10 @@ void ITIView::layOut(ui::DeviceOrientation orientation) {
 void ITIView::loadImage(const std::string& url) {
   const auto self = std::static_pointer_cast<ITIView>(shared_from_this());
   const auto arrived = [context = context_, view = std::weak_ptr(self)](const platform::URLResult& result) {
-    if (result.error) context->print(result.error->description + "ERROREEERR");
+    if (const auto failure = failureOf(result); !failure.empty())
+      return context->print(failure + "ERROREEERR");
     // Here, on the session's queue, the view is looked for but never held: it must not end here.
-    if (!result.body || view.expired()) return;
+    if (view.expired()) return;
     auto image = gif::decodeImage(*context->services->imageDecoder, *result.body);
     if (!image) return;
     context->services->mainQueue->async([view, picture = *std::move(image)] {

@@ -4,9 +4,9 @@
 #include <utility>
 
 #include "base/Url.h"
-#include "content_ext/DownloadFailure.h"
 #include "content_ext/Stop.h"
 #include "gif/ImageLoading.h"
+#include "net/DownloadFailure.h"
 
 namespace VorselKelp {
 namespace {

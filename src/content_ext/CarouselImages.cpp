@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "content_ext/DownloadFailure.h"
 #include "gif/ImageLoading.h"
+#include "net/DownloadFailure.h"
 
 namespace VorselKelp {
 
@@ -26,15 +26,16 @@ void CarouselImages::show(const std::string& url) {
   const auto view = view_.lock();
   if (!view) return;
   ui::ImagePtr image;
-  bool missing = false;
+  bool missing = false, unusable = false;
   {
     const std::lock_guard lock(mutex_);
     current_ = url;
     if (presented_ == url && view->image.get()) return;
+    unusable = unusable_.contains(url);
     image = cache_.find(url);
     missing = !image && begin(url, true);
   }
-  if (image) return present(url, std::move(image));
+  if (image || unusable) return present(url, std::move(image));
   if (missing) download(url);
 }
 
@@ -69,16 +70,16 @@ void CarouselImages::downloaded(const std::string& url, const platform::URLResul
       unusable_.insert(url);
     }
     finish(url, nullptr);
-    context_->print("Image can't be shown: " + image.error().description);
-    return;
+  } else {
+    finish(url, *image);
   }
-  finish(url, *image);
   // What waits for the main thread counts for no budget, so it is only ever what that thread is to show.
   if (!isCurrent(url)) return;
-  context_->services->mainQueue->async([weak = weak_from_this(), url, arrived = *std::move(image)] {
-    const auto self = weak.lock();
-    if (self && self->isCurrent(url)) self->present(url, arrived);  // the user may have paged on
-  });
+  context_->services->mainQueue->async(
+      [weak = weak_from_this(), url, arrived = image ? *std::move(image) : ui::ImagePtr()] {
+        const auto self = weak.lock();
+        if (self && self->isCurrent(url)) self->present(url, arrived);  // the user may have paged on
+      });
 }
 
 bool CarouselImages::finish(const std::string& url, const ui::ImagePtr& image) {

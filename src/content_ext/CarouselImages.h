@@ -24,8 +24,8 @@ class CarouselImages : public std::enable_shared_from_this<CarouselImages> {
   /// Fetches a picture that will be shown later. Any thread.
   void prefetch(const std::string& url);
   /// Shows a picture: at once when it is there, else when it comes, if it is still this one that is to be
-  /// shown; until then, and when it never comes, the view stays as it is. Never waits. One that fails is
-  /// fetched anew at the next call. Main thread.
+  /// shown; until then, and when it never comes, the view stays as it is. Data that is no picture clears it.
+  /// Never waits. One that fails is fetched anew at the next call. Main thread.
   void show(const std::string& url);
   /// Null when it is not there. Any thread.
   [[nodiscard]] ui::ImagePtr cached(const std::string& url);
@@ -40,7 +40,7 @@ class CarouselImages : public std::enable_shared_from_this<CarouselImages> {
   bool finish(const std::string& url, const ui::ImagePtr& image);
   /// Whether it is this one that is to be shown.
   [[nodiscard]] bool isCurrent(const std::string& url);
-  /// Main thread.
+  /// Null clears the view. Main thread.
   void present(const std::string& url, ui::ImagePtr image);
 
   const std::shared_ptr<CoreContext> context_;

@@ -7,16 +7,38 @@
 namespace VorselKelp {
 namespace {
 
-/// Bytes above 127 belong to letters of other alphabets.
-bool isAlphanumeric(char c) {
-  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c & 0x80) != 0;
+/// Characters around the digits that are neither letters nor digits: those of ASCII, and what word processors
+/// put there, U+0080 to U+00BF and U+2000 to U+206F (no-break spaces, curly quotes). All others count as
+/// letters.
+bool isAlphanumeric(std::string_view character) {
+  const char c = character.front();
+  if ((c & 0x80) == 0) return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+  if (character.size() == 2) return c != '\xC2';
+  return character.size() != 3 || c != '\xE2' ||
+         !(character[1] == '\x80' ||
+           (character[1] == '\x81' && static_cast<unsigned char>(character[2]) <= 0xAF));
+}
+
+bool isContinuation(char c) {
+  return (c & 0xC0) == 0x80;
+}
+
+std::string_view firstOf(std::string_view text) {
+  std::size_t end = 1;
+  while (end < text.size() && isContinuation(text[end])) ++end;
+  return text.substr(0, end);
+}
+
+std::string_view lastOf(std::string_view text) {
+  std::size_t begin = text.size() - 1;
+  while (begin > 0 && isContinuation(text[begin])) --begin;
+  return text.substr(begin);
 }
 
 std::string_view stripped(std::string_view text) {
-  const auto begin = std::ranges::find_if(text, isAlphanumeric);
-  auto end = text.end();
-  while (end != begin && !isAlphanumeric(*(end - 1))) --end;
-  return {begin, end};
+  while (!text.empty() && !isAlphanumeric(firstOf(text))) text.remove_prefix(firstOf(text).size());
+  while (!text.empty() && !isAlphanumeric(lastOf(text))) text.remove_suffix(lastOf(text).size());
+  return text;
 }
 
 double component(std::uint32_t number, int shift) {
@@ -33,7 +55,7 @@ ui::Color colorFromHex(std::string_view text) {
   const std::string_view digits = stripped(text);
   std::uint32_t number = 0;
   (void)std::from_chars(digits.data(), digits.data() + digits.size(), number, 16);
-  switch (std::ranges::count_if(digits, [](char c) { return (c & 0xC0) != 0x80; })) {
+  switch (std::ranges::count_if(digits, [](char c) { return !isContinuation(c); })) {
     case 8:
       return {component(number, 16), component(number, 8), component(number, 0), component(number, 24)};
     case 6:

@@ -15,7 +15,8 @@ BrellixPushSDKConfig::BrellixPushSDKConfig(std::shared_ptr<VorselKelp::CoreConte
     : storeManager_(std::make_shared<StorageManager>(*context->services->userDefaults,
                                                      Facade::of(*context)->appGroupSetting())),
       _apiKey(std::move(apiKey)),
-      _appGroupId(std::move(appGroupId)) {
+      _appGroupId(std::move(appGroupId)),
+      switches_(switches) {
   nameAppGroup(*context, _appGroupId.value_or(""));
   schedule_ = schedule;
   consent_ = consent;

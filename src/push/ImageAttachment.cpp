@@ -6,6 +6,7 @@
 
 #include "base/Text.h"
 #include "base/Url.h"
+#include "net/DownloadFailure.h"
 
 namespace VorselKelp {
 namespace {
@@ -44,7 +45,7 @@ void ImageAttachment::fetch(const std::string& url, Finish finish) {
 void ImageAttachment::downloaded(const platform::URLResult& result, std::shared_ptr<AttachmentFile> file,
                                  const std::string& url, const Finish& finish) {
   auto& queue = *context_->services->mainQueue;
-  if (result.error || !result.body || !result.response) {
+  if (!failureOf(result).empty()) {
     file = nullptr;
     context_->print("Image can't be downloaded");
     queue.async([finish] { finish(std::nullopt); });

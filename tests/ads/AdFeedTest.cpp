@@ -85,7 +85,9 @@ TEST_F(AdFeedTest, ReadsTheWholeRecord) {
   EXPECT_EQ(ad->callback, "cb");
   EXPECT_EQ(ad->elapsed, 5);
   EXPECT_EQ(ad->ts, "now");
-  EXPECT_EQ(ad->viewId, "");
+  EXPECT_NE(ad->viewId, "not read");
+  EXPECT_NE(ad->viewId, "");
+  EXPECT_NE(ad->viewId, AdexObject().viewId) << "one of its own for each";
   const Item& item = ad->items->front();
   EXPECT_EQ(std::tie(item.s, item.w, item.r, item.h, item.l, item.e),
             std::make_tuple(true, 3, "r", 4, "l", "e"));

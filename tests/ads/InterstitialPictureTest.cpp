@@ -75,7 +75,7 @@ TEST_F(InterstitialTest, ThePictureComesOverTheMainQueueOrItsErrorIsWritten) {
   app_.mainQueue->runUntilIdle();
   EXPECT_THAT(app_.console->texts(), ElementsAre("downERROREEERR"));
   EXPECT_FALSE(image(ad));
-  for (const auto& broken : {status(200, "no picture"),
+  for (const auto& broken : {status(404, testing_platform::pngBeginning(3, 2)), status(200, "no picture"),
                              status(200, testing_platform::pngBeginning(30'000, 30'000)), status(204)}) {
     ad = loading();
     answer(broken);

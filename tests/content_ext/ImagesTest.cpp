@@ -124,7 +124,13 @@ TEST_F(ImagesTest, WhatIsNoPictureIsFetchedOnce) {
   newUrls();
   for (int i = 0; i < 3; ++i) view->rightButton->tap();
   EXPECT_THAT(newUrls(), ElementsAre("https://i/2")) << "the one that was too large to come";
-  EXPECT_THAT(extensionLines(), SizeIs(3));
+  EXPECT_THAT(extensionLines(), ElementsAre(failed));
+  answer("https://i/2", picture(22, 1));
+  view->leftButton->tap();
+  view->rightButton->tap();
+  EXPECT_EQ(widthOf(view->imageView->image), 22);
+  view->rightButton->tap();
+  EXPECT_EQ(view->imageView->image.get(), nullptr) << "not the picture of another message";
 }
 
 TEST_F(ImagesTest, AnswersAfterTheViewHasGoneHarmNobody) {

@@ -125,6 +125,9 @@ TEST_F(LayoutTest, ColoursAreTheFirstMessages) {
                                                      {"ffzzzz", {0, 0, 1, 1}},
                                                      {"zzzzzz", ui::Color::black()},
                                                      {"ff\xc3\xa9", {0, 15 * 17 / 255.0, 1, 1}},
+                                                     {"\u201c#fff\u201d", ui::Color::white()},
+                                                     {"\u00a0fff\u2060\u00bb ", ui::Color::white()},
+                                                     {"fff\u20ac", ui::Color::black()},
                                                      {"ffff", ui::Color::black()},
                                                      {"123456789", ui::Color::black()},
                                                      {"", ui::Color::black()}};

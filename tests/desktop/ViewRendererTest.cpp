@@ -56,6 +56,22 @@ TEST_F(ViewRendererTest, PlacesAStackSoThatThePictureGetsWhatTheTextsLeave) {
   expectPlaced(*picture, {{10, 10 + line}, {width - 20, left}});
 }
 
+TEST_F(ViewRendererTest, ALabelThatNothingWidensIsAsWideAsItsText) {
+  const auto placed = add<Label>(*root);
+  const auto loose = add<Label>(*root);  // without any constraint
+  root->activate({equal(placed->leading(), root->leading(), 10), equal(placed->top(), root->top(), 50)});
+  placed->text = loose->text = "A title";
+  show(root);
+  const double before = placed->frame.get().size.width;
+  EXPECT_GT(before, 20);
+  EXPECT_LT(before, 100);
+  EXPECT_EQ(loose->frame.get().size.width, before);
+  placed->text = "A title of more words";
+  settle();
+  EXPECT_GT(placed->frame.get().size.width, before + 20);
+  EXPECT_LT(placed->frame.get().size.width, 250);
+}
+
 TEST_F(ViewRendererTest, SendsAClickToTheTopmostViewThatHearsIt) {
   int covered = 0, pressed = 0, tapped = 0;
   const auto below = add<Button>(*root);

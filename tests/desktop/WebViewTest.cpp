@@ -113,9 +113,33 @@ TEST_F(WebViewTest, SaysWhyAPageDidNotCome) {
   EXPECT_EQ(journey->errors.size(), 1u);
   page->loadHTMLString("<p>here", std::nullopt);
   waitUntil([&] { return journey->finished == 1; });
+  page->load("http://127.0.0.1:1/", 5);
+  waitUntil([&] { return journey->errors.size() == 2; });
+  passFrames(10);
+  EXPECT_EQ(journey->finished, 1) << "a port that the engine refuses is no blank page";
   journey->allow = false;
+  page->loadHTMLString("<p>never", std::nullopt);
+  waitUntil([&] { return journey->errors.size() == 3; });
   page->evaluateJavaScript("location.href = 'app://elsewhere'", [](const Result<JSONAny>&) {});
   waitUntil([&] { return !journey->asked.empty() && journey->asked.back() == "app://elsewhere"; });
+}
+
+TEST_F(WebViewTest, TellsOfTheLoadsThatThePageBegins) {
+  open();
+  page->loadHTMLString("<p>first", std::nullopt);
+  waitUntil([&] { return journey->finished == 1; });
+  const auto go = [&](const std::string& url) {
+    page->evaluateJavaScript("location.href = '" + url + "'", [](const Result<JSONAny>&) {});
+  };
+  go("about:blank");
+  waitUntil([&] { return journey->finished == 2; });
+  go("http://127.0.0.1:59999/");
+  waitUntil([&] { return journey->errors.size() == 1; });
+  go("http://127.0.0.1:1/");
+  waitUntil([&] { return journey->errors.size() == 2; });
+  passFrames(10);
+  EXPECT_EQ(journey->finished, 2);
+  EXPECT_EQ(shown, 4);
 }
 
 TEST_F(WebViewTest, ALoadThatTakesAnothersPlaceEndsOnItsOwn) {
@@ -141,6 +165,15 @@ TEST_F(WebViewTest, ALoadThatTakesAnothersPlaceEndsOnItsOwn) {
   page->loadHTMLString("<title>second</title>", std::nullopt);
   waitUntil([&] { return shown == 1; });
   EXPECT_EQ(journey->finished, 1);
+
+  // The page that is still shown takes the place of one that does not come.
+  connection.reset();
+  page->load(url + "/third", 30);
+  passFrames(30);
+  page->evaluateJavaScript("location.href = 'about:blank'", [](const Result<JSONAny>&) {});
+  waitUntil([&] { return shown == 2; });
+  passFrames(30);
+  EXPECT_EQ(journey->finished, 2);
   EXPECT_TRUE(journey->errors.empty());
 }
 

@@ -86,6 +86,11 @@ TEST_F(SDKTest, TheCoreGetsEverySwitchFromTheFacadesStore) {
   const auto config = BrellixPushSDKBuilder("", group).push().build();
   BrellixPushSDK::initialize(config);
   EXPECT_FALSE(config->storedSwitches().push.value_or(true)) << "no store, no switch";
+  EXPECT_EQ(config->push(), true) << "the configuration keeps it";
+  EXPECT_TRUE(config->analytics());
+  for (const auto& absent :
+       {config->crash(), config->geofence(), config->beacon(), config->custom(), config->location()})
+    EXPECT_FALSE(absent);
   EXPECT_TRUE(printed("\n***************\n Missing ApiKey! \n***************\n"));
 }
 

@@ -65,7 +65,8 @@ TEST_F(ServiceTest, WithoutItsImageTheTextIsDelivered) {
       {"https://i/x", status(200, std::string((10 << 20) + 1, 'x')), "Image can't be downloaded"},
       {"https://i/x", status(200, "<html>"), "Download Finished"},
       {"https://i/x", status(200, ""), "Download Finished"},
-      {"https://i/x", status(404, "gone"), "Download Finished"},
+      {"https://i/x", status(300, pngBeginning(1, 1)), "Image can't be downloaded"},
+      {"https://i/x", status(404, "gone"), "Image can't be downloaded"},
       {"https://i/x", status(200, pngBeginning(100000, 100000)), "Download Finished"},
   };
   for (const auto& c : cases) {

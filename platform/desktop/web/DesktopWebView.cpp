@@ -1,9 +1,16 @@
 #include "web/DesktopWebView.h"
 
+#include <string_view>
 #include <utility>
 
 namespace VorselKelp::desktop {
 namespace {
+
+/// What the engine shows in the place of a page that it refuses to load.
+constexpr const char* blankPage = "about:blank";
+
+/// How long a load that was cancelled may wait for the one that takes its place.
+constexpr guint successionMilliseconds = 250;
 
 struct PendingScript {
   std::weak_ptr<ui::View> view;
@@ -61,6 +68,7 @@ DesktopWebView::DesktopWebView(ui::WebViewConfiguration configuration, std::shar
 
 DesktopWebView::~DesktopWebView() {
   if (timeout_ != 0) g_source_remove(timeout_);
+  if (succession_ != 0) g_source_remove(succession_);
   g_signal_handlers_disconnect_by_data(view_, this);
   g_signal_handlers_disconnect_by_data(content_.get(), this);
   if (gtk_widget_get_parent(widget()) != nullptr) gtk_widget_unparent(widget());
@@ -97,7 +105,7 @@ void DesktopWebView::showBackground() {
   webkit_web_view_set_background_color(view_, &background);
 }
 
-void DesktopWebView::beginLoad() {
+void DesktopWebView::beginLoad(std::string url) {
   showBackground();
   webkit_user_content_manager_remove_all_scripts(content_.get());
   const auto add = [&](const std::string& source, bool topOnly, const char* world) {
@@ -120,17 +128,19 @@ void DesktopWebView::beginLoad() {
   }
   for (const auto& script : configuration_.userScripts) add(script.source, script.mainFrameOnly, nullptr);
   if (timeout_ != 0) g_source_remove(std::exchange(timeout_, 0));
+  if (succession_ != 0) g_source_remove(std::exchange(succession_, 0));
+  asked_ = std::move(url);
   started_ = false;
   loading_ = activity_->begin();
 }
 
 void DesktopWebView::loadHTMLString(const std::string& html, const std::optional<std::string>& baseUrl) {
-  beginLoad();
+  beginLoad(baseUrl.value_or(blankPage));
   webkit_web_view_load_html(view_, html.c_str(), baseUrl ? baseUrl->c_str() : nullptr);
 }
 
 void DesktopWebView::load(const std::string& url, double timeout) {
-  beginLoad();
+  beginLoad(url);
   timeout_ = g_timeout_add(
       static_cast<guint>(timeout * 1000),
       [](gpointer data) -> gboolean {
@@ -163,17 +173,51 @@ void DesktopWebView::endLoad(const Error* error) {
 }
 
 void DesktopWebView::onLoad(WebKitWebView*, WebKitLoadEvent event, DesktopWebView* self) {
-  if (event == WEBKIT_LOAD_STARTED) self->started_ = true;
-  if (event == WEBKIT_LOAD_COMMITTED && self->timeout_ != 0) {
-    g_source_remove(std::exchange(self->timeout_, 0));  // the page has answered
-  }
-  // What ends before this load has started is the one that it took the place of.
-  if (event == WEBKIT_LOAD_FINISHED && self->started_) self->endLoad(nullptr);
+  if (event == WEBKIT_LOAD_STARTED) self->started();
+  // What comes before this load has started is about the one that it took the place of.
+  if (!self->started_) return;
+  if (event == WEBKIT_LOAD_COMMITTED) self->committed();
+  if (event != WEBKIT_LOAD_FINISHED) return;
+  if (self->cancelled_) return self->waitForSuccessor();
+  self->endLoad(nullptr);
+}
+
+void DesktopWebView::started() {
+  if (succession_ != 0) g_source_remove(std::exchange(succession_, 0));
+  started_ = true;
+  cancelled_ = false;
+  if (!loading_) loading_ = activity_->begin();  // the page has begun it
+}
+
+void DesktopWebView::committed() {
+  if (timeout_ != 0) g_source_remove(std::exchange(timeout_, 0));  // the page has answered
+  const char* shown = webkit_web_view_get_uri(view_);
+  if (shown == nullptr || shown != std::string_view(blankPage) || asked_ == blankPage) return;
+  const Error error{"The page can't be shown: " + asked_};
+  endLoad(&error);
+}
+
+/// Another load has taken its place, and starts in a moment; or the page has stopped its own, and what there
+/// is of it is shown.
+void DesktopWebView::waitForSuccessor() {
+  if (succession_ != 0 || !loading_) return;
+  succession_ = g_timeout_add(
+      successionMilliseconds,
+      [](gpointer data) -> gboolean {
+        auto& self = *static_cast<DesktopWebView*>(data);
+        self.succession_ = 0;
+        const auto keep = self.shared_from_this();
+        self.endLoad(nullptr);
+        return G_SOURCE_REMOVE;
+      },
+      this);
 }
 
 gboolean DesktopWebView::onFailure(WebKitWebView*, WebKitLoadEvent, const char*, GError* error,
                                    DesktopWebView* self) {
-  if (g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED)) return TRUE;
+  if (!self->started_) return TRUE;
+  self->cancelled_ = g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED);
+  if (self->cancelled_) return TRUE;
   const Error failure{error->message, error->code};
   self->endLoad(&failure);
   return TRUE;  // no page of the engine's about it
@@ -182,13 +226,18 @@ gboolean DesktopWebView::onFailure(WebKitWebView*, WebKitLoadEvent, const char*,
 gboolean DesktopWebView::onPolicy(WebKitWebView*, WebKitPolicyDecision* decision,
                                   WebKitPolicyDecisionType type, DesktopWebView* self) {
   if (type != WEBKIT_POLICY_DECISION_TYPE_NAVIGATION_ACTION) return FALSE;
-  const auto delegate = self->navigationDelegate();
-  if (!delegate) return FALSE;
   auto* action =
       webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
-  const char* url = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
-  if (delegate->allowsNavigation(url != nullptr ? url : "")) return FALSE;
+  const char* text = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
+  const std::string url = text != nullptr ? text : "";
+  const auto delegate = self->navigationDelegate();
+  if (!delegate || delegate->allowsNavigation(url)) {
+    if (self->started_) self->asked_ = url;
+    return FALSE;
+  }
   webkit_policy_decision_ignore(decision);
+  const Error error{"The application does not let the page be shown"};
+  if (!self->started_) self->endLoad(&error);  // the engine says no more about it
   return TRUE;
 }
 

@@ -15,8 +15,9 @@ namespace VorselKelp::desktop {
 /// How long a page gets to be painted after it was loaded.
 inline constexpr double paintingSeconds = 0.3;
 
-/// A web page in WebKitGTK, in its sandbox and with a session of its own that keeps nothing. Make it with
-/// std::make_shared. Main thread.
+/// A web page in WebKitGTK, in its sandbox and with a session of its own that keeps nothing. Every load of a
+/// page is reported, whether the application began it or the page; one that another takes the place of is
+/// not. Make it with std::make_shared. Main thread.
 class DesktopWebView final : public WidgetWebView {
  public:
   /// Runs when a page has been loaded with all that belongs to it, or has failed. The screen counts as busy
@@ -40,8 +41,12 @@ class DesktopWebView final : public WidgetWebView {
 
  private:
   void connect();
-  void beginLoad();
+  /// `url`: what the engine will say that it shows.
+  void beginLoad(std::string url);
   void endLoad(const Error* error);
+  void started();
+  void committed();
+  void waitForSuccessor();
   void showBackground();
   void received(JSCValue* value);
 
@@ -61,8 +66,11 @@ class DesktopWebView final : public WidgetWebView {
   WebKitWebView* view_;
   std::shared_ptr<void> waiting_;
   std::shared_ptr<void> loading_;  ///< set while a page is being loaded
+  std::string asked_;              ///< the page that was asked for last
   bool started_ = false;           ///< the load under way is the one that the engine speaks of
+  bool cancelled_ = false;         ///< it was ended before its time
   guint timeout_ = 0;
+  guint succession_ = 0;
 };
 
 }  // namespace VorselKelp::desktop

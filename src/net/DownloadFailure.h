@@ -6,13 +6,13 @@
 
 namespace VorselKelp {
 
-/// Why a download brought nothing to show, in words; empty when it brought something. What a server sends
-/// with an error status is a page that says what went wrong, and not the picture.
+/// Why the download of a picture brought none, in words; empty when it brought something. What a server sends
+/// with a status above 299 is a page that says what went wrong, and not the picture.
 inline std::string failureOf(const platform::URLResult& result) {
   if (result.error) return result.error->description;
   if (!result.response || !result.body) return "no data came";
   const int status = result.response->statusCode;
-  return status >= 200 && status < 300 ? "" : "the server answered " + std::to_string(status);
+  return status <= 299 ? "" : "the server answered " + std::to_string(status);
 }
 
 }  // namespace VorselKelp
