@@ -4,6 +4,9 @@
 
 namespace VorselKelp::benchmarks {
 
+/// The first `initialize` of a process, with the store's opening, beside bare SQLite doing the same.
+[[nodiscard]] Line firstInitialize();
+
 /// The 99th percentile of `initialize`, beside that of the bare store operations.
 [[nodiscard]] Line initializeTail();
 

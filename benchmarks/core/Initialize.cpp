@@ -8,10 +8,12 @@
 
 #include "VorselKelp/VorselBuilder.h"
 #include "VorselKelpLinux/CurlURLSession.h"
+#include "core/BareStart.h"
 #include "core/Figures.h"
 #include "kellp/Kellp.h"
 #include "support/BareStore.h"
 #include "support/BenchmarkPlatform.h"
+#include "support/ChildProcess.h"
 #include "support/SystemCalls.h"
 
 namespace VorselKelp::benchmarks {
@@ -28,32 +30,13 @@ struct StartedCore {
   void start() { kellp->initialize(config); }
 };
 
-/// The reads and writes of one start whose installation was not reported yet.
-struct BareStart {
+/// The reads and writes of one start in a store of its own.
+struct BareCore {
   TemporaryFolder folder;
   BareStore store{folder.path + "/bare.sqlite"};
-  const std::string activity = "https://collection.vorsel.example/v2/activity?type=mobile";
 
-  BareStart() {
-    store.write("vs_session_num", "0");
-    store.write("vs_uniq_session_id", "1763173483.0481937265");
-  }
-  void start() {
-    store.begin();
-    const int sessions = std::stoi(store.read("vs_session_num")) + 1;
-    store.write("vs_session_num", std::to_string(sessions));
-    store.write("vs_session_id", "1763173483");
-    store.write("vs_visitedPCount", "0");
-    benchmark::DoNotOptimize(store.read("vs_uniq_session_id"));
-    benchmark::DoNotOptimize(store.read("vs_reg"));
-    store.write("vs_activity_url", activity);
-    store.write("vs_user_url", activity);
-    store.write("vs_crash", activity);
-    store.write("vs_config_url", activity);
-    store.commit();
-    benchmark::DoNotOptimize(store.read("vs_config_url"));
-    benchmark::DoNotOptimize(store.read("vs_last_modified"));
-  }
+  BareCore() { prepareBareStart(store); }
+  void start() { bareStart(store); }
 };
 
 template <class Start>
@@ -106,15 +89,24 @@ double callsOfOneStart(bool first) {
   return static_cast<double>(systemCalls(prepare, [&] { start->start(); }));
 }
 
+/// Microseconds from main to initialize's return, in processes of their own.
+Measured firstStarts(const TemporaryFolder& folder, const char* kind) {
+  constexpr int runs = 101;
+  std::vector<double> times;
+  for (int i = 0; i < runs; ++i)
+    times.push_back(static_cast<double>(printedNumber({FIRST_INITIALIZE, kind, folder.path})) / 1000);
+  return Measured(std::move(times));
+}
+
 BENCHMARK(starts<StartedCore>)->Name("initialize until it returns");
-BENCHMARK(starts<BareStart>)->Name("initialize, bare");
+BENCHMARK(starts<BareCore>)->Name("initialize, bare");
 
 }  // namespace
 
 Line initializeTail() {
   constexpr int rounds = 20000;
   StartedCore core;
-  BareStart bare;
+  BareCore bare;
   std::vector<double> coreTimes;
   std::vector<double> bareTimes;
   for (int i = 0; i < rounds; ++i) {
@@ -125,18 +117,25 @@ Line initializeTail() {
           percentile99(bareTimes),       0,    Line::Goal::none};
 }
 
+Line firstInitialize() {
+  const TemporaryFolder folder;
+  for (const char* kind : {"kelp", "bare"}) printedNumber({FIRST_INITIALIZE, kind, folder.path});  // makes it
+  return {"the first initialize of a process, from main on", "us", firstStarts(folder, "kelp"),
+          firstStarts(folder, "bare"), 1.3};
+}
+
 Line firstInitializeSystemCalls() {
   return {"the first initialize of a process, system calls",
           "",
           callsOfOneStart<FreshCore>(true),
-          callsOfOneStart<BareStart>(false),
+          callsOfOneStart<BareCore>(false),
           10,
           Line::Goal::difference};
 }
 
 Line initializeSystemCalls() {
   return {"a later initialize, system calls", "", callsOfOneStart<FreshCore>(false),
-          callsOfOneStart<BareStart>(false),  10, Line::Goal::difference};
+          callsOfOneStart<BareCore>(false),   10, Line::Goal::difference};
 }
 
 Line librarySize() {

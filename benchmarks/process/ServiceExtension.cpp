@@ -1,17 +1,18 @@
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/BareStore.h"
 #include "support/BenchmarkPlatform.h"
 #include "support/ChildProcess.h"
 #include "support/PictureServer.h"
-#include "support/ProcessMemory.h"
+#include "support/ProcessFigures.h"
+#include "support/SystemCalls.h"
 
 namespace VorselKelp::benchmarks {
 namespace {
@@ -34,7 +35,7 @@ struct Device {
     std::ofstream(folder.path + "/app.json")
         << R"({"bundleIdentifier":"com.example.news","version":"1.0","machine":"iPhone13,2","apiKey":"k-123",)"
            R"("appGroupId":"group.com.example.news","switches":{"push":true}})";
-    const BareStore made(folder.path + "/bare.sqlite");
+    const BareStore made(folder.path + "/bare.sqlite", 2048);
   }
 
   [[nodiscard]] std::vector<std::string> extension(int number) const {
@@ -42,9 +43,8 @@ struct Device {
             folder.path + "/app.json",    "--payload", folder.path + "/push.json", "--id",
             "n-" + std::to_string(number)};
   }
-  [[nodiscard]] std::vector<std::string> bare(int number) const {
-    return {BARE_EXECUTABLE, folder.path + "/push.json", folder.path + "/bare.sqlite",
-            "n-" + std::to_string(number)};
+  [[nodiscard]] std::vector<std::string> bare(int number, const char* program = BARE_EXECUTABLE) const {
+    return {program, folder.path + "/push.json", folder.path + "/bare.sqlite", "n-" + std::to_string(number)};
   }
 
   TemporaryFolder folder;
@@ -57,19 +57,27 @@ void extension(benchmark::State& state) {
   for (auto _ : state) runChild(device.extension(number++));
 }
 
-void bareExtension(benchmark::State& state) {
+void bareExtension(benchmark::State& state, const char* program) {
   const Device device;
   int number = 0;
-  runChild(device.bare(number++));
-  for (auto _ : state) runChild(device.bare(number++));
+  runChild(device.bare(number++, program));
+  for (auto _ : state) runChild(device.bare(number++, program));
 }
 
 template <class Command>
-double medianMemory(Command command, int runs = 21) {
-  std::vector<long> peaks;
-  for (int i = 0; i < runs; ++i) peaks.push_back(peakMemory(command(i)));
-  std::ranges::sort(peaks);
-  return static_cast<double>(peaks[peaks.size() / 2]) / 1024;
+Measured memory(Command command, int runs = 21) {
+  std::vector<double> peaks;
+  for (int i = 0; i < runs; ++i) peaks.push_back(static_cast<double>(peakMemory(command(i))) / 1024);
+  return Measured(std::move(peaks));
+}
+
+/// Of one process after the other on the same store, whose log grows and is taken in meanwhile.
+template <class Command>
+Measured calls(Command command) {
+  constexpr int runs = 61;
+  std::vector<double> counts;
+  for (int i = 0; i < runs; ++i) counts.push_back(static_cast<double>(systemCalls(command(i))));
+  return Measured(std::move(counts));
 }
 
 /// Whether a file of this size was written anywhere below the folder.
@@ -81,17 +89,28 @@ bool holdsFile(const std::string& folder, std::size_t size) {
 }
 
 BENCHMARK(extension)->Name("service extension, spawn to exit")->UseRealTime();
-BENCHMARK(bareExtension)->Name("service extension, bare")->UseRealTime();
+BENCHMARK_CAPTURE(bareExtension, , BARE_EXECUTABLE)->Name("bare extension")->UseRealTime();
+BENCHMARK_CAPTURE(bareExtension, , STATIC_EXECUTABLE)->Name("bare extension, static")->UseRealTime();
 
 }  // namespace
+
+Line serviceExtensionSystemCalls() {
+  const Device device;
+  return {"service extension, system calls from exec to exit",
+          "",
+          calls([&](int i) { return device.extension(i); }),
+          calls([&](int i) { return device.bare(i); }),
+          120,
+          Line::Goal::value};
+}
 
 Line serviceExtensionMemory() {
   const Device device;
   return {"service extension, peak memory",
           "MB",
-          medianMemory([&](int i) { return device.extension(i); }),
-          medianMemory([&](int i) { return device.bare(i); }),
-          1.5,
+          memory([&](int i) { return device.extension(i); }),
+          memory([&](int i) { return device.bare(i); }),
+          1.0,
           Line::Goal::difference};
 }
 
@@ -100,7 +119,7 @@ Line serviceExtensionImageMemory() {
   ::setenv("no_proxy", "127.0.0.1", 1);
   const PictureServer server(picture);
   const Device device(server.url());
-  const double peak = medianMemory([&](int i) { return device.extension(i); }, 5);
+  const Measured peak = memory([&](int i) { return device.extension(i); }, 5);
   if (!holdsFile(device.folder.path, picture.size())) std::abort();  // nothing was attached
   return {
       "service extension, JPEG of 10 MB and 48 megapixels, peak", "MB", peak, 0, 24, Line::Goal::difference};

@@ -1,23 +1,36 @@
 #include "support/BareStore.h"
 
 #include <cstdlib>
+#include <filesystem>
 
 namespace VorselKelp::benchmarks {
 
-BareStore::BareStore(const std::string& file) {
+namespace {
+
+void execute(sqlite3* database, const std::string& sql) {
+  if (sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) std::abort();
+}
+
+void make(sqlite3* database, int pageSize) {
+  execute(database,
+          "PRAGMA page_size=" + std::to_string(pageSize) +
+              "; PRAGMA journal_mode=WAL;"
+              "CREATE TABLE object(key TEXT PRIMARY KEY, value) WITHOUT ROWID;"
+              "CREATE TABLE entry(key TEXT, name TEXT, inner TEXT, value, PRIMARY KEY(key, name, inner)) "
+              "WITHOUT ROWID;");
+}
+
+}  // namespace
+
+BareStore::BareStore(const std::string& file, int pageSize) {
+  const bool missing = !std::filesystem::exists(file);
   if (sqlite3_open(file.c_str(), &database_) != SQLITE_OK) std::abort();
-  const char* schema =
-      "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL;"
-      "CREATE TABLE IF NOT EXISTS object(key TEXT PRIMARY KEY, value) WITHOUT ROWID;"
-      "CREATE TABLE IF NOT EXISTS entry(key TEXT, name TEXT, inner TEXT, value, PRIMARY KEY(key, name, "
-      "inner)) WITHOUT "
-      "ROWID;";
-  if (sqlite3_exec(database_, schema, nullptr, nullptr, nullptr) != SQLITE_OK) std::abort();
+  if (missing) make(database_, pageSize);
+  execute(database_, "PRAGMA synchronous=NORMAL");
   begin_ = prepare("BEGIN IMMEDIATE");
   commit_ = prepare("COMMIT");
   read_ = prepare("SELECT value FROM object WHERE key = ?");
   write_ = prepare("INSERT OR REPLACE INTO object VALUES(?, ?)");
-  writeEntry_ = prepare("INSERT OR REPLACE INTO entry VALUES(?, ?, ?, ?)");
 }
 
 BareStore::~BareStore() {
@@ -60,6 +73,7 @@ void BareStore::write(std::string_view key, std::string_view value) {
 
 void BareStore::writeEntry(std::string_view key, std::string_view name, std::string_view inner,
                            std::string_view value) {
+  if (!writeEntry_) writeEntry_ = prepare("INSERT OR REPLACE INTO entry VALUES(?, ?, ?, ?)");
   bind(writeEntry_, 1, key);
   bind(writeEntry_, 2, name);
   bind(writeEntry_, 3, inner);

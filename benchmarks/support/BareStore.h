@@ -12,7 +12,8 @@ namespace VorselKelp::benchmarks {
 /// key, one per map entry, the same journal. What the library's store is measured against.
 class BareStore {
  public:
-  explicit BareStore(const std::string& file);
+  /// Makes the store when it is missing.
+  explicit BareStore(const std::string& file, int pageSize = 4096);
   BareStore(const BareStore&) = delete;
   BareStore& operator=(const BareStore&) = delete;
   ~BareStore();

@@ -36,15 +36,19 @@ void runChild(const std::vector<std::string>& command) {
   run(command, dropped);
 }
 
-long peakMemory(std::vector<std::string> command) {
-  command.insert(command.begin(), PEAK_MEMORY_EXECUTABLE);
+long long printedNumber(const std::vector<std::string>& command) {
   std::FILE* const output = std::tmpfile();
   run(command, fileno(output));
   std::rewind(output);
-  long kibibytes = 0;
-  if (std::fscanf(output, "%ld", &kibibytes) != 1) std::exit(1);
+  long long number = 0;
+  if (std::fscanf(output, "%lld", &number) != 1) std::exit(1);
   std::fclose(output);
-  return kibibytes;
+  return number;
+}
+
+long long peakMemory(std::vector<std::string> command) {
+  command.insert(command.begin(), PEAK_MEMORY_EXECUTABLE);
+  return printedNumber(command);
 }
 
 }  // namespace VorselKelp::benchmarks

@@ -9,7 +9,10 @@ namespace VorselKelp::benchmarks {
 /// something that does not work is none.
 void runChild(const std::vector<std::string>& command);
 
-/// The same, and answers the program's peak memory in KiB.
-long peakMemory(std::vector<std::string> command);
+/// The same, and answers the one number that the program prints.
+long long printedNumber(const std::vector<std::string>& command);
+
+/// Answers the program's peak memory in KiB.
+long long peakMemory(std::vector<std::string> command);
 
 }  // namespace VorselKelp::benchmarks

@@ -1,5 +1,6 @@
 #include "support/SystemCalls.h"
 
+#include <fcntl.h>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -28,6 +29,17 @@ void give(const char* what) {
   work();
   syscall(marker);
   _exit(0);
+}
+
+[[noreturn]] void execTraced(const std::vector<std::string>& command) {
+  if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) _exit(1);
+  const int dropped = open("/dev/null", O_WRONLY | O_CLOEXEC);
+  dup2(dropped, STDOUT_FILENO);
+  std::vector<char*> arguments;
+  for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
+  arguments.push_back(nullptr);
+  execv(arguments[0], arguments.data());
+  _exit(1);
 }
 
 /// The number of the call that the stopped process is about to make, or -1 when it is just leaving one.
@@ -63,6 +75,24 @@ long systemCalls(platform::FunctionRef<void()> prepare, platform::FunctionRef<vo
   if (markers < 2) give("a traced process ended early");
   kill(child, SIGKILL);
   waitpid(child, &status, 0);
+  return count;
+}
+
+long systemCalls(const std::vector<std::string>& command) {
+  const pid_t child = fork();
+  if (child < 0) give("fork");
+  if (child == 0) execTraced(command);
+
+  int status = 0;
+  long count = 0;
+  waitpid(child, &status, 0);  // stopped by exec
+  ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_TRACECLONE | PTRACE_O_EXITKILL);
+  for (pid_t thread = child; thread != child || WIFSTOPPED(status); thread = waitpid(-1, &status, __WALL)) {
+    if (!WIFSTOPPED(status)) continue;
+    if (WSTOPSIG(status) == (SIGTRAP | 0x80) && enteredCall(thread) >= 0) ++count;
+    ptrace(PTRACE_SYSCALL, thread, nullptr, nullptr);
+  }
+  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) give("a traced program failed");
   return count;
 }
 

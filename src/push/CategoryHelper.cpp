@@ -91,7 +91,8 @@ std::vector<NotificationCategory> CategoryHelper::currentCategories() {
 std::vector<std::string> CategoryHelper::storedIdentifiers() {
   const auto standard = context_->services->userDefaults->standard();
   const auto stored = standard->object(keyText(StorageKey::category));
-  if (const auto* list = stored ? stored->as<platform::TextList>() : nullptr) return *list;
+  if (!stored) return {};
+  if (const auto* list = stored->as<platform::TextList>()) return *list;
   standard->setObject(keyText(StorageKey::category), {platform::TextList{}});
   return {};
 }

@@ -213,10 +213,10 @@ class Device:
         return store.json["group"], shown.json
 
     def files(self):
-        """Relative paths of all files, those of closed stores left out."""
+        """Relative paths of all files, those of closed stores and of categories left out."""
         found = glob.glob(self.home + "/**/*", recursive=True, include_hidden=True)
         return sorted(os.path.relpath(path, self.home) for path in found
-                      if os.path.isfile(path) and not path.endswith((".sqlite", ".lock")))
+                      if os.path.isfile(path) and not path.endswith((".sqlite", ".lock", ".categories")))
 
     def grow_old(self):
         """As if hours had passed since the passing files were left behind."""

@@ -12,7 +12,7 @@
 namespace VorselKelp::linux_platform {
 namespace {
 
-constexpr int schemaVersion = 1;
+constexpr int schemaVersion = 2;
 constexpr int lockPatience = 10'000;  // milliseconds
 
 // A notification is held in one of three states: pending (0), delivered (1), tapped (2).
@@ -21,14 +21,12 @@ CREATE TABLE device(name TEXT PRIMARY KEY, value) WITHOUT ROWID;
 CREATE TABLE application(identifier TEXT PRIMARY KEY, authorization INTEGER NOT NULL DEFAULT 0,
                          registered INTEGER NOT NULL DEFAULT 0, token BLOB, badge INTEGER NOT NULL DEFAULT 0)
   WITHOUT ROWID;
-CREATE TABLE category(application TEXT, identifier TEXT, actions TEXT NOT NULL, dismissAction INTEGER NOT NULL,
-                      PRIMARY KEY(application, identifier)) WITHOUT ROWID;
 CREATE TABLE notification(serial INTEGER PRIMARY KEY, application TEXT NOT NULL, identifier TEXT NOT NULL,
                           state INTEGER NOT NULL, due REAL NOT NULL, seconds REAL, repeats INTEGER,
                           content TEXT NOT NULL, userInfo BLOB NOT NULL, infoIsBytes INTEGER NOT NULL);
 CREATE UNIQUE INDEX notificationByName ON notification(application, identifier, state);
 CREATE INDEX notificationByTime ON notification(application, state, due);
-PRAGMA user_version = 1;
+PRAGMA user_version = 2;
 )";
 
 Error unusable(const std::string& path, const std::string& reason, int code) {

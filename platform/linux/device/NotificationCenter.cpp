@@ -1,9 +1,9 @@
 #include <algorithm>
-#include <map>
 #include <mutex>
 
 #include "VorselKelpLinux/DeviceServices.h"
 #include "VorselKelpLinux/LineSink.h"
+#include "device/CategoryCoding.h"
 
 namespace VorselKelp::linux_platform {
 namespace {
@@ -11,7 +11,6 @@ namespace {
 using platform::AuthorizationStatus;
 using platform::NotificationCategory;
 using Answer = platform::UniqueFunction<void(bool, std::optional<Error>)>;
-using CategoryMap = std::map<std::string, NotificationCategory>;
 
 bool grants(AuthorizationStatus status) {
   return status != AuthorizationStatus::notDetermined && status != AuthorizationStatus::denied;

@@ -91,19 +91,6 @@ JSONAny encodeActions(const std::vector<platform::NotificationAction>& actions) 
   return list;
 }
 
-std::vector<platform::NotificationAction> decodeActions(const JSONAny& json) {
-  std::vector<platform::NotificationAction> actions;
-  if (const auto* list = json.as<JSONAny::List>()) {
-    for (const auto& element : *list) {
-      const auto option = textAt(element, "option") == "destructive"
-                              ? platform::NotificationActionOption::destructive
-                              : platform::NotificationActionOption::foreground;
-      actions.push_back({textAt(element, "identifier"), textAt(element, "title"), option});
-    }
-  }
-  return actions;
-}
-
 JSONAny encodeContent(const NotificationContent& content) {
   JSONAny::List attachments;
   for (const auto& file : content.attachments) {

@@ -5,6 +5,7 @@
 
 #include "VorselKelpLinux/DeviceHome.h"
 #include "VorselKelpLinux/NotificationRecords.h"
+#include "device/CategoryFile.h"
 #include "device/DeviceDatabase.h"
 #include "device/NotificationShelf.h"
 #include "runtime/SystemRandom.h"
@@ -42,6 +43,7 @@ bool isPossible(const platform::TimeIntervalTrigger& trigger) {
 SimulatedDevice::SimulatedDevice(const DeviceHome& home, std::string application)
     : application_(std::move(application)),
       database_(std::make_unique<DeviceDatabase>(home.database())),
+      categories_(std::make_unique<CategoryFile>(home.categories(application_))),
       shelf_(std::make_unique<NotificationShelf>(application_, home.attachments())) {}
 
 SimulatedDevice::~SimulatedDevice() = default;
@@ -104,47 +106,23 @@ std::optional<std::string> SimulatedDevice::remoteToken() {
 }
 
 std::vector<platform::NotificationCategory> SimulatedDevice::categories() {
-  std::vector<platform::NotificationCategory> found;
-  use([&](Connection& database) {
-    Statement rows(database,
-                   "SELECT identifier, actions, dismissAction FROM category WHERE application = ?1");
-    rows.bind(1, application_);
-    while (rows.step()) {
-      auto& category = found.emplace_back();
-      category.identifier = rows.text(0);
-      const auto actions = rows.text(1);
-      if (actions != "[]") {
-        if (const auto json = JSONAny::decode(actions)) category.actions = decodeActions(*json);
-      }
-      category.customDismissAction = rows.integer(2) != 0;
-    }
-  });
-  return found;
+  auto read = categories_->read();
+  if (read) return *std::move(read);
+  reportCategories(read.error());
+  return {};
 }
 
 std::vector<platform::NotificationAction> SimulatedDevice::actionsOf(const std::string& category) {
-  std::vector<platform::NotificationAction> actions;
-  use([&](Connection& database) {
-    Statement row(database, "SELECT actions FROM category WHERE application = ?1 AND identifier = ?2");
-    if (!row.bind(1, application_).bind(2, category).step()) return;
-    if (const auto json = JSONAny::decode(row.text(0))) actions = decodeActions(*json);
-  });
-  return actions;
+  for (auto& known : categories()) {
+    if (known.identifier == category) return std::move(known.actions);
+  }
+  return {};
 }
 
 void SimulatedDevice::changeCategories(const std::vector<std::string>& removed,
                                        const std::vector<platform::NotificationCategory>& written) {
   if (removed.empty() && written.empty()) return;
-  transact([&](Connection& database) {
-    Statement remove(database, "DELETE FROM category WHERE application = ?1 AND identifier = ?2");
-    for (const auto& identifier : removed) remove.bind(1, application_).bind(2, identifier).run();
-    Statement write(database, "INSERT OR REPLACE INTO category VALUES(?1, ?2, ?3, ?4)");
-    for (const auto& category : written) {
-      write.bind(1, application_).bind(2, category.identifier);
-      write.bind(3, encodeLossy(encodeActions(category.actions)));
-      write.bind(4, std::int64_t{category.customDismissAction}).run();
-    }
-  });
+  reportCategories(categories_->change(removed, written));
 }
 
 Result<platform::NotificationRequest> SimulatedDevice::deliver(platform::NotificationRequest request) {
@@ -276,6 +254,12 @@ Status SimulatedDevice::changeShelf(platform::FunctionRef<void(Connection&)> wor
 
 void SimulatedDevice::changeOrReport(platform::FunctionRef<void(Connection&)> work) {
   database_->report(changeShelf(work));
+}
+
+void SimulatedDevice::reportCategories(const Status& status) {
+  if (status) return;
+  database_->report(Error{"Cannot use the simulated device's categories " + status.error().description,
+                          status.error().code});
 }
 
 void SimulatedDevice::use(platform::FunctionRef<void(Connection&)> work) {

@@ -52,14 +52,15 @@ Result<std::string> readWholeFile(const std::string& path, std::size_t limit) {
   // One byte more than it seems to have, and on from there: the file may grow while it is read.
   std::string bytes;
   std::size_t filled = 0;
-  for (;;) {
+  for (bool more = true; more;) {
     bytes.resize(std::max(size + 1, filled + (std::size_t{64} << 10)));
     const auto got = ::read(file.number(), bytes.data() + filled, bytes.size() - filled);
     if (got < 0 && errno == EINTR) continue;
     if (got < 0) return systemError(path);
-    if (got == 0) break;
     filled += static_cast<std::size_t>(got);
     if (filled > limit) return tooLarge();
+    // What is there, with room left for more, is all of it.
+    more = got > 0 && (filled < size || filled == bytes.size());
   }
   bytes.resize(filled);
   return bytes;

@@ -18,7 +18,7 @@ std::shared_ptr<platform::Platform> makePlatform(const Manifest& manifest, Proce
   defaults.containerPath = [files = made->fileManager](std::string_view group) {
     return files->containerPath(group);
   };
-  defaults.flushInBackground = kind == ProcessKind::application;
+  defaults.shortLived = kind != ProcessKind::application;
   made->userDefaults = makeUserDefaults(std::move(defaults));
   made->urlSession = std::move(services.urlSession);
   made->bundle = makeBundleInformation(manifest, kind);

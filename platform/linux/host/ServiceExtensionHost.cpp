@@ -7,6 +7,7 @@
 #include "host/ExitStatus.h"
 #include "host/HostedProcess.h"
 #include "host/LeaveCore.h"
+#include "host/ShortLife.h"
 #include "host/StaleFiles.h"
 
 namespace VorselKelp::linux_platform {
@@ -109,6 +110,7 @@ class ExtensionRun {
 }  // namespace
 
 int runServiceExtension(int argc, const char* const* argv, ServiceExtension& extension) {
+  prepareShortLife();
   auto options = readOptions(argc, argv);
   if (!options) return exitWith(options.error().description, 2);
   auto manifest = loadManifest(options->manifest);

@@ -1,12 +1,9 @@
 #include "VorselKelpLinux/Manifest.h"
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <filesystem>
-#include <memory>
 
 #include "VorselKelp/JSONAny.h"
+#include "files/FileIO.h"
 
 namespace VorselKelp::linux_platform {
 namespace {
@@ -190,18 +187,9 @@ Result<Manifest> parseManifest(std::string_view text) {
 }
 
 Result<Manifest> loadManifest(const std::string& path) {
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rbe"), &std::fclose);
-  if (file == nullptr) return Error{"Cannot read the manifest " + path + ": " + std::strerror(errno)};
-  std::string text;
-  char block[4096];
-  while (const auto got = std::fread(block, 1, sizeof block, file.get())) {
-    text.append(block, got);
-    if (text.size() > manifestLimit) break;
-  }
-  if (std::ferror(file.get()) != 0 || text.size() > manifestLimit) {
-    return Error{"Cannot read the manifest " + path + ": it is no file of at most 1 MiB"};
-  }
-  auto manifest = parseManifest(text);
+  const auto text = readWholeFile(path, manifestLimit);
+  if (!text) return Error{"Cannot read the manifest " + text.error().description};
+  auto manifest = parseManifest(*text);
   if (!manifest) return Error{"The manifest " + path + " is wrong: " + manifest.error().description};
   auto& programs = manifest->programs;
   for (auto* program : {&programs.application, &programs.service, &programs.content})

@@ -5,6 +5,9 @@
 #include <algorithm>
 #include <cstring>
 #include <thread>
+#include <utility>
+
+#include "store/AbsolutePaths.h"
 
 namespace VorselKelp::linux_platform {
 namespace {
@@ -14,6 +17,10 @@ using namespace std::chrono_literals;
 /// How long a write waits for another process after one has waited in vain: a process that holds the lock for
 /// ever must not cost every later write the full time.
 constexpr std::chrono::milliseconds spentPatience = 50ms;
+
+/// Taking the log into the database forces both files to the disk, and whoever writes then waits for it:
+/// seldom, but before the log has grown to more than 4 MiB.
+constexpr int mostLogPages = 2000;
 
 const char* textOf(Sql sql) {
   switch (sql) {
@@ -66,14 +73,15 @@ Database::~Database() {
   close();
 }
 
-bool Database::open(const std::string& name, int flags) {
-  const int code =
-      sqlite3_open_v2(name.c_str(), &handle_, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
+bool Database::open(const std::string& path, int flags) {
+  const int code = sqlite3_open_v2(path.c_str(), &handle_,
+                                   flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, absolutePaths());
   if (code != SQLITE_OK) {
     fail(code);
     return false;
   }
   sqlite3_busy_handler(handle_, &Database::waitForLock, this);
+  sqlite3_wal_hook(handle_, &Database::noteLog, this);
   tidyLogWhenClosing(false);
   return true;
 }
@@ -82,8 +90,19 @@ void Database::tidyLogWhenClosing(bool tidy) {
   sqlite3_db_config(handle_, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, tidy ? 0 : 1, nullptr);
 }
 
-void Database::letLogGrow(int pages) {
-  sqlite3_wal_autocheckpoint(handle_, pages);
+int Database::noteLog(void* self, sqlite3* handle, const char* name, int pages) {
+  static_cast<Database*>(self)->logPages_ = pages;
+  // What can't be taken in now, because another process reads it, is with a later write.
+  if (pages >= mostLogPages)
+    sqlite3_wal_checkpoint_v2(handle, name, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
+  return SQLITE_OK;
+}
+
+bool Database::takeLogIn() {
+  const auto patience = std::exchange(patience_, 0ms);
+  const int code = sqlite3_wal_checkpoint_v2(handle_, "main", SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr);
+  patience_ = patience;
+  return code == SQLITE_OK;
 }
 
 bool Database::close() {
@@ -102,6 +121,10 @@ bool Database::execute(const char* sql) {
   const int code = sqlite3_exec(handle_, sql, nullptr, nullptr, nullptr);
   if (code != SQLITE_OK) fail(code);
   return code == SQLITE_OK;
+}
+
+void Database::endReading() {
+  if (inTransaction()) sqlite3_exec(handle_, "COMMIT", nullptr, nullptr, nullptr);
 }
 
 std::int64_t Database::number(const char* sql) {

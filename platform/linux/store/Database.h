@@ -76,18 +76,23 @@ class Database {
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
 
-  /// Opens the database; `flags` are SQLite's. False after an error.
-  bool open(const std::string& name, int flags);
+  /// Opens the database; `flags` are SQLite's, and the path must be absolute. False after an error.
+  bool open(const std::string& path, int flags);
   /// Whether closing the last connection brings the log into the database and removes it. Off at first:
   /// SQLite finds the log by its name, and a connection to a file that was moved away would remove its
-  /// successor's.
+  /// successor's. A log that stays saves the next process to make one.
   void tidyLogWhenClosing(bool tidy);
-  /// How many pages the log may have before a write takes it into the database.
-  void letLogGrow(int pages);
+  /// How many pages the log had after the last write of this connection; 0 before the first.
+  [[nodiscard]] int logPages() const { return logPages_; }
+  /// Takes the log into the database, all of it durable then, and leaves it empty. False, without waiting,
+  /// when another process is reading or writing.
+  bool takeLogIn();
   /// Closes it; false when an error came up to then or while closing.
   bool close();
   /// For what is executed once: schema and pragmas.
   bool execute(const char* sql);
+  /// Ends a transaction that was opened for reading alone; does nothing when there is none.
+  void endReading();
   /// The first column of the only row of a statement executed once; 0 after an error.
   std::int64_t number(const char* sql);
   /// Undoes an open transaction, also after an error, which stays.
@@ -105,8 +110,10 @@ class Database {
   sqlite3_stmt* prepared(Sql sql);
   void fail(int code);
   static int waitForLock(void* self, int attempt);
+  static int noteLog(void* self, sqlite3* handle, const char* name, int pages);
 
   sqlite3* handle_ = nullptr;
+  int logPages_ = 0;
   std::array<sqlite3_stmt*, static_cast<std::size_t>(Sql::count)> statements_{};
   int error_ = 0;
   std::string reason_;

@@ -13,14 +13,14 @@ namespace {
 
 constexpr auto gathering = std::chrono::milliseconds(50);
 
-void flush(const std::string& logPath) {
+}  // namespace
+
+void flushLog(const std::string& logPath) {
   const int descriptor = ::open(logPath.c_str(), O_RDONLY | O_CLOEXEC);
   if (descriptor < 0) return;  // no log: nothing was written, or all of it is in the database
   ::fdatasync(descriptor);
   ::close(descriptor);
 }
-
-}  // namespace
 
 Flusher::~Flusher() {
   {
@@ -33,7 +33,7 @@ Flusher::~Flusher() {
 
 void Flusher::request(const std::string& logPath) {
   const std::lock_guard lock(mutex_);
-  if (!pending_.insert(logPath).second || !inBackground_) return;
+  if (!pending_.insert(logPath).second) return;
   if (thread_.joinable()) {
     changed_.notify_all();
   } else {
@@ -46,7 +46,7 @@ void Flusher::finish(const std::string& logPath) {
     const std::lock_guard lock(mutex_);
     if (pending_.erase(logPath) == 0 && !underWay_.contains(logPath)) return;
   }
-  flush(logPath);
+  flushLog(logPath);
 }
 
 void Flusher::run() {
@@ -62,7 +62,7 @@ void Flusher::flushPending(std::unique_lock<std::mutex>& lock) {
   underWay_ = std::exchange(pending_, {});
   const auto logs = underWay_;
   lock.unlock();
-  for (const auto& log : logs) flush(log);
+  for (const auto& log : logs) flushLog(log);
   lock.lock();
   underWay_.clear();
 }

@@ -8,13 +8,16 @@
 
 namespace VorselKelp::linux_platform {
 
+/// Makes one log durable now. A folder that has known the log for longer than this process need not be told
+/// again, which SQLite's own way would do.
+void flushLog(const std::string& logPath);
+
 /// Makes write-ahead logs durable beside the connections that write them: it forces the log file to the disk
 /// through a descriptor of its own, so that nobody waits. What has left the log is durable already, since a
 /// checkpoint forces both files. Safe for any thread; the thread of its own starts with the first request.
 class Flusher {
  public:
-  /// Without `inBackground` a log is made durable by finish() alone, and no thread is started.
-  explicit Flusher(bool inBackground) : inBackground_(inBackground) {}
+  Flusher() = default;
   /// Every log asked for is durable when this returns.
   ~Flusher();
   Flusher(const Flusher&) = delete;
@@ -29,7 +32,6 @@ class Flusher {
   void run();
   void flushPending(std::unique_lock<std::mutex>& lock);
 
-  const bool inBackground_;
   std::mutex mutex_;
   std::condition_variable changed_;
   std::set<std::string> pending_;

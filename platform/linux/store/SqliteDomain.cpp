@@ -17,34 +17,50 @@ constexpr int mostReplacements = 3;
 
 constexpr std::chrono::seconds lookingInterval{1};
 
+/// What a short-lived process leaves in the log is read by the next one as a whole. From this many pages on
+/// it is dearer to read than to take in, with its two or three waits for the disk, once in so many
+/// deliveries.
+constexpr int longLog = 48;
+
 }  // namespace
 
-SqliteDomain::SqliteDomain(StoreFile file, std::shared_ptr<Flusher> flusher)
-    : file_(std::move(file)), store_(file_.open()), flusher_(std::move(flusher)) {}
+SqliteDomain::SqliteDomain(StoreFile file, Opening opening, std::shared_ptr<Flusher> flusher)
+    : file_(std::move(file)), flusher_(std::move(flusher)), opened_(opening == Opening::now) {
+  if (opened_) store_ = file_.open();
+}
 
 SqliteDomain::~SqliteDomain() {
   if (store_.database) {
-    store_.database->tidyLogWhenClosing(!store_.readOnly && file_.isCurrent(store_));
+    if (!store_.readOnly) settleLog();
     store_.database->close();
   }
-  // The last connection has taken the log into the database and made that durable; then there is no log any
-  // more.
-  flusher_->finish(file_.logPath());
+  if (flusher_) flusher_->finish(file_.logPath());
+}
+
+/// The log is found by its name: that of a file which was moved away is left alone.
+void SqliteDomain::settleLog() {
+  auto& database = *store_.database;
+  database.endReading();
+  const bool takeIn = !file_.shortLived() || database.logPages() > longLog;
+  if (takeIn && file_.isCurrent(store_) && database.takeLogIn()) return;
+  if (unsynchronized_) flushLog(file_.logPath());
 }
 
 template <class Work>
 std::optional<DefaultsValue> SqliteDomain::read(Work work) {
   const std::lock_guard lock(mutex_);
-  if (!ready()) return {};
+  if (!ready(false)) return {};
   auto value = work(DefaultsStore(*store_.database));
   noteError();
+  if (depth_ == 0) store_.database->endReading();
   return value;
 }
 
 template <class Work>
 void SqliteDomain::write(Work work) {
   const std::lock_guard lock(mutex_);
-  if (!ready() || dropping_) return;
+  if (!ready(true) || dropping_) return;
+  if (depth_ == 0) store_.database->endReading();
   work(DefaultsStore(*store_.database));
   noteError();
 }
@@ -85,10 +101,11 @@ void SqliteDomain::removeMapEntry(std::string_view key, EntryPath path, MapKind 
 
 bool SqliteDomain::transact(platform::FunctionRef<void()> work) {
   const std::lock_guard lock(mutex_);
-  if (depth_ > 0 || !ready()) {
+  if (depth_ > 0 || !ready(true)) {
     work();
     return depth_ > 0 && !dropping_;
   }
+  store_.database->endReading();
   const bool begun = Database::Query(*store_.database, Sql::begin).run();
   dropping_ = !begun;
   noteError();
@@ -120,7 +137,7 @@ bool SqliteDomain::endTransaction(bool begun) {
   --depth_;
   dropping_ = false;
   noteError();
-  if (std::exchange(synchronizeAfter_, false)) flusher_->request(file_.logPath());
+  if (std::exchange(synchronizeAfter_, false)) makeDurable();
   return committed;
 }
 
@@ -130,12 +147,24 @@ void SqliteDomain::synchronize() {
   if (depth_ > 0) {
     synchronizeAfter_ = true;
   } else {
+    makeDurable();
+  }
+}
+
+void SqliteDomain::makeDurable() {
+  if (flusher_) {
     flusher_->request(file_.logPath());
+  } else {
+    unsynchronized_ = true;
   }
 }
 
 /// True when there is a database to use.
-bool SqliteDomain::ready() {
+bool SqliteDomain::ready(bool forWriting) {
+  if (!opened_ && (forWriting || !file_.isMissing())) {
+    opened_ = true;
+    store_ = file_.open();
+  }
   if (depth_ == 0 && store_.database) {
     if (damaged_) {
       replaceDamaged();

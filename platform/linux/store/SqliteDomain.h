@@ -17,7 +17,13 @@ namespace VorselKelp::linux_platform {
 /// write is dropped; the line that says why has been written by then.
 class SqliteDomain final : public platform::DefaultsDomain {
  public:
-  SqliteDomain(StoreFile file, std::shared_ptr<Flusher> flusher);
+  /// When the store is opened, and made if it is missing: at once, or by the first use. By use, a store that
+  /// is missing is not made for a reading.
+  enum class Opening { now, byUse };
+
+  /// `flusher` makes the log durable for a process that goes on; null in one that is short-lived, whose log
+  /// becomes so when the domain is closed.
+  SqliteDomain(StoreFile file, Opening opening, std::shared_ptr<Flusher> flusher);
   ~SqliteDomain() override;
   SqliteDomain(const SqliteDomain&) = delete;
   SqliteDomain& operator=(const SqliteDomain&) = delete;
@@ -40,7 +46,9 @@ class SqliteDomain final : public platform::DefaultsDomain {
   std::optional<platform::DefaultsValue> read(Work work);
   template <class Work>
   void write(Work work);
-  bool ready();
+  bool ready(bool forWriting);
+  void makeDurable();
+  void settleLog();
   void replaceDamaged();
   void followFile();
   void noteError();
@@ -51,6 +59,8 @@ class SqliteDomain final : public platform::DefaultsDomain {
   StoreFile file_;
   OpenStore store_;
   std::shared_ptr<Flusher> flusher_;
+  bool opened_;
+  bool unsynchronized_ = false;
   std::set<int> reported_;
   int depth_ = 0;
   bool dropping_ = false;

@@ -27,7 +27,8 @@ class SqliteUserDefaults final : public platform::UserDefaults {
     if (const auto known = suites_.find(name); known != suites_.end()) return known->second;
     const auto container = options_.containerPath ? options_.containerPath(name) : std::nullopt;
     if (!container) return standardLocked();
-    auto domain = domainAt(*container + "/Library/Preferences/" + safeName(name) + ".sqlite");
+    auto domain = domainAt(*container + "/Library/Preferences/" + safeName(name) + ".sqlite",
+                           SqliteDomain::Opening::now);
     if (!domain->isOpen()) domain = nullptr;
     // A refusal is kept as well: the reason has been told, and a domain that appears later would split the
     // data.
@@ -37,17 +38,18 @@ class SqliteUserDefaults final : public platform::UserDefaults {
 
  private:
   std::shared_ptr<platform::DefaultsDomain> standardLocked() {
-    if (!standard_) standard_ = domainAt(options_.standardFile);
+    if (!standard_) standard_ = domainAt(options_.standardFile, SqliteDomain::Opening::byUse);
     return standard_;
   }
 
-  std::shared_ptr<SqliteDomain> domainAt(const std::string& path) {
-    return std::make_shared<SqliteDomain>(StoreFile(path, options_.lockPatience, options_.report), flusher_);
+  std::shared_ptr<SqliteDomain> domainAt(const std::string& path, SqliteDomain::Opening opening) {
+    return std::make_shared<SqliteDomain>(
+        StoreFile(path, options_.shortLived, options_.lockPatience, options_.report), opening, flusher_);
   }
 
   std::mutex mutex_;
   UserDefaultsOptions options_;
-  std::shared_ptr<Flusher> flusher_ = std::make_shared<Flusher>(options_.flushInBackground);
+  const std::shared_ptr<Flusher> flusher_ = options_.shortLived ? nullptr : std::make_shared<Flusher>();
   std::shared_ptr<SqliteDomain> standard_;
   std::map<std::string, std::shared_ptr<SqliteDomain>, std::less<>> suites_;
 };

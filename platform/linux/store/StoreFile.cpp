@@ -18,10 +18,6 @@ namespace {
 constexpr std::int64_t schemaVersion = 1;
 constexpr auto lockPatience = std::chrono::milliseconds(5000);
 
-/// Taking the log into the database forces both files to the disk, and whoever writes then waits for it:
-/// seldom, but before the log has grown to more than 4 MiB.
-constexpr int logPages = 2000;
-
 /// The fresh store is invisible until it is renamed, so nothing has to survive while it is being made. Rows
 /// are small, and a write copies whole pages: with pages of 2 KiB a set costs a sixth less than with 4 KiB.
 constexpr const char* creation =
@@ -116,6 +112,11 @@ OpenStore StoreFile::openOrCreate(const OpenStore* damaged, std::string reason) 
   return attempt.state == State::open ? std::move(attempt.store) : OpenStore{};
 }
 
+bool StoreFile::isMissing() const {
+  struct stat status {};
+  return ::stat(path_.c_str(), &status) != 0 && errno == ENOENT;
+}
+
 bool StoreFile::isCurrent(const OpenStore& store) const {
   struct stat status {};
   return ::stat(path_.c_str(), &status) == 0 && store.identity == FileIdentity{status.st_dev, status.st_ino};
@@ -144,8 +145,8 @@ StoreFile::Attempt StoreFile::tryOpen() const {
 StoreFile::Attempt StoreFile::tryOpenOnce() const {
   auto database = std::make_unique<Database>(lockPatience_);
   database->open(path_, SQLITE_OPEN_READWRITE);
-  database->execute("PRAGMA synchronous = NORMAL");
-  database->letLogGrow(logPages);
+  // What is read first is read under the same lock, where it is read at once.
+  database->execute("PRAGMA synchronous = NORMAL; BEGIN");
   const auto version = database->number("PRAGMA user_version");
   const int code = database->takeError();
   if (isDamage(code)) return {State::damaged, {}, database->reason()};
@@ -153,6 +154,7 @@ StoreFile::Attempt StoreFile::tryOpenOnce() const {
   if (code != SQLITE_OK) return {State::failed, {}, database->reason()};
   if (version > schemaVersion) return {State::failed, {}, "a newer version of this library made it"};
   if (version != schemaVersion) return {State::damaged, {}, "it is a database of something else"};
+  if (!shortLived_) database->endReading();
   return {State::open, {std::move(database)}, {}};
 }
 

@@ -33,12 +33,21 @@ struct OpenStore {
 /// what can't be read there is damaged and never a store that is still being made.
 class StoreFile {
  public:
-  StoreFile(std::string path, std::chrono::milliseconds lockPatience, LineSink report)
-      : path_(std::move(path)), lockPatience_(lockPatience), report_(std::move(report)) {}
+  /// A process that is `shortLived` uses a store as soon as it has opened it.
+  StoreFile(std::string path, bool shortLived, std::chrono::milliseconds lockPatience, LineSink report)
+      : path_(std::move(path)),
+        shortLived_(shortLived),
+        lockPatience_(lockPatience),
+        report_(std::move(report)) {}
+
+  [[nodiscard]] bool shortLived() const { return shortLived_; }
 
   /// Opens the store and makes it when it is missing; one that is damaged is moved aside, with a line that
-  /// says so. Without a database when that fails, with a line that gives the reason.
+  /// says so. Without a database when that fails, with a line that gives the reason. In a short-lived process
+  /// the store comes with a transaction for reading open.
   [[nodiscard]] OpenStore open();
+  /// Whether open() would make it.
+  [[nodiscard]] bool isMissing() const;
 
   /// For a store that was found damaged after it was opened: moves it aside, unless another process has done
   /// so, and opens the one that then stands there. Close `damaged` first.
@@ -66,6 +75,7 @@ class StoreFile {
   bool create() const;
 
   std::string path_;
+  bool shortLived_;
   std::chrono::milliseconds lockPatience_;
   LineSink report_;
 };

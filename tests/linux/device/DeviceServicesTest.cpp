@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 
 #include "VorselKelpLinux/DeviceHome.h"
 #include "VorselKelpLinux/EventLoop.h"
@@ -93,6 +95,23 @@ TEST_F(DeviceServicesTest, AddsCategoriesOfTwoProcessesTogether) {
   EXPECT_EQ(all[0], kept);
   EXPECT_EQ(all[1].identifier, "of one");
   EXPECT_EQ(all[2].identifier, "of two");
+
+  // A name is any text; what was half written does not count, and does not harm what comes behind it.
+  const platform::NotificationCategory odd{std::string("1:\0x", 4), {{"", "2:ab"}}, false};
+  const auto file = DeviceHome(folder_.path()).categories("com.example.news");
+  for (const char* torn : {"1:", "1:+3:abc1:", "1:?3:abc", "x", "99999999999999999999:a", "1:+1:k1:11:9"}) {
+    read(*one);
+    one->setNotificationCategories({odd});
+    std::ofstream(file, std::ios::app) << torn;
+    EXPECT_EQ(read(*two), std::vector{odd}) << torn;
+    two->setNotificationCategories({odd, kept});
+    EXPECT_EQ(read(*makeCenter(DialogAnswer::none)), (std::vector{odd, kept})) << torn;
+  }
+  // Changed again and again it does not grow for ever.
+  for (int i = 0; i < 2000; ++i)
+    one->setNotificationCategories({{"changing", {{"no", std::string(80, 'x')}}, i % 2 == 0}});
+  EXPECT_LT(std::filesystem::file_size(file), 100u << 10);
+  EXPECT_EQ(read(*two).at(0).identifier, "changing");
 
   // Who never looked replaces everything.
   makeCenter(DialogAnswer::none)->setNotificationCategories({{"alone", {}, false}});

@@ -38,6 +38,7 @@ class StoreFixture : public testing::Test {
       return folder_ / "container";
     };
     options.lockPatience = lockPatience_;
+    options.shortLived = shortLived_;
     options.report = [this](std::string_view line) { lines_.emplace_back(line); };
     return linux_platform::makeUserDefaults(std::move(options));
   }
@@ -46,6 +47,7 @@ class StoreFixture : public testing::Test {
 
   TemporaryFolder folder_;
   std::chrono::milliseconds lockPatience_{5000};
+  bool shortLived_ = false;
   std::vector<std::string> lines_;
 };
 

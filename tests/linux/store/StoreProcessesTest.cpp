@@ -61,7 +61,7 @@ TEST_F(StoreProcessesTest, SeveralCreateTheSameStoreAtOnceAndLoseNothing) {
 }
 
 TEST_F(StoreProcessesTest, SeveralFindTheSameGarbageAndAgreeOnOneFreshStore) {
-  domain();
+  domain()->setObject("old", integer(1));
   ASSERT_EQ(::truncate(file().c_str(), 1000), 0);
   const Pipe start;
   std::vector<std::unique_ptr<ChildProcess>> children;

@@ -1,5 +1,6 @@
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <limits>
@@ -127,6 +128,29 @@ TEST_F(StoreTest, SuitesAreSharedByNameAndTheRestIsTheStandardDomain) {
     ASSERT_EQ(::stat(entry.path().c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, entry.is_directory() ? 0700u : 0600u) << entry;
   }
+}
+
+TEST_F(StoreTest, ShortLivedProcessesLeaveAShortLogAndMakeNoStoreToReadIt) {
+  shortLived_ = true;
+  EXPECT_EQ(domain()->object("0"), std::nullopt);
+  EXPECT_FALSE(std::filesystem::exists(file()));
+  const auto logSize = [this] { return std::filesystem::file_size(file() + "-wal"); };
+  constexpr int processes = 200;
+  std::uintmax_t longest = 0;
+  for (std::int64_t i = 0; i < processes; ++i) {
+    const auto store = domain();
+    EXPECT_EQ(store->object("count").value_or(integer(0)), integer(i));
+    store->transact([&] { store->setObject("count", integer(i + 1)); });
+    store->setObject(std::to_string(i), integer(i));
+    store->synchronize();
+    longest = std::max(longest, logSize());
+  }
+  EXPECT_GT(longest, 0u) << "each one took its log in";
+  EXPECT_LT(longest, 150u << 10);
+  shortLived_ = false;
+  for (std::int64_t i = 0; i < processes; ++i) EXPECT_EQ(domain()->object(std::to_string(i)), integer(i));
+  EXPECT_EQ(logSize(), 0u) << "an application's end takes it in";
+  EXPECT_TRUE(lines_.empty());
 }
 
 TEST_F(StoreTest, TransactionsNestAndAreUndoneWholeWhenTheyEndInAnException) {

@@ -16,8 +16,10 @@ class VORSELKELP_API DeviceHome {
   explicit DeviceHome(const std::string& path);
 
   [[nodiscard]] const std::string& path() const { return path_; }
-  /// The device's own database: notifications, categories, permissions, badge, token, clock.
+  /// The device's own database: notifications, permissions, badge, token, clock.
   [[nodiscard]] std::string database() const { return path_ + "/device.sqlite"; }
+  /// The notification categories of one application.
+  [[nodiscard]] std::string categories(const std::string& application) const;
   /// Files that came with notifications which the device holds.
   [[nodiscard]] std::string attachments() const { return path_ + "/attachments"; }
   [[nodiscard]] std::string groupContainers() const { return path_ + "/groups"; }

@@ -14,7 +14,6 @@ VORSELKELP_API JSONAny encodeContent(const platform::NotificationContent& conten
 VORSELKELP_API platform::NotificationContent decodeContent(const JSONAny& json);
 
 VORSELKELP_API JSONAny encodeActions(const std::vector<platform::NotificationAction>& actions);
-VORSELKELP_API std::vector<platform::NotificationAction> decodeActions(const JSONAny& json);
 
 /// "notDetermined", "denied", "authorized", "provisional" or "ephemeral".
 VORSELKELP_API std::string authorizationWord(platform::AuthorizationStatus status);

@@ -12,6 +12,7 @@
 
 namespace VorselKelp::linux_platform {
 
+class CategoryFile;
 class DeviceDatabase;
 struct Connection;
 class NotificationShelf;
@@ -23,9 +24,10 @@ struct HeldNotification {
   double due = 0;  ///< pending: device time at which it is delivered; otherwise the time at which it was
 };
 
-/// One simulated device as it stands towards one application, kept in a database below the device's home.
+/// One simulated device as it stands towards one application, kept in a database below the device's home;
+/// only the notification categories have a file of their own, which extensions need not open a database for.
 /// Several processes may use one home at once; every operation is atomic and takes effect for all of them
-/// when it returns. Any thread. When the database can't be read or written, an operation that answers a
+/// when it returns. Any thread. When something can't be read or written, an operation that answers a
 /// Result says so there; the others report it on standard error, once, and then find nothing or write
 /// nothing.
 class VORSELKELP_API SimulatedDevice {
@@ -88,11 +90,13 @@ class VORSELKELP_API SimulatedDevice {
  private:
   Status changeShelf(platform::FunctionRef<void(Connection&)> work);
   void changeOrReport(platform::FunctionRef<void(Connection&)> work);
+  void reportCategories(const Status& status);
   void use(platform::FunctionRef<void(Connection&)> work);
   void transact(platform::FunctionRef<void(Connection&)> work);
 
   std::string application_;
   std::unique_ptr<DeviceDatabase> database_;
+  std::unique_ptr<CategoryFile> categories_;
   std::unique_ptr<NotificationShelf> shelf_;
 };
 

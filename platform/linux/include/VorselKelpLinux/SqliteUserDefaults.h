@@ -22,16 +22,18 @@ struct UserDefaultsOptions {
   std::function<std::optional<std::string>(std::string_view groupId)> containerPath;
   /// How long a write waits while another process writes. After that it is dropped.
   std::chrono::milliseconds lockPatience{5000};
-  /// Whether synchronize() makes a store durable soon, on a thread of its own. A process that lives for a
-  /// moment does without: what it wrote becomes durable when it closes its domains.
-  bool flushInBackground = true;
+  /// The process lives for a moment, as an extension does. Then synchronize() starts no thread: what was
+  /// written becomes durable when the domains are closed. And what it wrote stays in the store's log, for
+  /// another process to take into the database, unless the log has become long to read.
+  bool shortLived = false;
   /// Where a store says what is wrong with it; when empty, standard error.
   LineSink report;
 };
 
-/// User defaults in SQLite, one database per domain. Nothing is opened before the first standard() or
-/// suite(). A domain that is still held outlives the UserDefaults that gave it; it is closed in good order
-/// when it is released for the last time, and a process that leaves should see to that.
+/// User defaults in SQLite, one database per domain. A suite is opened by suite(), the standard domain by its
+/// first use, and not made in order to find nothing in it. A domain that is still held outlives the
+/// UserDefaults that gave it; it is closed in good order when it is released for the last time, and a process
+/// that leaves should see to that.
 [[nodiscard]] VORSELKELP_API std::shared_ptr<platform::UserDefaults> makeUserDefaults(
     UserDefaultsOptions options);
 
