@@ -7,9 +7,10 @@
 namespace VorselKelp::linux_platform {
 namespace {
 
-int takeAsItStands(sqlite3_vfs*, const char* path, int size, char* result) {
+int takeAsItStands(sqlite3_vfs* self, const char* path, int size, char* result) {
+  if (path[0] != '/') return sqlite3_vfs_find(nullptr)->xFullPathname(self, path, size, result);
   const auto length = std::strlen(path);
-  if (path[0] != '/' || length >= static_cast<std::size_t>(size)) return SQLITE_CANTOPEN;
+  if (length >= static_cast<std::size_t>(size)) return SQLITE_CANTOPEN;
   std::memcpy(result, path, length + 1);
   return SQLITE_OK;
 }

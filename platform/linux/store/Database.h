@@ -76,7 +76,7 @@ class Database {
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
 
-  /// Opens the database; `flags` are SQLite's, and the path must be absolute. False after an error.
+  /// Opens the database; `flags` are SQLite's. False after an error.
   bool open(const std::string& path, int flags);
   /// Whether closing the last connection brings the log into the database and removes it. Off at first:
   /// SQLite finds the log by its name, and a connection to a file that was moved away would remove its

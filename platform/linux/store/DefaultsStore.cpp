@@ -22,12 +22,24 @@ void bindInner(Query& query, std::string_view inner) {
 }  // namespace
 
 std::optional<DefaultsValue> DefaultsStore::object(std::string_view key) {
+  {
+    Query query(database_, Sql::readHeader);
+    query.bind(key);
+    if (!query.row()) return {};
+    auto value = rowValue(query, 0);
+    if (!value || !value->as<DefaultsValue::Map>()) return value;
+  }
+  return map(key);
+}
+
+/// Header and entries by one statement: together they are one atomic step.
+std::optional<DefaultsValue> DefaultsStore::map(std::string_view key) {
   Query query(database_, Sql::readObject);
   query.bind(key);
   if (!query.row()) return {};
   auto result = rowValue(query, 0);
   auto* map = result ? std::get_if<DefaultsValue::Map>(&result->value) : nullptr;
-  if (!map) return result;
+  if (!map) return result;  // something else by now
 
   // Rows come in the order of names. An empty inner map is a row without an inner name; one with entries
   // needs none.

@@ -32,6 +32,7 @@ class DefaultsStore {
   void removeMapEntry(std::string_view key, platform::EntryPath path, platform::MapKind kind);
 
  private:
+  std::optional<platform::DefaultsValue> map(std::string_view key);
   std::optional<platform::DefaultsValue> innerMap(std::string_view key, std::string_view name);
   bool isMapOf(std::string_view key, StoredMapKind kind);
   void makeMapOf(std::string_view key, StoredMapKind kind);
