@@ -87,7 +87,7 @@ void ITIView::loadImage(const std::string& url) {
 
 void ITIView::show(ui::ImagePtr picture) {
   const auto animations = gif::GifManager::of(*context_);
-  animations->show(imageView(), std::move(picture));
+  animations->show(imageView(), std::move(picture), gif::GifManager::applicationFrameBudget);
   if (stopped_) animations->stop(*imageView());
 }
 

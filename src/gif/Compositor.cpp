@@ -13,71 +13,118 @@ using platform::GifFrame;
 
 constexpr std::size_t pixelSize = 4;
 
-int divideUp(std::int64_t number, int by) {
-  return static_cast<int>((number + by - 1) / by);
-}
-
 void put(std::uint8_t* target, std::uint32_t word) {
   std::memcpy(target, &word, pixelSize);
 }
 
+/// What the pixels of an area show together; what is transparent shows nothing.
+struct Blend {
+  std::array<std::int64_t, 3> sums{};
+  std::int64_t weight = 0;
+
+  void add(std::uint32_t word, std::int64_t share) {
+    const auto parts = std::bit_cast<std::array<std::uint8_t, pixelSize>>(word);
+    if (parts[3] == 0) return;
+    for (std::size_t i = 0; i < sums.size(); ++i) sums[i] += parts[i] * share;
+    weight += share;
+  }
+  /// Puts it over what a pixel shows, of which it covers `weight` parts in `whole`.
+  void over(std::uint8_t* pixel, std::int64_t whole) const {
+    if (weight == 0) return;
+    const double below = pixel[3] / 255.0 * static_cast<double>(whole - weight);
+    const double all = static_cast<double>(weight) + below;
+    for (std::size_t i = 0; i < sums.size(); ++i)
+      pixel[i] = static_cast<std::uint8_t>((static_cast<double>(sums[i]) + pixel[i] * below) / all + 0.5);
+    pixel[3] = static_cast<std::uint8_t>(all / static_cast<double>(whole) * 255 + 0.5);
+  }
+};
+
+/// How much of the share lies between `begin` and `end`.
+std::int64_t inside(const AxisScale::Share& share, int begin, int end) {
+  std::int64_t sum = 0;
+  for (std::size_t i = 0; i < share.weights.size(); ++i) {
+    const auto at = share.first + static_cast<std::int64_t>(i);
+    if (at >= begin && at < end) sum += share.weights[i];
+  }
+  return sum;
+}
+
 }  // namespace
 
-Compositor::Compositor(int width, int height, int step)
+Compositor::Compositor(int width, int height, int drawnWidth, int drawnHeight)
     : fileWidth_(width),
       fileHeight_(height),
-      step_(step),
-      width_(divideUp(width, step)),
-      height_(divideUp(height, step)) {}
+      width_(drawnWidth),
+      height_(drawnHeight),
+      columns_(width, drawnWidth),
+      rows_(height, drawnHeight) {}
+
+std::uint8_t* Compositor::at(std::span<std::uint8_t> canvas, int x, int y) const {
+  return &canvas[(static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
+                  static_cast<std::size_t>(x)) *
+                 pixelSize];
+}
 
 void Compositor::draw(std::span<std::uint8_t> canvas, const GifFrame& frame) {
   dispose(canvas);
-  area_ = areaOf(frame);
+  fileArea_ = areaOf(frame);
+  area_ = drawnAreaOf(fileArea_);
   disposal_ = frame.disposal;
   if (area_.empty()) return;
   if (disposal_ == GifDisposal::previous) save(canvas);
   expandPalette(frame);
-  paint(canvas, frame);
+  isReduced() ? paintReduced(canvas, frame) : paint(canvas, frame);
 }
 
 Compositor::Area Compositor::areaOf(const GifFrame& frame) const {
   if (frame.width <= 0 || frame.height <= 0) return {};
   const auto rows = static_cast<std::int64_t>(frame.indices.size() / static_cast<std::size_t>(frame.width));
   const auto bottom = std::int64_t{frame.top} + std::min<std::int64_t>(frame.height, rows);
-  const auto inside = [this](std::int64_t at, int end) {
-    return divideUp(std::clamp<std::int64_t>(at, 0, end), step_);
+  const auto within = [](std::int64_t at, int end) {
+    return static_cast<int>(std::clamp<std::int64_t>(at, 0, end));
   };
-  return {inside(frame.left, fileWidth_), inside(frame.top, fileHeight_),
-          inside(std::int64_t{frame.left} + frame.width, fileWidth_), inside(bottom, fileHeight_)};
+  return {within(frame.left, fileWidth_), within(frame.top, fileHeight_),
+          within(std::int64_t{frame.left} + frame.width, fileWidth_), within(bottom, fileHeight_)};
+}
+
+Compositor::Area Compositor::drawnAreaOf(const Area& file) const {
+  if (file.empty()) return {};
+  return {columns_.firstDrawn(file.left), rows_.firstDrawn(file.top), columns_.endDrawn(file.right),
+          rows_.endDrawn(file.bottom)};
 }
 
 void Compositor::dispose(std::span<std::uint8_t> canvas) {
-  if (area_.empty() || (disposal_ != GifDisposal::background && disposal_ != GifDisposal::previous)) return;
-  const auto rowSize = static_cast<std::size_t>(area_.right - area_.left) * pixelSize;
-  const std::uint8_t* saved = saved_.data();
+  if (area_.empty()) return;
+  if (disposal_ == GifDisposal::background) clear(canvas);
+  if (disposal_ == GifDisposal::previous) restore(canvas);
+}
+
+void Compositor::clear(std::span<std::uint8_t> canvas) const {
+  const auto whole = columns_.total() * rows_.total();
   for (int y = area_.top; y < area_.bottom; ++y) {
-    auto* row = &canvas[(static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
-                         static_cast<std::size_t>(area_.left)) *
-                        pixelSize];
-    if (disposal_ == GifDisposal::background) {
-      std::memset(row, 0, rowSize);
-    } else {
-      std::memcpy(row, saved, rowSize);
-      saved += rowSize;
+    const auto height = inside(rows_.shareOf(y), fileArea_.top, fileArea_.bottom);
+    for (int x = area_.left; x < area_.right; ++x) {
+      const auto kept = whole - height * inside(columns_.shareOf(x), fileArea_.left, fileArea_.right);
+      std::uint8_t* pixel = at(canvas, x, y);
+      if (kept == 0) put(pixel, 0);
+      pixel[3] = static_cast<std::uint8_t>(pixel[3] * kept / whole);
     }
   }
 }
 
-void Compositor::save(std::span<const std::uint8_t> canvas) {
+void Compositor::restore(std::span<std::uint8_t> canvas) const {
+  const auto rowSize = static_cast<std::size_t>(area_.right - area_.left) * pixelSize;
+  const std::uint8_t* saved = saved_.data();
+  for (int y = area_.top; y < area_.bottom; ++y, saved += rowSize)
+    std::memcpy(at(canvas, area_.left, y), saved, rowSize);
+}
+
+void Compositor::save(std::span<std::uint8_t> canvas) {
   const auto rowSize = static_cast<std::size_t>(area_.right - area_.left) * pixelSize;
   saved_.resize(rowSize * static_cast<std::size_t>(area_.bottom - area_.top));
   std::uint8_t* saved = saved_.data();
   for (int y = area_.top; y < area_.bottom; ++y, saved += rowSize) {
-    std::memcpy(saved,
-                &canvas[(static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
-                         static_cast<std::size_t>(area_.left)) *
-                        pixelSize],
-                rowSize);
+    std::memcpy(saved, at(canvas, area_.left, y), rowSize);
   }
 }
 
@@ -102,22 +149,43 @@ bool Compositor::isOpaque(std::span<const std::uint8_t> row, const GifFrame& fra
 
 void Compositor::paint(std::span<std::uint8_t> canvas, const GifFrame& frame) const {
   const auto count = static_cast<std::size_t>(area_.right - area_.left);
-  const auto step = static_cast<std::size_t>(step_);
   for (int y = area_.top; y < area_.bottom; ++y) {
-    const auto from = static_cast<std::size_t>(std::int64_t{y} * step_ - frame.top) *
-                          static_cast<std::size_t>(frame.width) +
-                      static_cast<std::size_t>(std::int64_t{area_.left} * step_ - frame.left);
+    const auto from =
+        static_cast<std::size_t>(std::int64_t{y} - frame.top) * static_cast<std::size_t>(frame.width) +
+        static_cast<std::size_t>(std::int64_t{area_.left} - frame.left);
     const std::uint8_t* index = frame.indices.data() + from;
-    auto* target = canvas.data() + (static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
-                                    static_cast<std::size_t>(area_.left)) *
-                                       pixelSize;
-    if (step == 1 && isOpaque({index, count}, frame)) {
+    auto* target = at(canvas, area_.left, y);
+    if (isOpaque({index, count}, frame)) {
       for (std::size_t x = 0; x < count; ++x) put(target + x * pixelSize, words_[index[x]]);
       continue;
     }
     for (std::size_t x = 0; x < count; ++x) {
-      const std::uint32_t word = words_[index[x * step]];
+      const std::uint32_t word = words_[index[x]];
       if (word != 0) put(target + x * pixelSize, word);
+    }
+  }
+}
+
+void Compositor::paintReduced(std::span<std::uint8_t> canvas, const GifFrame& frame) const {
+  const auto whole = columns_.total() * rows_.total();
+  for (int y = area_.top; y < area_.bottom; ++y) {
+    const auto rows = rows_.shareOf(y);
+    for (int x = area_.left; x < area_.right; ++x) {
+      const auto columns = columns_.shareOf(x);
+      Blend blend;
+      for (std::int64_t j = 0; j < 3; ++j) {
+        const auto row = rows.first + j;
+        const auto height = rows.weights[static_cast<std::size_t>(j)];
+        if (height == 0 || row < fileArea_.top || row >= fileArea_.bottom) continue;
+        const auto line = (row - frame.top) * frame.width - frame.left;
+        for (std::int64_t i = 0; i < 3; ++i) {
+          const auto column = columns.first + i;
+          const auto width = columns.weights[static_cast<std::size_t>(i)];
+          if (width == 0 || column < fileArea_.left || column >= fileArea_.right) continue;
+          blend.add(words_[frame.indices[static_cast<std::size_t>(line + column)]], width * height);
+        }
+      }
+      blend.over(at(canvas, x, y), whole);
     }
   }
 }

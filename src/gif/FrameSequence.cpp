@@ -1,6 +1,7 @@
 #include "gif/FrameSequence.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <utility>
 
@@ -11,6 +12,7 @@ namespace {
 constexpr std::int64_t readerSize = std::int64_t{48} << 10;
 /// What an image costs beside its pixels.
 constexpr std::int64_t imageOverhead = 256;
+constexpr std::int64_t pixelSize = 4;
 /// A frame may be this large though its canvas is smaller; it is cut to the canvas.
 constexpr std::int64_t smallFrame = std::int64_t{16} << 10;
 
@@ -26,25 +28,31 @@ double shownFor(int hundredths) {
 struct FrameSequence::Plan {
   int width = 0;
   int height = 0;
-  int step = 1;              ///< only every how many-th pixel is drawn
+  int drawnWidth = 0;
+  int drawnHeight = 0;
   std::int64_t largest = 0;  ///< pixels of a frame in the file
   std::size_t mostKept = 0;  ///< images that may exist at once
 };
 
 std::optional<FrameSequence::Plan> FrameSequence::planFor(int width, int height, std::size_t budget) {
   const auto pixels = std::int64_t{width} * height;
-  Plan plan{width, height, 1, std::max(pixels, smallFrame), 0};
-  const auto room = static_cast<std::int64_t>(std::min<std::size_t>(budget, INT32_MAX)) - readerSize;
-  for (; plan.largest < room && plan.step <= std::max(width, height); ++plan.step) {
-    const Compositor drawn(width, height, plan.step);
-    const auto canvas = std::int64_t{drawn.width()} * drawn.height() * 4;
-    // One canvas is what a frame that is to be taken away again has saved.
-    const auto images = (room - plan.largest - canvas) / (canvas + imageOverhead);
-    if (images < 2) continue;  // the one that is seen and the one that takes its place
-    plan.mostKept = static_cast<std::size_t>(images);
-    return plan;
+  Plan plan{width, height, width, height, std::max(pixels, smallFrame), 0};
+  const auto room = static_cast<std::int64_t>(std::min<std::size_t>(budget, INT32_MAX)) - readerSize -
+                    plan.largest - 2 * imageOverhead;
+  // Three canvases: what is seen, what takes its place, and what a frame that is to be taken away again has
+  // saved.
+  const auto mostPixels = room / 3 / pixelSize;
+  if (mostPixels <= 0) return std::nullopt;
+  if (pixels > mostPixels) {
+    const double scale = std::sqrt(static_cast<double>(mostPixels) / static_cast<double>(pixels));
+    plan.drawnWidth = static_cast<int>(width * scale);
+    plan.drawnHeight = static_cast<int>(height * scale);
   }
-  return std::nullopt;
+  if (plan.drawnWidth * 2 < width || plan.drawnHeight * 2 < height || plan.drawnWidth * plan.drawnHeight == 0)
+    return std::nullopt;
+  const auto canvas = std::int64_t{plan.drawnWidth} * plan.drawnHeight * pixelSize;
+  plan.mostKept = static_cast<std::size_t>((room - canvas + 2 * imageOverhead) / (canvas + imageOverhead));
+  return plan;
 }
 
 std::unique_ptr<FrameSequence> FrameSequence::open(platform::ImageDecoder& decoder,
@@ -62,7 +70,7 @@ std::unique_ptr<FrameSequence> FrameSequence::open(platform::ImageDecoder& decod
 
 FrameSequence::FrameSequence(std::unique_ptr<platform::GifReader> reader, const Plan& plan)
     : reader_(std::move(reader)),
-      compositor_(std::in_place, plan.width, plan.height, plan.step),
+      compositor_(std::in_place, plan.width, plan.height, plan.drawnWidth, plan.drawnHeight),
       mostKept_(plan.mostKept) {}
 
 bool FrameSequence::advance() {

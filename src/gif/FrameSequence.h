@@ -15,12 +15,13 @@ namespace VorselKelp::gif {
 /// for included. Everything held for it, the two pictures that exist while one replaces the other included,
 /// stays within a budget: the frames are kept when all of them fit, and are decoded again in every round
 /// otherwise. (Keeping some would save nothing: a frame is drawn onto the one before, so all of them are
-/// decoded anyway.) What is too large for the budget even so is shown in fewer pixels.
+/// decoded anyway.) What is too large for the budget even so is shown in fewer pixels, down to half as many
+/// in each direction; what would need still fewer is not played.
 ///
 /// A damaged file plays the frames in front of the damage.
 class FrameSequence {
  public:
-  /// Null when the bytes are no GIF, or when not even its smallest rendition fits `budget`, in bytes.
+  /// Null when the bytes are no GIF, or when not even its half size fits `budget`, in bytes.
   static std::unique_ptr<FrameSequence> open(platform::ImageDecoder& decoder,
                                              const std::shared_ptr<const std::string>& bytes,
                                              std::size_t budget);

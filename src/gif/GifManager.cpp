@@ -25,7 +25,7 @@ struct GifManager::Impl : std::enable_shared_from_this<Impl> {
     std::vector<std::shared_ptr<Player>> now;  // showing a frame may call back into the manager
     now.reserve(players.size());
     for (const auto& [view, player] : players) now.push_back(player);
-    for (const auto& player : now) player->refresh(*decoder, frameBudget, seconds);
+    for (const auto& player : now) player->refresh(*decoder, seconds);
     now.clear();
     tidy();
   }
@@ -60,7 +60,8 @@ std::shared_ptr<GifManager> GifManager::of(CoreContext& context) {
   });
 }
 
-void GifManager::show(const std::shared_ptr<ui::ImageView>& view, ui::ImagePtr image) {
+void GifManager::show(const std::shared_ptr<ui::ImageView>& view, ui::ImagePtr image,
+                      std::optional<std::size_t> frameBudget) {
   if (!view) return;
   const auto impl = impl_;
   const auto current = impl->find(*view);
@@ -68,7 +69,9 @@ void GifManager::show(const std::shared_ptr<ui::ImageView>& view, ui::ImagePtr i
     current->resume();
   } else {
     impl->players.erase(view.get());
-    if (image && image->animation()) impl->players[view.get()] = std::make_shared<Player>(view, image);
+    if (image && image->animation())
+      impl->players[view.get()] =
+          std::make_shared<Player>(view, image, frameBudget.value_or(impl->frameBudget));
     view->image = std::move(image);
   }
   impl->tidy();

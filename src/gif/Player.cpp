@@ -15,10 +15,10 @@ void Player::resume() {
   due_.reset();  // the time that it stood still does not count
 }
 
-void Player::refresh(platform::ImageDecoder& decoder, std::size_t budget, double seconds) {
+void Player::refresh(platform::ImageDecoder& decoder, double seconds) {
   const auto view = view_.lock();
   if (!view || !isPlaying()) return;
-  if (!frames_ && !start(decoder, budget)) return end();
+  if (!frames_ && !start(decoder)) return end();
   if (due_ && seconds < *due_) return;
   if (due_) catchUp(seconds);
   if (!due_) due_ = seconds + frames_->delay();
@@ -27,8 +27,8 @@ void Player::refresh(platform::ImageDecoder& decoder, std::size_t budget, double
   view->image = image;
 }
 
-bool Player::start(platform::ImageDecoder& decoder, std::size_t budget) {
-  frames_ = FrameSequence::open(decoder, bytes_, budget);
+bool Player::start(platform::ImageDecoder& decoder) {
+  frames_ = FrameSequence::open(decoder, bytes_, frameBudget_);
   return frames_ && frames_->advance();
 }
 

@@ -13,8 +13,8 @@ namespace VorselKelp::gif {
 class Player {
  public:
   /// `image` has an animation.
-  Player(std::weak_ptr<ui::ImageView> view, const ui::ImagePtr& image)
-      : view_(std::move(view)), given_(image), bytes_(image->animation()) {}
+  Player(std::weak_ptr<ui::ImageView> view, const ui::ImagePtr& image, std::size_t frameBudget)
+      : view_(std::move(view)), given_(image), frameBudget_(frameBudget), bytes_(image->animation()) {}
 
   /// Whether it is `image` that is played here.
   [[nodiscard]] bool isOf(const ui::ImagePtr& image) const { return given_.lock() == image; }
@@ -28,15 +28,16 @@ class Player {
 
   /// The screen is refreshed at `seconds`. The file is opened and decoded here, and each time only as far as
   /// a bounded number of frames: what has fallen further behind goes on from where it is.
-  void refresh(platform::ImageDecoder& decoder, std::size_t budget, double seconds);
+  void refresh(platform::ImageDecoder& decoder, double seconds);
 
  private:
-  bool start(platform::ImageDecoder& decoder, std::size_t budget);
+  bool start(platform::ImageDecoder& decoder);
   void catchUp(double seconds);
   void end();
 
   const std::weak_ptr<ui::ImageView> view_;
   const std::weak_ptr<const ui::Image> given_;
+  const std::size_t frameBudget_;
   std::shared_ptr<const std::string> bytes_;  ///< null when the animation is over
   std::unique_ptr<FrameSequence> frames_;     ///< null before the first refresh
   std::optional<double> due_;                 ///< when the next frame is; absent while time stands still

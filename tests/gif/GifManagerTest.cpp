@@ -274,10 +274,17 @@ TEST_F(GifBudgetTest, FramesThatDontFitAreDecodedAgain) {
 TEST_F(GifBudgetTest, WhatIsTooLargeForTheBudgetIsShownInFewerPixels) {
   const std::size_t budget = 500'000;
   EXPECT_LE(playWithin(budget, 3, 300), budget);
-  EXPECT_EQ(view_->image.get()->width(), 150);
-  manager_->show(view_, animation({10, 10}, 0, 1000));
-  screen_->refresh(1);
-  EXPECT_FALSE(manager_->isAnimating(*view_)) << "a frame's indices alone are too large";
+  EXPECT_EQ(view_->image.get()->width(), 173);
+  EXPECT_GT(playWithin(GifManager::defaultFrameBudget, 3, 570), 0U);
+  EXPECT_EQ(view_->image.get()->width(), 564);
+  for (const auto& [side, room] : {std::pair{400U, 500'000U}, {1000U, 500'000U}}) {
+    manager_->show(view_, animation({10, 10}, 0, side), room);
+    screen_->refresh(1);
+    EXPECT_FALSE(manager_->isAnimating(*view_)) << "less than half is no picture any more";
+  }
+  manager_->show(view_, animation({10, 10}, 0, 1000), GifManager::applicationFrameBudget);
+  screen_->refresh(2);
+  EXPECT_EQ(view_->image.get()->width(), 1000);
 }
 
 TEST(GifManagerOfCoreTest, IsOneForEachCore) {
