@@ -2,17 +2,20 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <utility>
 #include <vector>
 
 #include "image/JpegStructure.h"
+#include "image/Orientation.h"
 
 namespace VorselKelp::linux_platform {
 namespace {
 
 constexpr int largestReduction = 8;
+constexpr std::size_t pixelSize = 4;
 
 int divideUp(int number, int by) {
   return number / by + (number % by != 0);
@@ -81,25 +84,29 @@ void PixbufDecoding::onUpdated(GdkPixbufLoader*, int, int y, int, int height, vo
 }
 
 ui::ImagePtr PixbufDecoding::copy(GdkPixbuf* pixbuf, int firstRow, int endRow) const {
-  const auto width = static_cast<std::size_t>(library_.width(pixbuf));
-  const int height = library_.height(pixbuf);
+  const int width = library_.width(pixbuf);
+  const char* orientation = library_.option(pixbuf, "orientation");
+  const auto placed = placementOf(orientation ? std::atoi(orientation) : 1, width, library_.height(pixbuf));
   const auto stride = static_cast<std::size_t>(library_.rowStride(pixbuf));
   const auto channels = static_cast<std::size_t>(library_.channels(pixbuf));
   const guchar* from = library_.pixels(pixbuf);
-  std::vector<std::uint8_t> pixels(width * static_cast<std::size_t>(height) * 4);
-  for (auto row = static_cast<std::size_t>(firstRow); row < static_cast<std::size_t>(endRow); ++row) {
-    const guchar* source = from + row * stride;
-    std::uint8_t* target = pixels.data() + row * width * 4;
-    if (channels == 4) {
-      std::memcpy(target, source, width * 4);
+  std::vector<std::uint8_t> pixels(static_cast<std::size_t>(placed.width) *
+                                   static_cast<std::size_t>(placed.height) * pixelSize);
+  for (int row = firstRow; row < endRow; ++row) {
+    const guchar* source = from + static_cast<std::size_t>(row) * stride;
+    auto at = placed.first + row * placed.down;
+    if (channels == pixelSize && placed.right == 1) {
+      std::memcpy(&pixels[static_cast<std::size_t>(at) * pixelSize], source,
+                  static_cast<std::size_t>(width) * pixelSize);
       continue;
     }
-    for (std::size_t x = 0; x < width; ++x, source += channels, target += 4) {
-      std::memcpy(target, source, 3);
+    for (int x = 0; x < width; ++x, source += channels, at += placed.right) {
+      std::uint8_t* target = &pixels[static_cast<std::size_t>(at) * pixelSize];
       target[3] = 255;
+      std::memcpy(target, source, channels);
     }
   }
-  return std::make_shared<ui::Image>(static_cast<int>(width), height, std::move(pixels));
+  return std::make_shared<ui::Image>(placed.width, placed.height, std::move(pixels));
 }
 
 }  // namespace VorselKelp::linux_platform

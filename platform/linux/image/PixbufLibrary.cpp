@@ -16,6 +16,7 @@ PixbufLibrary::PixbufLibrary(const std::string& name) : library_(name) {
   library_.find(channels, "gdk_pixbuf_get_n_channels");
   library_.find(pixels, "gdk_pixbuf_get_pixels");
   library_.find(fill, "gdk_pixbuf_fill");
+  library_.find(option, "gdk_pixbuf_get_option");
   library_.find(signalConnect, "g_signal_connect_data");
   library_.find(unref, "g_object_unref");
   library_.find(errorFree, "g_error_free");

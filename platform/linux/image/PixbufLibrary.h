@@ -29,6 +29,7 @@ class PixbufLibrary {
   decltype(gdk_pixbuf_get_n_channels)* channels = nullptr;
   decltype(gdk_pixbuf_get_pixels)* pixels = nullptr;
   decltype(gdk_pixbuf_fill)* fill = nullptr;
+  decltype(gdk_pixbuf_get_option)* option = nullptr;
   decltype(g_signal_connect_data)* signalConnect = nullptr;
   decltype(g_object_unref)* unref = nullptr;
   decltype(g_error_free)* errorFree = nullptr;

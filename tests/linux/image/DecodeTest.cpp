@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "VorselKelpLinux/PixbufImageDecoder.h"
+#include "image/Orientation.h"
 #include "linux/support/PictureFiles.h"
 
 namespace VorselKelp::testing_support {
@@ -76,6 +77,36 @@ TEST_F(DecodeTest, PixelsAreRgbaFromTheTopLeft) {
   const auto opaque = decoder_->decode(pngFile(2, 1, 3, {1, 2, 3, 4, 5, 6}), 6);
   ASSERT_TRUE(opaque);
   EXPECT_EQ(pixelsOf(**opaque), (Pixels{1, 2, 3, 255, 4, 5, 6, 255}));
+}
+
+TEST(Orientation, PutsThePixelsWhereTheyAreToBeSeen) {
+  // The file's pixels are abc/def.
+  const char* pictures[] = {"abcdef", "cbafed", "fedcba", "defabc", "adbecf", "daebfc", "fcebda", "cfbead"};
+  for (int orientation = 0; orientation <= 9; ++orientation) {
+    const auto placed = linux_platform::placementOf(orientation, 3, 2);
+    std::string picture(6, '.');
+    for (int y = 0; y < 2; ++y) {
+      for (int x = 0; x < 3; ++x)
+        picture[static_cast<std::size_t>(placed.first + x * placed.right + y * placed.down)] =
+            static_cast<char>('a' + y * 3 + x);
+    }
+    const bool known = orientation >= 1 && orientation <= 8;
+    EXPECT_EQ(picture, pictures[known ? orientation - 1 : 0]) << orientation;
+    EXPECT_EQ(placed.width, known && orientation >= 5 ? 2 : 3);
+  }
+}
+
+TEST_F(DecodeTest, APhotographIsShownAsItWasTaken) {
+  std::string jpeg = greyJpegFile(64, 32);
+  using namespace std::string_literals;
+  const auto exif =
+      "\xff\xe1\x00\x22"
+      "Exif\0\0II*\0\x08\0\0\0\x01\0\x12\x01\x03\0\x01\0\0\0\x06\0\0\0\0\0\0\0"s;
+  jpeg.insert(2, exif);
+  const auto image = decoder_->decode(jpeg, limit);
+  ASSERT_TRUE(image);
+  EXPECT_EQ((*image)->width(), 32);
+  EXPECT_EQ((*image)->height(), 64);
 }
 
 TEST_F(DecodeTest, LargeJpegsAreDecodedSmallerAndOtherFormatsRefused) {
