@@ -49,7 +49,10 @@ void BeaconManager::startRangingBeacons(const Region& region) {
 void BeaconManager::requestState(const Region& region) {
   later([region](BeaconManager& self) {
     if (!region.proximityUUID) return self.determine(RegionState::unknown, region);
-    if (self.hub_->present(*region.proximityUUID)) return self.determine(RegionState::inside, region);
+    if (self.hub_->present(*region.proximityUUID)) {
+      self.arrived(*region.proximityUUID);
+      return self.determine(RegionState::inside, region);
+    }
     self.asked_.insert_or_assign(region.identifier, Asked{region, 0});
     self.join();
   });
@@ -61,9 +64,10 @@ bool BeaconManager::watches(const std::string& proximityUUID) const {
 
 void BeaconManager::seen(const Beacon& beacon) {
   const auto listener = delegate_.lock();
-  for (auto& [identifier, entry] : monitored_) {
-    if (entry.region.proximityUUID != beacon.proximityUUID || std::exchange(entry.inside, true)) continue;
-    if (listener) listener->didEnterRegion(entry.region);
+  const auto entered = arrived(beacon.proximityUUID);
+  // Whoever has just asked where the device is hears that it is inside, and not that it came.
+  if (listener && !anyOf(asked_, beacon.proximityUUID)) {
+    for (const auto& region : entered) listener->didEnterRegion(region);
   }
   for (auto& [identifier, ranged] : ranged_) note(ranged, beacon);
   std::erase_if(asked_, [&](const auto& entry) {
@@ -72,6 +76,15 @@ void BeaconManager::seen(const Beacon& beacon) {
     if (listener) listener->didDetermineState(RegionState::inside, region);
     return true;
   });
+}
+
+std::vector<Region> BeaconManager::arrived(const std::string& proximityUUID) {
+  std::vector<Region> entered;
+  for (auto& [identifier, entry] : monitored_) {
+    if (entry.region.proximityUUID != proximityUUID || std::exchange(entry.inside, true)) continue;
+    entered.push_back(entry.region);
+  }
+  return entered;
 }
 
 void BeaconManager::beat() {

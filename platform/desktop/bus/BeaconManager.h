@@ -43,6 +43,8 @@ class BeaconManager final : public platform::LocationManager,
     int beats = 0;
   };
 
+  /// Notes that the device is inside; the regions where it was not before.
+  std::vector<platform::Region> arrived(const std::string& proximityUUID);
   void later(platform::UniqueFunction<void(BeaconManager&)> work);
   void join();
   void determine(platform::RegionState state, const platform::Region& region);
