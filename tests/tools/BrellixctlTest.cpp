@@ -22,6 +22,7 @@ constexpr const char* adWithoutEndpoint =
 TEST_F(ToolTest, ShowsTheOriginalWhenTheExtensionStops) {
   const auto pushed = [&] {
     writeManifest("true");
+    allowNotifications();
     return run({"push", payload("campaign.json", threeStories), "--id", "c"});
   }();
   EXPECT_EQ(pushed.status, 0);
@@ -35,6 +36,7 @@ TEST_F(ToolTest, ShowsTheOriginalWhenTheExtensionStops) {
 TEST_F(ToolTest, EndsAnExtensionAtItsTimeLimit) {
   startServer();
   const auto file = payload("ad.json", adWithoutEndpoint);
+  allowNotifications();
   // Without the push switch the last word is silence as well.
   EXPECT_EQ(at(run({"push", file, "--time-limit", "0.2"}).json(), "extension"), "silent");
   ASSERT_EQ(run({"launch", "--answer", "allow"}).status, 0);
@@ -75,6 +77,7 @@ TEST_F(ToolTest, ClosesItsStoresAlthoughARequestIsUnderWay) {
 
 TEST_F(ToolTest, SaysThatTheDeviceStoredNothing) {
   writeManifest("true");
+  allowNotifications();
   const auto file = payload("plain.json", R"({"aps": {"alert": "x"}})");
   ASSERT_EQ(run({"push", file}).status, 0);
   sqlite3* opened = nullptr;
@@ -102,6 +105,7 @@ TEST_F(ToolTest, BearsAnApplicationThatIsMissingOrLeavesAProcessBehind) {
 
 TEST_F(ToolTest, ShowsNoTerminalCommandsOfAPayload) {
   writeManifest("true");
+  allowNotifications();
   const auto file = payload("sly.json", R"({"aps": {"alert": {"title": "a\u0000b\u001b[2J\u009bc\nd",
                                             "subtitle": "S", "body": "last"}}})");
   const auto json = run({"push", file, "--id", "sly"}).json();
@@ -117,8 +121,33 @@ TEST_F(ToolTest, ShowsNoTerminalCommandsOfAPayload) {
   EXPECT_NE(run({"tap", "\x1b[2J"}).errors.find("\\x1B[2J"), std::string::npos);
 }
 
+TEST_F(ToolTest, WhatTheUserDoesNotAllowNeitherRunsNorShowsAnything) {
+  startServer();
+  const auto file =
+      payload("p.json", R"({"aps": {"mutable-content": 1, "alert": {"title": "t", "v": "SERVER/view",
+                                          "n": {"body": "b"}}}})");
+  const auto refused = [&](const char* why) {
+    const auto pushed = run({"push", file});
+    EXPECT_EQ(pushed.status, 1);
+    EXPECT_EQ(pushed.output, "");
+    EXPECT_NE(pushed.errors.find(why), std::string::npos) << pushed.errors;
+    EXPECT_EQ(at(run({"notifications"}).json(), "delivered"), "[]");
+  };
+  refused("not been asked");
+  const auto before = requests().size();
+  ASSERT_EQ(run({"launch", "--answer", "deny"}).status, 0);
+  const auto asked = requests().size();
+  EXPECT_GT(asked, before);
+  refused("does not allow");
+  linux_platform::SimulatedDevice device(linux_platform::DeviceHome(folder_ / "device"), "com.example.news");
+  device.setAuthorization(platform::AuthorizationStatus::authorized);
+  refused("no device token");
+  EXPECT_EQ(requests().size(), asked) << "no tracker either";
+}
+
 TEST_F(ToolTest, DeliversAPlainNotificationAsItIs) {
   writeManifest("true");
+  allowNotifications();
   const auto file =
       payload("plain.json", R"({"aps": {"alert": {"title": "T", "body": "B"}, "sound": "default"}})");
   const auto shown = run({"push", file}).json();
@@ -132,6 +161,7 @@ TEST_F(ToolTest, DeliversAPlainNotificationAsItIs) {
 
 TEST_F(ToolTest, DeliversAMegabyteOfTitle) {
   writeManifest("true");
+  allowNotifications();
   const std::string title(1 << 20, 'x');
   const auto file = payload("big.json", R"({"aps": {"mutable-content": 1, "alert": {"title": ")" + title +
                                             R"(", "n": {"body": "b", "cl": 1}}}})");
@@ -142,6 +172,7 @@ TEST_F(ToolTest, DeliversAMegabyteOfTitle) {
 
 TEST_F(ToolTest, RefusesWhatCannotBeReadInOneLine) {
   writeManifest("true");
+  allowNotifications();
   const std::string deep = R"({"aps": )" + std::string(10000, '[') + std::string(10000, ']') + "}";
   for (const std::string& text : {std::string("[1]"), std::string("{\"aps\""), std::string("\xff\xfe"), deep,
                                   std::string(), std::string("\0\0", 2)}) {

@@ -30,6 +30,7 @@ class LoadingTest : public ToolTest {
 
 TEST_F(LoadingTest, WhatAProcessDoesNotNeedItDoesNotLoad) {
   startServer();
+  allowNotifications();
   const std::string quiet = R"({"aps": {"mutable-content": 1, "alert": {"title": "a", "n": {"body": "b",
       "actions": [{"action": "x", "title": "X"}], "data": {"url": "https://news.example"}}}}})";
   const std::string picture = R"({"aps": {"mutable-content": 1, "alert": {"title": "a", "n": {"body": "b",

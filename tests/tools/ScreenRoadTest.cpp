@@ -36,6 +36,7 @@ class ScreenRoadTest : public ToolTest {
 
 TEST_F(ScreenRoadTest, ShowPagesAndOpensACarousel) {
   startServer();
+  allowNotifications();
   ASSERT_EQ(run({"push", campaign(), "--id", "c"}).status, 0);
   const auto first = run({"show", "c"}).json();
   EXPECT_EQ(at(first, "position") + at(first, "title") + at(first, "body"), "0Title aBody a");
@@ -56,6 +57,7 @@ TEST_F(ScreenRoadTest, ShowPagesAndOpensACarousel) {
 
 TEST_F(ScreenRoadTest, ShowSurvivesAnExtensionThatStops) {
   startServer();
+  allowNotifications();
   ASSERT_EQ(run({"push", campaign(""), "--id", "c"}).status, 0);
   const auto shown = run({"show", "c"});
   EXPECT_EQ(shown.status, 0);
@@ -72,7 +74,18 @@ TEST_F(ScreenRoadTest, LaunchAnswersThePublishersPage) {
   const auto agreed = run({"launch", "--answer", "allow", "--prompt", "ok"});
   EXPECT_EQ(at(agreed.json(), "authorisation"), "authorized") << agreed.errors;
   EXPECT_THAT(at(agreed.json(), "console"), HasSubstr("pns.ok"));
+  EXPECT_THAT(requests(), testing::Contains("GET /v2/mobile.js")) << "as a page would";
+  EXPECT_EQ(at(*run({"store"}).json().find("group"), "vs_visitedPCount"), "1") << "the page's screen";
   EXPECT_EQ(run({"launch", "--prompt", "maybe"}).status, 2);
+}
+
+TEST_F(ScreenRoadTest, APageThatCouldNotRunIsNotShownAndDoctorTellsWhy) {
+  startServer({"--document", payload("odd.json", R"({"a": "say \"hi\"", "push_config": {"prompts": [
+                                                   {"prompt": "page"}]}})")});
+  const auto launched = run({"launch", "--answer", "allow", "--prompt", "ok"});
+  EXPECT_EQ(at(launched.json(), "authorisation"), "notDetermined");
+  EXPECT_THAT(at(launched.json(), "console"), HasSubstr("The permission page is not shown"));
+  EXPECT_THAT(run({"doctor"}).output, HasSubstr("vs_autoconf"));
 }
 
 TEST_F(ScreenRoadTest, DemoWritesItselfDown) {
@@ -104,6 +117,7 @@ TEST_F(ScreenRoadTest, ShowDrawsAPictureOnADisplayOfItsOwn) {
     GTEST_SKIP() << "built without windows";
   }
   startServer();
+  allowNotifications();
   ASSERT_EQ(run({"push", campaign(), "--id", "c"}).status, 0);
   openWindows();
   const auto picture = folder_ / "carousel.png";

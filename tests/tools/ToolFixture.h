@@ -14,6 +14,8 @@
 #include <vector>
 
 #include "VorselKelp/JSONAny.h"
+#include "VorselKelpLinux/DeviceHome.h"
+#include "VorselKelpLinux/SimulatedDevice.h"
 #include "linux/support/TemporaryFolder.h"
 
 namespace VorselKelp::tool_tests {
@@ -115,6 +117,14 @@ class ToolTest : public testing::Test {
         << push << R"(, "analytics": true)" << switchesExtra_ << "}, " << manifestExtra_
         << R"("endpoints": {"collection": ")" << url_ << R"(", "tag": ")" << url_ << R"(", "events": ")"
         << url_ << R"(", "adFeed": ")" << url_ << R"(", "script": ")" << url_ << "\"}}";
+  }
+
+  /// As after a start whose permission dialog the user has allowed.
+  void allowNotifications() const {
+    linux_platform::SimulatedDevice device(linux_platform::DeviceHome(folder_ / "device"),
+                                           "com.example.news");
+    device.setAuthorization(platform::AuthorizationStatus::authorized);
+    ASSERT_TRUE(device.registerForRemoteNotifications().ok());
   }
 
   [[nodiscard]] std::vector<std::string> commandLine(std::vector<std::string> arguments) const {

@@ -31,6 +31,18 @@ std::string wordFor(const ChildOutcome& child, bool answered) {
   return child.firstOf("timeLimit") ? "timeLimit" : "answered";
 }
 
+/// Why a push does not reach the application at all; nothing of it runs then, and nothing is asked for.
+VorselKelp::Status reachable(device::SimulatedDevice& simulated) {
+  const auto permission = simulated.authorization();
+  if (permission == platform::AuthorizationStatus::notDetermined)
+    return Error{"Nothing is shown: the user has not been asked yet; brellixctl launch --answer allow"};
+  if (permission == platform::AuthorizationStatus::denied)
+    return Error{"Nothing is shown: the user does not allow notifications"};
+  if (!simulated.remoteToken())
+    return Error{"Nothing arrives: the application has no device token; brellixctl launch --answer allow"};
+  return VorselKelp::Done{};
+}
+
 /// Lets the service extension change `request`, and notes how that went.
 VorselKelp::Status runExtension(const Target& target, const PushRequest& asked, const std::string& payload,
                                 platform::NotificationRequest& request, PushOutcome& outcome) {
@@ -70,6 +82,8 @@ Result<PushOutcome> push(const Target& target, const PushRequest& asked) {
   if (json->as<JSONAny::Dictionary>() == nullptr) {
     return Error{asked.payloadPath + " is no JSON object; a payload looks like {\"aps\": {\"alert\": ...}}"};
   }
+  auto simulated = target.device();
+  if (const auto status = reachable(simulated); !status) return status.error();
   platform::NotificationRequest request;
   request.identifier = asked.identifier.empty() ? makeIdentifier() : asked.identifier;
   request.content = device::originalContent(*json);
@@ -80,7 +94,6 @@ Result<PushOutcome> push(const Target& target, const PushRequest& asked) {
     if (const auto status = runExtension(target, asked, *payload, request, outcome); !status)
       return status.error();
   }
-  auto simulated = target.device();
   auto shown = simulated.deliver(std::move(request));
   if (!shown) return Error{"The notification was not delivered. " + shown.error().description};
   outcome.shown = std::move(*shown);

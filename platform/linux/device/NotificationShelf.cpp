@@ -49,6 +49,14 @@ void writeBadge(Connection& database, const std::string& application, std::int64
       .run();
 }
 
+bool mayNotify(Connection& database, const std::string& application) {
+  Statement row(database, "SELECT authorization FROM application WHERE identifier = ?1");
+  if (!row.bind(1, application).step()) return false;
+  const auto status = static_cast<platform::AuthorizationStatus>(row.integer(0));
+  return status != platform::AuthorizationStatus::notDetermined &&
+         status != platform::AuthorizationStatus::denied;
+}
+
 void NotificationShelf::insert(Connection& database, const NotificationRequest& request, State state,
                                double due) const {
   const auto& info = request.content.userInfo;
@@ -124,9 +132,10 @@ void NotificationShelf::deliverDue(Connection& database, double now) {
     remove(database, request.identifier, State::tapped);
     remove(database, request.identifier, State::pending);
     if (repeats) insert(database, request, State::pending, last + trigger->seconds);
-    insert(database, request, State::delivered, last);
+    const bool shown = mayNotify(database, application_);
+    if (shown) insert(database, request, State::delivered, last);
     keepUsed(database, request.identifier);
-    if (request.content.badge) writeBadge(database, application_, *request.content.badge);
+    if (shown && request.content.badge) writeBadge(database, application_, *request.content.badge);
   }
 }
 

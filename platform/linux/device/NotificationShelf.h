@@ -61,6 +61,9 @@ class NotificationShelf {
   std::vector<platform::NotificationAttachment> released_;
 };
 
+/// Whether the user lets the application notify; what it schedules is not shown otherwise.
+bool mayNotify(Connection& database, const std::string& application);
+
 /// Shows `badge` on the application's icon.
 void writeBadge(Connection& database, const std::string& application, std::int64_t badge);
 

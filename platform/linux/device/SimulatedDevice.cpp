@@ -142,6 +142,9 @@ Result<platform::NotificationRequest> SimulatedDevice::deliver(platform::Notific
 
 Status SimulatedDevice::schedule(platform::NotificationRequest request) {
   if (!request.trigger) {
+    bool shown = false;
+    use([&](Connection& database) { shown = mayNotify(database, application_); });
+    if (!shown) return Done{};
     const auto delivered = deliver(std::move(request));
     return delivered ? Status(Done{}) : delivered.error();
   }

@@ -29,6 +29,7 @@ Result<ProcessScreen::Services> ApplicationRun::openScreen() {
       .kind = ProcessKind::application,
       .size = {process_.manifest.screenWidth, process_.manifest.screenHeight},
       .loop = process_.loop,
+      .urlSession = process_.session,
       .root = rootController_,
       .promptAnswer = process_.options.promptAnswer,
       .screenChanged = [this](bool appeared) { appeared ? screenAppeared() : screenDisappeared(); },

@@ -10,7 +10,7 @@ class HeadlessScreen final : public ProcessScreen {
     Services services;
     services.screen = makeScreen(setting.manifest);
     services.viewPresenter = makeHeadlessPresenter(setting.root, setting.screenChanged);
-    services.webViews = makeHeadlessWebViews(setting.loop, setting.promptAnswer, [](const std::string&) {});
+    services.webViews = makeHeadlessWebViews(setting.loop, setting.urlSession, setting.promptAnswer);
     return services;
   }
   [[nodiscard]] bool visible() const override { return false; }

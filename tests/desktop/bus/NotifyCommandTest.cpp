@@ -37,8 +37,8 @@ class NotifyCommandTest : public BusTest {
 
   /// The application has run once, and a push has come since.
   void deliver() {
-    for (const auto& arguments :
-         {std::vector<std::string>{"launch"}, {"push", folder_ / "push.json", "--id", "n"}}) {
+    for (const auto& arguments : {std::vector<std::string>{"launch", "--answer", "allow"},
+                                  {"push", folder_ / "push.json", "--id", "n"}}) {
       auto run = start(arguments);
       (void)run->readAll();
       EXPECT_EQ(run->wait(), 0);

@@ -129,10 +129,18 @@ TEST_F(SimulatedDeviceTest, DeliversPendingNotificationsWhenTheDevicesTimeHasCom
   repeating.trigger = {60, true};
   ASSERT_TRUE(device_.schedule(once).ok());
   ASSERT_TRUE(device_.schedule(repeating).ok());
+  auto unseen = withFile("unseen", "c.png");
+  unseen.trigger = {1, false};
+  unseen.content.badge = 9;
+  ASSERT_TRUE(device_.schedule(unseen).ok());
+  EXPECT_EQ(device_.pending().size(), 3u);
+  ASSERT_TRUE(device_.advanceClock(2).ok());
   EXPECT_EQ(device_.pending().size(), 2u);
-  EXPECT_TRUE(device_.delivered().empty());
+  EXPECT_TRUE(device_.delivered().empty()) << "the user has not allowed it";
+  EXPECT_EQ(device_.badge(), 0);
 
-  ASSERT_TRUE(device_.advanceClock(130).ok());
+  device_.setAuthorization(platform::AuthorizationStatus::authorized);
+  ASSERT_TRUE(device_.advanceClock(128).ok());
   const auto delivered = device_.delivered();
   ASSERT_EQ(delivered.size(), 2u);
   EXPECT_EQ(delivered[0].request.identifier, "once");

@@ -5,6 +5,7 @@
 
 #include "VorselKelp/Export.h"
 #include "VorselKelp/platform/MainQueue.h"
+#include "VorselKelp/platform/URLSession.h"
 #include "VorselKelp/platform/ViewPresenter.h"
 #include "VorselKelp/platform/WebViews.h"
 
@@ -21,12 +22,13 @@ VORSELKELP_API std::shared_ptr<platform::ViewPresenter> makeHeadlessPresenter(
 /// What the simulated user answers on the publisher's permission page.
 enum class PromptAnswer { ok, cancel, none };
 
-/// Pages without an engine: scripts do not run and nothing is fetched. A page that a controller hands over as
-/// text answers like `answer` on the "JSBridge" of its view, soon after; pages by URL, and scripts, fail.
-/// `shown` learns the text of each page handed over.
+/// Pages without an engine: scripts do not run. A page that a controller hands over as text fetches its
+/// script file with `session`, and then answers like `answer` on the "JSBridge" of its view; one whose
+/// configuration is no JSON is dead, as it would be in an engine, and answers nothing. Pages by URL, and
+/// scripts, fail.
 VORSELKELP_API std::shared_ptr<platform::WebViews> makeHeadlessWebViews(
-    std::shared_ptr<platform::MainQueue> mainQueue, PromptAnswer answer,
-    std::function<void(const std::string& html)> shown);
+    std::shared_ptr<platform::MainQueue> mainQueue, std::shared_ptr<platform::URLSession> session,
+    PromptAnswer answer);
 
 /// No web engine at all: every load fails.
 VORSELKELP_API std::shared_ptr<platform::WebViews> makeUnavailableWebViews(

@@ -25,6 +25,7 @@ class ProcessScreen {
     ProcessKind kind = ProcessKind::application;
     ui::Size size;  ///< of the window, points
     std::shared_ptr<EventLoop> loop;
+    std::shared_ptr<platform::URLSession> urlSession;  ///< for pages that no engine loads
     std::shared_ptr<ui::ViewController> root;
     PromptAnswer promptAnswer = PromptAnswer::none;
     /// To be told of each controller, and each page of the browser, that has appeared or gone.
