@@ -64,7 +64,7 @@ TEST_F(ArrowTest, FailuresArePrintedAndKeepNothing) {
   answer(arrowUrl, picture(30, 30));
   EXPECT_THAT(extensionLines(), Contains("FAILED TO SAVE IMAGE disk full"));
   EXPECT_EQ(widthOf(view->leftButton->backgroundImage), 30) << "shown all the same";
-  (void)withArrow("no url");
+  (void)withArrow("https://no host");
   EXPECT_THAT(extensionLines(), Contains("FAILED TO SAVE IMAGE URL is not valid"));
 }
 

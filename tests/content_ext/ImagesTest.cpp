@@ -127,7 +127,6 @@ TEST_F(ImagesTest, WhatIsNoPictureIsFetchedOnce) {
   EXPECT_THAT(extensionLines(), ElementsAre(failed));
   answer("https://i/2", picture(22, 1));
   view->leftButton->tap();
-  view->rightButton->tap();
   EXPECT_EQ(widthOf(view->imageView->image), 22);
   view->rightButton->tap();
   EXPECT_EQ(view->imageView->image.get(), nullptr) << "not the picture of another message";

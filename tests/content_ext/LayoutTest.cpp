@@ -175,8 +175,8 @@ TEST_F(LayoutTest, APayloadThatIsNoCarouselStopsTheExtension) {
       {R"({"p":[{"o":{}}],"isMultiple":null})", "no \"isMultiple\""},
       {R"({"isMultiple":true})", "no \"p\""},
       {R"({"p":[],"isMultiple":true})", "no message"},
-      {R"({"p":[{"o":{"image":"https://i"}},{"o":{"image":"no url"}}],"isMultiple":true})",
-       "no url.*no URL"}};
+      {R"({"p":[{"o":{"image":"https://i"}},{"o":{"image":"https://no host"}}],"isMultiple":true})",
+       "no host.*no URL"}};
   for (const auto& [json, reason] : cases)
     EXPECT_DEATH(make(json), std::string("Fatal error: VorselKelp/VorselNotificationUI: .*") + reason);
   EXPECT_DEATH(make(R"({"p":[{"o":{}}],"isMultiple":true})")->performLayout(), "forms no URL");
