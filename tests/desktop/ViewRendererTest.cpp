@@ -60,7 +60,8 @@ TEST_F(ViewRendererTest, ALabelThatNothingWidensIsAsWideAsItsText) {
   const auto placed = add<Label>(*root);
   const auto loose = add<Label>(*root);  // without any constraint
   root->activate({equal(placed->leading(), root->leading(), 10), equal(placed->top(), root->top(), 50)});
-  placed->text = loose->text = "A title";
+  placed->text = "A title";
+  loose->text = "A title";
   show(root);
   const double before = placed->frame.get().size.width;
   EXPECT_GT(before, 20);

@@ -33,7 +33,10 @@ class LabelNode final : public ViewNode {
     describe(widget(), label_.text.get().value_or(""));
     gtk_widget_queue_resize(widget());
   }
-  OwnSize ownSize() override { return {std::nullopt, measure(GTK_ORIENTATION_VERTICAL, -1).natural}; }
+  OwnSize ownSize() override {
+    return {measure(GTK_ORIENTATION_HORIZONTAL, -1).natural, measure(GTK_ORIENTATION_VERTICAL, -1).natural,
+            true};
+  }
   Extent measure(GtkOrientation orientation, int forSize) override {
     // Constraints are solved without asking what height goes with a width: what wraps asks for the width that
     // it got last.

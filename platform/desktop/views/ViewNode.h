@@ -28,6 +28,7 @@ class ViewNode : public WidgetNode {
   struct OwnSize {
     std::optional<int> width;
     std::optional<int> height;
+    bool widthYields = false;  ///< to whatever else says how wide it is
     friend bool operator==(const OwnSize&, const OwnSize&) = default;
   };
   virtual OwnSize ownSize() { return {}; }

@@ -1,6 +1,7 @@
 #include "views/ViewRenderer.h"
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 namespace VorselKelp::desktop {
@@ -26,6 +27,22 @@ GtkConstraintAttribute toolkitAttribute(ui::Attribute attribute) {
       break;
   }
   return GTK_CONSTRAINT_ATTRIBUTE_CENTER_Y;
+}
+
+/// Whether the holder's constraints say how wide the child is.
+bool isWidthGiven(const ui::View& holder, const ui::View& child) {
+  if (child.translatesAutoresizingMaskIntoConstraints) return true;
+  std::set<ui::Attribute> sides;
+  const auto note = [&](const ui::Anchor& anchor) {
+    if (anchor.view.lock().get() == &child) sides.insert(anchor.attribute);
+  };
+  for (const auto& constraint : holder.constraints()) {
+    note(constraint.first);
+    if (!constraint.againstConstant) note(constraint.second);
+  }
+  const auto across = sides.count(ui::Attribute::leading) + sides.count(ui::Attribute::trailing) +
+                      sides.count(ui::Attribute::centerX);
+  return across >= 2 || sides.contains(ui::Attribute::width);
 }
 
 bool fills(const ui::View& holder, const ui::View& child) {
@@ -98,7 +115,7 @@ void ViewRenderer::constrain(ui::View& view) {
   for (const auto& constraint : view.constraints()) addConstraint(view, constraint);
   for (const auto& child : view.subviews()) {
     if (child->translatesAutoresizingMaskIntoConstraints) fixFrame(view, *child);
-    const auto own = nodeOf(*child).ownSize();
+    const auto own = ownSizeOf(view, *child);
     const auto take = [&](GtkConstraintAttribute attribute, std::optional<int> length) {
       if (!length) return;
       add(view, gtk_constraint_new_constant(nodeOf(*child).widget(), attribute, GTK_CONSTRAINT_RELATION_EQ,
@@ -108,6 +125,12 @@ void ViewRenderer::constrain(ui::View& view) {
     take(GTK_CONSTRAINT_ATTRIBUTE_HEIGHT, own.height);
     ownSizes_[child.get()] = own;
   }
+}
+
+ViewNode::OwnSize ViewRenderer::ownSizeOf(const ui::View& holder, ui::View& child) {
+  auto own = nodeOf(child).ownSize();
+  if (own.widthYields && isWidthGiven(holder, child)) own.width.reset();
+  return own;
 }
 
 void ViewRenderer::add(ui::View& holder, GtkConstraint* constraint) {
@@ -253,9 +276,9 @@ void ViewRenderer::propertiesChanged(ui::View& view) {
   node->second->update();
   changed_();
   const auto known = ownSizes_.find(&view);
-  if (known != ownSizes_.end() && view.superview() != nullptr && node->second->ownSize() != known->second) {
-    structureChanged(*view.superview());
-  }
+  auto* holder = view.superview();
+  if (known != ownSizes_.end() && holder != nullptr && ownSizeOf(*holder, view) != known->second)
+    structureChanged(*holder);
 }
 
 void ViewRenderer::structureChanged(ui::View& view) {

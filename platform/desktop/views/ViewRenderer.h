@@ -44,6 +44,7 @@ class ViewRenderer final : public ui::ViewObserver, public std::enable_shared_fr
   void build(ui::View& view);
   void constrain(ui::View& view);
   void release(ui::View& view);
+  [[nodiscard]] ViewNode::OwnSize ownSizeOf(const ui::View& holder, ui::View& child);
   void add(ui::View& holder, GtkConstraint* constraint);
   void addConstraint(ui::View& holder, const ui::Constraint& constraint);
   void fixFrame(ui::View& holder, ui::View& child);
