@@ -23,16 +23,22 @@ bool isContinuation(char c) {
   return (c & 0xC0) == 0x80;
 }
 
+bool isLead(char c) {
+  return (c & 0xC0) == 0xC0;
+}
+
+// The characters at both ends; a byte that belongs to none counts as one.
+
 std::string_view firstOf(std::string_view text) {
   std::size_t end = 1;
-  while (end < text.size() && isContinuation(text[end])) ++end;
+  while (isLead(text.front()) && end < text.size() && isContinuation(text[end])) ++end;
   return text.substr(0, end);
 }
 
 std::string_view lastOf(std::string_view text) {
   std::size_t begin = text.size() - 1;
   while (begin > 0 && isContinuation(text[begin])) --begin;
-  return text.substr(begin);
+  return text.substr(isLead(text[begin]) ? begin : text.size() - 1);
 }
 
 std::string_view stripped(std::string_view text) {
