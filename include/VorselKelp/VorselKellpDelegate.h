@@ -18,7 +18,8 @@ class VorselKellpDelegate {
   virtual void enteredBeaconRegionWith(const std::string& id) { (void)id; }
   /// The registration of the device with the server ended; true when the server accepted the token.
   virtual void vorselInited(bool success) { (void)success; }
-  /// A notification was opened whose URL is no web page: the application's own deep link.
+  /// A notification was opened whose URL is no web page: the application's own deep link, percent-encoded
+  /// where it was sent in other characters than those of URLs.
   virtual void handleURL(const std::string& url) { (void)url; }
   virtual void locationChanged(double lat, double lng) { (void)lat, (void)lng; }
   virtual void passLocation(const std::any& location) { (void)location; }

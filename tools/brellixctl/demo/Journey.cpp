@@ -77,7 +77,8 @@ bool Journey::start() {
                   "the user was asked and allowed notifications");
   ok = ok && expectBody("register", "/v2/users?type=mobile", outcome->token.value_or("no token"),
                         "the device token reached the server");
-  ok = ok && expectBody("screens", "/v2/users?type=mobile", R"("scn":1)", "one screen was counted: the page's");
+  ok = ok &&
+       expectBody("screens", "/v2/users?type=mobile", R"("scn":1)", "one screen was counted: the page's");
   return ok;
 }
 

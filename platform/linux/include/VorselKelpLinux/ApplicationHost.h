@@ -29,7 +29,8 @@ class ApplicationProcess {
   virtual std::shared_ptr<ui::ViewController> rootController() = 0;
   /// What shows the application's screens. Main thread.
   virtual std::shared_ptr<platform::ViewPresenter> presenter() = 0;
-  /// A screen of the application came or went. Main thread.
+  /// A screen of the application came or went that the presenter does not show: it tells of those. Main
+  /// thread.
   virtual void screenAppeared() = 0;
   virtual void screenDisappeared() = 0;
   /// Tells whoever started the process (such as brellixctl) that the library called its delegate. Any thread.
