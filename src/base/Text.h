@@ -24,6 +24,10 @@ namespace VorselKelp {
 /// Two lower-case hexadecimal digits a byte.
 [[nodiscard]] std::string hexText(const std::uint8_t* bytes, std::size_t count);
 
+[[nodiscard]] constexpr bool isAsciiControl(char c) {
+  return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
+}
+
 /// ASCII letters only.
 [[nodiscard]] std::string lowerCased(std::string_view text);
 

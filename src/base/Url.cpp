@@ -9,10 +9,6 @@
 namespace VorselKelp {
 namespace {
 
-bool isControl(char c) {
-  return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
-}
-
 bool isForeign(char c) {
   return static_cast<unsigned char>(c) > 0x7F;
 }
@@ -57,7 +53,7 @@ bool Url::isWeb() const {
 
 std::optional<Url> parseUrl(std::string_view text) {
   if (text.empty() || text.front() == ' ' || text.back() == ' ') return std::nullopt;
-  if (std::ranges::any_of(text, isControl) || !isValidUtf8(text)) return std::nullopt;
+  if (std::ranges::any_of(text, isAsciiControl) || !isValidUtf8(text)) return std::nullopt;
   std::string whole = encoded(text);
   const auto parsed = boost::urls::parse_uri_reference(whole);
   // A port that is none is left to the path by this parser.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/Text.h"
 #include "base/Url.h"
 #include "content_ext/Stop.h"
 #include "gif/ImageLoading.h"
@@ -15,15 +16,11 @@ namespace {
 constexpr std::size_t longestComponent = 255;
 constexpr std::size_t longestPath = 4095;
 
-bool isControl(char c) {
-  return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
-}
-
 /// Where the picture of a URL is kept: the text names the file, and its slashes folders. The text is the
 /// sender's, so it is refused when the file could be anywhere but inside the container.
 Result<std::string> fileOf(const std::string& container, const std::string& urlText) {
   if (urlText.empty()) return Error{"an empty name"};
-  if (std::ranges::any_of(urlText, isControl)) return Error{"a name with control characters"};
+  if (std::ranges::any_of(urlText, isAsciiControl)) return Error{"a name with control characters"};
   const std::string name = urlText + ".jpg";
   for (std::size_t begin = 0; begin <= name.size();) {
     const auto end = std::min(name.find('/', begin), name.size());

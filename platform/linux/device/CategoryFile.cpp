@@ -16,7 +16,7 @@ namespace {
 
 using platform::NotificationCategory;
 
-constexpr auto lockPatience = std::chrono::milliseconds(10'000);
+constexpr auto changePatience = std::chrono::milliseconds(10'000);
 /// From this many bytes on a file may be longer than it need be.
 constexpr std::size_t longFile = std::size_t{64} << 10;
 
@@ -65,9 +65,9 @@ Result<std::vector<NotificationCategory>> CategoryFile::read() {
 Status CategoryFile::change(const std::vector<std::string>& removed,
                             const std::vector<NotificationCategory>& written) {
   const std::lock_guard guard(mutex_);
-  auto lock = lockFile(path_ + ".lock", lockPatience);
+  auto lock = lockFile(path_ + ".lock", changePatience);
   if (!lock && lock.error().code == ENOENT && makeFolders(parentOf(path_)))
-    lock = lockFile(path_ + ".lock", lockPatience);
+    lock = lockFile(path_ + ".lock", changePatience);
   if (!lock) return lock.error();
   Descriptor file(::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
   if (auto read = readNew(file.number()); !read) return read;

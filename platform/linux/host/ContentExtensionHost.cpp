@@ -66,6 +66,7 @@ class ContentRun {
                                 .kind = ProcessKind::contentExtension,
                                 .size = size,
                                 .loop = process_.loop,
+                                .urlSession = nullptr,
                                 .root = controller,
                                 .promptAnswer = PromptAnswer::none,
                                 .picture = nullptr,

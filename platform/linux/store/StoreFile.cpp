@@ -16,7 +16,6 @@ namespace VorselKelp::linux_platform {
 namespace {
 
 constexpr std::int64_t schemaVersion = 1;
-constexpr auto lockPatience = std::chrono::milliseconds(5000);
 
 /// The fresh store is invisible until it is renamed, so nothing has to survive while it is being made. Rows
 /// are small, and a write copies whole pages: with pages of 2 KiB a set costs a sixth less than with 4 KiB.
