@@ -19,7 +19,7 @@ vorsel_pkg_config(
   vorselkelp
   DESCRIPTION "Push notifications and engagement: the core"
   LIBRARY vorselkelp
-  STATIC_LIBS -lboost_json -lboost_url -pthread)
+  STATIC_LIBS -lvorselkelp_url -lboost_json -pthread)
 # A shared core holds the facade.
 if(BUILD_SHARED_LIBS)
   vorsel_pkg_config(

@@ -1,7 +1,7 @@
 # Shared by the scripts beside it; meant to be sourced.
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-build_packages=(g++ cmake ninja-build pkg-config libboost-json1.81-dev libboost-url1.81-dev libsqlite3-dev
+build_packages=(g++ cmake ninja-build pkg-config libboost-json1.81-dev libsqlite3-dev
   libcurl4-openssl-dev libgdk-pixbuf-2.0-dev libgif-dev libcli11-dev libcpp-httplib-dev)
 test_packages=(libgtest-dev libgmock-dev python3)
 # Real windows and pages, and what tests show them on.

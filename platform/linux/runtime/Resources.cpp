@@ -4,8 +4,10 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
+#include <utility>
 #include <vector>
+
+#include "files/FileIO.h"
 
 namespace VorselKelp::linux_platform {
 namespace {
@@ -52,12 +54,7 @@ std::vector<fs::path> sharedFolders() {
 std::optional<std::string> readResource(std::string_view name) {
   if (name.empty() || name.find('/') != std::string_view::npos) return std::nullopt;
   for (const auto& folder : sharedFolders()) {
-    std::ifstream stream(folder / "vorselkelp" / name, std::ios::binary);
-    if (!stream) continue;
-    std::string bytes(sizeLimit, '\0');
-    stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    bytes.resize(static_cast<std::size_t>(stream.gcount()));
-    return bytes;
+    if (auto bytes = readWholeFile(folder / "vorselkelp" / name, sizeLimit)) return *std::move(bytes);
   }
   return std::nullopt;
 }
