@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 namespace VorselKelp::gif {
@@ -11,8 +12,17 @@ class AxisScale {
  public:
   /// Of the file's pixels one behind the other, how much each has of a drawn one; together total().
   struct Share {
-    std::int64_t first = 0;
-    std::array<std::int64_t, 3> weights{};
+    int first = 0;
+    std::array<int, 3> weights{};
+
+    /// How much of it lies between `begin` and `end`.
+    [[nodiscard]] std::int64_t within(int begin, int end) const {
+      std::int64_t sum = 0;
+      for (int i = 0; i < 3; ++i) {
+        if (first + i >= begin && first + i < end) sum += weights[static_cast<std::size_t>(i)];
+      }
+      return sum;
+    }
   };
 
   AxisScale(int file, int drawn) : file_(file), drawn_(drawn) {}
@@ -20,11 +30,11 @@ class AxisScale {
   [[nodiscard]] std::int64_t total() const { return file_; }
   [[nodiscard]] Share shareOf(int drawn) const {
     const std::int64_t begin = drawn * file_;
-    Share share{begin / drawn_, {}};
-    for (std::size_t i = 0; i < share.weights.size(); ++i) {
-      const std::int64_t from = (share.first + static_cast<std::int64_t>(i)) * drawn_;
-      share.weights[i] =
-          std::max<std::int64_t>(0, std::min(from + drawn_, begin + file_) - std::max(from, begin));
+    Share share{static_cast<int>(begin / drawn_), {}};
+    for (int i = 0; i < 3; ++i) {
+      const std::int64_t from = (share.first + std::int64_t{i}) * drawn_;
+      const auto common = std::min(from + drawn_, begin + file_) - std::max(from, begin);
+      share.weights[static_cast<std::size_t>(i)] = static_cast<int>(std::max<std::int64_t>(0, common));
     }
     return share;
   }

@@ -17,8 +17,10 @@ void put(std::uint8_t* target, std::uint32_t word) {
   std::memcpy(target, &word, pixelSize);
 }
 
+}  // namespace
+
 /// What the pixels of an area show together; what is transparent shows nothing.
-struct Blend {
+struct Compositor::Blend {
   std::array<std::int64_t, 3> sums{};
   std::int64_t weight = 0;
 
@@ -39,25 +41,16 @@ struct Blend {
   }
 };
 
-/// How much of the share lies between `begin` and `end`.
-std::int64_t inside(const AxisScale::Share& share, int begin, int end) {
-  std::int64_t sum = 0;
-  for (std::size_t i = 0; i < share.weights.size(); ++i) {
-    const auto at = share.first + static_cast<std::int64_t>(i);
-    if (at >= begin && at < end) sum += share.weights[i];
-  }
-  return sum;
-}
-
-}  // namespace
-
 Compositor::Compositor(int width, int height, int drawnWidth, int drawnHeight)
     : fileWidth_(width),
       fileHeight_(height),
       width_(drawnWidth),
       height_(drawnHeight),
       columns_(width, drawnWidth),
-      rows_(height, drawnHeight) {}
+      rows_(height, drawnHeight) {
+  if (!isReduced()) return;
+  for (int x = 0; x < width_; ++x) columnShares_.push_back(columns_.shareOf(x));
+}
 
 std::uint8_t* Compositor::at(std::span<std::uint8_t> canvas, int x, int y) const {
   return &canvas[(static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
@@ -101,13 +94,19 @@ void Compositor::dispose(std::span<std::uint8_t> canvas) {
 
 void Compositor::clear(std::span<std::uint8_t> canvas) const {
   const auto whole = columns_.total() * rows_.total();
+  const auto rowSize = static_cast<std::size_t>(area_.right - area_.left) * pixelSize;
   for (int y = area_.top; y < area_.bottom; ++y) {
-    const auto height = inside(rows_.shareOf(y), fileArea_.top, fileArea_.bottom);
-    for (int x = area_.left; x < area_.right; ++x) {
-      const auto kept = whole - height * inside(columns_.shareOf(x), fileArea_.left, fileArea_.right);
-      std::uint8_t* pixel = at(canvas, x, y);
-      if (kept == 0) put(pixel, 0);
+    std::uint8_t* pixel = at(canvas, area_.left, y);
+    if (!isReduced()) {
+      std::memset(pixel, 0, rowSize);
+      continue;
+    }
+    const auto height = rows_.shareOf(y).within(fileArea_.top, fileArea_.bottom);
+    for (int x = area_.left; x < area_.right; ++x, pixel += pixelSize) {
+      const auto& columns = columnShares_[static_cast<std::size_t>(x)];
+      const auto kept = whole - height * columns.within(fileArea_.left, fileArea_.right);
       pixel[3] = static_cast<std::uint8_t>(pixel[3] * kept / whole);
+      if (pixel[3] == 0) put(pixel, 0);
     }
   }
 }
@@ -171,22 +170,26 @@ void Compositor::paintReduced(std::span<std::uint8_t> canvas, const GifFrame& fr
   for (int y = area_.top; y < area_.bottom; ++y) {
     const auto rows = rows_.shareOf(y);
     for (int x = area_.left; x < area_.right; ++x) {
-      const auto columns = columns_.shareOf(x);
       Blend blend;
-      for (std::int64_t j = 0; j < 3; ++j) {
-        const auto row = rows.first + j;
-        const auto height = rows.weights[static_cast<std::size_t>(j)];
+      for (int i = 0; i < 3; ++i) {
+        const int row = rows.first + i;
+        const int height = rows.weights[static_cast<std::size_t>(i)];
         if (height == 0 || row < fileArea_.top || row >= fileArea_.bottom) continue;
-        const auto line = (row - frame.top) * frame.width - frame.left;
-        for (std::int64_t i = 0; i < 3; ++i) {
-          const auto column = columns.first + i;
-          const auto width = columns.weights[static_cast<std::size_t>(i)];
-          if (width == 0 || column < fileArea_.left || column >= fileArea_.right) continue;
-          blend.add(words_[frame.indices[static_cast<std::size_t>(line + column)]], width * height);
-        }
+        addRow(blend, frame, row, height, columnShares_[static_cast<std::size_t>(x)]);
       }
       blend.over(at(canvas, x, y), whole);
     }
+  }
+}
+
+void Compositor::addRow(Blend& blend, const GifFrame& frame, int row, int height,
+                        const AxisScale::Share& columns) const {
+  const auto line = (std::int64_t{row} - frame.top) * frame.width - frame.left;
+  for (int i = 0; i < 3; ++i) {
+    const int column = columns.first + i;
+    const int width = columns.weights[static_cast<std::size_t>(i)];
+    if (width == 0 || column < fileArea_.left || column >= fileArea_.right) continue;
+    blend.add(words_[frame.indices[static_cast<std::size_t>(line + column)]], std::int64_t{width} * height);
   }
 }
 

@@ -44,6 +44,9 @@ class Compositor {
   void restore(std::span<std::uint8_t> canvas) const;
   void save(std::span<std::uint8_t> canvas);
   void paint(std::span<std::uint8_t> canvas, const platform::GifFrame& frame) const;
+  struct Blend;
+  void addRow(Blend& blend, const platform::GifFrame& frame, int row, int height,
+              const AxisScale::Share& columns) const;
   void paintReduced(std::span<std::uint8_t> canvas, const platform::GifFrame& frame) const;
   [[nodiscard]] bool isReduced() const { return width_ != fileWidth_ || height_ != fileHeight_; }
   [[nodiscard]] std::uint8_t* at(std::span<std::uint8_t> canvas, int x, int y) const;
@@ -55,6 +58,7 @@ class Compositor {
   const int height_;
   const AxisScale columns_;
   const AxisScale rows_;
+  std::vector<AxisScale::Share> columnShares_;  ///< where it is reduced
   /// Pixels by index; zero where nothing is drawn.
   std::array<std::uint32_t, 256> words_{};
   // Of the frame drawn last.

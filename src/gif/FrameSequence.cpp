@@ -38,7 +38,7 @@ std::optional<FrameSequence::Plan> FrameSequence::planFor(int width, int height,
   const auto pixels = std::int64_t{width} * height;
   Plan plan{width, height, width, height, std::max(pixels, smallFrame), 0};
   const auto room = static_cast<std::int64_t>(std::min<std::size_t>(budget, INT32_MAX)) - readerSize -
-                    plan.largest - 2 * imageOverhead;
+                    plan.largest - 2 * imageOverhead - width * std::int64_t{sizeof(AxisScale::Share)};
   // Three canvases: what is seen, what takes its place, and what a frame that is to be taken away again has
   // saved.
   const auto mostPixels = room / 3 / pixelSize;
