@@ -183,9 +183,10 @@ TEST_F(ServiceTest, AStalledPictureCostsThePictureAlone) {
   EXPECT_THAT(service_.urlSession->urls(), ElementsAre("https://i/x"));
   EXPECT_EQ(best->title + best->body, "TB");
   EXPECT_EQ(store().object("vs_t"), DefaultsValue{(Map{{"n-1", {TextList{"https://c"}}}})});
-  EXPECT_EQ(
-      store().object("vs_url"),
-      DefaultsValue{(Map{{"n-1", {Map{{defaultAction, asText("https://o")}, {"a", asText("https://a")}}}}})});
+  EXPECT_EQ(store().object("vs_url"),
+            DefaultsValue{(Map{{"n-1",
+                                {Map{{std::string(platform::defaultActionIdentifier), asText("https://o")},
+                                     {"a", asText("https://a")}}}}})});
   EXPECT_FALSE(store().object("vs_tags")) << "the notification it replaces is still seen";
   EXPECT_EQ(service_.console->count("conv"), 1u);
   service_.urlSession->setRule("/x", ServerAnswer::failure("down"));
