@@ -35,7 +35,8 @@ class VORSELKELP_API VorselBuilder {
   VorselBuilder& geofence(bool enabled);
   VorselBuilder& beacon(bool enabled);
   VorselBuilder& locationTracking(bool enabled);
-  /// Turns the re-engagement notification on and stores its interval in seconds, at once.
+  /// Stores the interval of the re-engagement notification in seconds, at once; VorselKellp::updateScheduler
+  /// schedules it.
   VorselBuilder& scheduleNotifications(double interval);
 
   /// Makes the configuration, which writes its switches into the store.

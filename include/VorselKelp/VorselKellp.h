@@ -64,7 +64,8 @@ class VORSELKELP_API VorselKellp {
 
   // Activity
 
-  /// Adds an entry to the map that every activity and user report carries as "u".
+  /// Adds an entry to the map that every activity and user report carries as "u". Both texts must be UTF-8:
+  /// with one that is not, every later report goes out without a body, and sendTrack stops the process.
   static void setUserValue(const std::string& key, const std::string& value);
   /// Reports an event. A value that JSON has no form for, or a process in which no session was ever counted,
   /// is a programming error and stops the process.
@@ -120,7 +121,7 @@ class VORSELKELP_API VorselKellp {
   static void pushTrackOpen(bool handle, const platform::NotificationResponse& response,
                             std::function<void(std::optional<std::string>)> completion);
 
-  // Adds one to the count of unread notifications and shows it: on `forNotify` when given, else on the icon.
+  /// Adds one to the count of unread notifications and shows it: on `forNotify` when given, else on the icon.
   static void addNotificationCount(const std::shared_ptr<platform::NotificationContent>& forNotify);
   /// Takes one off, below zero too; nothing while nothing was counted.
   static void decreseNotificationCount(const std::shared_ptr<platform::NotificationContent>& forNotify);
