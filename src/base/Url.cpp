@@ -30,17 +30,18 @@ bool isEscape(std::string_view text) {
 
 std::string encoded(std::string_view text) {
   static constexpr boost::urls::grammar::lut_chars plain = boost::urls::unreserved_chars + "!$&'()*+,;=:@/?";
-  std::string out(untilPath(text));
+  std::string out;
   bool inFragment = false;
-  for (std::size_t i = out.size(); i < text.size(); ++i) {
+  std::size_t written = 0;
+  for (std::size_t i = untilPath(text).size(); i < text.size(); ++i) {
     const char c = text[i];
-    const bool opensFragment = c == '#' && !std::exchange(inFragment, inFragment || c == '#');
-    if (plain(c) || opensFragment || (c == '%' && isEscape(text.substr(i)))) {
-      out += c;
-    } else {
-      out += escaped(text.substr(i, 1));
-    }
+    const bool opensFragment = c == '#' && !std::exchange(inFragment, true);
+    if (plain(c) || opensFragment || (c == '%' && isEscape(text.substr(i)))) continue;
+    out.append(text, written, i - written);
+    out += escaped(text.substr(i, 1));
+    written = i + 1;
   }
+  out.append(text, written);
   return out;
 }
 
