@@ -7,6 +7,7 @@
 #include "VorselKelpTesting/MemoryPlatform.h"
 #include "content_ext/Figures.h"
 #include "core/CoreContext.h"
+#include "core/CoreScope.h"
 
 namespace VorselKelp::benchmarks {
 namespace {
@@ -26,12 +27,12 @@ std::string campaign() {
 /// The pictures never come: paging must not wait for them.
 Line carouselPaging() {
   testing_platform::MemoryPlatform device;
-  const auto context = std::make_shared<CoreContext>(device.platform());
+  const CoreScope scope(std::make_shared<CoreContext>(device.platform()));
   const auto controller = std::make_shared<ui::ViewController>();
   controller->view()->frame = ui::Rect{{0, 0}, {390, 312}};
   platform::DeliveredNotification notification;
   notification.request.content.userInfo = platform::UserInfo::fromJSON(campaign());
-  const auto view = VorselNotificationView::make(context, notification, controller);
+  const auto view = VorselNotificationView::make(notification, controller);
   view->performLayout();
   std::vector<double> times;
   for (int page = 0; page < 1000; ++page) {

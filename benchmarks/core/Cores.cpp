@@ -8,7 +8,6 @@
 #include <memory>
 #include <vector>
 
-#include "VorselKelp/VorselBuilder.h"
 #include "VorselKelpTesting/MemoryPlatform.h"
 #include "kellp/Kellp.h"
 #include "support/BenchmarkPlatform.h"
@@ -50,7 +49,7 @@ Line coresSideBySide() {
   for (const auto& services : platforms) cores.push_back(std::make_shared<Kellp>(services));
   const auto bytes = static_cast<double>(mallinfo2().uordblks - before) / coreCount;
 
-  for (const auto& core : cores) (void)VorselBuilder(core->context, "k-123", std::nullopt).push().build();
+  for (const auto& core : cores) (void)configured(core->context, "");
   const auto payload = platform::UserInfo::fromJSON(textPush());
   const auto start = std::chrono::steady_clock::now();
   for (int push = 0; push < pushesPerCore; ++push) {

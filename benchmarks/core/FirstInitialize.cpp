@@ -9,7 +9,6 @@
 #include <string>
 #include <string_view>
 
-#include "VorselKelp/VorselBuilder.h"
 #include "VorselKelpLinux/CurlURLSession.h"
 #include "core/BareStart.h"
 #include "kellp/Kellp.h"
@@ -34,7 +33,7 @@ using Clock = std::chrono::steady_clock;
   services->urlSession = linux_platform::makeURLSession();
   services->endpoints.tag = "http://127.0.0.1:1";
   const auto kellp = std::make_shared<Kellp>(std::move(services));
-  kellp->initialize(VorselBuilder(kellp->context, "k-123", benchmarkGroup).push().build());
+  kellp->initialize(configured(kellp->context));
   tell(Clock::now() - begin);
 }
 

@@ -6,7 +6,6 @@
 #include <memory>
 #include <vector>
 
-#include "VorselKelp/VorselBuilder.h"
 #include "VorselKelpLinux/CurlURLSession.h"
 #include "core/BareStart.h"
 #include "core/Figures.h"
@@ -23,8 +22,7 @@ namespace {
 struct StartedCore {
   TemporaryFolder folder;
   std::shared_ptr<Kellp> kellp = std::make_shared<Kellp>(benchmarkPlatform(folder.path));
-  std::shared_ptr<VorselConfig> config =
-      VorselBuilder(kellp->context, "k-123", benchmarkGroup).push().build();
+  std::shared_ptr<VorselConfig> config = configured(kellp->context);
 
   StartedCore() { start(); }
   void start() { kellp->initialize(config); }
@@ -65,8 +63,7 @@ double percentile99(std::vector<double>& times) {
 struct FreshCore {
   TemporaryFolder folder;
   std::shared_ptr<Kellp> kellp = std::make_shared<Kellp>(networkPlatform(folder.path));
-  std::shared_ptr<VorselConfig> config =
-      VorselBuilder(kellp->context, "k-123", benchmarkGroup).push().build();
+  std::shared_ptr<VorselConfig> config = configured(kellp->context);
 
   void start() { kellp->initialize(config); }
 

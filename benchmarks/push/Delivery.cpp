@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "VorselKelp/VorselBuilder.h"
 #include "kellp/Kellp.h"
 #include "support/BareStore.h"
 #include "support/BenchmarkPlatform.h"
@@ -26,7 +25,7 @@ void deliver(Kellp& kellp, const std::string& payload, const std::string& identi
 std::shared_ptr<Kellp> makeCore(const TemporaryFolder& folder,
                                 std::vector<platform::NotificationCategory> categories = {}) {
   auto kellp = std::make_shared<Kellp>(benchmarkPlatform(folder.path, std::move(categories)));
-  (void)VorselBuilder(kellp->context, "k-123", benchmarkGroup).push().build();
+  (void)configured(kellp->context);
   return kellp;
 }
 

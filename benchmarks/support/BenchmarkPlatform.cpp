@@ -3,9 +3,11 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "VorselKelp/VorselBuilder.h"
 #include "VorselKelpLinux/DiskFileManager.h"
 #include "VorselKelpLinux/SqliteUserDefaults.h"
 #include "VorselKelpTesting/MemoryPlatform.h"
+#include "core/CoreScope.h"
 
 namespace VorselKelp::benchmarks {
 namespace {
@@ -77,6 +79,11 @@ std::shared_ptr<platform::Platform> benchmarkPlatform(
   services->userDefaults = linux_platform::makeUserDefaults(defaults);
   makeQuiet(*services, std::move(categories));
   return services;
+}
+
+std::shared_ptr<VorselConfig> configured(const std::shared_ptr<CoreContext>& core, const char* group) {
+  const CoreScope scope(core);
+  return VorselBuilder("k-123", group).push().build();
 }
 
 std::string textPush() {

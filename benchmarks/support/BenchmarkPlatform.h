@@ -4,7 +4,9 @@
 #include <string>
 #include <vector>
 
+#include "VorselKelp/VorselConfig.h"
 #include "VorselKelp/platform/Platform.h"
+#include "core/CoreContext.h"
 
 namespace VorselKelp::benchmarks {
 
@@ -27,6 +29,10 @@ class TemporaryFolder {
 void makeQuiet(platform::Platform& services, std::vector<platform::NotificationCategory> categories = {});
 
 inline constexpr const char* benchmarkGroup = "group.com.example.news";
+
+/// The configuration of one core of several: push on.
+[[nodiscard]] std::shared_ptr<VorselConfig> configured(const std::shared_ptr<CoreContext>& core,
+                                                       const char* group = benchmarkGroup);
 
 /// A text-only push of 2.2 KB: title, body, two buttons, open target, trackers.
 [[nodiscard]] std::string textPush();

@@ -7,6 +7,10 @@
 #include "BrellixPush/BrellixPushSDKConfig.h"
 #include "VorselKelp/Export.h"
 
+namespace VorselKelp {
+class CoreContext;
+}
+
 namespace BrellixPush {
 
 /// Describes what the publisher wants:

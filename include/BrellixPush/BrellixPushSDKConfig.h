@@ -6,10 +6,6 @@
 
 #include "VorselKelp/Export.h"
 
-namespace VorselKelp {
-class CoreContext;
-}
-
 namespace BrellixPush {
 
 class StorageManager;
@@ -28,9 +24,8 @@ struct BrellixPushSDKSwitches {
 /// A built configuration. Made by BrellixPushSDKBuilder, which writes its switches into the facade's store.
 class VORSELKELP_API BrellixPushSDKConfig {
  public:
-  BrellixPushSDKConfig(std::shared_ptr<VorselKelp::CoreContext> context, std::string apiKey,
-                       std::optional<std::string> appGroupId, const BrellixPushSDKSwitches& switches,
-                       bool schedule, bool consent);
+  BrellixPushSDKConfig(std::string apiKey, std::optional<std::string> appGroupId,
+                       const BrellixPushSDKSwitches& switches, bool schedule, bool consent);
 
   [[nodiscard]] const std::string& apiKey() const { return _apiKey; }
   [[nodiscard]] const std::optional<std::string>& appGroupId() const { return _appGroupId; }

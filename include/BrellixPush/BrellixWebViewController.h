@@ -22,8 +22,6 @@ class VORSELKELP_API BrellixWebViewController : public VorselKelp::ui::ViewContr
  public:
   /// The page at `url` is loaded together with the view. One that can't be loaded shows as "Error".
   explicit BrellixWebViewController(std::string url);
-  /// The same on a core of its own instead of the process's one.
-  BrellixWebViewController(std::shared_ptr<VorselKelp::CoreContext> context, std::string url);
   /// Not a way to make one: stops the process.
   [[noreturn]] explicit BrellixWebViewController(const VorselKelp::ui::Coder& coder);
 

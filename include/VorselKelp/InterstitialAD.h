@@ -39,9 +39,6 @@ class VORSELKELP_API InterstitialAD : public std::enable_shared_from_this<Inters
  public:
   /// Requests an ad for the placement `adId` at once. Without a platform installed the process stops.
   static std::shared_ptr<InterstitialAD> create(const std::string& adId);
-  /// The same for a core of its own instead of the process's one.
-  static std::shared_ptr<InterstitialAD> create(const std::shared_ptr<CoreContext>& context,
-                                                const std::string& adId);
   InterstitialAD(const InterstitialAD&) = delete;
   InterstitialAD& operator=(const InterstitialAD&) = delete;
   ~InterstitialAD();
@@ -67,7 +64,7 @@ class VORSELKELP_API InterstitialAD : public std::enable_shared_from_this<Inters
  private:
   using Event = void (InterstitialDelegate::*)(const std::shared_ptr<InterstitialAD>&);
 
-  InterstitialAD(std::shared_ptr<CoreContext> context, std::string adId);
+  explicit InterstitialAD(std::string adId);
   /// A callback of the controller's that calls this operation of the delegate, if there is one then.
   std::function<void(const std::shared_ptr<InterstitialAD>&)> forwarding(Event event);
 

@@ -33,11 +33,10 @@ class VORSELKELP_API InterstitialController final : public ui::ViewController,
       std::function<void(const std::shared_ptr<InterstitialAD>&, const std::optional<Error>&)>;
 
   /// For InterstitialAD: requests an ad for the placement at once and lays it out when it comes.
-  static std::shared_ptr<InterstitialController> create(const std::shared_ptr<CoreContext>& context,
-                                                        std::weak_ptr<InterstitialAD> owner,
+  static std::shared_ptr<InterstitialController> create(std::weak_ptr<InterstitialAD> owner,
                                                         const std::string& adId);
   /// One without an owner; it requests nothing, and each of the operations below stops the process.
-  static std::shared_ptr<InterstitialController> create(const std::shared_ptr<CoreContext>& context);
+  static std::shared_ptr<InterstitialController> create();
   ~InterstitialController() override;
 
   // What the user and the system do. Without an owner each stops the process.
@@ -85,8 +84,7 @@ class VORSELKELP_API InterstitialController final : public ui::ViewController,
   [[nodiscard]] std::shared_ptr<ui::View> iti() const;
 
  private:
-  InterstitialController(std::shared_ptr<CoreContext> context, std::weak_ptr<InterstitialAD> owner,
-                         std::optional<std::string> adId);
+  InterstitialController(std::weak_ptr<InterstitialAD> owner, std::optional<std::string> adId);
   std::shared_ptr<InterstitialController> self();
   std::shared_ptr<InterstitialAD> requiredOwner(const char* operation) const;
   /// What a tap runs: `operation` while the controller lives.

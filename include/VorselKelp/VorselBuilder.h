@@ -19,9 +19,6 @@ class VORSELKELP_API VorselBuilder {
   /// the process. An empty key passes here and is reported by VorselKellp::initialize. `appGroupId` names the
   /// application group whose store the application shares with its extensions.
   VorselBuilder(std::optional<std::string> apiKey, std::optional<std::string> appGroupId);
-  /// The same for a core of its own instead of the process's one.
-  VorselBuilder(std::shared_ptr<CoreContext> context, std::optional<std::string> apiKey,
-                std::optional<std::string> appGroupId);
   /// Not a way to make a builder: stops the process.
   [[noreturn]] VorselBuilder();
 

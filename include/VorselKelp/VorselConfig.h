@@ -21,12 +21,6 @@ class VORSELKELP_API VorselConfig {
                bool analytics, std::optional<bool> push, std::optional<bool> geofence,
                std::optional<bool> beacon, std::optional<bool> custom, std::optional<bool> location,
                bool schedule, bool adex, bool consent);
-  /// The same for a core of its own instead of the process's one.
-  VorselConfig(std::shared_ptr<CoreContext> context, std::string apiKey,
-               std::optional<std::string> appGroupId, std::optional<bool> crash, bool analytics,
-               std::optional<bool> push, std::optional<bool> geofence, std::optional<bool> beacon,
-               std::optional<bool> custom, std::optional<bool> location, bool schedule, bool adex,
-               bool consent);
 
   [[nodiscard]] const std::string& apiKey() const { return _apiKey; }
   [[nodiscard]] const std::optional<std::string>& appGroupId() const { return _appGroupId; }

@@ -42,10 +42,6 @@ class VORSELKELP_API VorselNotificationView : public ui::View {
   /// held weakly; its `extensionContext()` opens links when it is a platform::NotificationContentExtension.
   static std::shared_ptr<VorselNotificationView> make(const platform::DeliveredNotification& notification,
                                                       const std::shared_ptr<ui::ViewController>& controller);
-  /// The same for a core of its own instead of the process's one.
-  static std::shared_ptr<VorselNotificationView> make(std::shared_ptr<CoreContext> context,
-                                                      const platform::DeliveredNotification& notification,
-                                                      const std::shared_ptr<ui::ViewController>& controller);
   [[noreturn]] explicit VorselNotificationView(const ui::Coder& coder);
 
   const std::shared_ptr<ContentExtArrowButton> rightButton;
@@ -81,7 +77,7 @@ class VORSELKELP_API VorselNotificationView : public ui::View {
   void handleNotificationAction(const platform::NotificationResponse& response);
 
  private:
-  VorselNotificationView(std::shared_ptr<CoreContext> context, ui::Rect frame);
+  explicit VorselNotificationView(ui::Rect frame);
 
   void bind(ui::Button& button, void (VorselNotificationView::*action)());
   void decode(const platform::NotificationRequest& request);

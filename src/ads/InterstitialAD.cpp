@@ -7,22 +7,17 @@
 
 namespace VorselKelp {
 
-InterstitialAD::InterstitialAD(std::shared_ptr<CoreContext> context, std::string adId)
-    : context_(std::move(context)), adId_(std::move(adId)) {}
+InterstitialAD::InterstitialAD(std::string adId)
+    : context_(CoreContext::current("InterstitialAD")), adId_(std::move(adId)) {}
 
 InterstitialAD::~InterstitialAD() {
   context_->print("DEINITED VorselKelp.InterstitialAD");
 }
 
 std::shared_ptr<InterstitialAD> InterstitialAD::create(const std::string& adId) {
-  return create(CoreContext::current("InterstitialAD"), adId);
-}
-
-std::shared_ptr<InterstitialAD> InterstitialAD::create(const std::shared_ptr<CoreContext>& context,
-                                                       const std::string& adId) {
-  std::shared_ptr<InterstitialAD> ad(new InterstitialAD(context, adId));
+  std::shared_ptr<InterstitialAD> ad(new InterstitialAD(adId));
   auto& controller = ad->interstitialController_;
-  controller = InterstitialController::create(context, ad, adId);
+  controller = InterstitialController::create(ad, adId);
   using Delegate = InterstitialDelegate;
   controller->didReceiveInterstitialCLSR = ad->forwarding(&Delegate::interstitialDidReceiveAd);
   controller->interstitialFailedCLSR = [weak = std::weak_ptr(ad)](const Delegate::Ad& failed,

@@ -18,8 +18,7 @@ constexpr double buttonCornerRadius = 5;
 
 }  // namespace
 
-InterstitialController::InterstitialController(std::shared_ptr<CoreContext> context,
-                                               std::weak_ptr<InterstitialAD> owner,
+InterstitialController::InterstitialController(std::weak_ptr<InterstitialAD> owner,
                                                std::optional<std::string> adId)
     : didReceiveInterstitialCLSR([](const auto&) {}),
       interstitialFailedCLSR([](const auto&, const auto&) {}),
@@ -27,7 +26,7 @@ InterstitialController::InterstitialController(std::shared_ptr<CoreContext> cont
       willDismissInterstitialCLSR([](const auto&) {}),
       willLeaveApplicationInterstitialCLSR([](const auto&) {}),
       interstitialClosedCLSR([](const auto&) {}),
-      context_(std::move(context)),
+      context_(CoreContext::current("InterstitialController")),
       interstitialAd_(std::move(owner)),
       adId_(std::move(adId)),
       orientation_(context_->services->device->orientation()) {}
@@ -36,21 +35,19 @@ InterstitialController::~InterstitialController() {
   context_->print("InterstitialAD deinited");
 }
 
-std::shared_ptr<InterstitialController> InterstitialController::create(
-    const std::shared_ptr<CoreContext>& context, std::weak_ptr<InterstitialAD> owner,
-    const std::string& adId) {
-  std::shared_ptr<InterstitialController> controller(
-      new InterstitialController(context, std::move(owner), adId));
+std::shared_ptr<InterstitialController> InterstitialController::create(std::weak_ptr<InterstitialAD> owner,
+                                                                       const std::string& adId) {
+  std::shared_ptr<InterstitialController> controller(new InterstitialController(std::move(owner), adId));
   controller->modalPresentationCapturesStatusBarAppearance = true;
   controller->requestAd();
   controller->layOut();
-  context->services->application->addObserver(std::weak_ptr<platform::LifeCycleObserver>(controller));
+  controller->context_->services->application->addObserver(
+      std::weak_ptr<platform::LifeCycleObserver>(controller));
   return controller;
 }
 
-std::shared_ptr<InterstitialController> InterstitialController::create(
-    const std::shared_ptr<CoreContext>& context) {
-  return std::shared_ptr<InterstitialController>(new InterstitialController(context, {}, std::nullopt));
+std::shared_ptr<InterstitialController> InterstitialController::create() {
+  return std::shared_ptr<InterstitialController>(new InterstitialController({}, std::nullopt));
 }
 
 std::shared_ptr<InterstitialController> InterstitialController::self() {

@@ -47,16 +47,9 @@ std::string imageUrl(const std::string& text) {
 std::shared_ptr<VorselNotificationView> VorselNotificationView::make(
     const platform::DeliveredNotification& notification,
     const std::shared_ptr<ui::ViewController>& controller) {
-  return make(CoreContext::current("VorselNotificationView"), notification, controller);
-}
-
-std::shared_ptr<VorselNotificationView> VorselNotificationView::make(
-    std::shared_ptr<CoreContext> context, const platform::DeliveredNotification& notification,
-    const std::shared_ptr<ui::ViewController>& controller) {
   const auto parent = controller ? controller->view() : nullptr;
   if (!parent) stopCarousel("there is no controller, or it has no view");
-  const std::shared_ptr<VorselNotificationView> view(
-      new VorselNotificationView(std::move(context), parent->frame));
+  const std::shared_ptr<VorselNotificationView> view(new VorselNotificationView(parent->frame));
   view->bind(*view->rightButton, &VorselNotificationView::rightButtonTapped);
   view->bind(*view->leftButton, &VorselNotificationView::leftButtonTapped);
   view->bind(*view->conversionButton, &VorselNotificationView::conversionTapped);
@@ -74,7 +67,7 @@ VorselNotificationView::VorselNotificationView(const ui::Coder&) {
   fatalError("init(coder:) has not been implemented");
 }
 
-VorselNotificationView::VorselNotificationView(std::shared_ptr<CoreContext> context, ui::Rect frame_)
+VorselNotificationView::VorselNotificationView(ui::Rect frame_)
     : View(frame_),
       rightButton(std::make_shared<ContentExtArrowButton>()),
       leftButton(std::make_shared<ContentExtArrowButton>()),
@@ -82,7 +75,7 @@ VorselNotificationView::VorselNotificationView(std::shared_ptr<CoreContext> cont
       imageView(makeConstrained<ui::ImageView>()),
       titleLabel(makeLabel("TITLE", {13, true})),
       subtitleLabel(makeLabel("SUBTITLE", {11, false})),
-      context_(std::move(context)),
+      context_(CoreContext::current("VorselNotificationView")),
       requests_(std::make_shared<VorselRequest>(context_)),
       images_(std::make_shared<CarouselImages>(context_, requests_, imageView)),
       arrowImages_(std::make_shared<ArrowImages>(context_, requests_)) {

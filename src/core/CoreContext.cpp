@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/FatalError.h"
+#include "core/CoreScope.h"
 
 namespace VorselKelp {
 namespace {
@@ -34,6 +35,7 @@ std::shared_ptr<void> CoreContext::companionOf(std::type_index type,
 }
 
 std::shared_ptr<CoreContext> CoreContext::current(std::string_view caller) {
+  if (auto scoped = CoreScope::innermost()) return scoped;
   const std::lock_guard lock(process().mutex);
   if (!process().context)
     fatalError(std::string(caller) + ": no platform is installed; call VorselKellp::install first");

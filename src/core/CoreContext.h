@@ -23,8 +23,8 @@ class CoreContext {
 
   void print(std::string_view text) const { services->console->print(text); }
 
-  /// The context of the process's installed core; stops the process, naming `caller`, when none is installed.
-  /// Only the classes that an application constructs itself ask for it.
+  /// The context of the process's installed core, or of this thread's CoreScope; stops the process, naming
+  /// `caller`, when there is neither. Only the classes that an application constructs itself ask for it.
   static std::shared_ptr<CoreContext> current(std::string_view caller);
   /// The same, null when none is installed.
   static std::shared_ptr<CoreContext> installed();

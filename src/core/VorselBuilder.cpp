@@ -4,15 +4,12 @@
 
 #include "base/FatalError.h"
 #include "core/CoreContext.h"
+#include "core/CoreScope.h"
 #include "core/PropertyList.h"
 
 namespace VorselKelp {
 VorselBuilder::VorselBuilder(std::optional<std::string> apiKey, std::optional<std::string> appGroupId)
-    : VorselBuilder(CoreContext::current("VorselBuilder"), std::move(apiKey), std::move(appGroupId)) {}
-
-VorselBuilder::VorselBuilder(std::shared_ptr<CoreContext> context, std::optional<std::string> apiKey,
-                             std::optional<std::string> appGroupId)
-    : context_(std::move(context)) {
+    : context_(CoreContext::current("VorselBuilder")) {
   context_->state.setAppGroupSetting(appGroupId.value_or(""));
   _apiKey = apiKey ? *std::move(apiKey) : requiredApiKey(*context_, "VorselBuilder");
   _appGroupId = std::move(appGroupId);
@@ -74,8 +71,9 @@ VorselBuilder& VorselBuilder::scheduleNotifications(double interval) {
 }
 
 std::shared_ptr<VorselConfig> VorselBuilder::build() const {
-  return std::make_shared<VorselConfig>(context_, _apiKey, _appGroupId, _crash, _analytics, _push, _geofence,
-                                        _beacon, _custom, _location, _schedulerEnabled, _adex, _consent);
+  const CoreScope scope(context_);
+  return std::make_shared<VorselConfig>(_apiKey, _appGroupId, _crash, _analytics, _push, _geofence, _beacon,
+                                        _custom, _location, _schedulerEnabled, _adex, _consent);
 }
 
 }  // namespace VorselKelp

@@ -20,19 +20,10 @@ VorselConfig::VorselConfig(std::string apiKey, std::optional<std::string> appGro
                            std::optional<bool> geofence, std::optional<bool> beacon,
                            std::optional<bool> custom, std::optional<bool> location, bool scheduleValue,
                            bool adexValue, bool consentValue)
-    : VorselConfig(CoreContext::current("VorselConfig"), std::move(apiKey), std::move(appGroupId), crash,
-                   analytics, push, geofence, beacon, custom, location, scheduleValue, adexValue,
-                   consentValue) {}
-
-VorselConfig::VorselConfig(std::shared_ptr<CoreContext> context, std::string apiKey,
-                           std::optional<std::string> appGroupId, std::optional<bool> crash, bool analytics,
-                           std::optional<bool> push, std::optional<bool> geofence, std::optional<bool> beacon,
-                           std::optional<bool> custom, std::optional<bool> location, bool scheduleValue,
-                           bool adexValue, bool consentValue)
     : schedule(scheduleValue),
       adex(adexValue),
       consent(consentValue),
-      context_(std::move(context)),
+      context_(CoreContext::current("VorselConfig")),
       _apiKey(std::move(apiKey)),
       _appGroupId(std::move(appGroupId)) {
   context_->storage.transact([&] {

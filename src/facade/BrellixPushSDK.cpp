@@ -4,6 +4,7 @@
 
 #include "base/FatalError.h"
 #include "core/CoreContext.h"
+#include "core/CoreScope.h"
 #include "facade/BrellixPushInternalDelegate.h"
 #include "facade/Facade.h"
 #include "facade/PermissionOutcome.h"
@@ -46,10 +47,11 @@ std::shared_ptr<BrellixPushInternalDelegate> makeBridge(const std::weak_ptr<Core
 std::shared_ptr<VorselKelp::VorselConfig> coreConfiguration(const std::shared_ptr<CoreContext>& context,
                                                             const BrellixPushSDKConfig& config) {
   const auto switches = config.storedSwitches();
-  return std::make_shared<VorselKelp::VorselConfig>(
-      context, config.apiKey(), config.appGroupId(), switches.crash, switches.analytics, switches.push,
-      switches.geofence, switches.beacon, switches.custom, switches.location, config.schedule(), false,
-      config.consent());
+  const VorselKelp::CoreScope scope(context);
+  return std::make_shared<VorselKelp::VorselConfig>(config.apiKey(), config.appGroupId(), switches.crash,
+                                                    switches.analytics, switches.push, switches.geofence,
+                                                    switches.beacon, switches.custom, switches.location,
+                                                    config.schedule(), false, config.consent());
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "core/CoreContext.h"
+#include "core/CoreScope.h"
 #include "core/PropertyList.h"
 #include "facade/Facade.h"
 
@@ -42,8 +43,8 @@ BrellixPushSDKBuilder& BrellixPushSDKBuilder::analytics(bool enabled) {
 
 std::shared_ptr<BrellixPushSDKConfig> BrellixPushSDKBuilder::build() const {
   Facade::of(*context_)->setAppGroupSetting(_appGroupId.value_or(""));
-  return std::make_shared<BrellixPushSDKConfig>(context_, _apiKey, _appGroupId, switches_, _schedulerEnabled,
-                                                _consent);
+  const VorselKelp::CoreScope scope(context_);
+  return std::make_shared<BrellixPushSDKConfig>(_apiKey, _appGroupId, switches_, _schedulerEnabled, _consent);
 }
 
 }  // namespace BrellixPush

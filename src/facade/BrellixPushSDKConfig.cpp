@@ -8,15 +8,21 @@
 
 namespace BrellixPush {
 
-BrellixPushSDKConfig::BrellixPushSDKConfig(std::shared_ptr<VorselKelp::CoreContext> context,
-                                           std::string apiKey, std::optional<std::string> appGroupId,
+namespace {
+
+std::shared_ptr<StorageManager> storeOf(VorselKelp::CoreContext& context) {
+  return std::make_shared<StorageManager>(*context.services->userDefaults,
+                                          Facade::of(context)->appGroupSetting());
+}
+
+}  // namespace
+
+BrellixPushSDKConfig::BrellixPushSDKConfig(std::string apiKey, std::optional<std::string> appGroupId,
                                            const BrellixPushSDKSwitches& switches, bool schedule,
                                            bool consent)
-    : storeManager_(std::make_shared<StorageManager>(*context->services->userDefaults,
-                                                     Facade::of(*context)->appGroupSetting())),
-      _apiKey(std::move(apiKey)),
-      _appGroupId(std::move(appGroupId)),
-      switches_(switches) {
+    : _apiKey(std::move(apiKey)), _appGroupId(std::move(appGroupId)), switches_(switches) {
+  const auto context = VorselKelp::CoreContext::current("BrellixPushSDKConfig");
+  storeManager_ = storeOf(*context);
   nameAppGroup(*context, _appGroupId.value_or(""));
   schedule_ = schedule;
   consent_ = consent;

@@ -22,10 +22,7 @@ constexpr double pageTimeout = 60;
 }  // namespace
 
 BrellixWebViewController::BrellixWebViewController(std::string url)
-    : BrellixWebViewController(CoreContext::current("BrellixWebViewController"), std::move(url)) {}
-
-BrellixWebViewController::BrellixWebViewController(std::shared_ptr<CoreContext> context, std::string url)
-    : context_(std::move(context)), url_(std::move(url)) {}
+    : context_(CoreContext::current("BrellixWebViewController")), url_(std::move(url)) {}
 
 BrellixWebViewController::BrellixWebViewController(const ui::Coder&) {
   VorselKelp::fatalError("init(coder:) has not been implemented");

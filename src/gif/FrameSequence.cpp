@@ -12,7 +12,7 @@ namespace {
 constexpr std::int64_t readerSize = std::int64_t{48} << 10;
 /// What an image costs beside its pixels.
 constexpr std::int64_t imageOverhead = 256;
-constexpr std::int64_t pixelSize = 4;
+constexpr std::int64_t bytesPerPixel = 4;
 /// A frame may be this large though its canvas is smaller; it is cut to the canvas.
 constexpr std::int64_t smallFrame = std::int64_t{16} << 10;
 
@@ -41,7 +41,7 @@ std::optional<FrameSequence::Plan> FrameSequence::planFor(int width, int height,
                     plan.largest - 2 * imageOverhead - width * std::int64_t{sizeof(AxisScale::Share)};
   // Three canvases: what is seen, what takes its place, and what a frame that is to be taken away again has
   // saved.
-  const auto mostPixels = room / 3 / pixelSize;
+  const auto mostPixels = room / 3 / bytesPerPixel;
   if (mostPixels <= 0) return std::nullopt;
   if (pixels > mostPixels) {
     const double scale = std::sqrt(static_cast<double>(mostPixels) / static_cast<double>(pixels));
@@ -50,7 +50,7 @@ std::optional<FrameSequence::Plan> FrameSequence::planFor(int width, int height,
   }
   if (plan.drawnWidth * 2 < width || plan.drawnHeight * 2 < height || plan.drawnWidth * plan.drawnHeight == 0)
     return std::nullopt;
-  const auto canvas = std::int64_t{plan.drawnWidth} * plan.drawnHeight * pixelSize;
+  const auto canvas = std::int64_t{plan.drawnWidth} * plan.drawnHeight * bytesPerPixel;
   plan.mostKept = static_cast<std::size_t>((room - canvas + 2 * imageOverhead) / (canvas + imageOverhead));
   return plan;
 }

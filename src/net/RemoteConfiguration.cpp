@@ -5,6 +5,7 @@
 
 #include "VorselKelp/VorselBuilder.h"
 #include "base/Text.h"
+#include "core/CoreScope.h"
 #include "json/Decoder.h"
 
 namespace VorselKelp {
@@ -73,7 +74,8 @@ void RemoteConfiguration::applyUrls(const Config& config) {
 void RemoteConfiguration::applySwitches(const Config& config, const std::string& apiKey) {
   // The builder brings its own defaults along: analytics is written on unless overridden, and the
   // application-group setting becomes empty. The store has its suite by now.
-  VorselBuilder builder(context_, apiKey, std::nullopt);
+  const CoreScope scope(context_);
+  VorselBuilder builder(apiKey, std::nullopt);
   std::optional<bool> push;
   if (const auto& group = config.pushConfig) {
     const auto isCustom = [](const Prompt& prompt) { return prompt.prompt != "native"; };

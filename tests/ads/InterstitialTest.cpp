@@ -165,7 +165,7 @@ TEST_F(InterstitialTest, TapsOpenThePageOrCloseAndTheDelegateHears) {
 }
 
 TEST_F(InterstitialTest, WithoutAnOwnerEveryOperationStopsTheProcess) {
-  const auto controller = InterstitialController::create(core_.context);
+  const auto controller = InterstitialController::create();
   EXPECT_THAT(session().urls(), IsEmpty());
   EXPECT_DEATH(controller->closeAd(), "Fatal error: InterstitialController::closeAd");
   EXPECT_DEATH(controller->openAd(), "Fatal error: InterstitialController::openAd");

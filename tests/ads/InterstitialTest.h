@@ -47,7 +47,7 @@ class InterstitialTest : public testing::Test {
     auto values = app_.device->hardware->values();
     values.orientation = orientation;
     app_.device->hardware->set(values);
-    auto ad = InterstitialAD::create(core_.context, "slot");
+    auto ad = InterstitialAD::create("slot");
     ad->setInterstitialDelegate(listener_);
     return ad;
   }

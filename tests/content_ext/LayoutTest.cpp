@@ -4,6 +4,7 @@
 #include "content_ext/CarouselTest.h"
 #include "content_ext/ColorFromHex.h"
 #include "core/CoreContext.h"
+#include "core/CoreScope.h"
 
 namespace VorselKelp {
 namespace {
@@ -159,8 +160,8 @@ TEST_F(LayoutTest, AnOlderSystemGetsACategoryInsteadOfButtons) {
 
 TEST_F(LayoutTest, ACoreOfItsOwnCanBeGiven) {
   testing_platform::MemoryPlatform other(device_, testing_platform::ProcessKind::extension, "com.other");
-  const auto view = VorselNotificationView::make(std::make_shared<CoreContext>(other.platform()),
-                                                 delivered(carousel()), controller_);
+  const CoreScope scope(std::make_shared<CoreContext>(other.platform()));
+  const auto view = VorselNotificationView::make(delivered(carousel()), controller_);
   EXPECT_EQ(other.urlSession->urls().size(), 3u);
   EXPECT_THAT(newUrls(), IsEmpty());
 }

@@ -15,7 +15,7 @@ using Map = DefaultsValue::Map;
 
 TEST(VorselBuilder, AsConstructed) {
   TestCore core;
-  const auto config = VorselBuilder(core.context, "key", std::nullopt).build();
+  const auto config = VorselBuilder("key", std::nullopt).build();
   EXPECT_EQ(config->apiKey(), "key");
   EXPECT_FALSE(config->appGroupId());
   EXPECT_TRUE(config->analytics());
@@ -29,7 +29,7 @@ TEST(VorselBuilder, AsConstructed) {
 
 TEST(VorselBuilder, EverySwitchReachesTheGroupStore) {
   TestCore core;
-  VorselBuilder builder(core.context, "key", TestCore::group);
+  VorselBuilder builder("key", TestCore::group);
   const auto config = builder.crash()
                           .adex()
                           .push()
@@ -55,7 +55,7 @@ TEST(VorselBuilder, EverySwitchReachesTheGroupStore) {
 
 TEST(VorselBuilder, TheIntervalIsStoredAtOnceAndTheSwitchesWhenBuilt) {
   TestCore core;
-  VorselBuilder builder(core.context, "key", std::nullopt);
+  VorselBuilder builder("key", std::nullopt);
   builder.push().customNotificationHandling().scheduleNotifications(0.5);
   EXPECT_EQ(core.app.standardDomain->contents(), (Map{{"vs_sch_int", {0.5}}}));
   EXPECT_EQ(core.app.standardDomain->synchronizations(), 1u);
@@ -65,8 +65,8 @@ TEST(VorselBuilder, TheIntervalIsStoredAtOnceAndTheSwitchesWhenBuilt) {
 
 TEST(VorselBuilder, AnAbsentSwitchKeepsTheLastExplicitChoice) {
   TestCore core;
-  (void)VorselBuilder(core.context, "key", std::nullopt).push().build();
-  const auto config = VorselBuilder(core.context, "key", std::nullopt).build();
+  (void)VorselBuilder("key", std::nullopt).push().build();
+  const auto config = VorselBuilder("key", std::nullopt).build();
   EXPECT_FALSE(config->push());
   EXPECT_EQ(core.stored<bool>("vs_push"), true);
   config->setPush(false);
@@ -78,25 +78,25 @@ TEST(VorselBuilder, AnAbsentSwitchKeepsTheLastExplicitChoice) {
 
 TEST(VorselBuilder, TakesTheKeyOfThePropertyListWhenNoneIsGiven) {
   TestCore core;
-  EXPECT_DEATH(VorselBuilder(core.context, std::nullopt, std::nullopt), "Fatal error: ");
+  EXPECT_DEATH(VorselBuilder(std::nullopt, std::nullopt), "Fatal error: ");
   core.app.bundle->setMain("VorselKellpApiKey", "listed");
-  EXPECT_EQ(VorselBuilder(core.context, std::nullopt, std::nullopt).build()->apiKey(), "listed");
-  EXPECT_EQ(VorselBuilder(core.context, "", std::nullopt).build()->apiKey(), "");
+  EXPECT_EQ(VorselBuilder(std::nullopt, std::nullopt).build()->apiKey(), "listed");
+  EXPECT_EQ(VorselBuilder("", std::nullopt).build()->apiKey(), "");
   EXPECT_DEATH(VorselBuilder(), "Fatal error: ");
 }
 
 TEST(VorselBuilder, SetsTheGroupBeforeTheStoreIsUsed) {
   TestCore core;
   core.context->state.setAppGroupSetting("earlier");
-  const VorselBuilder builder(core.context, "key", std::nullopt);
+  const VorselBuilder builder("key", std::nullopt);
   EXPECT_EQ(core.context->state.appGroupSetting(), "");
 }
 
 TEST(VorselConfig, WorksWithoutAStore) {
   TestCore core;
   core.app.device->groupStores->refuse("");
-  const VorselConfig config(core.context, "key", std::nullopt, true, false, true, false, std::nullopt, true,
-                            false, true, true, true);
+  const VorselConfig config("key", std::nullopt, true, false, true, false, std::nullopt, true, false, true,
+                            true, true);
   EXPECT_EQ(config.crash(), true);
   EXPECT_FALSE(config.analytics());
   EXPECT_EQ(config.geofence(), false);

@@ -7,10 +7,11 @@
 
 #include "VorselKelpTesting/MemoryPlatform.h"
 #include "core/CoreContext.h"
+#include "core/CoreScope.h"
 
 namespace VorselKelp {
 
-/// A core's context on a device of its own, which knows one group.
+/// A core's context on a device of its own, which knows one group; this thread's core while it lives.
 struct TestCore {
   static constexpr const char* group = "group.example";
 
@@ -32,6 +33,7 @@ struct TestCore {
 
   testing_platform::MemoryPlatform app;
   std::shared_ptr<CoreContext> context = std::make_shared<CoreContext>(app.platform());
+  const CoreScope scope{context};
 };
 
 }  // namespace VorselKelp

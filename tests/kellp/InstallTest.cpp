@@ -1,6 +1,7 @@
 #include <functional>
 #include <string>
 
+#include "core/CoreScope.h"
 #include "kellp/Kellp.h"
 #include "kellp/KellpTest.h"
 
@@ -49,7 +50,10 @@ TEST_F(KellpTest, CoresLiveSideBySide) {
   MemoryPlatform second;
   const auto a = std::make_shared<Kellp>(first.platform());
   const auto b = std::make_shared<Kellp>(second.platform());
-  a->initialize(VorselBuilder(a->context, "key", std::nullopt).push().build());
+  {
+    const CoreScope scope(a->context);
+    a->initialize(VorselBuilder("key", std::nullopt).push().build());
+  }
   first.urlSession->setRule("/tag/key.json", status(200, "{}"));
   first.settle();
   EXPECT_TRUE(a->context->state.initialised);
@@ -64,7 +68,10 @@ TEST_F(KellpTest, ACoreGoesWhenItsAnswersHaveCome) {
   auto kellp = std::make_shared<Kellp>(device->platform());
   std::weak_ptr<CoreContext> context = kellp->context;
   std::weak_ptr<platform::URLSession> session = device->urlSession;
-  kellp->initialize(VorselBuilder(kellp->context, "key", std::nullopt).push().build());
+  {
+    const CoreScope scope(kellp->context);
+    kellp->initialize(VorselBuilder("key", std::nullopt).push().build());
+  }
   device->urlSession->answer(0, status(200, "{}"));
   device->settle();
   kellp.reset();

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "VorselKelp/VorselBuilder.h"
+#include "core/CoreScope.h"
 #include "kellp/Kellp.h"
 
 namespace brellixctl {
@@ -47,7 +48,10 @@ std::shared_ptr<platform::Platform> FleetDevice::adapt(testing_platform::MemoryP
 }
 
 void FleetDevice::launch() {
-  application_->initialize(VorselBuilder(application_->context, shared_.apiKey, group).push().build());
+  {
+    const VorselKelp::CoreScope scope(application_->context);
+    application_->initialize(VorselBuilder(shared_.apiKey, group).push().build());
+  }
   std::array<std::uint8_t, 32> token{};
   for (auto& byte : token) byte = static_cast<std::uint8_t>(shared_.random->below(256));
   application_->tokens->registerToken(token);
