@@ -4,10 +4,11 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "VorselKelp/platform/ImageDecoder.h"
-#include "gif/Compositor.h"
+#include "gif/FramePlan.h"
+#include "gif/KeptFrames.h"
+#include "gif/StreamedFrames.h"
 
 namespace VorselKelp::gif {
 
@@ -29,33 +30,19 @@ class FrameSequence {
   /// Goes to the next frame, at first to the first. False at the end: the frame before stays.
   bool advance();
   /// The frame that was gone to. The same object until the next frame.
-  ui::ImagePtr image();
+  ui::ImagePtr image() { return streamed_ ? streamed_->image() : kept_->image(); }
   /// How long it is shown, in seconds.
-  [[nodiscard]] double delay() const { return delay_; }
+  [[nodiscard]] double delay() const { return streamed_ ? streamed_->delay() : kept_->delay(); }
 
  private:
-  struct Kept {
-    ui::ImagePtr image;
-    double delay;
-  };
-  struct Plan;
-
-  FrameSequence(std::unique_ptr<platform::GifReader> reader, const Plan& plan);
-  static std::optional<Plan> planFor(int width, int height, std::size_t budget);
+  FrameSequence(std::unique_ptr<platform::GifReader> reader, const FramePlan& plan);
+  bool next();
   bool startAgain();
-  bool advanceKept();
-  void draw(const platform::GifFrame& frame);
 
-  std::unique_ptr<platform::GifReader> reader_;  ///< null once all frames are kept
-  std::optional<Compositor> compositor_;
-  const std::size_t mostKept_;
-  bool keeping_ = true;
-  std::vector<Kept> kept_;
-  std::size_t count_ = 0;             ///< frames gone to in this round
-  std::optional<int> roundsLeft_;     ///< known at the end of the first; below 0 for ever
-  std::vector<std::uint8_t> canvas_;  ///< the frame gone to, while it is not an image; else empty
-  ui::ImagePtr image_;                ///< the frame gone to, or one before it
-  double delay_ = 0;
+  std::optional<StreamedFrames> streamed_;  ///< absent once all frames are kept
+  std::optional<KeptFrames> kept_;          ///< absent when they are too many
+  std::size_t count_ = 0;                   ///< frames gone to in this round
+  std::optional<int> roundsLeft_;           ///< known at the end of the first; below 0 for ever
 };
 
 }  // namespace VorselKelp::gif
