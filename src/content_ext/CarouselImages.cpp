@@ -17,7 +17,7 @@ CarouselImages::CarouselImages(std::shared_ptr<CoreContext> context, std::shared
 void CarouselImages::prefetch(const std::string& url) {
   {
     const std::lock_guard lock(mutex_);
-    if (cache_.find(url) || !begin(url, false)) return;
+    if (cache_.find(url) || !begin(url, Fetch::ahead)) return;
   }
   download(url);
 }
@@ -30,10 +30,10 @@ void CarouselImages::show(const std::string& url) {
   {
     const std::lock_guard lock(mutex_);
     current_ = url;
-    if (presented_ == url && view->image.get()) return;
-    unusable = unusable_.contains(url);
+    if (inView_ == url && view->image.get()) return;
     image = cache_.find(url);
-    missing = !image && begin(url, true);
+    missing = !image && begin(url, Fetch::awaited);
+    unusable = !image && fetches_.at(url) == Fetch::unusable;
   }
   if (image || unusable) return present(url, std::move(image));
   if (missing) download(url);
@@ -44,10 +44,9 @@ ui::ImagePtr CarouselImages::cached(const std::string& url) {
   return cache_.find(url);
 }
 
-bool CarouselImages::begin(const std::string& url, bool shown) {
-  if (unusable_.contains(url)) return false;
-  const auto [entry, isNew] = underWay_.try_emplace(url, shown);
-  entry->second |= shown;
+bool CarouselImages::begin(const std::string& url, Fetch why) {
+  const auto [entry, isNew] = fetches_.try_emplace(url, why);
+  if (entry->second == Fetch::ahead) entry->second = why;
   return isNew;
 }
 
@@ -59,20 +58,12 @@ void CarouselImages::download(const std::string& url) {
 
 void CarouselImages::downloaded(const std::string& url, const platform::URLResult& result) {
   if (!failureOf(result).empty()) {
-    if (finish(url, nullptr)) context_->print("Image cant download from G+ or fb server");
+    if (fail(url)) context_->print("Image cant download from G+ or fb server");
     return;
   }
   // Decoded here, on the session's queue: a large picture takes longer than a frame of the screen.
   auto image = gif::decodeImage(*context_->services->imageDecoder, *result.body);
-  if (!image) {
-    {
-      const std::lock_guard lock(mutex_);
-      unusable_.insert(url);
-    }
-    finish(url, nullptr);
-  } else {
-    finish(url, *image);
-  }
+  keep(url, image ? *image : ui::ImagePtr());
   // What waits for the main thread counts for no budget, so it is only ever what that thread is to show.
   if (!isCurrent(url)) return;
   context_->services->mainQueue->async(
@@ -82,14 +73,25 @@ void CarouselImages::downloaded(const std::string& url, const platform::URLResul
       });
 }
 
-bool CarouselImages::finish(const std::string& url, const ui::ImagePtr& image) {
+bool CarouselImages::fail(const std::string& url) {
   const std::lock_guard lock(mutex_);
-  const auto entry = underWay_.find(url);
-  const bool shown = entry != underWay_.end() && entry->second;
-  if (entry != underWay_.end()) underWay_.erase(entry);
-  if (image && shown) cache_.keep(url, image);
-  if (image && !shown) cache_.keepIfRoom(url, image);
-  return shown;
+  const auto fetch = fetches_.extract(url);
+  return fetch && fetch.mapped() == Fetch::awaited;
+}
+
+void CarouselImages::keep(const std::string& url, const ui::ImagePtr& image) {
+  const std::lock_guard lock(mutex_);
+  auto& fetch = fetches_[url];
+  if (!image) {
+    fetch = Fetch::unusable;
+    return;
+  }
+  if (fetch == Fetch::awaited) {
+    cache_.keep(url, image);
+  } else {
+    cache_.keepIfRoom(url, image);
+  }
+  fetches_.erase(url);
 }
 
 bool CarouselImages::isCurrent(const std::string& url) {
@@ -98,7 +100,7 @@ bool CarouselImages::isCurrent(const std::string& url) {
 }
 
 void CarouselImages::present(const std::string& url, ui::ImagePtr image) {
-  presented_ = url;
+  inView_ = url;
   if (const auto view = view_.lock()) animations_->show(view, std::move(image));
 }
 

@@ -3,7 +3,6 @@
 #include <map>
 #include <memory>
 #include <mutex>
-#include <set>
 #include <string>
 
 #include "content_ext/ImageCache.h"
@@ -31,13 +30,19 @@ class CarouselImages : public std::enable_shared_from_this<CarouselImages> {
   [[nodiscard]] ui::ImagePtr cached(const std::string& url);
 
  private:
-  /// Whether the picture is to be downloaded; remembers that it is. Under the lock.
-  [[nodiscard]] bool begin(const std::string& url, bool shown);
+  /// How far a picture has come that is not there.
+  enum class Fetch { ahead, awaited, unusable };
+
+  /// Whether the picture is to be downloaded, `ahead` of time or because it is `awaited`; remembers that it
+  /// is. Under the lock.
+  [[nodiscard]] bool begin(const std::string& url, Fetch why);
   void download(const std::string& url);
   /// Session's delegate queue.
   void downloaded(const std::string& url, const platform::URLResult& result);
-  /// Takes the picture, null for none, off the list of those under way. Answers whether it was to be shown.
-  bool finish(const std::string& url, const ui::ImagePtr& image);
+  /// The download has failed. Answers whether the picture was awaited.
+  bool fail(const std::string& url);
+  /// The download has brought this; null for what is no picture.
+  void keep(const std::string& url, const ui::ImagePtr& image);
   /// Whether it is this one that is to be shown.
   [[nodiscard]] bool isCurrent(const std::string& url);
   /// Null clears the view. Main thread.
@@ -47,12 +52,11 @@ class CarouselImages : public std::enable_shared_from_this<CarouselImages> {
   const std::shared_ptr<VorselRequest> requests_;
   const std::shared_ptr<gif::GifManager> animations_;
   const std::weak_ptr<ui::ImageView> view_;
-  std::string presented_;  ///< URL of the picture that the view was given last; main thread
+  std::string inView_;  ///< URL of the picture that the view was given last; main thread
   std::mutex mutex_;
   std::string current_;  ///< URL of the picture that is to be shown
   ImageCache cache_;
-  std::map<std::string, bool> underWay_;  ///< by URL: whether it was to be shown
-  std::set<std::string> unusable_;        ///< came in good order, and is no picture
+  std::map<std::string, Fetch> fetches_;  ///< by URL; unusable: came in good order, and is no picture
 };
 
 }  // namespace VorselKelp
