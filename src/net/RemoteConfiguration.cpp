@@ -38,27 +38,22 @@ void RemoteConfiguration::handle(const platform::URLResult& result, const std::s
   context_->print("Response HTTP Status code: " + std::to_string(result.response->statusCode));
   // An error page without content is no document; an empty answer to a success is one that does not decode.
   if (!result.body || (result.response->statusCode > lastSuccess && result.body->empty())) return;
-  const auto decoded = json::decode<Config>(std::string_view(*result.body));
-  const Config config = decoded ? *decoded : Config{};
-  const Received received = receive(*result.body);
-  context_->storage.transact([&] {
-    store(received);
-    applyUrls(config);
-    applySwitches(config, apiKey);
-  });
+  apply(*result.body, apiKey);
   continuation();
 }
 
-RemoteConfiguration::Received RemoteConfiguration::receive(const std::string& document) const {
-  Received received;
-  if (isValidUtf8(document)) received.text = withoutBackslashes(withoutByteOrderMark(document));
-  received.date = context_->storage.formatDate(context_->services->clock->now());
-  return received;
-}
-
-void RemoteConfiguration::store(const Received& received) {
-  if (received.text) context_->storage.set(StorageKey::autoConfiguration, *received.text);
-  context_->storage.set(StorageKey::lastModified, received.date);
+void RemoteConfiguration::apply(const std::string& document, const std::string& apiKey) {
+  const auto decoded = json::decode<Config>(std::string_view(document));
+  const Config config = decoded ? *decoded : Config{};
+  std::optional<std::string> text;
+  if (isValidUtf8(document)) text = withoutBackslashes(withoutByteOrderMark(document));
+  const auto date = context_->storage.formatDate(context_->services->clock->now());
+  context_->storage.transact([&] {
+    if (text) context_->storage.set(StorageKey::autoConfiguration, *text);
+    context_->storage.set(StorageKey::lastModified, date);
+    applyUrls(config);
+    applySwitches(config, apiKey);
+  });
 }
 
 void RemoteConfiguration::applyUrls(const Config& config) {

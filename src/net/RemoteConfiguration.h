@@ -27,13 +27,8 @@ class RemoteConfiguration : public std::enable_shared_from_this<RemoteConfigurat
 
  private:
   void handle(const platform::URLResult& result, const std::string& apiKey, const Continuation& continuation);
-  /// What is kept of a document as it came.
-  struct Received {
-    std::optional<std::string> text;  ///< without backslashes; absent when the document is no UTF-8
-    std::string date;
-  };
-  [[nodiscard]] Received receive(const std::string& document) const;
-  void store(const Received& received);
+  /// Everything that the document decides, in one step of the store.
+  void apply(const std::string& document, const std::string& apiKey);
   void applyUrls(const Config& config);
   void applySwitches(const Config& config, const std::string& apiKey);
 
