@@ -80,22 +80,7 @@ std::optional<StorageManager::RealMap> StorageManager::realMap(StorageKey key) {
   return store ? toMap<double>(store->object(keyText(key))) : std::nullopt;
 }
 
-std::optional<StorageManager::ListMap> StorageManager::listMap(StorageKey key) {
-  if (key == StorageKey::conversionTrackers) announceTrackerReading();
-  auto* store = domain();
-  return store ? toMap<TextList>(store->object(keyText(key))) : std::nullopt;
-}
-
 std::optional<platform::TextList> StorageManager::conversionTrackers(const std::string& notification) {
-  announceTrackerReading();
-  return announcedTrackers(notification);
-}
-
-void StorageManager::announceTrackerReading() const {
-  services_.console->print("conv");
-}
-
-std::optional<platform::TextList> StorageManager::announcedTrackers(const std::string& notification) {
   return listEntry(StorageKey::conversionTrackers, notification);
 }
 

@@ -24,7 +24,6 @@ class StorageManager {
   using TextList = platform::TextList;
   using TextMap = std::map<std::string, std::string>;
   using RealMap = std::map<std::string, double>;
-  using ListMap = std::map<std::string, TextList>;
 
   /// Both outlive this object.
   StorageManager(const platform::Platform& services, const CoreState& coreState);
@@ -41,13 +40,9 @@ class StorageManager {
   [[nodiscard]] std::optional<std::string> text(StorageKey key);
   [[nodiscard]] std::optional<TextMap> textMap(StorageKey key);
   [[nodiscard]] std::optional<RealMap> realMap(StorageKey key);
-  [[nodiscard]] std::optional<ListMap> listMap(StorageKey key);
 
-  /// The click trackers stored for one notification. Every reading writes the line "conv" first.
+  /// The click trackers stored for one notification.
   [[nodiscard]] std::optional<TextList> conversionTrackers(const std::string& notification);
-  /// The two halves of that reading, for a reading inside a transaction, where nothing may be printed.
-  void announceTrackerReading() const;
-  [[nodiscard]] std::optional<TextList> announcedTrackers(const std::string& notification);
   /// One notification's URLs by action identifier.
   [[nodiscard]] std::optional<TextMap> deepLinks(const std::string& notification);
   /// Unix seconds; the current time when none is stored.

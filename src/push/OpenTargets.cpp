@@ -20,9 +20,9 @@ void OpenTargets::record(const std::string& identifier, const std::string& actio
 OpenTargets::Taken OpenTargets::take(const std::string& identifier) {
   auto& storage = context_->storage;
   Taken taken;
-  storage.announceTrackerReading();
+  announce();
   storage.transact([&] {
-    taken.trackers = storage.announcedTrackers(identifier);
+    taken.trackers = storage.conversionTrackers(identifier);
     storage.removeConversionTrackers(identifier);
     taken.urls = storage.deepLinks(identifier);
     storage.removeDeepLinks(identifier);

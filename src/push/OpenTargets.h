@@ -15,9 +15,10 @@ class OpenTargets {
  public:
   explicit OpenTargets(std::shared_ptr<CoreContext> context) : context_(std::move(context)) {}
 
-  /// Writes the line that goes with every reading of the click trackers; store() reads them in order to
-  /// change them, usually inside a transaction of the caller's, where nothing may be printed.
-  void announce() const { context_->storage.announceTrackerReading(); }
+  /// Writes the line "conv", which goes with every reading of the click trackers. To be called before
+  /// store(), which reads them in order to change them, usually inside a transaction of the caller's, where
+  /// nothing may be printed.
+  void announce() const { context_->print("conv"); }
   /// Remembers the click trackers and the default tap's URL of a notification.
   void store(const Conversion& conversion, const std::string& identifier);
   /// Remembers the URL of one action. The server's placeholder in it becomes the action's identifier, or "0"

@@ -132,17 +132,15 @@ void ServiceExtension::finish(Delivery& delivery) {
   const auto& plan = std::get<DeliveryPlan::Message>(delivery.plan.kind);
   for (const std::string& tracker : plan.impressionTrackers) requests_->fireTracker(tracker);
   if (plan.target && !delivery.remembered) targets_->announce();
-  std::vector<std::string> removed, replaced;
-  if (plan.tag) removed = removeTagged(*context_, *plan.tag);
   // What is stored now goes in as one step: a killed extension leaves the whole of it or nothing.
-  if (plan.tag || !delivery.remembered) {
-    context_->storage.transact([&] {
-      if (!delivery.remembered) remember(delivery);
-      if (plan.tag) replaced = takeOverTag(*context_, *plan.tag, delivery.plan.identifier);
-    });
+  const auto store = [&] {
+    if (!delivery.remembered) remember(delivery);
+  };
+  if (plan.tag) {
+    takeTag(*context_, *plan.tag, delivery.plan.identifier, store);
+  } else if (!delivery.remembered) {
+    context_->storage.transact(store);
   }
-  if (!replaced.empty() && replaced != removed)
-    context_->services->notificationCenter->removeDeliveredNotifications(replaced);
   delivery.category.reset();  // gives the lock back before the application's code runs
   delivery.handler(delivery.best);
 }

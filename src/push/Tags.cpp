@@ -2,22 +2,23 @@
 
 namespace VorselKelp {
 
-std::vector<std::string> removeTagged(CoreContext& context, const std::string& tag) {
-  auto tagged = context.storage.listEntry(StorageKey::tags, tag).value_or(std::vector<std::string>{});
-  if (!tagged.empty()) context.services->notificationCenter->removeDeliveredNotifications(tagged);
-  return tagged;
-}
-
-std::vector<std::string> takeOverTag(CoreContext& context, const std::string& tag,
-                                     const std::string& identifier) {
+void takeTag(CoreContext& context, const std::string& tag, const std::string& identifier,
+             platform::FunctionRef<void()> store) {
   auto& storage = context.storage;
-  std::vector<std::string> earlier;
+  auto& shown = *context.services->notificationCenter;
+  const auto tagged = [&] {
+    return storage.listEntry(StorageKey::tags, tag).value_or(StorageManager::TextList{});
+  };
+  const auto removed = tagged();
+  if (!removed.empty()) shown.removeDeliveredNotifications(removed);
+  StorageManager::TextList replaced;
   storage.transact([&] {
-    earlier = storage.listEntry(StorageKey::tags, tag).value_or(std::vector<std::string>{});
+    store();
+    replaced = tagged();
     storage.setListEntry(StorageKey::tags, tag, {identifier});
     storage.synchronize();
   });
-  return earlier;
+  if (!replaced.empty() && replaced != removed) shown.removeDeliveredNotifications(replaced);
 }
 
 }  // namespace VorselKelp

@@ -1,20 +1,17 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "core/CoreContext.h"
 
 namespace VorselKelp {
 
-/// Removes the delivered notifications with this tag from the notification centre, and answers which. Outside
-/// a transaction, and before their successor takes the tag: whoever is killed in between leaves nothing on
-/// the screen that nobody remembers.
-std::vector<std::string> removeTagged(CoreContext& context, const std::string& tag);
-
-/// Remembers that `identifier` is now the notification with this tag. Answers those that carried it before,
-/// which may be others than were removed when another process has just delivered one.
-[[nodiscard]] std::vector<std::string> takeOverTag(CoreContext& context, const std::string& tag,
-                                                   const std::string& identifier);
+/// Lets the notification `identifier` take the place of those with the same tag: removes them from the
+/// notification centre, and runs `store` in the transaction that remembers who has the tag now.
+///
+/// Removed is first: whoever is killed in between leaves nothing on the screen that nobody remembers. When
+/// another process has delivered one meanwhile, that one goes last.
+void takeTag(CoreContext& context, const std::string& tag, const std::string& identifier,
+             platform::FunctionRef<void()> store);
 
 }  // namespace VorselKelp

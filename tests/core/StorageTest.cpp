@@ -60,12 +60,6 @@ TEST(StorageManager, MapsWithAForeignEntryReadAsAbsentAndAreReplaced) {
   EXPECT_EQ(storage.deepLinks("m"), (StorageManager::TextMap{{"a", "u"}}));
 }
 
-TEST(StorageManager, ReadingTheTrackersAlwaysWritesItsLine) {
-  TestCore core;
-  EXPECT_FALSE(core.context->storage.conversionTrackers("n"));
-  EXPECT_THAT(core.app.console->texts(), ElementsAre("conv"));
-}
-
 TEST(StorageManager, TheFirstUseFixesTheSuite) {
   TestCore core;
   core.context->state.setAppGroupSetting(TestCore::group);
