@@ -3,10 +3,12 @@
 #include <string>
 #include <string_view>
 
+#include "VorselKelp/platform/WebViews.h"
+
 namespace VorselKelp {
 
 /// Names under which the permission page finds its two bridges.
-inline constexpr const char* answerBridge = "JSBridge";
+using platform::answerBridge;
 inline constexpr const char* consoleBridge = "logging";
 
 /// The permission page: loads the prompt script from `scriptHost` (scheme and host), hands it the

@@ -6,6 +6,9 @@
 
 namespace VorselKelp::platform {
 
+/// The script message handler on which the permission page gives its answer. For platforms without a user.
+inline constexpr const char* answerBridge = "JSBridge";
+
 /// Makes web views. Main thread.
 class WebViews {
  public:

@@ -40,7 +40,7 @@ class DesktopWebViews final : public platform::WebViews,
  private:
   /// The simulated user reads the page and answers it, as the page's own buttons would.
   void loaded(DesktopWebView& view, std::shared_ptr<void> busy) {
-    if (!view.hears("JSBridge")) return;
+    if (!view.hears(platform::answerBridge)) return;
     const auto page = std::static_pointer_cast<DesktopWebView>(view.shared_from_this());
     const auto answer = [picture = picture_, choice = answer_, weak = std::weak_ptr(page),
                          busy = std::move(busy)] {

@@ -2,6 +2,10 @@
 
 #include <glib.h>
 
+#include "VorselKelp/JSONAny.h"
+#include "web/scripts/relay.js.h"
+#include "web/scripts/shim.js.h"
+
 namespace VorselKelp::desktop {
 namespace {
 
@@ -23,41 +27,13 @@ TopFrameBridge TopFrameBridge::make() {
   bridge.event_ = secretName();
   bridge.world = "relay-" + secretName();
   bridge.handler = "relay";
-  // Says that it took a message by preventing the event's default, and that it is there by an event of its
-  // own: the worlds' scripts start in no particular order.
-  bridge.relay =
-      "document.addEventListener('" + bridge.event_ +
-      "',function(e){e.preventDefault();window.webkit.messageHandlers.relay.postMessage(e.detail)},"
-      "true);document.dispatchEvent(new Event('" +
-      bridge.event_ + "r'))";
+  bridge.relay = std::string(relayScript) + "('" + bridge.event_ + "')";
   return bridge;
 }
 
 std::string TopFrameBridge::shim(const std::vector<std::string>& names) const {
-  std::string list;
-  for (const auto& name : names) {
-    list += list.empty() ? "\"" : ",\"";
-    for (const char c : name) {
-      if (c == '"' || c == '\\') list += '\\';
-      list += c;
-    }
-    list += '"';
-  }
-  // What it needs is taken from the page's names before the page can change them.
-  return "(function(){var C=CustomEvent,J=JSON.stringify,dispatch=document.dispatchEvent.bind(document),"
-         "early=[],h={};"
-         "function send(text){return !dispatch(new C('" +
-         event_ +
-         "',{detail:text,cancelable:true}))}"
-         "document.addEventListener('" +
-         event_ +
-         "r',function(){early.splice(0).forEach(send)},true);"
-         "[" +
-         list +
-         "].forEach(function(n){h[n]=Object.freeze({postMessage:function(b){"
-         "var text=J([n,b===undefined?null:b]);send(text)||early.push(text)}})});"
-         "Object.defineProperty(window,'webkit',{value:Object.freeze({messageHandlers:Object.freeze(h)})})})("
-         ")";
+  const auto list = JSONAny(JSONAny::List(names.begin(), names.end())).encode();
+  return std::string(shimScript) + "('" + event_ + "'," + (list ? *list : "[]") + ")";
 }
 
 }  // namespace VorselKelp::desktop

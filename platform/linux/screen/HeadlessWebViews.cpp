@@ -68,7 +68,7 @@ class HeadlessWebView final : public ui::WebView {
 
   void loaded(bool alive) {
     if (const auto delegate = navigationDelegate()) delegate->didFinishNavigation();
-    if (alive && answer_ != PromptAnswer::none) post("JSBridge", messageOf(answer_));
+    if (alive && answer_ != PromptAnswer::none) post(platform::answerBridge, messageOf(answer_));
   }
 
   void fail() {
