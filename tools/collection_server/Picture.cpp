@@ -1,7 +1,11 @@
 #include "collection_server/Picture.h"
 
+#include <gdk-pixbuf/gdk-pixbuf.h>
+
 #include <array>
 #include <cstdint>
+#include <memory>
+#include <vector>
 
 namespace collection_server {
 namespace {
@@ -11,51 +15,6 @@ constexpr int height = 90;
 constexpr int horizon = 58;
 
 using Colour = std::array<std::uint8_t, 3>;
-
-void appendNumber(std::string& bytes, std::uint32_t number) {
-  for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(number >> shift & 0xff);
-}
-
-std::uint32_t checksum(std::string_view bytes) {
-  std::uint32_t sum = 0xffffffff;
-  for (const char c : bytes) {
-    sum ^= static_cast<unsigned char>(c);
-    for (int bit = 0; bit < 8; ++bit) sum = (sum & 1) != 0 ? sum >> 1 ^ 0xedb88320 : sum >> 1;
-  }
-  return ~sum;
-}
-
-void appendChunk(std::string& png, std::string_view type, std::string_view data) {
-  appendNumber(png, static_cast<std::uint32_t>(data.size()));
-  std::string body(type);
-  body += data;
-  png += body;
-  appendNumber(png, checksum(body));
-}
-
-/// The zlib form of `data`, stored without compression.
-std::string stored(std::string_view data) {
-  std::string bytes("\x78\x01", 2);
-  std::uint32_t a = 1;
-  std::uint32_t b = 0;
-  for (const char c : data) {
-    a = (a + static_cast<unsigned char>(c)) % 65521;
-    b = (b + a) % 65521;
-  }
-  while (!data.empty()) {
-    const auto block = data.substr(0, 0xffff);
-    data.remove_prefix(block.size());
-    const auto size = static_cast<std::uint16_t>(block.size());
-    bytes += static_cast<char>(data.empty() ? 1 : 0);
-    for (const std::uint16_t part : {size, static_cast<std::uint16_t>(~size)}) {
-      bytes += static_cast<char>(part & 0xff);
-      bytes += static_cast<char>(part >> 8);
-    }
-    bytes += block;
-  }
-  appendNumber(bytes, b << 16 | a);
-  return bytes;
-}
 
 Colour pixel(int x, int y, std::uint8_t tint) {
   const int dx = x - width / 2;
@@ -68,26 +27,31 @@ Colour pixel(int x, int y, std::uint8_t tint) {
   return glitter ? Colour{250, 230, 160} : Colour{20, static_cast<std::uint8_t>(60 + tint / 4), 140};
 }
 
+std::string pngOf(const std::vector<std::uint8_t>& pixels) {
+  const std::unique_ptr<GdkPixbuf, decltype(&g_object_unref)> picture(
+      gdk_pixbuf_new_from_data(pixels.data(), GDK_COLORSPACE_RGB, false, 8, width, height, width * 3, nullptr,
+                               nullptr),
+      g_object_unref);
+  gchar* bytes = nullptr;
+  gsize size = 0;
+  if (!gdk_pixbuf_save_to_buffer(picture.get(), &bytes, &size, "png", nullptr, nullptr)) return {};
+  const std::unique_ptr<gchar, decltype(&g_free)> owner(bytes, g_free);
+  return {bytes, size};
+}
+
 }  // namespace
 
 std::string drawPicture(std::string_view name) {
-  const auto tint = static_cast<std::uint8_t>(checksum(name) & 0xff);
-  std::string rows;
+  std::uint8_t tint = 0;
+  for (const char c : name) tint = static_cast<std::uint8_t>(tint * 31 + c);
+  std::vector<std::uint8_t> pixels;
   for (int y = 0; y < height; ++y) {
-    rows += '\0';  // no filter
     for (int x = 0; x < width; ++x) {
-      for (const auto part : pixel(x, y, tint)) rows += static_cast<char>(part);
+      const auto colour = pixel(x, y, tint);
+      pixels.insert(pixels.end(), colour.begin(), colour.end());
     }
   }
-  std::string header;
-  appendNumber(header, width);
-  appendNumber(header, height);
-  header += std::string("\x08\x02\x00\x00\x00", 5);  // eight bits, red green blue, not interlaced
-  std::string png("\x89PNG\r\n\x1a\n", 8);
-  appendChunk(png, "IHDR", header);
-  appendChunk(png, "IDAT", stored(rows));
-  appendChunk(png, "IEND", {});
-  return png;
+  return pngOf(pixels);
 }
 
 }  // namespace collection_server
