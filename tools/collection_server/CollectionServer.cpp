@@ -111,7 +111,7 @@ class CollectionServer::Implementation {
     } else if (path.starts_with("/v1/display/")) {
       response.set_content(sampleAd(url()), json);
     } else if (path.starts_with("/images/")) {
-      response.set_content(drawPicture(path), "image/png");
+      response.set_content(std::string(pictureFor(path)), "image/png");
     } else {
       response.set_content("", "text/plain");
     }

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <string>
 #include <string_view>
 
 namespace collection_server {
 
-/// A small PNG picture: a sun over water, in colours that follow from `name`.
-std::string drawPicture(std::string_view name);
+/// One of a few small PNG pictures, a sun over water under skies of different colours; a name always has the
+/// same.
+std::string_view pictureFor(std::string_view name);
 
 }  // namespace collection_server
