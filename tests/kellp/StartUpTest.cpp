@@ -79,12 +79,13 @@ TEST_F(StartUpTest, ATransportErrorLeavesTheCoreDown) {
 }
 
 TEST_F(StartUpTest, ADocumentSwitchesPushOnBeforeThePermissionIsLookedAt) {
-  device_->notificationCenter->setAuthorizationStatus(AuthorizationStatus::authorized);
   VorselKellp::initialize(VorselBuilder("key", group).build());
   app_.urlSession->answer(0, status(200, R"({"push_config":{"enabled":true,"override":true},)"
                                          R"("url":{"activity":["https://b.example/activity"]}})"));
   EXPECT_TRUE(VorselKellp::isInitialised());
-  EXPECT_EQ(app_.application->registrations(), 0u) << "on the main queue";
+  device_->notificationCenter->setAuthorizationStatus(AuthorizationStatus::authorized);
+  EXPECT_TRUE(app_.mainQueue->runOne()) << "it is looked at on the main queue";
+  EXPECT_EQ(app_.application->registrations(), 0u) << "and the answer goes there again";
   app_.settle();
   EXPECT_EQ(app_.application->registrations(), 1u);
   EXPECT_EQ(app_.urlSession->urls().back(), "https://b.example/activity");

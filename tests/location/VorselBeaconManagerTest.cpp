@@ -138,16 +138,16 @@ TEST_F(BeaconTest, ATableThatWentIsWrittenFromMemoryAndANewProcessReadsTheStored
   EXPECT_EQ(table(), known);
 }
 
-TEST_F(KellpTest, BeaconsStartWithPushAlone) {
-  for (const bool push : {false, true}) {
+TEST_F(KellpTest, BeaconsStartWithTheirSwitchAndPushAlone) {
+  for (const auto& [push, beacon] : {std::pair{false, true}, {true, false}, {true, true}}) {
     VorselKellp::install(app_.platform());
     VorselBuilder builder("key", group);
-    builder.beacon(true);
+    builder.beacon(beacon);
     if (push) builder.push();
     VorselKellp::initialize(builder.build());
     app_.urlSession->setRule("/tag/key.json", status(200, "{}"));
     app_.settle();
-    EXPECT_EQ(app_.location->asked().empty(), !push);
+    EXPECT_EQ(app_.location->asked().empty(), !(push && beacon));
   }
   const auto listener = std::make_shared<Listener>();
   VorselKellp::setVorselDelegate(listener);
