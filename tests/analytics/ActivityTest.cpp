@@ -106,6 +106,10 @@ TEST_F(ActivityTest, CustomEventsShareTheOpenCounterAndNothingElse) {
   answerActivity(ServerAnswer::failure("down"));
   EXPECT_EQ(app_.console->count("error from custom event"), 2u);
   EXPECT_EQ(stored<std::int64_t>("vs_openCounter"), 2);
+  app_.console->clear();
+  VorselKellp::sendCustomEvent("\xff", 1);
+  EXPECT_THAT(lines(), ElementsAre(testing::_, testing::StartsWith("sendActivityOpen ")))
+      << "a key without a form is said twice, and sent without a body";
 }
 
 TEST_F(ActivityTest, CustomEventsStopOnProgrammingErrors) {
@@ -120,15 +124,21 @@ TEST_F(ActivityTest, CustomEventsStopOnProgrammingErrors) {
   }
 }
 
-TEST_F(ActivityTest, ARefusedPermissionIsReported) {
-  start(false);
+TEST_F(ActivityTest, ARefusedPermissionIsReportedOnceTheCoreIsUp) {
   device_->notificationCenter->setDialogBehaviour(testing_platform::DialogBehaviour::denies);
+  VorselKellp::initialize(VorselBuilder("", group).build());
   VorselKellp::askForNotificationsPermission();
-  EXPECT_THAT(device_->notificationCenter->authorizationRequests(), IsEmpty()) << "asked on the main queue";
   app_.settle();
-  EXPECT_THAT(device_->notificationCenter->authorizationRequests(), ElementsAre(7u));
-  EXPECT_THAT(codes(), ElementsAre(200, 501));
+  EXPECT_THAT(codes(), IsEmpty());
+  start(false);
   app_.console->clear();
+  VorselKellp::askForNotificationsPermission();
+  EXPECT_THAT(device_->notificationCenter->authorizationRequests(), ElementsAre(7u))
+      << "asked on the main queue";
+  app_.settle();
+  EXPECT_THAT(device_->notificationCenter->authorizationRequests(), ElementsAre(7u, 7u));
+  EXPECT_THAT(codes(), ElementsAre(200, 501));
+  EXPECT_THAT(lines(), IsEmpty()) << "only an install is announced";
   app_.urlSession->answer(2, ServerAnswer::failure("down"));
   EXPECT_THAT(lines(), ElementsAre("down"));
 }

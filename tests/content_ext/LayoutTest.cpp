@@ -96,7 +96,8 @@ TEST_F(LayoutTest, TheViewTakesTheControllersViewOver) {
   EXPECT_EQ(view->titleLabel->font.get(), (ui::Font{13, true}));
   EXPECT_EQ(view->subtitleLabel->text.get(), "SUBTITLE");
   EXPECT_EQ(view->subtitleLabel->font.get(), (ui::Font{11, false}));
-  EXPECT_EQ(view->subtitleLabel->textAlignment.get(), ui::TextAlignment::left);
+  for (const auto& label : {view->titleLabel, view->subtitleLabel})
+    EXPECT_EQ(label->textAlignment.get(), ui::TextAlignment::left);
   EXPECT_EQ(view->leftButton->alpha.get(), 0.7);
   EXPECT_EQ(view->leftButton->imageContentMode.get(), ui::ContentMode::scaleAspectFill);
   EXPECT_EQ(widthOf(view->leftButton->backgroundImage), 8);

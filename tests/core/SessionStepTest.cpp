@@ -61,6 +61,18 @@ TEST(SessionStep, CountsSessionsAndNamesTheInstallationOnce) {
   EXPECT_EQ(core.text("vs_uniq_session_id"), unique);
 }
 
+/// Gives the highest number that is asked for.
+struct HighestRandom final : platform::Random {
+  std::uint32_t below(std::uint32_t bound) override { return bound - 1; }
+};
+
+TEST(SessionStep, AnIdMayHoldEveryDigit) {
+  TestCore core;
+  core.app.platform()->random = std::make_shared<HighestRandom>();
+  countSession(core);
+  EXPECT_THAT(core.text("vs_uniq_session_id").value_or(""), testing::EndsWith(".9999999999"));
+}
+
 TEST(SessionStep, InstallationsGetDifferentIds) {
   TestCore first;
   TestCore second;

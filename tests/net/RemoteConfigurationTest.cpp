@@ -167,6 +167,7 @@ TEST_F(RemoteConfigurationTest, ClearsTheGroupSettingAndKeepsTheStore) {
 TEST_F(RemoteConfigurationTest, ADocumentThatIsNotUtf8IsNotKept) {
   EXPECT_EQ(fetchDocument("{\"url\":{\"user\":[\"https://u/\xff\"]}}"), 1);
   EXPECT_FALSE(core_.text("vs_autoconf"));
+  EXPECT_TRUE(core_.text("vs_last_modified")) << "its time is";
   EXPECT_EQ(core_.text("vs_user_url"), "https://old.example/vs_user_url");
   EXPECT_EQ(core_.stored<bool>("vs_analytics"), true);
 }

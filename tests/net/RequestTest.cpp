@@ -16,6 +16,7 @@ namespace {
 
 using platform::HTTPHeader;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using testing_platform::ServerAnswer;
 
@@ -39,22 +40,25 @@ class RequestTest : public testing::Test {
   std::optional<std::int64_t> counter() const { return core_.integer("vs_openCounter"); }
   std::vector<std::string> lines() const { return core_.app.console->texts(); }
 
+  // Completions write what they get among the lines, which so tell what came first.
+  void note(const std::string& text) { core_.app.console->print("> " + text); }
+  /// The status and the opens owed at that time, which only an open changes.
   VorselRequest::Completion noting() {
     return [this](const VorselRequest::Response& response, const std::optional<Error>& error) {
-      answers_.push_back((response ? std::to_string(response->statusCode) : "-") + (error ? "!" : ""));
+      note((response ? std::to_string(response->statusCode) : "none") + (error ? " error" : "") +
+           (counter() ? ", owed " + std::to_string(*counter()) : ""));
     };
   }
   VorselRequest::PushCompletion notingPush() {
     return [this](bool success, const VorselRequest::Response& response, const std::optional<Error>& error) {
-      answers_.push_back((success ? "+" : "-") + std::to_string(response ? response->statusCode : 0) +
-                         (error ? "!" : ""));
+      note((success ? "success " : "") + (response ? std::to_string(response->statusCode) : "none") +
+           (error ? " error" : ""));
     };
   }
 
   TestCore core_;
   testing_platform::MemoryURLSession& session_ = *core_.app.urlSession;
   VorselRequest requests_{core_.context};
-  std::vector<std::string> answers_;
 };
 
 TEST_F(RequestTest, PostsLookAlike) {
@@ -86,15 +90,14 @@ TEST_F(RequestTest, WithoutAUsableUrlNothingHappens) {
     requests_.sendActivityOpen({}, noting());
     requests_.sendActivityLocationEvent({}, noting());
     requests_.sendPushData({}, notingPush());
-    requests_.fetchAutoconfig("key", [this](const platform::URLResult&) { answers_.push_back("document"); });
+    requests_.fetchAutoconfig("key", [this](const platform::URLResult&) { note("document"); });
   }
   for (const char* key : {"vs_activity_url", "vs_user_url", "vs_config_url"})
     core_.app.standardDomain->removeObject(key);
   requests_.sendActivityOpen({}, noting());
-  requests_.fetchAutoconfig("key", [this](const platform::URLResult&) { answers_.push_back("document"); });
+  requests_.fetchAutoconfig("key", [this](const platform::URLResult&) { note("document"); });
   EXPECT_THAT(session_.requests(), IsEmpty());
   EXPECT_THAT(lines(), IsEmpty());
-  EXPECT_THAT(answers_, IsEmpty());
   EXPECT_EQ(counter(), 2);
 }
 
@@ -129,18 +132,19 @@ TEST_F(RequestTest, InstallAndLocationHandTheOutcomeOn) {
   session_.answer(1, ServerAnswer::failure("no network"));
   session_.answer(2, status(404));
   session_.answer(3, ServerAnswer::failure("reset"));
-  EXPECT_THAT(answers_, ElementsAre("503", "-!", "404", "-!"));
-  EXPECT_THAT(lines(), ElementsAre("no network", "reset"));
+  EXPECT_THAT(lines(), ElementsAre("> 503", "no network", "> none error", "> 404", "reset", "> none error"));
 }
 
 TEST_F(RequestTest, PushDataIsPrintedAndNotJudged) {
   for (int i = 0; i < 3; ++i) requests_.sendPushData({}, notingPush());
-  EXPECT_THAT(lines()[0], testing::StartsWith("sendPushData {\"ts_current\":0,"));
+  EXPECT_THAT(lines(), testing::Each(testing::StartsWith("sendPushData {\"ts_current\":0,")));
+  core_.app.console->clear();
   session_.answer(0, status(201));
   session_.answer(1, status(500));
   session_.answer(2, ServerAnswer::failure("down"));
-  EXPECT_THAT(answers_, ElementsAre("+201", "+500", "-0!"));
-  EXPECT_EQ(lines().size(), 5u) << "the body of each, and each response; an error is the caller's to tell";
+  EXPECT_THAT(lines(), ElementsAre("> success 201", HasSubstr("HTTP 201"), "> success 500",
+                                   HasSubstr("HTTP 500"), "> none error"))
+      << "each response; an error is the caller's to tell";
 }
 
 TEST_F(RequestTest, OpensThatFailedAreMadeUpFor) {
@@ -163,8 +167,9 @@ TEST_F(RequestTest, OpensThatFailedAreMadeUpFor) {
   EXPECT_EQ(counter(), 1);
   session_.answer(0, status(201));
   EXPECT_EQ(counter(), 1) << "the last one owed stays";
-  EXPECT_THAT(answers_, ElementsAre("-!", "-!", "200", "201", "201"));
-  EXPECT_THAT(lines(), ElementsAre("Request ERROR", "Request ERROR", "Open sent", "Open sent"));
+  EXPECT_THAT(lines(),
+              ElementsAre("> none error, owed 1", "Request ERROR", "> none error, owed 2", "Request ERROR",
+                          "> 200, owed 2", "Open sent", "> 201, owed 1", "Open sent", "> 201, owed 1"));
 }
 
 TEST_F(RequestTest, AFailureThatIsCountedMeanwhileHidesNoOwedOpen) {
@@ -185,12 +190,11 @@ TEST_F(RequestTest, ACounterOfZeroStaysAndAnotherTypeCountsAsNone) {
 }
 
 TEST_F(RequestTest, ATrackingGetDecodesWhatItCan) {
-  std::vector<std::string> titles;
   const auto get = [&](const std::string& url) {
-    requests_.sendTrackingGet<AdexObject>(url, [&](const std::optional<AdexObject>& ad,
-                                                   const std::optional<Error>&) {
-      titles.push_back(!ad ? "none" : ad->creative() ? ad->creative()->title.value_or("") : "no creative");
-    });
+    requests_.sendTrackingGet<AdexObject>(
+        url, [&](const std::optional<AdexObject>& ad, const std::optional<Error>&) {
+          note(!ad ? "none" : ad->creative() ? ad->creative()->title.value_or("") : "no creative");
+        });
   };
   get("https://ad.example/x?a=b");
   get("https://ad.example/x");
@@ -215,8 +219,8 @@ TEST_F(RequestTest, ATrackingGetDecodesWhatItCan) {
   session_.answer(2, answer);
   session_.answer(3, status(204));
   session_.answer(4, ServerAnswer::failure("down"));
-  EXPECT_THAT(titles, ElementsAre("Ad", "none", "none", "none", "none"));
-  EXPECT_THAT(lines(), ElementsAre("unsupported URL", "down"));
+  EXPECT_THAT(lines(),
+              ElementsAre("> Ad", "> none", "unsupported URL", "> none", "> none", "down", "> none"));
 }
 
 TEST_F(RequestTest, TrackersGoToTheWebAlone) {
