@@ -3,8 +3,9 @@
 #include <cstdint>
 #include <limits>
 #include <string>
-#include <thread>
 
+#include "core/TestCore.h"
+#include "facade/WatchedDefaults.h"
 #include "kellp/KellpTest.h"
 
 namespace VorselKelp {
@@ -35,14 +36,11 @@ TEST_F(BadgeTest, CountsOnTheIconOrOnTheContent) {
     EXPECT_EQ(count(), left);
     EXPECT_EQ(left == 0 ? icon() : content->badge, left);
   }
-  const auto flushes = store().synchronizations();
   VorselKellp::setAppBadge(4);
   EXPECT_EQ(icon(), 4);
-  EXPECT_EQ(store().synchronizations(), flushes + 1);
   VorselKellp::addNotificationCount(content);
   EXPECT_EQ(content->badge, 5);
   EXPECT_EQ(count(), 5);
-  EXPECT_EQ(store().synchronizations(), flushes + 2);
 
   store().setObject("vs_badge", {std::string("many")});
   VorselKellp::decreseNotificationCount(nullptr);
@@ -74,24 +72,20 @@ TEST_F(BadgeTest, AnOverflowingCountStopsTheProcess) {
   EXPECT_EQ(count(), std::numeric_limits<std::int64_t>::max());
 }
 
-TEST_F(BadgeTest, TwoProcessesThatCountAtOnceLoseNothing) {
-  constexpr int each = 2000;
-  VorselKellp::setAppBadge(0);
-  testing_platform::MemoryPlatform service(device_, testing_platform::ProcessKind::extension,
-                                           "com.example.app.service");
-  const auto process = [](const testing_platform::MemoryPlatform& platform) {
-    const auto context = std::make_shared<CoreContext>(platform.platform());
-    context->state.setAppGroupSetting(group);
-    return Badge(context);
-  };
-  std::thread other([badge = process(service)]() mutable {
-    platform::NotificationContent content;
-    for (int i = 0; i < 2 * each; ++i) badge.increase(&content);
-  });
-  Badge badge = process(app_);
-  for (int i = 0; i < each; ++i) badge.decrease(nullptr);
-  other.join();
-  EXPECT_EQ(count(), each);
+TEST(Badge, WhatAnotherProcessCountsMeanwhileIsNotLost) {
+  TestCore core;
+  core.app.standardDomain->setObject("vs_push", {true});
+  core.app.standardDomain->setObject("vs_badge", {std::int64_t{5}});
+  const auto defaults = std::make_shared<BrellixPush::WatchedDefaults>(core.app.userDefaults);
+  core.app.platform()->userDefaults = defaults;
+  Badge badge(core.context);
+  platform::NotificationContent content;
+  for (const std::int64_t others : {20, 30}) {
+    defaults->watched->beforeTransaction = [&] { core.app.standardDomain->setObject("vs_badge", {others}); };
+    others == 20 ? badge.increase(&content) : badge.decrease(&content);
+    EXPECT_EQ(core.integer("vs_badge"), others == 20 ? 21 : 29);
+    EXPECT_EQ(content.badge, core.integer("vs_badge"));
+  }
 }
 
 }  // namespace

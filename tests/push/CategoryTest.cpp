@@ -36,6 +36,9 @@ TEST_F(CategoryTest, ButtonsInTheirOrder) {
                                       true};
   EXPECT_THAT(center().categories(), ElementsAre(expected));
   EXPECT_FALSE(store().object("vs_url")) << "no action had a URL";
+  EXPECT_EQ(deliverWith(R"("actions":[{"action":"c","title":"C"}])", "n-1"), identifier);
+  const NotificationCategory again{identifier, {NotificationAction{"c", "C"}}, true};
+  EXPECT_THAT(center().categories(), ElementsAre(again)) << "delivered again, it has the new buttons alone";
 }
 
 TEST_F(CategoryTest, EveryMessageGetsOneOfItsOwnNextToTheOthers) {
@@ -76,14 +79,13 @@ TEST_F(CategoryTest, WhereSuiteAndStandardAreOneTheNewest128AreKept) {
   VorselKellp::install(service_.platform());  // a core without a group
   center().setNotificationCategories({{"app", {}, false}});
   std::vector<std::string> identifiers;
-  for (int i = 0; i < 130; ++i) {
-    identifiers.push_back(deliverWith("", "n-" + std::to_string(i)));
-    if (i == 127) {
-      EXPECT_EQ(center().categories().size(), 129u);
-    }
-  }
+  for (int i = 0; i < 128; ++i) identifiers.push_back(deliverWith("", "n-" + std::to_string(i)));
+  std::ranges::rotate(identifiers, identifiers.begin() + 1);
+  EXPECT_EQ(deliverWith("", "n-0"), identifiers.back()) << "what comes again is the newest once more";
+  EXPECT_EQ(center().categories().size(), 129u);
+  for (const char* next : {"n-128", "n-129"}) identifiers.push_back(deliverWith("", next));
   EXPECT_FALSE(registered(identifiers[0]) || registered(identifiers[1]));
-  EXPECT_TRUE(registered(identifiers[2]) && registered(identifiers[129]) && registered("app"));
+  EXPECT_TRUE(registered(identifiers[2]) && registered(identifiers[127]) && registered("app"));
   EXPECT_EQ(center().categories().size(), 129u);
   EXPECT_EQ(service_.standardDomain->object("vs_category"),
             DefaultsValue{(TextList(identifiers.begin() + 2, identifiers.end()))});

@@ -1,4 +1,5 @@
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -15,9 +16,14 @@ using testing_platform::ServerAnswer;
 
 class Listener : public VorselKellpDelegate {
  public:
-  void notificationTokenChanged(const std::string& token) override { heard.push_back("token " + token); }
-  void vorselInited(bool success) override { heard.push_back(success ? "inited" : "not inited"); }
+  void notificationTokenChanged(const std::string& token) override { hear("token " + token); }
+  void vorselInited(bool success) override { hear(success ? "inited" : "not inited"); }
+  void hear(const std::string& event) {
+    if (look) look();
+    heard.push_back(event);
+  }
   std::vector<std::string> heard;
+  std::function<void()> look;
 };
 
 class RegistrationTest : public KellpTest {
@@ -47,9 +53,14 @@ TEST_F(RegistrationTest, ANewTokenIsReportedUntilTheServerTakesIt) {
     EXPECT_THAT(heard(), ElementsAre("not inited"));
     EXPECT_FALSE(text("vs_tok"));
   }
-  registerToken();
   app_.urlSession->setRule("/v2/users", status(201));
+  listener_->look = [&] {
+    EXPECT_EQ(bodies("/v2/users").size(), listener_->heard.empty() ? 3u : 4u) << "told before it is reported";
+    EXPECT_FALSE(text("vs_tok")) << "told before it is stored";
+  };
+  registerToken();
   app_.settle();
+  listener_->look = nullptr;
   EXPECT_THAT(heard(), ElementsAre("token 00ab0f", "inited"));
   EXPECT_EQ(text("vs_tok"), "00ab0f");
   EXPECT_EQ(bodies("/v2/users").size(), 4u);
@@ -104,8 +115,9 @@ TEST_F(RegistrationTest, WithoutASessionTheProcessStops) {
 
 TEST_F(RegistrationTest, APermissionThatIsGrantedRegistersOnce) {
   start();
-  EXPECT_EQ(app_.application->registrations(), 0u);
   VorselKellp::askForNotificationsPermission();
+  EXPECT_TRUE(app_.mainQueue->runOne());
+  EXPECT_EQ(app_.application->registrations(), 0u) << "granted, and to be registered on the main queue";
   app_.settle();
   EXPECT_EQ(app_.application->registrations(), 1u);
   VorselKellp::initialize(VorselBuilder("key", group).push().build());

@@ -1,9 +1,12 @@
 #include <algorithm>
 #include <future>
+#include <iostream>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <thread>
+#include <utility>
 
 #include "kellp/Kellp.h"
 #include "push/ServiceTest.h"
@@ -45,6 +48,7 @@ TEST_F(ServiceTest, ATextMessage) {
             DefaultsValue{(Map{
                 {"n-1", {Map{{tapAction, asText("https://o/0")}, {"yes", asText("https://y/yes?yes")}}}}})});
   EXPECT_EQ(service_.console->count(json), 1u) << "the message as one line";
+  EXPECT_EQ(service_.console->count("conv"), 1u);
   service_.settle();
   EXPECT_EQ(handled_.size(), 1u);
 }
@@ -106,19 +110,26 @@ TEST_F(ServiceTest, TitlesAreReReadAndHostileOnesSurvive) {
   }
 }
 
-TEST_F(ServiceTest, WhatIsNoSingleMessageStopsTheProcess) {
-  const std::string payloads[] = {R"({"p":[{"o":{"body":"1"}}]})",
-                                  R"({"aps":{"alert":"Hello"}})",
-                                  "{}",
-                                  "[]",
-                                  "",
-                                  "not json",
-                                  message(R"(,"n":{"actions":[{"action":"a"}]})"),
-                                  message(",\"n\":{\"body\":\"\xff\"}"),
-                                  std::string(10000, '[') + std::string(10000, ']'),
-                                  message(R"(,"n":{"el":123456789012345678901234567890})")};
-  for (const auto& payload : payloads)
-    EXPECT_DEATH(deliver(payload), "Fatal error: ") << payload.substr(0, 60);
+TEST_F(ServiceTest, WhatIsNoSingleMessageStopsTheProcessWithItsLines) {
+  struct ErrorStream final : platform::Console {
+    void print(std::string_view text) override { std::cerr << text << '\n'; }
+  };
+  service_.platform()->console = std::make_shared<ErrorStream>();
+  const std::string unreadable = "JSON serialization failed\n", noMessage = "PUSH OBJECT FAILED\n",
+                    neither = noMessage + "PUSH PCampaignObj OBJECT FAILED\n";
+  const std::pair<std::string, std::string> cases[] = {
+      {R"({"p":[{"o":{"body":"1"}}]})", noMessage},
+      {R"({"aps":{"alert":"Hello"}})", neither},
+      {"{}", neither},
+      {"[]", unreadable},
+      {"", unreadable},
+      {"not json", unreadable},
+      {message(R"(,"n":{"actions":[{"action":"a"}]})"), neither},
+      {message(",\"n\":{\"body\":\"\xff\"}"), unreadable},
+      {std::string(10000, '[') + std::string(10000, ']'), unreadable},
+      {message(R"(,"n":{"el":123456789012345678901234567890})"), neither}};
+  for (const auto& [payload, lines] : cases)
+    EXPECT_DEATH(deliver(payload), testing::StartsWith(lines + "Fatal error: ")) << payload.substr(0, 60);
 }
 
 TEST_F(ServiceTest, TheLastWordIsSpokenWithPushOnAlone) {
