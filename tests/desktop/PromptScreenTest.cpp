@@ -21,6 +21,13 @@ struct EngineViews final : platform::WebViews {
   int loaded = 0;
 };
 
+struct ConsoleReader final : ui::ScriptMessageHandler {
+  void didReceive(const std::string&, const JSONAny& body) override {
+    heard.push_back(body.as<std::string>() ? *body.as<std::string>() : "no text");
+  }
+  std::vector<std::string> heard;
+};
+
 /// The publisher's page in the real engine, over an application that is green.
 class PromptScreenTest : public KellpTest, protected desktop::TestScreen {
  protected:
@@ -66,17 +73,48 @@ TEST_F(PromptScreenTest, ShowsTheApplicationBehindItAndHearsTheAnswer) {
   EXPECT_EQ(evaluate("_VSPC.push_config.prompts[0].prompt"), JSONAny("page"));
   EXPECT_EQ(screens_, 1);
   run("var e = new Event('pns.htmlOK'); e.vsData = JSON.parse('['.repeat(500) + ']'.repeat(500));"
-      "window.dispatchEvent(e); null");
+      "document.body.dispatchEvent(e); null");
   waitUntil([&] { return !shown(); });
   EXPECT_EQ(agreed_, 1) << "however deep the data of the page is";
   EXPECT_EQ(screens_, 0);
 }
 
-TEST_F(PromptScreenTest, TakesARefusal) {
+TEST_F(PromptScreenTest, TakesARefusalAndAnAgreementWithoutData) {
   present("{}");
-  run("console.log('chatter', {a: 1}); window.dispatchEvent(new Event('pns.htmlCancel')); null");
+  run("console.log('chatter', {a: 1}); document.body.dispatchEvent(new Event('pns.htmlCancel')); null");
   waitUntil([&] { return !shown(); });
   EXPECT_EQ(agreed_, 0);
+  views_->loaded = 0;
+  present("{}");
+  run("document.body.dispatchEvent(new Event('pns.htmlOK')); null");
+  waitUntil([&] { return !shown(); });
+  EXPECT_EQ(agreed_, 1);
+  EXPECT_EQ(lines().back(), R"(CustomPromtEvent(event: Optional("pns.ok"), data: Optional(DataClass())))");
+}
+
+TEST_F(PromptScreenTest, ForwardsItsConsoleAndDoesNothingWithoutItsBridge) {
+  const auto console = std::make_shared<ConsoleReader>();
+  ui::WebViewConfiguration configuration;
+  configuration.messageHandlers.push_back({consoleBridge, console});
+  configuration.userScripts.push_back({"window.said = []; console.log = text => said.push(text);", true});
+  configuration.userScripts.push_back({std::string(consoleForwardingScript()), true});
+  const auto view = views_->makeWebView(std::move(configuration), {{0, 0}, {100, 100}});
+  root_->view()->addSubview(view);
+  view->loadHTMLString(promptPage("http://127.0.0.1:59999", "{}"), std::nullopt);
+  waitUntil([&] { return views_->loaded > 0; });
+  EXPECT_EQ(evaluate("typeof _VSPC"), JSONAny("undefined"));
+  evaluate("document.body.dispatchEvent(new Event('pns.htmlOK')); null");
+  EXPECT_THAT(console->heard, testing::IsEmpty()) << "no listener that fails";
+
+  run(R"(var own = {}; own.own = own; console.log('text', {a: 1}, undefined, null, own); console.warn(1.5);
+         console.error('x'.repeat(3001)); console.debug(true); setTimeout(() => { throw 'late' }, 0); null)");
+  waitUntil([&] { return console->heard.size() == 5; });
+  EXPECT_EQ(evaluate("said.join()"), JSONAny("text")) << "the console before is written to as well";
+  EXPECT_THAT(
+      console->heard,
+      testing::ElementsAre(R"(📗 JS log: text, {"a":1}, undefined, null, [object Object])",
+                           "📙 JS warning: 1.5", "📕 JS error: " + std::string(3000, 'x'), "📘 JS debug: true",
+                           testing::MatchesRegex("💥 JS Uncaught: .+ at .*:[0-9]+:[0-9]+")));
 }
 
 TEST_F(PromptScreenTest, KeepsAHostileConfigurationInItsPlace) {
