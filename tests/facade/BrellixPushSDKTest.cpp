@@ -68,18 +68,23 @@ TEST_F(SDKTest, TheBuilderWritesTheSwitchesThatAreChosen) {
 
 TEST_F(SDKTest, TheCoreGetsEverySwitchFromTheFacadesStore) {
   store().setObject("vs_reg", {true});  // else an address is written over the crash switch
-  store().setObject("bx_beacom", {true});
+  const auto chosen = BrellixPushSDKBuilder("key", group).crash().push().build();
+  using Names = std::pair<std::string, const char*>;
+  const Names keys[] = {{"bx_crash", "vs_crash"},      {"bx_analytics", "vs_analytics"},
+                        {"bx_push", "vs_push"},        {"bx_geofence", "vs_geofence"},
+                        {"bx_beacom", "vs_beacon"},    {"bx_custom", "vs_custom"},
+                        {"bx_location", "vs_location"}};
+  for (const auto& [on, ofCore] : keys) {
+    for (const auto& [key, core] : keys) store().setObject(key, {key == on});
+    BrellixPushSDK::initialize(chosen);
+    for (const auto& [key, core] : keys) EXPECT_EQ(stored<bool>(core), key == on) << on << " " << core;
+  }
   store().setObject("bx_location", {std::string("yes")});
-  store().setObject("vs_geofence", {true});
-  BrellixPushSDK::initialize(BrellixPushSDKBuilder("key", group).crash().push().build());
-  Map core = store().contents();
-  std::erase_if(core, [](const auto& entry) {
-    return !entry.first.starts_with("vs_") || !entry.second.template as<bool>() || entry.first == "vs_reg";
-  });
-  const Map expected{{"vs_analytics", {true}}, {"vs_beacon", {true}},    {"vs_crash", {true}},
-                     {"vs_custom", {false}},   {"vs_geofence", {false}}, {"vs_location", {false}},
-                     {"vs_push", {true}}};
-  EXPECT_EQ(core, expected);
+  store().removeObject("bx_crash");
+  store().setObject("vs_crash", {true});
+  BrellixPushSDK::initialize(chosen);
+  EXPECT_EQ(stored<bool>("vs_location"), false) << "a text is no switch";
+  EXPECT_EQ(stored<bool>("vs_crash"), false) << "what is absent is off";
 
   device_->groupStores->refuse(group);
   VorselKellp::install(app_.platform());
@@ -163,6 +168,7 @@ TEST_F(SDKTest, ADelegateThatIsReleasedHearsNothingAndALaterOneIsHeard) {
 
 TEST_F(SDKTest, ForwardsToTheCore) {
   startFacade();
+  EXPECT_FALSE(VorselKelp::CoreContext::current("a test")->state.configuration()->adex);
   BrellixPushSDK::setUtm("k", "v");
   EXPECT_EQ(BrellixPushSDK::getUtm("k"), "v");
   BrellixPushSDK::removeUtm("k");

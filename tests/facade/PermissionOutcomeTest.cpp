@@ -49,6 +49,7 @@ TEST_F(PermissionOutcomeTest, AskingIsReportedOnceAndEachOutcomeOnce) {
   ask();
   EXPECT_THAT(events(), ElementsAre("pid=-999&src=key action=ask", "pid=-999&src=key action=block"));
   EXPECT_EQ(lastStatus(), 1);
+  EXPECT_THAT(app_.urlSession->urls().back(), testing::HasSubstr("/v2/activity")) << "the core asks second";
   ask();
   EXPECT_THAT(events(), IsEmpty()) << "unchanged";
   center().setAuthorizationStatus(AuthorizationStatus::authorized);
@@ -74,10 +75,12 @@ TEST_F(PermissionOutcomeTest, EveryKindOfPermissionCountsAsAllowedAndNoDecisionA
     ask();
     EXPECT_THAT(events(), ElementsAre(testing::EndsWith("ask"), testing::EndsWith("allow")));
   }
-  app_.standardDomain->removeObject("com.brellix.push.sent_events");
-  center().setAuthorizationStatus(AuthorizationStatus::notDetermined);
-  ask();
-  EXPECT_THAT(events(), ElementsAre(testing::EndsWith("ask"))) << "changed, but to no decision";
+  for (const auto unknown : {static_cast<AuthorizationStatus>(5), AuthorizationStatus::notDetermined}) {
+    app_.standardDomain->removeObject("com.brellix.push.sent_events");
+    center().setAuthorizationStatus(unknown);
+    ask();
+    EXPECT_THAT(events(), ElementsAre(testing::EndsWith("ask"))) << "changed, but to no decision";
+  }
 }
 
 TEST_F(PermissionOutcomeTest, TwoRequestsPendingTogetherShareADialogAndTheNamedPublisherGetsTheOutcome) {
@@ -109,6 +112,7 @@ TEST_F(PermissionOutcomeTest, AskingOnAControllerGoesOverTheMainQueue) {
   EXPECT_EQ(center().authorizationRequests().size(), 2u) << "the facade's and the core's, undecided still";
   center().answerDialog(false);
   EXPECT_THAT(events(), ElementsAre(testing::EndsWith("block")));
+  EXPECT_THAT(app_.urlSession->urls().back(), testing::HasSubstr("/v2/activity")) << "the core asks second";
 }
 
 TEST_F(PermissionOutcomeTest, WithoutATrackerTheOutcomeIsRememberedAndNothingReported) {
