@@ -164,6 +164,22 @@ TEST_F(InterstitialTest, TapsOpenThePageOrCloseAndTheDelegateHears) {
   EXPECT_EQ(app_.application->openedURLs().size(), 3u) << "nobody hears, and it works on";
 }
 
+TEST_F(InterstitialTest, TheDelegateHearsBeforeThePageOpensAndBeforeTheScreenGoes) {
+  const auto ad = make();
+  present(ad);
+  std::size_t opened = 0;
+  listener_->look = [&] {
+    EXPECT_EQ(app_.application->openedURLs().size(), opened);
+    EXPECT_TRUE(root_->presentedViewController());
+    EXPECT_THAT(app_.console->texts(), IsEmpty());
+  };
+  ad->interstitialController()->openAd();
+  opened = 1;
+  app_.console->clear();
+  ad->interstitialController()->closeAd();
+  EXPECT_EQ(heard().size(), 2u);
+}
+
 TEST_F(InterstitialTest, WithoutAnOwnerEveryOperationStopsTheProcess) {
   const auto controller = InterstitialController::create();
   EXPECT_THAT(session().urls(), IsEmpty());

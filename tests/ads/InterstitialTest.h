@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -28,9 +29,11 @@ class AdListener final : public InterstitialDelegate {
   void interstitialClosed(const Ad& ad) override { hear("closed", ad); }
 
   std::vector<std::string> heard;
+  std::function<void()> look;  ///< runs whenever something is told
 
  private:
   void hear(const std::string& what, const Ad& ad) {
+    if (look) look();
     heard.push_back(what + " " + (ad ? ad->adId() : std::string("nobody")));
   }
 };

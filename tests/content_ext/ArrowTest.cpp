@@ -66,6 +66,11 @@ TEST_F(ArrowTest, FailuresArePrintedAndKeepNothing) {
   EXPECT_EQ(widthOf(view->leftButton->backgroundImage), 30) << "shown all the same";
   (void)withArrow("https://no host");
   EXPECT_THAT(extensionLines(), Contains("FAILED TO SAVE IMAGE URL is not valid"));
+  const auto last = withArrow();
+  extension_.bundle->setMain("CFBundleIdentifier", "com.in.no.group");
+  answer(arrowUrl, picture(31, 31));
+  EXPECT_EQ(extensionLines().back(), "Cant find app gorups directory");
+  EXPECT_EQ(widthOf(last->leftButton->backgroundImage), 31);
 }
 
 TEST_F(ArrowTest, HostileNamesReachNoFile) {

@@ -99,6 +99,7 @@ TEST_F(LayoutTest, TheViewTakesTheControllersViewOver) {
   for (const auto& label : {view->titleLabel, view->subtitleLabel})
     EXPECT_EQ(label->textAlignment.get(), ui::TextAlignment::left);
   EXPECT_EQ(view->leftButton->alpha.get(), 0.7);
+  EXPECT_EQ(view->leftButton->contentMode.get(), ui::ContentMode::scaleAspectFill);
   EXPECT_EQ(view->leftButton->imageContentMode.get(), ui::ContentMode::scaleAspectFill);
   EXPECT_EQ(widthOf(view->leftButton->backgroundImage), 8);
   EXPECT_EQ(widthOf(view->rightButton->backgroundImage), 9);
@@ -182,6 +183,8 @@ TEST_F(LayoutTest, APayloadThatIsNoCarouselStopsTheExtension) {
   for (const auto& [json, reason] : cases)
     EXPECT_DEATH(make(json), std::string("Fatal error: VorselKelp/VorselNotificationUI: .*") + reason);
   EXPECT_DEATH(make(R"({"p":[{"o":{}}],"isMultiple":true})")->performLayout(), "forms no URL");
+  const auto later = shown(R"({"p":[{"o":{"image":"https://i"}},{"o":{}}],"isMultiple":true})");
+  EXPECT_DEATH(later->rightButton->tap(), "forms no URL") << "and not before that message is paged to";
   EXPECT_DEATH(VorselNotificationView::make(delivered(carousel()), nullptr), "no controller");
   EXPECT_DEATH(VorselNotificationView(ui::Coder{}), "Fatal error: init\\(coder:\\) has not been implemented");
   EXPECT_DEATH(ContentExtArrowButton(ui::Coder{}), "Fatal error: init\\(coder:\\) has not been implemented");
