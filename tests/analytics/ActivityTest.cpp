@@ -1,6 +1,8 @@
 #include <limits>
+#include <memory>
 #include <string>
 
+#include "VorselKelpTesting/FaultyPlatform.h"
 #include "kellp/KellpTest.h"
 
 namespace VorselKelp {
@@ -38,6 +40,17 @@ TEST_F(ActivityTest, AnInstallThatTheServerAcceptsCountsWhateverBecameOfTheCore)
   VorselKellp::uninstall();
   answerActivity(status(201));
   EXPECT_THAT(codes(), ElementsAre(200, 205));
+  EXPECT_EQ(stored<bool>("vs_reg"), true);
+}
+
+TEST_F(ActivityTest, AnAcceptedInstallIsStoredBeforeItsOpenGoesOut) {
+  using namespace testing_platform;
+  const auto plan = std::make_shared<FaultPlan>(
+      FaultRule{.at = 3, .fault = Fault::stop, .only = FaultPoint::request});  // document, install, open
+  VorselKellp::install(faulty(*app_.platform(), plan));
+  start(false);
+  answerActivity(status(201));
+  EXPECT_TRUE(plan->stopped());
   EXPECT_EQ(stored<bool>("vs_reg"), true);
 }
 

@@ -1,7 +1,7 @@
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "VorselKelpTesting/FaultyPlatform.h"
