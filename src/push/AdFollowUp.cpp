@@ -11,4 +11,8 @@ void followUpAd(CoreContext& context, VorselRequest& requests) {
         *endpoint, [](const std::optional<AdexObject>&, const std::optional<Error>&) {});
 }
 
+bool adFollows(std::string_view action) {
+  return action == "yes" || action == platform::defaultActionIdentifier;
+}
+
 }  // namespace VorselKelp

@@ -1,7 +1,9 @@
 #include "push/OpenHandling.h"
 
-#include "base/Url.h"
+#include <utility>
+
 #include "push/AdFollowUp.h"
+#include "push/LinkTarget.h"
 
 namespace VorselKelp {
 
@@ -22,20 +24,18 @@ void OpenHandling::pushTrackOpen(bool handle, const platform::NotificationRespon
       completion(found->second);
     }
   }
-  if (response.actionIdentifier == "yes" || response.actionIdentifier == platform::defaultActionIdentifier)
-    followUpAd(*context_, *requests_);
+  if (adFollows(response.actionIdentifier)) followUpAd(*context_, *requests_);
 }
 
 void OpenHandling::open(const std::string& url, const std::optional<std::string>& tracker) {
-  const auto parsed = parseUrl(url);
-  if (!parsed) return;
-  if (parsed->scheme != "https" && parsed->scheme != "http") {
-    if (const auto delegate = context_->state.delegate()) delegate->handleURL(parsed->text);
+  auto target = linkTarget(url);
+  if (target.kind == LinkTarget::Kind::nothing) return;
+  if (target.kind == LinkTarget::Kind::deepLink) {
+    if (const auto delegate = context_->state.delegate()) delegate->handleURL(target.url);
     return;
   }
-  if (parsed->isWeb())
-    context_->services->mainQueue->async(
-        [browser = context_->services->inAppBrowser, page = parsed->text] { browser->present(page); });
+  context_->services->mainQueue->async(
+      [browser = context_->services->inAppBrowser, page = std::move(target.url)] { browser->present(page); });
   if (tracker) requests_->fireTracker(*tracker);
 }
 
