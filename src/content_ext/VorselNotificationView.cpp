@@ -4,7 +4,6 @@
 #include <sstream>
 #include <utility>
 
-#include "base/Url.h"
 #include "content_ext/ArrowImages.h"
 #include "content_ext/CarouselCategory.h"
 #include "content_ext/CarouselImages.h"
@@ -13,7 +12,7 @@
 #include "content_ext/Stop.h"
 #include "net/VorselRequest.h"
 #include "push/AdFollowUp.h"
-#include "push/PayloadDecoder.h"
+#include "push/CarouselPlan.h"
 
 namespace VorselKelp {
 namespace {
@@ -36,10 +35,11 @@ std::shared_ptr<T> makeConstrained() {
   return view;
 }
 
-/// A sender that names no picture, or none that can be asked for, has sent no carousel.
-std::string imageUrl(const std::string& text) {
-  if (!parseUrl(text)) stopCarousel("the image \"" + text + "\" forms no URL");
-  return text;
+/// What a carousel can't be shown without.
+template <class T>
+T needed(Result<T> part) {
+  if (!part) stopCarousel(part.error().description);
+  return *std::move(part);
 }
 
 }  // namespace
@@ -95,12 +95,7 @@ void VorselNotificationView::decode(const platform::NotificationRequest& request
   notificationRequest_ = request;
   const auto payload = Payload::open(request.content.userInfo);
   if (!payload) stopCarousel("the payload can't be read: " + payload.error().description);
-  auto push = payload->multiMessagePush();
-  if (!push) stopCarousel("the payload can't be read: " + push.error().description);
-  if (!push->isMultiple) stopCarousel("the payload has no \"isMultiple\"");
-  if (!push->p) stopCarousel("the payload has no \"p\"");
-  if (push->p->empty()) stopCarousel("the payload's \"p\" holds no message");
-  notifications_ = *std::move(push);
+  notifications_ = needed(carouselMessages(*payload));
 }
 
 void VorselNotificationView::setArrows() {
@@ -121,7 +116,7 @@ void VorselNotificationView::setArrow(const std::optional<std::string>& url,
 
 void VorselNotificationView::prefetch() {
   for (const P& message : messages()) {
-    if (message.o.image) images_->prefetch(imageUrl(*message.o.image));
+    if (message.o.image) images_->prefetch(needed(pagePicture(message)));
   }
 }
 
@@ -168,7 +163,7 @@ void VorselNotificationView::showNotification(std::int64_t index) {
   presentedNotification_ = message;
   titleLabel->text = message.t;
   subtitleLabel->text = message.o.body;
-  images_->show(imageUrl(message.o.image.value_or("")));
+  images_->show(needed(pagePicture(message)));
   fireImpressions(message, index);
 }
 
@@ -187,12 +182,9 @@ void VorselNotificationView::conversionTapped() {
 void VorselNotificationView::openConversion() {
   if (!presentedNotification_) stopCarousel("no message is shown that could be opened");
   // A copy: what opening calls may page on.
-  const auto conversion = presentedNotification_->o.data;
-  if (!conversion) stopCarousel("the message has no \"data\" to open");
-  if (!conversion->t || conversion->t->empty())
-    stopCarousel("the message's \"data\" has no tracker in \"t\"");
-  requests_->fireTracker(conversion->t->front());
-  openLink(conversion->url);
+  const auto conversion = needed(pageConversion(*presentedNotification_));
+  requests_->fireTracker(conversion.t->front());
+  openLink(conversion.url);
   followUpAd(*context_, *requests_);
 }
 
@@ -203,11 +195,9 @@ void VorselNotificationView::openLink(const std::string& url) {
   if (extension == nullptr) return;
   const auto extensionContext = extension->extensionContext();
   if (!extensionContext) stopCarousel("the extension has no extension context");
-  const auto link = parseUrl(url);
-  if (!link) stopCarousel("the link \"" + url + "\" forms no URL");
-  // A relative one leads nowhere outside of a page.
-  if (link->scheme.empty()) return context_->print("URL is not valid");
-  extensionContext->open(link->text);
+  const auto link = needed(pageLink(url));
+  if (link.empty()) return context_->print("URL is not valid");
+  extensionContext->open(link);
 }
 
 void VorselNotificationView::handleNotificationAction(const platform::NotificationResponse& response) {
