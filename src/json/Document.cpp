@@ -12,7 +12,7 @@ namespace VorselKelp::json {
 Result<Document> Document::parse(std::string_view text) {
   text = withoutByteOrderMark(text);
   boost::json::parse_options options;
-  options.max_depth = 64;
+  options.max_depth = deepestLevel;
   boost::json::error_code error;
   try {
     auto memory = std::make_unique<Memory>(text.size() + 1024);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <boost/json.hpp>
+#include <cstddef>
 #include <memory>
 #include <string_view>
 
@@ -8,9 +9,12 @@
 
 namespace VorselKelp::json {
 
-/// One parsed JSON text with the memory of its values. Texts that are not UTF-8, nest deeper than 64 levels
-/// or hold a number beyond every double do not parse; integers beyond 64 bits become doubles. A byte-order
-/// mark in front is skipped.
+/// How deep lists and objects may nest.
+inline constexpr std::size_t deepestLevel = 64;
+
+/// One parsed JSON text with the memory of its values. Texts that are not UTF-8, nest deeper than that or
+/// hold a number beyond every double do not parse; integers beyond 64 bits become doubles. A byte-order mark
+/// in front is skipped.
 class Document {
  public:
   static Result<Document> parse(std::string_view text);

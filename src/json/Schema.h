@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -23,7 +24,7 @@ inline void describe(Writer& out, Described<std::string>) {
   out.raw(R"({"type":"string"})");
 }
 inline void describe(Writer& out, Described<std::int64_t>) {
-  out.raw(R"({"type":"integer"})");
+  out.raw(R"({"type":"integer","minimum":-9223372036854775808,"maximum":9223372036854775807})");
 }
 
 template <class T>
@@ -57,26 +58,29 @@ void describe(Writer& out, Described<std::map<std::string, T>>) {
   out.raw("}");
 }
 
-/// The members of an object schema, without its braces.
-template <Tabled Record>
+/// The members of an object that is read as each of `Records`, without its braces.
+template <Tabled... Records>
 void describeMembers(Writer& out) {
   out.raw(R"("type":"object","properties":{)");
-  bool first = true;
-  const auto property = [&]<class Member>(const Key<Record, Member>& key) {
+  std::set<std::string_view> described;
+  const auto property = [&]<class Record, class Member>(const Key<Record, Member>& key) {
+    const bool first = described.empty();
+    if (!described.insert(key.name).second) return;
     out.key(key.name, first);
     describe(out, Described<Member>{});
-    first = false;
   };
-  std::apply([&](const auto&... keys) { (property(keys), ...); }, KeyTable<Record>::keys);
+  const auto properties = [&](const auto&... keys) { (property(keys), ...); };
+  (std::apply(properties, KeyTable<Records>::keys), ...);
   out.raw(R"(},"required":[)");
-  first = true;
-  const auto require = [&]<class Member>(const Key<Record, Member>& key) {
+  bool first = true;
+  const auto require = [&]<class Record, class Member>(const Key<Record, Member>& key) {
     if (mayBeMissing<Member>) return;
     if (!first) out.raw(",");
     out.text(key.name);
     first = false;
   };
-  std::apply([&](const auto&... keys) { (require(keys), ...); }, KeyTable<Record>::keys);
+  const auto requirements = [&](const auto&... keys) { (require(keys), ...); };
+  (std::apply(requirements, KeyTable<Records>::keys), ...);
   out.raw("]");
 }
 
@@ -87,14 +91,17 @@ void describe(Writer& out, Described<Record>) {
   out.raw("}");
 }
 
-/// The JSON Schema of a record, made from its key table.
-template <Tabled Record>
-std::string schema(std::string_view title) {
+/// The JSON Schema of an object that is read as each of `Records`, made from their key tables: a key that two
+/// of them have is described as in the first. `more` are further members of the schema, a comma in front of
+/// each.
+template <Tabled... Records>
+std::string schema(std::string_view title, std::string_view more = {}) {
   Writer out;
   out.raw(R"({"$schema":"https://json-schema.org/draft/2020-12/schema","title":)");
   out.text(title);
   out.raw(",");
-  describeMembers<Record>(out);
+  describeMembers<Records...>(out);
+  out.raw(more);
   out.raw("}");
   return out.take();
 }
