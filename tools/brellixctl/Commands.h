@@ -40,6 +40,7 @@ struct FleetRequest {
 struct LintRequest {
   std::string payloadPath;
   std::string identifier = "notification";  ///< the notification's
+  bool strict = false;                      ///< warnings count as failures
 };
 
 // Each runs one command and returns the exit status: 0, 1 when the operation failed, 2 for wrong usage. The

@@ -154,6 +154,7 @@ class CommandLine {
     lint->add_option("PAYLOAD", lint_.payloadPath, "The payload, a JSON file; - for standard input")
         ->required();
     lint->add_option("--id", lint_.identifier, "The notification's identifier")->type_name("ID");
+    lint->add_flag("--strict", lint_.strict, "Fail for warnings too");
     auto* schema = add("schema", "The JSON Schema of a payload or of a body that is sent",
                        [this] { return runSchema(schema_); });
     schema->add_option("NAME", schema_, "push, campaign, activity, users, configuration or ad")->required();
