@@ -16,9 +16,12 @@ constexpr int cancelled = -999;
 constexpr int unsupportedURL = -1002;
 constexpr int tooLarge = -1103;
 
+/// Schemes are the same in any letter case.
 bool isRequestable(std::string_view url) {
+  const auto same = [](char a, char b) { return a == b || (a >= 'A' && a <= 'Z' && a + ('a' - 'A') == b); };
   for (const std::string_view scheme : {"http://", "https://"}) {
-    if (url.starts_with(scheme)) return url.size() > scheme.size() && url[scheme.size()] != '/';
+    if (std::ranges::equal(url.substr(0, scheme.size()), scheme, same))
+      return url.size() > scheme.size() && url[scheme.size()] != '/';
   }
   return false;
 }
