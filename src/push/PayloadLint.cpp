@@ -1,8 +1,10 @@
 #include "VorselKelp/PayloadLint.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "base/Text.h"
+#include "core/StorageKeys.h"
 #include "json/Outline.h"
 #include "push/DeliveryPlan.h"
 #include "push/PayloadDecoder.h"
@@ -34,7 +36,21 @@ PayloadLint::Shown asItCame(const platform::NotificationContent& original) {
 }
 
 void stopPreparing(PayloadLint& lint, const std::string& why) {
-  lint.stops.push_back({PayloadLint::Stop::When::preparing, 0, why + " stops the service extension"});
+  lint.stops.push_back({PayloadLint::Stop::When::preparing, 0, why + "; it stops the service extension"});
+}
+
+/// The system shows a carousel only with the category that the content extension is registered for.
+void warnOfCategory(PayloadLint& lint, const Payload& payload) {
+  const auto isCategory = [](const auto& item) { return item.key == keyText(StorageKey::category); };
+  const auto* aps = payload.root().if_contains("aps");
+  const auto* members = aps ? aps->if_object() : nullptr;
+  if (!lint.carousel) return;
+  if (std::ranges::any_of(lint.stored, isCategory)) {
+    lint.warnings.push_back("aps.alert.n: its category, that of its buttons, is not the one of a carousel");
+  } else if (!members || !members->contains("category")) {
+    lint.warnings.push_back(
+        "aps.category: missing; a carousel is shown with its content extension's category");
+  }
 }
 
 /// Why bytes are no payload at all.
@@ -44,7 +60,7 @@ void tellUnreadable(PayloadLint& lint, std::string_view json, const std::string&
   } else {
     lint.errors.push_back(why + "; a payload looks like {\"aps\": {\"alert\": ...}}");
   }
-  stopPreparing(lint, "what is no JSON object");
+  stopPreparing(lint, "the payload is no JSON object");
 }
 
 void lintPush(PayloadLint& lint, PushObj push, const std::string& identifier) {
@@ -69,7 +85,7 @@ void lintRoots(PayloadLint& lint, const Payload& payload, const std::string& ide
                         R"(; a push looks like {"aps": {"alert": {"title": "...", "n": {...}}}})");
   lint.errors.push_back("as a campaign: " + campaign.error().description +
                         R"(; a campaign looks like {"isMultiple": true, "p": [{"o": {...}}]})");
-  if (lint.prepared) stopPreparing(lint, "a payload of neither form");
+  if (lint.prepared) stopPreparing(lint, "the payload is neither push nor campaign");
 }
 
 }  // namespace
@@ -94,6 +110,7 @@ PayloadLint lintPayload(std::string_view json, const std::string& identifier,
     lint.warnings.push_back("aps.alert: neither title nor body; systems show no such notification");
   tellTaps(lint, identifier);
   tellCarousel(lint, *payload);
+  warnOfCategory(lint, *payload);
   return lint;
 }
 

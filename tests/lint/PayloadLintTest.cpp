@@ -21,7 +21,7 @@ std::string push(const std::string& message, const std::string& alert = R"("titl
 }
 
 std::string carousel(const std::string& message) {
-  return R"({"aps":{"alert":"Pages"},"isMultiple":true,"p":[{"t":"T","o":{"image":"https://i.example/1",)" +
+  return R"({"aps":{"alert":"Pages","category":"c"},"isMultiple":true,"p":[{"t":"T","o":{"image":"https://i.example/1",)" +
          message + "}}]}";
 }
 

@@ -42,8 +42,8 @@ class LintTest : public ToolTest {
     return finished;
   }
 
-  /// Checks that delivering the payload shows and requests what `lint` says; answers what is stored.
-  void compare(const std::string& text) {
+  /// Checks that delivering the payload shows, requests and stores what `lint` says; answers what that is.
+  JSONAny compare(const std::string& text) {
     SCOPED_TRACE(text);
     const auto identifier = "n" + std::to_string(++count_);
     const auto file = payload(identifier + ".json", text);
@@ -54,11 +54,49 @@ class LintTest : public ToolTest {
     const auto before = requests().size();
     const auto shown = run({"push", file, "--id", identifier}).json();
     const auto* shows = json.find("shows");
-    ASSERT_NE(shows, nullptr);
+    if (shows == nullptr) return ADD_FAILURE() << "not told", json;
     for (const char* key : {"title", "subtitle", "body", "sound", "category", "actions"})
       EXPECT_EQ(at(*shows, key), at(shown, key)) << key;
     EXPECT_EQ(foretold(json), sentSince(before));
     compareStore(json, identifier);
+    return json;
+  }
+
+  /// The tap on the notification that was compared last.
+  void compareTap(const JSONAny& told) {
+    const auto& tap = told.find("taps")->as<JSONAny::List>()->front();
+    const auto before = requests().size();
+    const auto opened = run({"tap", "n" + std::to_string(count_)}).json();
+    for (const char* kind : {"browser", "deepLink"})
+      EXPECT_EQ(at(opened, kind), at(tap, "opens") == kind ? at(tap, "url") : "null");
+    expectSent(tap, before);
+  }
+
+  /// Pages through the carousel that was compared last, and taps its last page.
+  void compareCarousel(const JSONAny& told) {
+    const auto* carousel = told.find("carousel");
+    const auto* pages = carousel->find("pages") ? carousel->find("pages")->as<JSONAny::List>() : nullptr;
+    if (pages == nullptr) return;
+    std::string acts = "open";
+    for (std::size_t i = 1; i < pages->size(); ++i) acts = "right," + acts;
+    const auto before = requests().size();
+    const auto shown = run({"show", "n" + std::to_string(count_), "--do", acts}).json();
+    const auto* tap = pages->back().find("tap");
+    EXPECT_EQ(at(shown, "title"), at(pages->back(), "title"));
+    EXPECT_EQ(at(shown, "body"), at(pages->back(), "text"));
+    EXPECT_EQ(at(shown, "image"), at(pages->back(), "image"));
+    EXPECT_EQ(at(shown, "opened"), at(*tap, "url"));
+    EXPECT_EQ(at(shown, "arrows"), at(*carousel, "arrows"));
+    for (const auto& page : *pages) expectSent(page, before);
+    expectSent(*carousel, before);
+    expectSent(*tap, before);
+    ++carousels_;
+  }
+
+  void expectSent(const JSONAny& told, std::size_t before) const {
+    const auto sent = sentSince(before);
+    for (const auto& url : foretold(told))
+      EXPECT_TRUE(std::binary_search(sent.begin(), sent.end(), url)) << url;
   }
 
   void compareStore(const JSONAny& json, const std::string& identifier) {
@@ -89,6 +127,8 @@ class LintTest : public ToolTest {
     return urls;
   }
 
+  int carousels_ = 0;
+
  private:
   int count_ = 0;
 };
@@ -111,9 +151,12 @@ TEST_F(LintTest, ForetellsWhatADeliveryDoes) {
   for (const auto& entry : fs::directory_iterator(EXAMPLE_PAYLOADS)) {
     const auto name = entry.path().filename();
     if (name == "ad.json" || name == "campaign.json" || name == "plain.json") continue;
-    compare(contentsOf(entry.path()));
+    const auto told = compare(contentsOf(entry.path()));
+    compareTap(told);
+    compareCarousel(told);
     ++examples;
   }
+  EXPECT_EQ(carousels_, 1);
   EXPECT_GE(examples, 4);
 }
 
@@ -143,6 +186,10 @@ TEST_F(LintTest, KnowsAdsCampaignsAndWhatIsNeither) {
     EXPECT_NE(at(wrong.json(), "errors"), "[]") << text;
   }
   EXPECT_EQ(lint(folder_ / "missing.json").status, 1);
+  const auto warned =
+      payload("warned.json", R"({"aps": {"mutable-content": 1, "alert": {"title": "", "n": {}}}})");
+  EXPECT_EQ(lint(warned).status, 0);
+  EXPECT_EQ(run({"lint", warned, "--strict"}).status, 1);
 }
 
 TEST_F(LintTest, PrintsSchemas) {

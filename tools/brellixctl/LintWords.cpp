@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "brellixctl/LintReports.h"
 #include "brellixctl/PlainText.h"
 
@@ -23,9 +25,13 @@ std::string tellEach(std::string_view label, const std::vector<std::string>& tex
 }
 
 const char* rootInWords(const PayloadLint& lint) {
+  using Stop = PayloadLint::Stop;
+  const bool hasPages = lint.carousel || std::ranges::any_of(lint.stops, [](const Stop& stop) {
+                          return stop.when != Stop::When::preparing;
+                        });
   switch (lint.root) {
     case PayloadLint::Root::push:
-      return lint.carousel ? "It reads as a push, and as a campaign.\n" : "It reads as a push.\n";
+      return hasPages ? "It reads as a push, and as a campaign.\n" : "It reads as a push.\n";
     case PayloadLint::Root::campaign:
       return "It reads as a campaign.\n";
     case PayloadLint::Root::none:
@@ -36,7 +42,8 @@ const char* rootInWords(const PayloadLint& lint) {
 
 std::string shownInWords(const PayloadLint::Shown& shown) {
   const char* const unlessAd = shown.ad ? ", unless the ad brings its own" : "";
-  std::string words = shown.title.empty() ? "" : tell("title", shown.title + unlessAd);
+  std::string words = shown.title.empty() && shown.body.empty() ? "  no text\n" : "";
+  if (!shown.title.empty()) words += tell("title", shown.title + unlessAd);
   if (!shown.subtitle.empty()) words += tell("subtitle", shown.subtitle);
   if (!shown.body.empty()) words += tell("body", shown.body);
   words += tell("sound", shown.sound ? shown.sound->name.value_or("default") : "none");
