@@ -32,7 +32,7 @@ struct PayloadLint {
     bool ad = false;                   ///< the ad's title, where it has one, and its picture win
   };
 
-  /// What a tap does.
+  /// What a tap does when the application leaves the link to the library.
   struct Tap {
     enum class Opens {
       nothing,
@@ -78,7 +78,7 @@ struct PayloadLint {
       pageTapped
     };
     When when = When::preparing;
-    std::size_t page = 0;  ///< of the last two
+    std::size_t page = 0;  ///< where it is up to one
     std::string text;
   };
 

@@ -8,7 +8,8 @@ namespace VorselKelp {
 
 using LintLines = std::vector<std::string>;
 
-/// What is most likely not meant so about the URLs of a payload. `where` is the path of a URL or of a list.
+// What is most likely not meant so about the URLs of a payload. `where` is the path of a URL or of a list.
+
 void warnOfTracker(LintLines& warnings, const std::string& where, const std::string& url);
 void warnOfTrackers(LintLines& warnings, const std::string& where,
                     const std::optional<std::vector<std::string>>& urls);

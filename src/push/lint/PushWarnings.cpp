@@ -1,5 +1,3 @@
-#include <boost/json.hpp>
-
 #include "base/Url.h"
 #include "net/VorselRequest.h"
 #include "push/lint/Delivery.h"
@@ -61,6 +59,7 @@ void warnOfPush(PayloadLint& lint, const NotificationBody& body, const DeliveryP
   warnOfTitle(lint.warnings, where + ".title", body.title, message ? message->title : ad->title);
   if (body.v) warnOfTracker(lint.warnings, where + ".v", *body.v);
   if (ad) return warnOfAd(lint.warnings, *ad);
+  if (body.e) lint.warnings.push_back(where + ".e: no ad is fetched for a push with a message of its own");
   warnOfTrackers(lint.warnings, where + ".t", body.t);
   warnOfMessage(lint.warnings, *body.n);
   if (message->category) warnOfActions(lint.warnings, *message->category);

@@ -7,8 +7,9 @@
 
 namespace VorselKelp {
 
-/// What is most likely not meant so about the texts, the sound and the buttons of a payload. `where` is the
-/// path of what is looked at.
+// What is most likely not meant so about the texts, the sound and the buttons of a payload. `where` is the
+// path of what is looked at.
+
 /// `shown` is what `sent` becomes.
 void warnOfTitle(LintLines& warnings, const std::string& where, const std::string& sent,
                  const std::string& shown);
