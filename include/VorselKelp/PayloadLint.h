@@ -64,8 +64,9 @@ struct PayloadLint {
   /// What the content extension shows.
   struct Carousel {
     bool arrows = false;
-    std::vector<std::string> arrowRequests;  ///< when it opens, unless an earlier carousel has left them
-    std::vector<std::string> requests;       ///< of pictures, in order, when it opens
+    /// When it opens, where the extension has a container for arrows and no earlier carousel has left them.
+    std::vector<std::string> arrowRequests;
+    std::vector<std::string> requests;  ///< of pictures, in order, when it opens
     std::vector<Page> pages;
   };
 

@@ -87,12 +87,16 @@ std::string pageInWords(const PayloadLint::Page& page) {
   if (page.title) words += tell("title", *page.title);
   if (page.text) words += tell("text", *page.text);
   words += tell("image", page.image.value_or("none")) + tellEach("requests", page.requests);
-  return words + tell("a tap opens", openedInWords(page.tap)) + tellEach("and requests", page.tap.requests);
+  words += tell("tap", "opens " + openedInWords(page.tap));
+  for (const auto& request : page.tap.requests) words += tell("tap", "requests " + request);
+  return words;
 }
 
 std::string carouselInWords(const PayloadLint::Carousel& carousel) {
   std::string words = carousel.arrows ? "The carousel, with arrows:\n" : "The carousel, without arrows:\n";
-  words += tellEach("arrow", carousel.arrowRequests) + tellEach("requests", carousel.requests);
+  for (const auto& request : carousel.arrowRequests)
+    words += tell("arrow", request + ", once, where the extension has a container for it");
+  words += tellEach("requests", carousel.requests);
   for (std::size_t i = 0; i < carousel.pages.size(); ++i)
     words += "Its page " + std::to_string(i) + ":\n" + pageInWords(carousel.pages[i]);
   return words;
