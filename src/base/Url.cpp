@@ -69,9 +69,14 @@ bool hasForeignHost(std::string_view text) {
   return std::ranges::any_of(untilPath(text), isForeign);
 }
 
+std::optional<std::string> webUrl(std::string_view text) {
+  auto url = parseUrl(text);
+  if (!url || !url->isWeb()) return std::nullopt;
+  return std::move(url->text);
+}
+
 bool isWebUrl(std::string_view text) {
-  const auto url = parseUrl(text);
-  return url && url->isWeb();
+  return webUrl(text).has_value();
 }
 
 std::optional<std::string> appendingPathComponent(std::string_view base, std::string_view component) {

@@ -25,6 +25,9 @@ struct Url {
 /// Whether the text's host is written in other letters than ASCII ones, so that it forms no URL.
 [[nodiscard]] bool hasForeignHost(std::string_view text);
 
+/// The URL of the request that the text leads to; absent when none can go there.
+[[nodiscard]] std::optional<std::string> webUrl(std::string_view text);
+
 /// Whether the text forms a URL that a request can go to.
 [[nodiscard]] bool isWebUrl(std::string_view text);
 

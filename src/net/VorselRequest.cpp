@@ -126,10 +126,10 @@ void VorselRequest::trackingGet(const std::string& url, DocumentCompletion compl
 }
 
 void VorselRequest::fireTracker(const std::string& url) {
-  auto parsed = parseUrl(url);
-  if (!parsed || !parsed->isWeb()) return;
+  auto address = webUrl(url);
+  if (!address) return;
   platform::URLRequest request;
-  request.url = std::move(parsed->text);
+  request.url = *std::move(address);
   request.responseLimit = droppedLimit;
   request.discardBody = true;
   send(std::move(request), [](const platform::URLResult&) {});

@@ -203,7 +203,7 @@ class Road {
 TEST(LintProperty, ComesTrueOnTheWholeRoad) {
   RandomPayload payloads(1);
   std::size_t prepared = 0, carousels = 0, taps = 0, stopped = 0;
-  for (int i = 0; i < 5000 && !testing::Test::HasFailure(); ++i) {
+  for (int i = 0; i < 3000 && !testing::Test::HasFailure(); ++i) {
     const auto payload = payloads.next();
     SCOPED_TRACE(payload);
     const auto lint = lintPayload(payload, identifier, original());

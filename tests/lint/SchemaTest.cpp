@@ -84,7 +84,7 @@ TEST(LintSchema, AcceptsWhatIsReadAndLacksNothing) {
   const auto campaignSchema = bj::parse(*payloadSchema("campaign"));
   RandomPayload payloads(2);
   std::size_t pushes = 0, campaigns = 0;
-  for (int i = 0; i < 6000; ++i) {
+  for (int i = 0; i < 3000; ++i) {
     const auto text = payloads.next();
     SCOPED_TRACE(text);
     const auto payload = Payload::open(platform::UserInfo::fromJSON(text));
@@ -97,8 +97,8 @@ TEST(LintSchema, AcceptsWhatIsReadAndLacksNothing) {
     pushes += isPush;
     campaigns += isCampaign;
   }
-  EXPECT_GT(pushes, 300u);
-  EXPECT_GT(campaigns, 100u);
+  EXPECT_GT(pushes, 150u);
+  EXPECT_GT(campaigns, 40u);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <set>
 #include <utility>
 
+#include "base/Url.h"
 #include "push/CarouselPlan.h"
 #include "push/lint/Delivery.h"
 #include "push/lint/Links.h"
@@ -61,7 +62,7 @@ PayloadLint::Page tellPage(PayloadLint& lint, const P& message, std::size_t inde
   page.title = message.t;
   page.text = message.o.body;
   if (const auto picture = pagePicture(message)) {
-    page.image = webRequest(*picture);
+    page.image = webUrl(*picture);
   } else if (!message.o.image) {  // one that forms no URL has stopped the carousel before
     stop(lint, When::pageShown, index, pathOfPage(index) + ".o.image: missing");
   }

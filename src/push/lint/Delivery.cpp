@@ -59,7 +59,7 @@ void tellMessage(PayloadLint& lint, const std::string& identifier, const Deliver
   if (message.body) lint.shows.body = *message.body;
   if (message.category) tellButtons(lint, identifier, *message.category);
   if (message.image) {
-    lint.shows.image = webRequest(*message.image);
+    lint.shows.image = webUrl(*message.image);
     append(lint.requests, webRequests({*message.image}));
   }
   append(lint.requests, webRequests(message.impressionTrackers));

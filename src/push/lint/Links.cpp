@@ -103,16 +103,10 @@ std::string hostHint(const std::string& url) {
   return hasForeignHost(url) ? "; write its host in ASCII (\"xn--...\")" : "";
 }
 
-std::optional<std::string> webRequest(const std::string& url) {
-  auto parsed = parseUrl(url);
-  if (!parsed || !parsed->isWeb()) return std::nullopt;
-  return std::move(parsed->text);
-}
-
 std::vector<std::string> webRequests(const std::vector<std::string>& urls) {
   std::vector<std::string> requests;
   for (const auto& url : urls) {
-    if (auto request = webRequest(url)) requests.push_back(*std::move(request));
+    if (auto request = webUrl(url)) requests.push_back(*std::move(request));
   }
   return requests;
 }

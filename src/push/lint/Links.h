@@ -22,9 +22,7 @@ void warnOfPageLink(LintLines& warnings, const std::string& where, const std::st
 /// How to write a host that forms none because of its letters; begins with a semicolon, or is empty.
 [[nodiscard]] std::string hostHint(const std::string& url);
 
-/// The request that a text leads to; absent when none can go out.
-[[nodiscard]] std::optional<std::string> webRequest(const std::string& url);
-/// Those that lead to one.
+/// The requests that texts lead to, of those that lead to one.
 [[nodiscard]] std::vector<std::string> webRequests(const std::vector<std::string>& urls);
 
 }  // namespace VorselKelp
