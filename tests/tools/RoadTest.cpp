@@ -107,8 +107,9 @@ TEST_F(ToolTest, TapHandsLinksToWhomeverTheyBelong) {
   // An identifier may be empty; that is not the tap on the notification itself.
   ASSERT_EQ(run({"push", file, "--id", "d"}).status, 0);
   const auto empty = run({"tap", "d", "--action", "", "--no-handle"});
+  EXPECT_EQ(empty.status, 1);
   EXPECT_EQ(at(empty.json(), "completion"), "null");
-  EXPECT_NE(empty.errors.find("no button \"\""), std::string::npos);
+  EXPECT_NE(at(empty.json(), "error").find("no button \"\""), std::string::npos);
 }
 
 TEST_F(ToolTest, TwoPushesAtOnceLoseNothing) {

@@ -7,6 +7,7 @@
 namespace VorselKelp::tool_tests {
 namespace {
 
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -24,8 +25,8 @@ class ScreenRoadTest : public ToolTest {
              R"(.png","data":{"url":"https://news.example/)" + name + R"(","t":[")" + url_ +
              "/track/click?id=" + name + R"("]}}})";
     };
-    return payload("campaign.json", R"({"aps":{"alert":{"title":"Two"}},"p":[)" + message("a") + "," +
-                                        message("b") + "]" + members + "}");
+    return payload("campaign.json", R"({"aps":{"alert":{"title":"Two"},"category":"vs_contentExt"},"p":[)" +
+                                        message("a") + "," + message("b") + "]" + members + "}");
   }
   bool requested(const std::string& path) {
     const auto all = requests();
@@ -55,13 +56,36 @@ TEST_F(ScreenRoadTest, ShowPagesAndOpensACarousel) {
   EXPECT_EQ(run({"show", "nobody"}).status, 1);
 }
 
+TEST_F(ScreenRoadTest, ShowFailsWhereAPhoneWouldNotDoWhatWasAskedFor) {
+  startServer();
+  allowNotifications();
+  // One message has no arrows: what comes after the touch that is not there does not happen.
+  const auto alone = payload("alone.json", R"({"aps":{"alert":{"title":"One"},"category":"news"},
+      "isMultiple":false,"p":[{"t":"Title","o":{"body":"Body","image":"SERVER/images/a.png",
+      "data":{"url":"https://news.example/","t":["SERVER/click"]}}}]})");
+  ASSERT_EQ(run({"push", alone, "--id", "c"}).status, 0);
+  const auto refused = run({"show", "c"});
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_THAT(at(refused.json(), "error"), HasSubstr("\"news\""));
+  const auto untouched = run({"show", "c", "--anyway", "--do", "right,open"});
+  EXPECT_EQ(untouched.status, 1);
+  EXPECT_THAT(at(untouched.json(), "error"), HasSubstr("\"right\""));
+  EXPECT_EQ(at(untouched.json(), "title") + at(untouched.json(), "opened"), "Titlenull");
+  manifestExtra_ = R"("contentCategories": ["news", "vs_contentExt"], )";
+  writeManifest("true");
+  const auto opened = run({"show", "c", "--do", "open"}).json();
+  EXPECT_EQ(at(opened, "opened"), "https://news.example/");
+  EXPECT_THAT(at(opened, "requests"),
+              EndsWith(R"({"method":"GET","url":")" + url_ + R"(/click","status":200}])"));
+}
+
 TEST_F(ScreenRoadTest, ShowSurvivesAnExtensionThatStops) {
   startServer();
   allowNotifications();
   ASSERT_EQ(run({"push", campaign(""), "--id", "c"}).status, 0);
   const auto shown = run({"show", "c"});
-  EXPECT_EQ(shown.status, 0);
-  EXPECT_THAT(shown.errors, HasSubstr("The content extension stopped: Fatal error: "));
+  EXPECT_EQ(shown.status, 1);
+  EXPECT_THAT(at(shown.json(), "error"), HasSubstr("The content extension stopped: Fatal error: "));
   EXPECT_THAT(shown.errors, HasSubstr("isMultiple"));
   EXPECT_EQ(at(shown.json(), "position"), "null");
 }

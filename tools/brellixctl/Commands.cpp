@@ -10,7 +10,6 @@
 
 namespace brellixctl {
 
-using VorselKelp::Error;
 using VorselKelp::JSONAny;
 namespace platform = VorselKelp::platform;
 namespace device = VorselKelp::linux_platform;
@@ -25,20 +24,6 @@ void printJSON(const JSONAny& json) {
   std::printf("%s\n", device::encodeLossy(json).c_str());
 }
 
-/// The exit status for an operation that has an outcome.
-int statusFor(const LaunchOutcome& outcome) {
-  return outcome.complete ? 0 : 1;
-}
-int statusFor(const PushOutcome&) {
-  return 0;
-}
-int statusFor(const TapOutcome&) {
-  return 0;
-}
-int statusFor(const ShowOutcome&) {
-  return 0;
-}
-
 /// Carries out `operation` on the target and shows its outcome.
 template <class Operation>
 int perform(const CommonOptions& common, Operation&& operation) {
@@ -47,12 +32,7 @@ int perform(const CommonOptions& common, Operation&& operation) {
   const auto outcome = operation(*target);
   if (!outcome) return fail(outcome.error());
   printErrorLines(outcome->errorLines);
-  if (common.json) {
-    printJSON(toJSON(*outcome));
-  } else {
-    printWords(inWords(*outcome));
-  }
-  return statusFor(*outcome);
+  return answer(toJSON(*outcome), inWords(*outcome), outcome->failure);
 }
 
 void printStore(const char* title, const JSONAny& values) {
@@ -63,11 +43,6 @@ void printStore(const char* title, const JSONAny& values) {
     shown.resize(std::max<std::size_t>(shown.size(), 28), ' ');
     printWords("  " + shown + ' ' + plainText(device::encodeLossy(value)) + '\n');
   }
-}
-
-std::string oneLine(std::string text) {
-  std::replace(text.begin(), text.end(), '\n', ' ');
-  return text;
 }
 
 JSONAny pendingJSON(const device::HeldNotification& held, double now) {
@@ -113,15 +88,6 @@ void printNotifications(device::SimulatedDevice& simulated) {
 }
 
 }  // namespace
-
-int fail(const Error& error) {
-  printErrorLine("brellixctl: " + oneLine(error.description));
-  return error.code == wrongUsage ? 2 : 1;
-}
-
-int fail(const std::string& reason) {
-  return fail(Error{reason});
-}
 
 int runLaunch(const CommonOptions& common, const LaunchRequest& request) {
   return perform(common, [&](const Target& target) { return launch(target, request); });

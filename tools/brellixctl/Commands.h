@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "brellixctl/Answer.h"
 #include "brellixctl/Operations.h"
 
 namespace brellixctl {
@@ -44,11 +45,12 @@ struct LintRequest {
 };
 
 // Each runs one command and returns the exit status: 0, 1 when the operation failed, 2 for wrong usage. The
-// result goes to standard output, everything else to standard error.
+// result goes to standard output, everything else to standard error. What a script reads is one JSON value,
+// an object with an "error" when the command failed.
 
 int runDemo(const CommonOptions& common, const DemoRequest& request);
 /// Needs neither device nor application.
-int runFleet(const CommonOptions& common, const FleetRequest& request);
+int runFleet(const FleetRequest& request);
 int runServe(const CommonOptions& common, const ServeOptions& options);
 int runLaunch(const CommonOptions& common, const LaunchRequest& request);
 int runPush(const CommonOptions& common, const PushRequest& request);
@@ -66,9 +68,5 @@ int runBadge(const CommonOptions& common);
 /// Needs neither device nor application.
 int runLint(const CommonOptions& common, const LintRequest& request);
 int runSchema(const std::string& name);
-
-/// Says in one line on standard error what went wrong, and returns the exit status for it.
-int fail(const VorselKelp::Error& error);
-int fail(const std::string& reason);
 
 }  // namespace brellixctl

@@ -18,13 +18,14 @@ JSONAny listOf(const std::vector<JSONAny>& values) {
 
 }  // namespace
 
-JSONAny toJSON(const LaunchOutcome& outcome) {
-  return JSONAny::Dictionary{{"initialised", outcome.initialised},
-                             {"authorisation", outcome.authorisation},
-                             {"token", outcome.token ? JSONAny(*outcome.token) : JSONAny()},
-                             {"delegate", listOf(outcome.delegate)},
-                             {"results", listOf(outcome.results)},
-                             {"console", listOf(outcome.console)}};
+JSONAny::Dictionary toJSON(const LaunchOutcome& outcome) {
+  return {{"initialised", outcome.initialised},
+          {"authorisation", outcome.authorisation},
+          {"token", outcome.token ? JSONAny(*outcome.token) : JSONAny()},
+          {"delegate", listOf(outcome.delegate)},
+          {"results", listOf(outcome.results)},
+          {"requests", listOf(outcome.requests)},
+          {"console", listOf(outcome.console)}};
 }
 
 JSONAny::Dictionary notificationJSON(const platform::NotificationRequest& request,
@@ -46,23 +47,25 @@ JSONAny::Dictionary notificationJSON(const platform::NotificationRequest& reques
           {"badge", content.badge ? JSONAny(*content.badge) : JSONAny()}};
 }
 
-JSONAny toJSON(const PushOutcome& outcome) {
+JSONAny::Dictionary toJSON(const PushOutcome& outcome) {
   auto json = notificationJSON(outcome.shown, outcome.actions);
   json.push_back({"extension", outcome.extension});
+  json.push_back({"requests", listOf(outcome.requests)});
   json.push_back({"console", listOf(outcome.console)});
   return json;
 }
 
-JSONAny toJSON(const TapOutcome& outcome) {
+JSONAny::Dictionary toJSON(const TapOutcome& outcome) {
   JSONAny::Dictionary json;
   if (outcome.completion) json.push_back({"completion", *outcome.completion});
   json.push_back({"browser", orNull(outcome.browser)});
   json.push_back({"deepLink", orNull(outcome.deepLink)});
+  json.push_back({"requests", listOf(outcome.requests)});
   json.push_back({"console", listOf(outcome.console)});
   return json;
 }
 
-JSONAny toJSON(const ShowOutcome& outcome) {
+JSONAny::Dictionary toJSON(const ShowOutcome& outcome) {
   JSONAny::Dictionary json;
   const auto* members = outcome.carousel ? outcome.carousel->as<JSONAny::Dictionary>() : nullptr;
   for (const char* name : {"position", "title", "body", "image", "arrows"}) {
@@ -70,6 +73,7 @@ JSONAny toJSON(const ShowOutcome& outcome) {
     json.push_back({name, value != nullptr ? *value : JSONAny()});
   }
   json.push_back({"opened", orNull(outcome.opened)});
+  json.push_back({"requests", listOf(outcome.requests)});
   json.push_back({"console", listOf(outcome.console)});
   return json;
 }

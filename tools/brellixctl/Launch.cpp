@@ -68,18 +68,18 @@ LaunchOutcome outcomeOf(const Target& target, const LaunchRequest& request, Chil
     const auto* flag = ended->find("initialised");
     outcome.initialised = flag != nullptr && flag->value == JSONAny(true).value;
   }
+  if (!outcome.initialised) outcome.failure = "The application did not initialise the library";
   auto device = target.device();
   outcome.authorisation = VorselKelp::linux_platform::authorizationWord(device.authorization());
   if (const auto token = device.remoteToken()) outcome.token = hexOf(*token);
   outcome.delegate = child.valuesOf("delegate");
   for (std::size_t call = 0; call < request.calls.size(); ++call) {
     auto result = resultOf(child, call);
-    if (!result) outcome.complete = false;
+    if (!result) outcome.failure = "The application's time ended before all calls were made";
     outcome.results.push_back(result.value_or(JSONAny()));
   }
   outcome.pictures = child.valuesOf("picture");
-  outcome.console = child.valuesOf("console");
-  outcome.errorLines = std::move(child.errorLines);
+  TargetProcess::report(std::move(child), outcome);
   return outcome;
 }
 

@@ -36,6 +36,16 @@ struct Target {
 /// An operation that failed carries this code when it was asked for in a wrong way.
 inline constexpr int wrongUsage = 2;
 
+/// What all operations on the application's processes come to.
+struct Outcome {
+  std::string failure;  ///< why it did not come to what was asked for; empty when it did
+  /// "method" and "url" of each, in the order in which they were sent, and its "status" or "error" once it
+  /// was answered.
+  std::vector<VorselKelp::JSONAny> requests;
+  std::vector<VorselKelp::JSONAny> console;
+  std::vector<std::string> errorLines;  ///< what else a person should know
+};
+
 struct LaunchRequest {
   std::string answer;  ///< "allow", "deny" or empty
   std::vector<std::string> calls;
@@ -48,16 +58,13 @@ struct LaunchRequest {
   double timeLimit = 20;
 };
 
-struct LaunchOutcome {
+struct LaunchOutcome : Outcome {
   bool initialised = false;
   std::string authorisation;
   std::optional<std::string> token;  ///< hexadecimal
   std::vector<VorselKelp::JSONAny> delegate;
   std::vector<VorselKelp::JSONAny> results;  ///< one a call; null for those that were not made
   std::vector<VorselKelp::JSONAny> pictures;
-  bool complete = true;  ///< every call was made before the time ended
-  std::vector<VorselKelp::JSONAny> console;
-  std::vector<std::string> errorLines;
 };
 
 VorselKelp::Result<LaunchOutcome> launch(const Target& target, const LaunchRequest& request);
@@ -68,12 +75,10 @@ struct PushRequest {
   double timeLimit = 30;
 };
 
-struct PushOutcome {
+struct PushOutcome : Outcome {
   VorselKelp::platform::NotificationRequest shown;
   std::vector<VorselKelp::platform::NotificationAction> actions;
   std::string extension;  ///< answered, silent, timeLimit, stopped or notRun
-  std::vector<VorselKelp::JSONAny> console;
-  std::vector<std::string> errorLines;
 };
 
 VorselKelp::Result<PushOutcome> push(const Target& target, const PushRequest& request);
@@ -88,13 +93,11 @@ struct TapRequest {
   double timeLimit = 20;
 };
 
-struct TapOutcome {
+struct TapOutcome : Outcome {
   std::vector<VorselKelp::JSONAny> pictures;
   std::optional<VorselKelp::JSONAny> completion;  ///< absent when it was not called
   std::optional<VorselKelp::JSONAny> browser;
   std::optional<VorselKelp::JSONAny> deepLink;
-  std::vector<VorselKelp::JSONAny> console;
-  std::vector<std::string> errorLines;
 };
 
 VorselKelp::Result<TapOutcome> tap(const Target& target, const TapRequest& request);
@@ -106,17 +109,16 @@ struct ShowRequest {
   std::string pictures;              ///< a folder for a picture after each act; empty: none
   std::shared_ptr<Display> display;  ///< null: a window only where a picture is wanted
   bool window = false;               ///< on the user's display, until the user closes it
+  bool anyway = false;               ///< although a phone would not start the extension for this category
   double timeLimit = 30;
 };
 
-struct ShowOutcome {
+struct ShowOutcome : Outcome {
   std::optional<VorselKelp::JSONAny>
       carousel;  ///< position, title, body, image, arrows; absent or null: none
   std::optional<VorselKelp::JSONAny> opened;
   std::vector<VorselKelp::JSONAny> pictures;
   bool stopped = false;  ///< the extension stopped; the notification stays as it is
-  std::vector<VorselKelp::JSONAny> console;
-  std::vector<std::string> errorLines;
 };
 
 VorselKelp::Result<ShowOutcome> show(const Target& target, const ShowRequest& request);

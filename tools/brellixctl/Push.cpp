@@ -2,9 +2,9 @@
 
 #include "VorselKelpLinux/Hex.h"
 #include "VorselKelpLinux/NotificationRecords.h"
-#include "brellixctl/ChildProcess.h"
 #include "brellixctl/Operations.h"
 #include "brellixctl/PayloadFile.h"
+#include "brellixctl/TargetProcess.h"
 
 namespace brellixctl {
 
@@ -59,9 +59,8 @@ VorselKelp::Status runExtension(const Target& target, const PushRequest& asked, 
   }
   const auto content = child->firstOf("content");
   outcome.extension = wordFor(*child, content.has_value());
-  outcome.console = child->valuesOf("console");
-  outcome.errorLines = std::move(child->errorLines);
-  if (child->stopReason) outcome.errorLines.push_back("The service extension stopped: " + *child->stopReason);
+  if (child->stopReason) outcome.failure = "The service extension stopped: " + *child->stopReason;
+  TargetProcess::report(*std::move(child), outcome);
   if (content) {
     auto info = std::move(request.content.userInfo);
     request.content = device::decodeContent(*content);

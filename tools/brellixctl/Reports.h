@@ -9,10 +9,10 @@ namespace brellixctl {
 // What the operations' outcomes look like, as JSON for a script and in words for a person: lines of plain
 // text.
 
-VorselKelp::JSONAny toJSON(const LaunchOutcome& outcome);
-VorselKelp::JSONAny toJSON(const PushOutcome& outcome);
-VorselKelp::JSONAny toJSON(const TapOutcome& outcome);
-VorselKelp::JSONAny toJSON(const ShowOutcome& outcome);
+VorselKelp::JSONAny::Dictionary toJSON(const LaunchOutcome& outcome);
+VorselKelp::JSONAny::Dictionary toJSON(const PushOutcome& outcome);
+VorselKelp::JSONAny::Dictionary toJSON(const TapOutcome& outcome);
+VorselKelp::JSONAny::Dictionary toJSON(const ShowOutcome& outcome);
 /// The members that describe a notification, in every command's output alike.
 VorselKelp::JSONAny::Dictionary notificationJSON(
     const VorselKelp::platform::NotificationRequest& request,

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <filesystem>
 
 #include "brellixctl/Operations.h"
@@ -25,13 +26,39 @@ VorselKelp::Status checkFolderOf(const std::string& file) {
   return Error{"There is no folder " + folder.string() + " to write the picture into"};
 }
 
+/// A phone starts the content extension for the categories that it is registered for, and for no other.
+VorselKelp::Status checkCategory(const Target& target, const std::string& category) {
+  const auto& known = target.manifest.contentCategories;
+  if (std::ranges::find(known, category) != known.end()) return VorselKelp::Done{};
+  std::string names;
+  for (const auto& each : known) names += (names.empty() ? "\"" : ", \"") + each + '"';
+  return Error{"A phone does not start the content extension: the notification " +
+               (category.empty() ? "has no category" : "is of the category \"" + category + '"') +
+               ", and the extension is for " + (names.empty() ? "none" : names) +
+               " (\"contentCategories\" of the manifest); --anyway starts it"};
+}
+
+std::string failureOf(const ShowRequest& request, const ChildOutcome& child) {
+  if (child.stopReason) return "The content extension stopped: " + *child.stopReason;
+  if (const auto untouched = child.firstOf("nothingToTouch")) {
+    const auto* why = untouched->as<std::string>();
+    return why != nullptr ? *why : "There was nothing to touch";
+  }
+  if (!request.png.empty() && !child.firstOf("png")) return "No picture was written to " + request.png;
+  return {};
+}
+
 }  // namespace
 
 Result<ShowOutcome> show(const Target& target, const ShowRequest& request) {
-  auto simulated = target.device();
-  if (!simulated.tappable(request.identifier)) {
+  const auto shown = target.device().tappable(request.identifier);
+  if (!shown) {
     return Error{"The device holds no notification \"" + request.identifier +
                  "\"; brellixctl notifications lists what there is"};
+  }
+  if (!request.anyway) {
+    if (const auto status = checkCategory(target, shown->content.categoryIdentifier); !status)
+      return status.error();
   }
   if (const auto status = checkFolderOf(request.png); !status) return status.error();
   TargetProcess process(target, VorselKelp::linux_platform::ProcessKind::contentExtension, request.timeLimit);
@@ -52,12 +79,9 @@ Result<ShowOutcome> show(const Target& target, const ShowRequest& request) {
   outcome.carousel = child->firstOf("carousel");
   outcome.opened = child->firstOf("opened");
   outcome.pictures = child->valuesOf("picture");
-  outcome.console = child->valuesOf("console");
-  outcome.errorLines = std::move(child->errorLines);
-  if (child->stopReason) {
-    outcome.stopped = true;
-    outcome.errorLines.push_back("The content extension stopped: " + *child->stopReason);
-  }
+  outcome.stopped = child->stopReason.has_value();
+  outcome.failure = failureOf(request, *child);
+  TargetProcess::report(*std::move(child), outcome);
   return outcome;
 }
 

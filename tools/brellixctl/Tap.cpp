@@ -38,8 +38,7 @@ TapOutcome outcomeOf(ChildOutcome child) {
   outcome.browser = child.firstOf("browser");
   outcome.deepLink = deepLinkOf(child);
   outcome.pictures = child.valuesOf("picture");
-  outcome.console = child.valuesOf("console");
-  outcome.errorLines = std::move(child.errorLines);
+  TargetProcess::report(std::move(child), outcome);
   return outcome;
 }
 
@@ -73,8 +72,8 @@ Result<TapOutcome> tap(const Target& target, const TapRequest& request) {
   if (child->exitStatus != 0) return TargetProcess::failureOf(*child, "The application");
   auto outcome = outcomeOf(*std::move(child));
   if (request.action && !hasButton(simulated, tapped->content, *request.action)) {
-    outcome.errorLines.push_back("The notification shows no button \"" + *request.action +
-                                 "\"; the application got the response all the same");
+    outcome.failure = "The notification shows no button \"" + *request.action +
+                      "\"; the application got the response all the same";
   }
   return outcome;
 }

@@ -4,6 +4,39 @@
 
 namespace brellixctl {
 
+using VorselKelp::JSONAny;
+
+namespace {
+
+JSONAny numberOf(const JSONAny& event) {
+  const auto* number = event.find("number");
+  return number != nullptr ? *number : JSONAny();
+}
+
+/// Each request with the "status" or the "error" that it was answered with; those without an answer have
+/// neither.
+std::vector<JSONAny> requestsOf(const ChildOutcome& child) {
+  const auto answers = child.valuesOf("answer");
+  std::vector<JSONAny> requests;
+  for (const auto& sent : child.valuesOf("request")) {
+    JSONAny::Dictionary request;
+    const auto copy = [&request](const JSONAny& event, const char* name) {
+      if (const auto* value = event.find(name)) request.push_back({name, *value});
+    };
+    copy(sent, "method");
+    copy(sent, "url");
+    for (const auto& answer : answers) {
+      if (numberOf(answer) != numberOf(sent)) continue;
+      copy(answer, "status");
+      copy(answer, "error");
+    }
+    requests.push_back(std::move(request));
+  }
+  return requests;
+}
+
+}  // namespace
+
 TargetProcess::TargetProcess(const Target& target, VorselKelp::linux_platform::ProcessKind kind,
                              double timeLimit) {
   command_.program = target.program(kind);
@@ -22,6 +55,12 @@ void TargetProcess::showOn(std::shared_ptr<Display> display) {
   display_ = std::move(display);
   command_.program += "_desktop";
   command_.environment = display_->environment();
+}
+
+void TargetProcess::report(ChildOutcome child, Outcome& outcome) {
+  outcome.requests = requestsOf(child);
+  outcome.console = child.valuesOf("console");
+  outcome.errorLines = std::move(child.errorLines);
 }
 
 VorselKelp::Error TargetProcess::failureOf(const ChildOutcome& child, const std::string& what) {

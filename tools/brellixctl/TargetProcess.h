@@ -20,6 +20,8 @@ class TargetProcess {
   void showOn(std::shared_ptr<Display> display);
 
   [[nodiscard]] VorselKelp::Result<ChildOutcome> run() const { return runChild(command_); }
+  /// What the process sent and said.
+  static void report(ChildOutcome child, Outcome& outcome);
   /// Why a process that ended with an exit status other than 0 did not do its work; `what` is its name for a
   /// person.
   static VorselKelp::Error failureOf(const ChildOutcome& child, const std::string& what);

@@ -95,8 +95,10 @@ std::string inWords(const ShowOutcome& outcome) {
     return "The content extension stopped; the notification is shown without its area.\n" +
            consoleInWords(outcome.console);
   }
+  if (!outcome.carousel || outcome.carousel->as<JSONAny::Dictionary>() == nullptr)
+    return "The content extension shows no carousel.\n" + consoleInWords(outcome.console);
   const auto member = [&](const char* name) {
-    const auto* value = outcome.carousel ? outcome.carousel->find(name) : nullptr;
+    const auto* value = outcome.carousel->find(name);
     return value != nullptr ? *value : JSONAny();
   };
   std::string words = "The content extension shows message " + textOf(member("position")) + ".\n";

@@ -1,5 +1,7 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <functional>
+#include <string_view>
 
 #include "brellixctl/Commands.h"
 
@@ -31,6 +33,8 @@ class CommandLine {
   }
 
   int run(int argc, char** argv) {
+    // Also of a command line that can't be read.
+    answerInJSON(std::any_of(argv, argv + argc, [](std::string_view word) { return word == "--json"; }));
     try {
       app_.parse(argc, argv);
     } catch (const CLI::CallForHelp& help) {
@@ -40,12 +44,20 @@ class CommandLine {
     } catch (const CLI::CallForVersion& version) {
       return app_.exit(version);
     } catch (const CLI::ParseError& error) {
-      return fail(VorselKelp::Error{std::string(error.what()) + "; see brellixctl --help", wrongUsage});
+      return fail(VorselKelp::Error{explain(error) + "; see brellixctl --help", wrongUsage});
     }
     return command_();
   }
 
  private:
+  /// The parser misses a command where it was given one that it does not know.
+  [[nodiscard]] std::string explain(const CLI::ParseError& error) const {
+    const auto words = app_.remaining();
+    const auto word = std::ranges::find_if(words, [](const auto& each) { return !each.starts_with('-'); });
+    if (!app_.get_subcommands().empty() || word == words.end()) return error.what();
+    return "no such command: " + *word;
+  }
+
   CLI::App* add(const char* name, const char* what, std::function<int()> command) {
     auto* added = app_.add_subcommand(name, what);
     added->callback([this, command = std::move(command)] { command_ = command; });
@@ -132,6 +144,9 @@ class CommandLine {
     shown->add_option("--do", show_.acts, "What the user does: right, left and open, with commas between")
         ->type_name("ACTS");
     shown->add_option("--png", show_.png, "Write a picture of the area in the end")->type_name("FILE");
+    shown->add_flag(
+        "--anyway", show_.anyway,
+        "Also when its category is none of the extension's, for which a phone would not start it");
     shown->add_flag("--window", show_.window, "In a window that stays until it is closed, or the time ends");
     addTimeLimit(shown, show_.timeLimit);
   }
@@ -163,7 +178,7 @@ class CommandLine {
   void addFleet() {
 #ifdef BRELLIXCTL_FLEET
     auto* fleet = add("fleet", "Many devices at once, to load-test a collection server",
-                      [this] { return runFleet(common_, fleet_); });
+                      [this] { return runFleet(fleet_); });
     fleet->add_option("--devices", fleet_.devices, "How many devices")
         ->check(CLI::Range(1, 1'000'000))
         ->capture_default_str();

@@ -1,7 +1,5 @@
 #include "host/CarouselHand.h"
 
-#include "VorselKelpLinux/LineSink.h"
-
 namespace VorselKelp::linux_platform {
 namespace {
 
@@ -24,18 +22,20 @@ std::shared_ptr<VorselNotificationView> CarouselHand::carousel() const {
   return findCarousel(controller_.viewIfLoaded());
 }
 
-void CarouselHand::perform(const std::string& act) {
+Status CarouselHand::perform(const std::string& act) {
   const auto shown = carousel();
-  if (!shown) return standardErrorLines()("The notification shows no carousel: nothing to touch");
+  if (!shown) return Error{"The notification shows no carousel: there is no \"" + act + "\" to touch"};
   const auto& button = act == "right"  ? std::static_pointer_cast<ui::Button>(shown->rightButton)
                        : act == "left" ? std::static_pointer_cast<ui::Button>(shown->leftButton)
                                        : shown->conversionButton;
   if (button->superview() != nullptr) {
-    if (!button->hearsTaps()) standardErrorLines()("There is no arrow to touch");
-    return button->tap();
+    if (!button->hearsTaps()) return Error{"The carousel has no arrow \"" + act + "\" to touch"};
+    button->tap();
+    return Done{};
   }
   const char* action = act == "right" ? "next" : act == "left" ? "prev" : "open";
   extension_.didReceive(platform::NotificationResponse{request_, action});
+  return Done{};
 }
 
 JSONAny CarouselHand::describe() const {

@@ -17,8 +17,9 @@ class CarouselHand {
                platform::NotificationContentExtension& extension)
       : request_(std::move(request)), controller_(controller), extension_(extension) {}
 
-  /// "right", "left" or "open": a touch, or where the carousel takes none the notification's button.
-  void perform(const std::string& act);
+  /// "right", "left" or "open": a touch, or where the carousel takes none the notification's button. An error
+  /// says why there is nothing to touch.
+  Status perform(const std::string& act);
   /// Position, title, body, image (its URL while it is shown, else null) and whether there are arrows; null
   /// when there is no carousel.
   [[nodiscard]] JSONAny describe() const;

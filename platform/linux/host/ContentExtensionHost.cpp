@@ -94,7 +94,10 @@ class ContentRun {
     int number = 0;
     for (const auto& act : process_.options.acts) {
       if (!inTime) break;
-      hand.perform(act);
+      if (const auto touched = hand.perform(act); !touched) {
+        process_.channel->send("nothingToTouch", touched.error().description);
+        break;
+      }
       inTime = settle();
       ++number;
       if (act != "open") picture("carousel-" + std::to_string(number));
@@ -103,7 +106,13 @@ class ContentRun {
     if (process_.options.stay)
       process_.loop->run([&] { return screen_.left() && process_.session->idle(); }, process_.deadline);
     process_.channel->send("carousel", hand.describe());
-    return process_.options.png.empty() ? Status(Done{}) : screen_.writePicture(process_.options.png);
+    return process_.options.png.empty() ? Status(Done{}) : writePicture(process_.options.png);
+  }
+
+  Status writePicture(const std::string& path) {
+    const auto written = screen_.writePicture(path);
+    if (written) process_.channel->send("png", path);
+    return written;
   }
 
   bool layout(ui::ViewController& controller) {

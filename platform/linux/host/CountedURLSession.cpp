@@ -11,9 +11,12 @@ struct CountedURLSession::Count {
 };
 
 CountedURLSession::CountedURLSession(std::shared_ptr<platform::URLSession> session,
-                                     std::shared_ptr<platform::MainQueue> mainQueue,
+                                     std::shared_ptr<platform::MainQueue> mainQueue, Sending sending,
                                      std::function<void()> changed)
-    : count_(std::make_shared<Count>()), mainQueue_(std::move(mainQueue)), session_(std::move(session)) {
+    : count_(std::make_shared<Count>()),
+      mainQueue_(std::move(mainQueue)),
+      sending_(std::move(sending)),
+      session_(std::move(session)) {
   count_->changed = std::move(changed);
 }
 
@@ -28,7 +31,9 @@ void CountedURLSession::send(platform::URLRequest request, Completion completion
     session = session_;
   }
   ++count_->requests;
-  auto counted = [count = count_, completion = std::move(completion)](platform::URLResult result) mutable {
+  auto counted = [count = count_, answered = sending_(request),
+                  completion = std::move(completion)](platform::URLResult result) mutable {
+    answered(result);
     completion(std::move(result));
     // What the completion holds must be gone too before the process may count as idle.
     completion = nullptr;

@@ -13,9 +13,15 @@ namespace VorselKelp::linux_platform {
 /// ends.
 class CountedURLSession final : public platform::URLSession {
  public:
+  /// Hears of each request before it is sent, on the sender's thread; what it returns hears of the answer, on
+  /// the answer's.
+  using Answered = std::function<void(const platform::URLResult&)>;
+  using Sending = std::function<Answered(const platform::URLRequest&)>;
+
   /// `changed` runs on any thread whenever a request has ended, its completion included.
   CountedURLSession(std::shared_ptr<platform::URLSession> session,
-                    std::shared_ptr<platform::MainQueue> mainQueue, std::function<void()> changed);
+                    std::shared_ptr<platform::MainQueue> mainQueue, Sending sending,
+                    std::function<void()> changed);
 
   void send(platform::URLRequest request, Completion completion) override;
 
@@ -28,6 +34,7 @@ class CountedURLSession final : public platform::URLSession {
   struct Count;
   std::shared_ptr<Count> count_;
   std::shared_ptr<platform::MainQueue> mainQueue_;
+  const Sending sending_;
   std::mutex mutex_;
   std::shared_ptr<platform::URLSession> session_;
 };

@@ -1,11 +1,47 @@
 #include "host/HostedProcess.h"
 
+#include <atomic>
+#include <cstdint>
 #include <utility>
 
 #include "VorselKelpLinux/CurlURLSession.h"
 #include "VorselKelpLinux/DeviceServices.h"
 
 namespace VorselKelp::linux_platform {
+namespace {
+
+/// Whoever listens puts a request and its answer together by their number.
+CountedURLSession::Sending tellingTo(std::shared_ptr<EventChannel> channel) {
+  return
+      [channel = std::move(channel), count = std::make_shared<std::atomic<std::int64_t>>(
+                                         0)](const platform::
+                                                 URLRequest& request) -> CountedURLSession::
+                                                                          Answered {
+                                                                            const JSONAny number = (*count)++;
+                                                                            channel->send(
+                                                                                "request",
+                                                                                JSONAny::Dictionary{
+                                                                                    {"number", number},
+                                                                                    {"method",
+                                                                                     request.method},
+                                                                                    {"url", request.url}});
+                                                                            return
+                                                                                [channel, number](
+                                                                                    const platform::URLResult&
+                                                                                        result) {
+                                                                                  auto answer = result.error      ? JSONAny::Member{"error", result.error->description}
+                    : result.response ? JSONAny::Member{"status", result.response->statusCode}
+                                      : JSONAny::Member{"error", "no answer"};
+                                                                                  channel->send(
+                                                                                      "answer",
+                                                                                      JSONAny::Dictionary{
+                                                                                          {"number", number},
+                                                                                          std::move(answer)});
+                                                                                };
+                                                                          };
+}
+
+}  // namespace
 
 HostedProcess::HostedProcess(ProcessOptions given, Manifest application, double defaultTimeLimit,
                              std::shared_ptr<LoopWaiter> waiter)
@@ -15,7 +51,8 @@ HostedProcess::HostedProcess(ProcessOptions given, Manifest application, double 
       home(options.home),
       loop(std::make_shared<EventLoop>(std::move(waiter))),
       channel(std::make_shared<EventChannel>(options.channel)),
-      session(std::make_shared<CountedURLSession>(makeURLSession(), loop, [loop = loop] { loop->wake(); })) {}
+      session(std::make_shared<CountedURLSession>(makeURLSession(), loop, tellingTo(channel),
+                                                  [loop = loop] { loop->wake(); })) {}
 
 ProcessServices HostedProcess::services(const std::shared_ptr<SimulatedDevice>& device) const {
   ProcessServices services;

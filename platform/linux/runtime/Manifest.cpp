@@ -57,6 +57,7 @@ class Reader {
     if (value == nullptr) return;
     const auto* list = value->as<JSONAny::List>();
     if (list == nullptr) return fail(key, "must be a list of texts");
+    target.clear();
     for (const auto& element : *list) {
       const auto* text = element.as<std::string>();
       if (text == nullptr) return fail(key, "must be a list of texts");
@@ -180,6 +181,7 @@ Result<Manifest> parseManifest(std::string_view text) {
   } else if (manifest.appGroupId) {
     manifest.groups = {*manifest.appGroupId};
   }
+  reader.readTexts("contentCategories", manifest.contentCategories);
   reader.read("schedule", manifest.schedule);
   readParts(reader, manifest);
   if (!reader.error().empty()) return Error{reader.error()};

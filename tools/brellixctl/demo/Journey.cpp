@@ -188,7 +188,8 @@ bool Journey::advertise() {
   const auto outcome = launch(plan_.target, request);
   if (!outcome) return note("interstitial", false, outcome.error().description);
   end(Lane::application, *outcome);
-  bool ok = note("interstitial", outcome->complete, "an ad was shown over the application, and closed");
+  bool ok =
+      note("interstitial", outcome->failure.empty(), "an ad was shown over the application, and closed");
   ok = ok && expect("ad's picture", "GET", "/images/ad.png", "its picture was downloaded");
   return ok && expect("ad's impression", "GET", "/ad/impression?l2=slot-7", "its impression was tracked");
 }

@@ -21,13 +21,13 @@ const char* word(Finding::State state) {
   return state == Finding::State::notice ? "notice" : "fault";
 }
 
-JSONAny toJSON(const Findings& findings) {
+JSONAny::Dictionary toJSON(const Findings& findings) {
   JSONAny::List list;
   for (const auto& [state, check, what, mend] : findings) {
     list.push_back(
         JSONAny::Dictionary{{"state", word(state)}, {"check", check}, {"what", what}, {"mend", mend}});
   }
-  return JSONAny::Dictionary{{"findings", std::move(list)}};
+  return {{"findings", std::move(list)}};
 }
 
 std::string inWords(const Findings& findings) {
@@ -67,14 +67,9 @@ int runDoctor(const CommonOptions& common) {
     findings.push_back(
         fault("manifest", target.error().description, "Correct the file; examples/news.json is a whole one"));
   }
-  if (common.json) {
-    std::printf("%s\n", device::encodeLossy(toJSON(findings)).c_str());
-  } else {
-    printWords(inWords(findings));
-  }
   const auto faults = std::ranges::count(findings, Finding::State::fault, &Finding::state);
-  if (faults == 0) return 0;
-  return fail(std::to_string(faults) + (faults == 1 ? " fault" : " faults") + " found");
+  return answer(toJSON(findings), inWords(findings),
+                faults == 0 ? "" : std::to_string(faults) + (faults == 1 ? " fault" : " faults") + " found");
 }
 
 }  // namespace brellixctl

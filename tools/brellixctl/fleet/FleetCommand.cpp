@@ -41,21 +41,15 @@ class Bar {
   Clock::time_point drawn_{};
 };
 
-int report(const CommonOptions& common, const std::vector<FleetPhase>& phases, const std::string& failure) {
-  if (common.json) {
-    std::printf("%s\n", VorselKelp::linux_platform::encodeLossy(toJSON(phases)).c_str());
-  } else {
-    printWords(inWords(phases));
-  }
+std::string failureIn(const std::vector<FleetPhase>& phases, const std::string& firstFailure) {
   const bool complete = std::ranges::all_of(phases, [](const auto& phase) { return phase.complete; });
-  if (failure.empty() && complete) return 0;
-  return fail(failure.empty() ? "The server stopped answering"
-                              : "Some requests failed, the first of them " + failure);
+  if (!firstFailure.empty()) return "Some requests failed, the first of them " + firstFailure;
+  return complete ? "" : "The server stopped answering";
 }
 
 }  // namespace
 
-int runFleet(const CommonOptions& common, const FleetRequest& request) {
+int runFleet(const FleetRequest& request) {
   FleetPlan plan{request.devices, request.pushes, request.connections, request.opened / 100, request.server};
   std::unique_ptr<CollectionServer> own;
   if (plan.server.empty()) {
@@ -78,7 +72,7 @@ int runFleet(const CommonOptions& common, const FleetRequest& request) {
   const bool reachable = launches.complete && failuresOf(launches) < launches.steps;
   if (reachable && plan.pushes > 0) phases.push_back(fleet.campaign());
   bar.wipe();
-  return report(common, phases, fleet.firstFailure());
+  return answer(toJSON(phases), inWords(phases), failureIn(phases, fleet.firstFailure()));
 }
 
 }  // namespace brellixctl

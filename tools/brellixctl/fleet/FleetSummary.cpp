@@ -80,7 +80,7 @@ std::string inWords(const std::vector<FleetPhase>& phases) {
   return words;
 }
 
-JSONAny toJSON(const std::vector<FleetPhase>& phases) {
+JSONAny::Dictionary toJSON(const std::vector<FleetPhase>& phases) {
   JSONAny::List list;
   for (const auto& phase : phases) {
     JSONAny::Dictionary requests;
@@ -94,7 +94,7 @@ JSONAny toJSON(const std::vector<FleetPhase>& phases) {
                                        {"complete", phase.complete},
                                        {"requests", std::move(requests)}});
   }
-  return JSONAny::Dictionary{{"phases", std::move(list)}};
+  return {{"phases", std::move(list)}};
 }
 
 }  // namespace brellixctl

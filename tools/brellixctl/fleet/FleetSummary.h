@@ -10,7 +10,7 @@ namespace brellixctl {
 
 /// The phases as tables of lines: requests by kind, how many a second, how long they took.
 std::string inWords(const std::vector<FleetPhase>& phases);
-VorselKelp::JSONAny toJSON(const std::vector<FleetPhase>& phases);
+VorselKelp::JSONAny::Dictionary toJSON(const std::vector<FleetPhase>& phases);
 
 /// Requests of a phase that failed.
 std::size_t failuresOf(const FleetPhase& phase);

@@ -45,6 +45,8 @@ struct Manifest {
   std::optional<std::string> appGroupId;
   /// The application groups that the device knows.
   std::vector<std::string> groups;
+  /// The categories for which the device starts the content extension.
+  std::vector<std::string> contentCategories{"vs_contentExt"};
   Switches switches;
   std::optional<double> schedule;  ///< seconds
   std::optional<Publisher> publisher;
