@@ -2,9 +2,10 @@
 
 #include <cmath>
 
-#include "VorselKelp/JSONAny.h"
+#include "VorselKelp/JSONText.h"
 #include "base/Text.h"
 #include "json/Document.h"
+#include "json/JSONFault.h"
 #include "support/Expect.h"
 #include "support/Input.h"
 
@@ -53,6 +54,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string text = fuzz::Input(data, size).all();
   const auto any = JSONAny::decode(text);
   FUZZ_EXPECT(any.ok() == VorselKelp::json::Document::parse(text).ok());
+  FUZZ_EXPECT(!any || !VorselKelp::json::findJSONFault(VorselKelp::withoutByteOrderMark(text)));
+  FUZZ_EXPECT(any.ok() == VorselKelp::readJSONText(text).ok());
   if (any) {
     checkRoundTrip(*any);
     checkMembers(*any);

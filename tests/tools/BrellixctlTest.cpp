@@ -182,6 +182,13 @@ TEST_F(ToolTest, RefusesWhatCannotBeReadInOneLine) {
     expectRefused(run({"push", payload("bad.json", text)}), 1);
   }
   EXPECT_EQ(run({"push", folder_ / "missing.json"}).status, 1);
+  const auto broken = payload("broken.json", "{\n  'aps': 1}");
+  for (const std::vector<std::string>& reads :
+       std::vector<std::vector<std::string>>{{"push", broken}, {"serve", "--document", broken}}) {
+    expectRefused(run(reads), 1);
+    EXPECT_NE(errorText().find("broken.json is no JSON: line 2, column 3: expected a key"), std::string::npos)
+        << errorText();
+  }
   EXPECT_EQ(run({"tap", "unknown"}).status, 1);
   // The extension has a limit of its own.
   std::ofstream(folder_ / "huge.json") << "{";

@@ -1,5 +1,6 @@
 #include <sys/random.h>
 
+#include "VorselKelp/JSONText.h"
 #include "VorselKelpLinux/Hex.h"
 #include "VorselKelpLinux/NotificationRecords.h"
 #include "brellixctl/Operations.h"
@@ -76,8 +77,8 @@ VorselKelp::Status runExtension(const Target& target, const PushRequest& asked, 
 Result<PushOutcome> push(const Target& target, const PushRequest& asked) {
   const auto payload = readPayload(asked.payloadPath);
   if (!payload) return payload.error();
-  const auto json = JSONAny::decode(*payload);
-  if (!json) return Error{asked.payloadPath + " cannot be read as JSON: " + json.error().description};
+  const auto json = VorselKelp::readJSONText(*payload);
+  if (!json) return Error{asked.payloadPath + " is no JSON: " + json.error().description};
   if (json->as<JSONAny::Dictionary>() == nullptr) {
     return Error{asked.payloadPath + " is no JSON object; a payload looks like {\"aps\": {\"alert\": ...}}"};
   }

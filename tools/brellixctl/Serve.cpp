@@ -5,7 +5,7 @@
 #include <cstring>
 #include <memory>
 
-#include "VorselKelp/JSONAny.h"
+#include "VorselKelp/JSONText.h"
 #include "brellixctl/Commands.h"
 #include "brellixctl/TextFile.h"
 #include "collection_server/CollectionServer.h"
@@ -44,6 +44,8 @@ Result<collection_server::ServerOptions> serverOptions(const ServeOptions& optio
   if (!options.document.empty()) {
     auto document = readTextFile(options.document);
     if (!document) return document.error();
+    if (const auto json = VorselKelp::readJSONText(*document); !json)
+      return Error{options.document + " is no JSON: " + json.error().description};
     server.document = *std::move(document);
   }
   if (!options.script.empty()) {

@@ -2,6 +2,7 @@
 
 #include <mutex>
 
+#include "VorselKelp/JSONText.h"
 #include "VorselKelp/VorselKellp.h"
 #include "VorselKelpLinux/NotificationRecords.h"
 #include "host/ExitStatus.h"
@@ -117,7 +118,7 @@ int runServiceExtension(int argc, const char* const* argv, ServiceExtension& ext
   if (!manifest) return exitWith(manifest.error().description, 1);
   auto payload = readInput(options->payload);
   if (!payload) return exitWith(payload.error().description, 1);
-  const auto json = JSONAny::decode(*payload);
+  const auto json = readJSONText(*payload);
   if (!json || json->as<JSONAny::Dictionary>() == nullptr) {
     return exitWith(
         "The payload is no JSON object" + (json ? std::string() : ": " + json.error().description), 1);

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "VorselKelp/JSONAny.h"
+#include "VorselKelp/JSONText.h"
 #include "files/FileIO.h"
 
 namespace VorselKelp::linux_platform {
@@ -163,8 +163,8 @@ void readLayer(Reader& reader, Manifest& manifest) {
 }  // namespace
 
 Result<Manifest> parseManifest(std::string_view text) {
-  const auto json = JSONAny::decode(text);
-  if (!json) return Error{json.error().description};
+  const auto json = readJSONText(text);
+  if (!json) return json.error();
   Manifest manifest;
   Reader reader(&*json, "");
   if (!reader.error().empty()) return Error{"it is no JSON object"};
