@@ -39,8 +39,7 @@ TEST(RequestMeterTest, HoldsBackWhatIsMoreThanItsConnectionsAndMeasuresEachKind)
   EXPECT_EQ(m.meter->load(), 0u);
   auto figures = m.meter->take();
   EXPECT_EQ(figures["http://a/1"].latencies.size(), 2u);
-  EXPECT_EQ(figures["http://a/2"].failed, 3u);
-  EXPECT_EQ(m.meter->firstFailure(), "http://a/2: status 500");
+  EXPECT_EQ(figures["http://a/2"].failures, (std::map<std::string, std::size_t>{{"status 500", 3}}));
 }
 
 TEST(RequestMeterTest, ClosedItLeavesNoRequestUnanswered) {

@@ -31,11 +31,15 @@ struct ServeOptions {
 
 struct FleetRequest {
   std::size_t devices = 1000;
-  std::size_t pushes = 1;  ///< to each device
-  std::string server;      ///< empty: one of its own
-  std::string payload;     ///< a file; empty: a sample
+  std::size_t pushes = 1;             ///< to each device
+  std::string server;                 ///< empty: one of its own
+  bool anywhere = false;              ///< requests may leave the server
+  std::vector<std::string> payloads;  ///< files; none: a sample
   std::size_t connections = 64;
-  double opened = 10;  ///< percent
+  double opened = 10;    ///< percent
+  double rate = 0;       ///< launches and notifications a second; 0: as many as the server keeps up with
+  double duration = 0;   ///< seconds of notifications, in place of `pushes`; 0: none
+  double failAbove = 0;  ///< percent of the requests that may fail
 };
 
 struct LintRequest {

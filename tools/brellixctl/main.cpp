@@ -160,7 +160,7 @@ class CommandLine {
                      [this] { return runNotifications(common_, advance_); });
     list->add_option("--advance", advance_, "Move the device's clock on first")
         ->type_name("SECONDS")
-        ->check(secondsUpTo(century));
+        ->check(numberUpTo(century, "seconds"));
   }
 
   void addLint() {
@@ -187,10 +187,31 @@ class CommandLine {
         ->capture_default_str();
     fleet->add_option("--server", fleet_.server, "Scheme, host and port of the server; else one of its own")
         ->type_name("URL");
-    fleet->add_option("--payload", fleet_.payload, "The notification, a JSON file; else a sample")
-        ->type_name("FILE");
-    fleet->add_option("--opened", fleet_.opened, "Percent of the notifications that are opened")
-        ->check(CLI::Range(0.0, 100.0))
+    fleet->add_flag("--anywhere", fleet_.anywhere,
+                    "Let requests of payloads and answers go to servers of their own, not to --server alone");
+    fleet
+        ->add_option("--payload", fleet_.payloads,
+                     "A notification, a JSON file; several are sent in turn; without one a sample is")
+        ->type_name("FILE")
+        ->allow_extra_args(false);
+    fleet->add_option("--opened", fleet_.opened, "Percent of the notifications that are opened, 0 to 100")
+        ->type_name("PERCENT")
+        ->check(numberUpTo(100, "percent"))
+        ->capture_default_str();
+    fleet->add_option("--rate", fleet_.rate, "Launches and notifications a second at most; 0 for any number")
+        ->type_name("N")
+        ->check(numberUpTo(1e6, "steps a second"))
+        ->capture_default_str();
+    fleet
+        ->add_option("--duration", fleet_.duration,
+                     "Send notifications for so many seconds, in place of --pushes")
+        ->type_name("SECONDS")
+        ->check(numberUpTo(86400, "seconds"));
+    fleet
+        ->add_option("--fail-above", fleet_.failAbove,
+                     "Exit with 1 only when more than this percentage of the requests failed")
+        ->type_name("PERCENT")
+        ->check(numberUpTo(100, "percent"))
         ->capture_default_str();
     fleet->add_option("--connections", fleet_.connections, "Requests under way at a time")
         ->check(CLI::Range(1, 256))
@@ -199,12 +220,12 @@ class CommandLine {
   }
 
   /// Unlike the parser's own range this one takes no "nan".
-  static CLI::Validator secondsUpTo(double most) {
-    const auto check = [most](const std::string& text) {
-      double seconds = 0;
-      const bool fits = CLI::detail::lexical_cast(text, seconds) && seconds >= 0 && seconds <= most;
+  static CLI::Validator numberUpTo(double most, const std::string& unit) {
+    const auto check = [most, unit](const std::string& text) {
+      double number = 0;
+      const bool fits = CLI::detail::lexical_cast(text, number) && number >= 0 && number <= most;
       return fits ? std::string()
-                  : "\"" + text + "\" is no number of seconds from 0 to " +
+                  : "\"" + text + "\" is no number of " + unit + " from 0 to " +
                         std::to_string(static_cast<long long>(most));
     };
     return CLI::Validator(check, "", "");
@@ -213,7 +234,7 @@ class CommandLine {
   static void addTimeLimit(CLI::App* command, double& seconds) {
     command->add_option("--time-limit", seconds, "Seconds that the process has")
         ->type_name("S")
-        ->check(secondsUpTo(86400))
+        ->check(numberUpTo(86400, "seconds"))
         ->capture_default_str();
   }
 

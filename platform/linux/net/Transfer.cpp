@@ -32,7 +32,7 @@ Transfer::~Transfer() {
   curl_.listFree(headerList_);
 }
 
-bool Transfer::prepare(const std::string& certificateFile) {
+bool Transfer::prepare(const std::string& certificateFile, bool followRedirects) {
   handle_ = curl_.easyInit();
   if (!handle_) return false;
   set(CURLOPT_URL, request_.url.c_str());
@@ -45,13 +45,13 @@ bool Transfer::prepare(const std::string& certificateFile) {
   set(CURLOPT_XFERINFOFUNCTION, &Transfer::onProgress);
   set(CURLOPT_XFERINFODATA, static_cast<void*>(this));
   set(CURLOPT_NOPROGRESS, 0L);
-  setPolicy();
+  setPolicy(followRedirects);
   setTrust(certificateFile);
   setMethod();
   return setHeaders();
 }
 
-void Transfer::setPolicy() {
+void Transfer::setPolicy(bool followRedirects) {
   set(CURLOPT_NOSIGNAL, 1L);
 #if LIBCURL_VERSION_NUM >= 0x075500
   set(CURLOPT_PROTOCOLS_STR, "http,https");
@@ -60,7 +60,7 @@ void Transfer::setPolicy() {
   set(CURLOPT_PROTOCOLS, CURLPROTO_HTTP | CURLPROTO_HTTPS);
   set(CURLOPT_REDIR_PROTOCOLS, CURLPROTO_HTTP | CURLPROTO_HTTPS);
 #endif
-  set(CURLOPT_FOLLOWLOCATION, 1L);
+  set(CURLOPT_FOLLOWLOCATION, followRedirects ? 1L : 0L);
   set(CURLOPT_MAXREDIRS, mostRedirects);
   set(CURLOPT_DISALLOW_USERNAME_IN_URL, 1L);
   set(CURLOPT_ACCEPT_ENCODING, "");

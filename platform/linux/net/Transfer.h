@@ -26,7 +26,7 @@ class Transfer {
 
   /// Makes the handle ready for libcurl; false when memory is short. An empty `certificateFile` leaves the
   /// trust to libcurl's own settings.
-  bool prepare(const std::string& certificateFile);
+  bool prepare(const std::string& certificateFile, bool followRedirects);
   [[nodiscard]] CURL* handle() const { return handle_; }
 
   /// When the request has gone without a byte for as long as it may.
@@ -42,7 +42,7 @@ class Transfer {
   void set(CURLoption option, Value value) {
     curl_.easySetOption(handle_, option, value);
   }
-  void setPolicy();
+  void setPolicy(bool followRedirects);
   void setTrust(const std::string& certificateFile);
   void setMethod();
   bool setHeaders();

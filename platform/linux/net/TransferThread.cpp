@@ -126,7 +126,8 @@ void TransferThread::start(const CurlLibrary& curl, Pending pending) {
   const auto& certificates =
       options_.certificateFile.empty() ? curl.certificateFile : options_.certificateFile;
   auto transfer = std::make_unique<Transfer>(curl, std::move(pending.request), std::move(pending.completion));
-  if (!transfer->prepare(certificates) || curl.multiAdd(multi_, transfer->handle()) != CURLM_OK) {
+  if (!transfer->prepare(certificates, options_.followRedirects) ||
+      curl.multiAdd(multi_, transfer->handle()) != CURLM_OK) {
     answer(*transfer, transfer->finished(CURLE_OUT_OF_MEMORY));
     return;
   }

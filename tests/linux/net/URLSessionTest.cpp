@@ -145,6 +145,12 @@ TEST_F(URLSessionTest, FollowsRedirectsAsBrowsersDoAndNoMoreThanFive) {
     EXPECT_TRUE(result.error) << target;
     EXPECT_FALSE(result.response || result.body);
   }
+  linux_platform::URLSessionOptions staying;
+  staying.followRedirects = false;
+  session_ = linux_platform::makeURLSession(staying);
+  const auto stayed = fetch(running.url("/to/302"));
+  EXPECT_EQ(stayed.response->statusCode, 302);
+  EXPECT_EQ(stayed.response->url, running.url("/to/302"));
 }
 
 TEST_F(URLSessionTest, RefusesWhatIsNoDecentRequest) {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "VorselKelpLinux/CurlURLSession.h"
+#include "brellixctl/ServerAddress.h"
 #include "brellixctl/doctor/Checks.h"
 
 namespace brellixctl {
@@ -48,12 +49,6 @@ bool leadsNowhere(const std::string& base) {
   return base.substr(0, end).ends_with(".example");
 }
 
-bool isBase(const std::string& base) {
-  if (!base.starts_with("http://") && !base.starts_with("https://")) return false;
-  const auto host = base.substr(base.find("://") + 3);
-  return !host.empty() && host.find_first_of("/?# ") == std::string::npos;
-}
-
 /// The document counts only when it can be read; a server without one leaves everything as it is.
 Finding configurationFinding(const Endpoint& endpoint, const platform::URLResult& result) {
   const int status = result.response->statusCode;
@@ -83,7 +78,7 @@ Finding findingOf(const Endpoint& endpoint, const platform::URLResult& result) {
 /// What can be told without asking; absent when the server has to be asked.
 std::optional<Finding> unaskedFinding(const Endpoint& endpoint) {
   const std::string name = endpoint.name;
-  if (!isBase(endpoint.base)) {
+  if (!isServerAddress(endpoint.base)) {
     return problem(endpoint, "\"" + endpoint.base + "\" is no scheme and host",
                    "Write it like \"https://collect.your.domain\", without a path");
   }

@@ -1,5 +1,6 @@
 #include "brellixctl/fleet/Fleet.h"
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -31,17 +32,54 @@ bool chosen(std::size_t step, double share) {
   return upTo(step + 1) > upTo(step);
 }
 
+/// When a phase's steps may be taken.
+class Pace {
+ public:
+  /// `rate`: steps a second, 0 for any number. `duration`: seconds, 0 for any time.
+  Pace(double rate, std::size_t steps, double duration) : rate_(rate), steps_(steps), duration_(duration) {}
+
+  [[nodiscard]] bool isOver(std::size_t taken) const {
+    return duration_ > 0 ? seconds() >= duration_ : taken == steps_;
+  }
+  [[nodiscard]] bool isDue(std::size_t taken) const {
+    return !isOver(taken) && (rate_ == 0 || static_cast<double>(taken) < seconds() * rate_ + 1);
+  }
+  /// When to look again whether a step is due.
+  [[nodiscard]] Clock::time_point next(std::size_t taken) const {
+    const double due = rate_ > 0 && !isDue(taken) && !isOver(taken) ? static_cast<double>(taken) / rate_ : 0;
+    return due > 0 ? start_ + std::chrono::duration_cast<Clock::duration>(Seconds(due))
+                   : Clock::now() + std::chrono::seconds(1);
+  }
+  /// How many steps there will have been, as far as can be told.
+  [[nodiscard]] std::size_t expected(std::size_t taken) const {
+    if (duration_ == 0) return steps_;
+    const double passed = std::clamp(seconds(), 1e-3, duration_);
+    return static_cast<std::size_t>(static_cast<double>(taken) * duration_ / passed);
+  }
+  [[nodiscard]] double seconds() const { return Seconds(Clock::now() - start_).count(); }
+
+ private:
+  const double rate_;
+  const std::size_t steps_;
+  const double duration_;
+  const Clock::time_point start_ = Clock::now();
+};
+
 }  // namespace
 
-Fleet::Fleet(FleetPlan plan, FleetPayload payload, Watch watch)
+Fleet::Fleet(FleetPlan plan, std::vector<FleetPayload> payloads, Watch watch)
     : plan_(std::move(plan)),
-      payload_(std::move(payload)),
+      payloads_(std::move(payloads)),
       watch_(std::move(watch)),
-      loop_(std::make_shared<device::EventLoop>()),
-      meter_(std::make_shared<RequestMeter>(
-          device::makeURLSession(), plan_.connections,
-          [this](const platform::URLRequest& request) { return payload_.kindOf(request); },
-          [loop = loop_] { loop->wake(); })) {
+      loop_(std::make_shared<device::EventLoop>()) {
+  device::URLSessionOptions options;
+  options.followRedirects = plan_.anywhere;
+  auto session = device::makeURLSession(std::move(options));
+  if (!plan_.anywhere) session = fence_ = std::make_shared<ServerFence>(std::move(session), plan_.server);
+  meter_ = std::make_shared<RequestMeter>(
+      std::move(session), plan_.connections,
+      [this](const platform::URLRequest& request) { return kindOf(request, payloads_); },
+      [loop = loop_] { loop->wake(); });
   const auto& server = plan_.server;
   services_.endpoints = {server, server, server, server, server, server + "/articles/ad"};
   services_.session = meter_;
@@ -61,46 +99,51 @@ Fleet::~Fleet() {
 
 FleetPhase Fleet::launch() {
   devices_.reserve(plan_.devices);
-  return run("Launches", plan_.devices, [this](std::size_t) {
-    devices_.push_back(std::make_unique<FleetDevice>(services_));
-    devices_.back()->launch();
-  });
+  return run("Launches", {plan_.devices, 0, [this](std::size_t step) {
+                            devices_.push_back(std::make_unique<FleetDevice>(services_, step));
+                            devices_.back()->launch();
+                          }});
 }
 
 FleetPhase Fleet::campaign() {
-  return run("Notifications", plan_.devices * plan_.pushes, [this](std::size_t step) { push(step); });
+  return run("Notifications",
+             {plan_.devices * plan_.pushes, plan_.duration, [this](std::size_t step) { push(step); }});
+}
+
+ServerFence::Counts Fleet::turned() const {
+  return fence_ ? fence_->turned() : ServerFence::Counts();
 }
 
 void Fleet::push(std::size_t step) {
   ++unfinished_;
-  devices_[step % devices_.size()]->push(payload_.userInfo(),
+  devices_[step % devices_.size()]->push(payloads_[step % payloads_.size()].userInfo(),
                                          "campaign-" + std::to_string(step / devices_.size()),
                                          chosen(step, plan_.opened), [this] { --unfinished_; });
 }
 
-FleetPhase Fleet::run(const std::string& name, std::size_t steps,
-                      const std::function<void(std::size_t)>& step) {
-  FleetPhase phase{name, steps, 0, {}, true};
+FleetPhase Fleet::run(const std::string& name, const Steps& steps) {
+  FleetPhase phase{name, 0, 0, {}, true};
   (void)meter_->take();
-  const auto start = Clock::now();
-  std::size_t taken = 0;
+  const Pace pace(plan_.rate, steps.count, steps.duration);
+  auto& taken = phase.steps;
   std::size_t answered = 0;
-  auto lastAnswer = start;
+  auto lastSign = Clock::now();
   const auto finished = [&] {
-    while (taken < steps && meter_->load() + unfinished_ < plan_.connections) step(taken++);
-    if (const auto now = meter_->answered(); now != answered) {
+    while (pace.isDue(taken) && meter_->load() + unfinished_ < plan_.connections) steps.take(taken++);
+    const bool quiet = unfinished_ == 0 && meter_->load() == 0;
+    if (const auto now = meter_->answered(); quiet || now != answered) {
       answered = now;
-      lastAnswer = Clock::now();
+      lastSign = Clock::now();
     }
-    watch_(name, taken - unfinished_, steps, answered);
-    return taken == steps && unfinished_ == 0 && meter_->load() == 0;
+    watch_(name, taken - unfinished_, pace.expected(taken), answered);
+    return quiet && pace.isOver(taken);
   };
-  while (!loop_->run(finished, Clock::now() + std::chrono::seconds(1))) {
-    if (Clock::now() - lastAnswer < longestSilence) continue;
+  while (!loop_->run(finished, pace.next(taken))) {
+    if (Clock::now() - lastSign < longestSilence) continue;
     phase.complete = false;
     break;
   }
-  phase.seconds = Seconds(Clock::now() - start).count();
+  phase.seconds = pace.seconds();
   phase.requests = meter_->take();
   return phase;
 }

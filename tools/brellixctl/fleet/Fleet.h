@@ -11,15 +11,19 @@
 #include "brellixctl/fleet/FleetDevice.h"
 #include "brellixctl/fleet/FleetPayload.h"
 #include "brellixctl/fleet/RequestMeter.h"
+#include "brellixctl/fleet/ServerFence.h"
 
 namespace brellixctl {
 
 struct FleetPlan {
   std::size_t devices = 0;
-  std::size_t pushes = 0;  ///< each device's
+  std::size_t pushes = 0;  ///< each device's, unless a duration is set
   std::size_t connections = 0;
   double opened = 0;  ///< the share of notifications that are opened, 0 to 1
+  double rate = 0;    ///< launches and notifications a second at most; 0: as many as the server keeps up with
+  double duration = 0;  ///< seconds that notifications go on for; 0: until each device has its own
   std::string server;
+  bool anywhere = false;  ///< requests go where payloads and answers say, and not to the server alone
 };
 
 /// What one phase of a fleet's life came to.
@@ -38,24 +42,33 @@ class Fleet {
   using Watch =
       std::function<void(const std::string& phase, std::size_t done, std::size_t all, std::size_t answered)>;
 
-  Fleet(FleetPlan plan, FleetPayload payload, Watch watch);
+  /// Devices get the payloads in turn; there is one at least.
+  Fleet(FleetPlan plan, std::vector<FleetPayload> payloads, Watch watch);
   ~Fleet();
 
   /// Starts all applications.
   FleetPhase launch();
   /// Delivers the campaign.
   FleetPhase campaign();
-  [[nodiscard]] std::string firstFailure() const { return meter_->firstFailure(); }
+  /// Requests that were meant for other servers.
+  [[nodiscard]] ServerFence::Counts turned() const;
 
  private:
-  /// Takes `steps` steps, never far more than the server keeps up with, and waits for all answers.
-  FleetPhase run(const std::string& name, std::size_t steps, const std::function<void(std::size_t)>& step);
+  /// What a phase is made of.
+  struct Steps {
+    std::size_t count = 0;
+    double duration = 0;  ///< seconds; 0: until all are taken
+    std::function<void(std::size_t)> take;
+  };
+  /// Takes the steps, never far more than the server keeps up with, and waits for all answers.
+  FleetPhase run(const std::string& name, const Steps& steps);
   void push(std::size_t step);
 
   const FleetPlan plan_;
-  const FleetPayload payload_;
+  const std::vector<FleetPayload> payloads_;
   const Watch watch_;
   const std::shared_ptr<VorselKelp::linux_platform::EventLoop> loop_;
+  std::shared_ptr<ServerFence> fence_;  ///< null when requests may go anywhere
   std::shared_ptr<RequestMeter> meter_;
   FleetServices services_;
   std::vector<std::unique_ptr<FleetDevice>> devices_;

@@ -4,15 +4,16 @@
 #include <chrono>
 #include <cstdio>
 
-#include "VorselKelpLinux/NotificationRecords.h"
 #include "brellixctl/Commands.h"
-#include "brellixctl/PlainText.h"
+#include "brellixctl/ServerAddress.h"
 #include "brellixctl/fleet/FleetSummary.h"
 #include "collection_server/CollectionServer.h"
 
 namespace brellixctl {
 
 using collection_server::CollectionServer;
+using VorselKelp::Error;
+using VorselKelp::Result;
 
 namespace {
 
@@ -41,16 +42,22 @@ class Bar {
   Clock::time_point drawn_{};
 };
 
-std::string failureIn(const std::vector<FleetPhase>& phases, const std::string& firstFailure) {
-  const bool complete = std::ranges::all_of(phases, [](const auto& phase) { return phase.complete; });
-  if (!firstFailure.empty()) return "Some requests failed, the first of them " + firstFailure;
-  return complete ? "" : "The server stopped answering";
+Result<std::vector<FleetPayload>> readPayloads(const FleetRequest& request, const std::string& server) {
+  std::vector<FleetPayload> payloads;
+  for (const auto& path : request.payloads) {
+    auto payload = FleetPayload::read(path);
+    if (!payload) return payload.error();
+    payloads.push_back(*std::move(payload));
+  }
+  if (payloads.empty()) payloads.push_back(FleetPayload::sample(server));
+  return payloads;
 }
 
 }  // namespace
 
 int runFleet(const FleetRequest& request) {
-  FleetPlan plan{request.devices, request.pushes, request.connections, request.opened / 100, request.server};
+  FleetPlan plan{request.devices, request.pushes,   request.connections, request.opened / 100,
+                 request.rate,    request.duration, request.server,      request.anywhere};
   std::unique_ptr<CollectionServer> own;
   if (plan.server.empty()) {
     auto started = CollectionServer::start({});
@@ -59,20 +66,26 @@ int runFleet(const FleetRequest& request) {
     plan.server = own->url();
   }
   while (plan.server.ends_with('/')) plan.server.pop_back();
-  auto payload =
-      request.payload.empty() ? FleetPayload::sample(plan.server) : FleetPayload::read(request.payload);
-  if (!payload) return fail(payload.error());
+  if (!isServerAddress(plan.server)) {
+    return fail(
+        Error{"--server takes scheme, host and port, such as https://collect.your.domain or "
+              "http://127.0.0.1:8080, not \"" +
+                  request.server + "\"",
+              wrongUsage});
+  }
+  auto payloads = readPayloads(request, plan.server);
+  if (!payloads) return fail(payloads.error());
   Bar bar;
-  Fleet fleet(plan, *std::move(payload), [&](const auto& phase, auto done, auto all, auto answered) {
+  Fleet fleet(plan, *std::move(payloads), [&](const auto& phase, auto done, auto all, auto answered) {
     bar.show(phase, done, all, answered);
   });
-  std::vector<FleetPhase> phases;
-  phases.push_back(fleet.launch());
-  const auto& launches = phases.front();
-  const bool reachable = launches.complete && failuresOf(launches) < launches.steps;
-  if (reachable && plan.pushes > 0) phases.push_back(fleet.campaign());
+  FleetSummary summary{{fleet.launch()}, plan.server, {}};
+  const auto& launches = summary.phases.front();
+  const bool reachable = launches.complete && anySuccess(launches);
+  if (reachable && (plan.pushes > 0 || plan.duration > 0)) summary.phases.push_back(fleet.campaign());
   bar.wipe();
-  return answer(toJSON(phases), inWords(phases), failureIn(phases, fleet.firstFailure()));
+  summary.turned = fleet.turned();
+  return answer(toJSON(summary), inWords(summary), failureIn(summary, request.failAbove));
 }
 
 }  // namespace brellixctl

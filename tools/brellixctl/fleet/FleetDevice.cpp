@@ -19,8 +19,15 @@ namespace {
 
 constexpr const char* group = "group.fleet";
 
-std::shared_ptr<testing_platform::MemoryDevice> makeDevice() {
+constexpr std::array models{"iPhone13,2", "iPhone14,5", "iPhone12,8", "iPhone11,8", "iPad6,12"};
+constexpr std::array languages{"en", "de", "fr", "ja", "ko", "hi", "ar"};
+
+std::shared_ptr<testing_platform::MemoryDevice> makeDevice(std::size_t number) {
   auto device = std::make_shared<testing_platform::MemoryDevice>();
+  auto values = device->hardware->values();
+  values.machineIdentifier = models[number % models.size()];
+  values.languageCode = languages[number % languages.size()];
+  device->hardware->set(std::move(values));
   device->addGroup(group);
   device->notificationCenter->setAuthorizationStatus(platform::AuthorizationStatus::authorized);
   return device;
@@ -28,9 +35,9 @@ std::shared_ptr<testing_platform::MemoryDevice> makeDevice() {
 
 }  // namespace
 
-FleetDevice::FleetDevice(const FleetServices& shared)
+FleetDevice::FleetDevice(const FleetServices& shared, std::size_t number)
     : shared_(shared),
-      device_(makeDevice()),
+      device_(makeDevice(number)),
       process_(device_),
       application_(std::make_shared<Kellp>(adapt(process_))) {}
 

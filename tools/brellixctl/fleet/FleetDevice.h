@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
@@ -26,7 +27,8 @@ struct FleetServices {
 /// One phone of a fleet, in memory: an application whose user allows notifications. Main thread.
 class FleetDevice {
  public:
-  explicit FleetDevice(const FleetServices& shared);
+  /// Model and language follow from `number`.
+  FleetDevice(const FleetServices& shared, std::size_t number);
   ~FleetDevice();
 
   /// Starts the application, which registers its token.

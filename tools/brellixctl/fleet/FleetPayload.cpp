@@ -2,6 +2,7 @@
 
 #include "VorselKelp/JSONAny.h"
 #include "VorselKelp/PayloadLint.h"
+#include "base/Url.h"
 #include "brellixctl/PayloadFile.h"
 
 namespace brellixctl {
@@ -39,9 +40,13 @@ FleetPayload::FleetPayload(const std::string& bytes)
   if (!json) return;
   const auto* alert = find(&*json, {"aps", "alert"});
   const auto remember = [&](const JSONAny* urls, const char* kind) {
-    eachText(urls, [&](const std::string& url) { kinds_[url] = kind; });
+    eachText(urls, [&](const std::string& url) {
+      const auto parsed = VorselKelp::parseUrl(url);
+      kinds_[parsed ? parsed->text : url] = kind;
+    });
   };
   remember(find(alert, {"n", "image"}), "image");
+  remember(find(alert, {"e"}), "ad");
   remember(find(alert, {"v"}), "view tracker");
   remember(find(alert, {"t"}), "impression tracker");
   remember(find(alert, {"n", "data", "t"}), "click tracker");
@@ -72,14 +77,19 @@ Result<FleetPayload> FleetPayload::read(const std::string& path) {
   return FleetPayload(*bytes);
 }
 
-std::string FleetPayload::kindOf(const VorselKelp::platform::URLRequest& request) const {
-  if (const auto known = kinds_.find(request.url); known != kinds_.end()) return known->second;
+std::string kindOf(const VorselKelp::platform::URLRequest& request,
+                   const std::vector<FleetPayload>& payloads) {
+  for (const auto& payload : payloads) {
+    if (const auto known = payload.kinds().find(request.url); known != payload.kinds().end())
+      return known->second;
+  }
   const auto holds = [&](const char* part) { return request.url.find(part) != std::string::npos; };
   if (request.method == "POST" && holds("/v2/activity")) return "activity";
   if (request.method == "POST" && holds("/v2/users")) return "users";
   if (holds("/tag/")) return "configuration";
   if (holds("/v1/display/")) return "ad";
-  return "other";
+  // An ad's own picture too: pictures alone go to disk as they come.
+  return request.bodyConsumer ? "image" : "other";
 }
 
 }  // namespace brellixctl

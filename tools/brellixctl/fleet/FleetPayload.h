@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 #include "VorselKelp/Result.h"
 #include "VorselKelp/platform/Notification.h"
@@ -9,7 +10,7 @@
 
 namespace brellixctl {
 
-/// The campaign that a fleet receives, and what its requests are called.
+/// One notification of the campaign that a fleet receives.
 class FleetPayload {
  public:
   /// A payload with a picture, trackers and a link, all on `server`.
@@ -18,15 +19,20 @@ class FleetPayload {
   static VorselKelp::Result<FleetPayload> read(const std::string& path);
 
   [[nodiscard]] const VorselKelp::platform::UserInfo& userInfo() const { return userInfo_; }
-  /// "activity", "users", "configuration", "image", "ad", "view tracker", "impression tracker", "click
-  /// tracker", or "other". Any thread.
-  [[nodiscard]] std::string kindOf(const VorselKelp::platform::URLRequest& request) const;
+  /// What the payload itself asks for, by URL: "image", "ad", "view tracker", "impression tracker", "click
+  /// tracker".
+  [[nodiscard]] const std::map<std::string, std::string>& kinds() const { return kinds_; }
 
  private:
   explicit FleetPayload(const std::string& bytes);
 
   VorselKelp::platform::UserInfo userInfo_;
-  std::map<std::string, std::string> kinds_;  ///< by URL
+  std::map<std::string, std::string> kinds_;
 };
+
+/// One of the kinds of `payloads`, or "activity", "users", "configuration", "image", "ad", or "other". Any
+/// thread.
+[[nodiscard]] std::string kindOf(const VorselKelp::platform::URLRequest& request,
+                                 const std::vector<FleetPayload>& payloads);
 
 }  // namespace brellixctl

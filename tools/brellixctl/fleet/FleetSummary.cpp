@@ -4,6 +4,9 @@
 #include <array>
 #include <cstdint>
 #include <cstdio>
+#include <map>
+
+#include "brellixctl/PlainText.h"
 
 namespace brellixctl {
 
@@ -18,7 +21,8 @@ struct Percentiles {
 Percentiles percentilesOf(std::vector<float> latencies) {
   if (latencies.empty()) return {};
   std::ranges::sort(latencies);
-  const auto at = [&](std::size_t percent) { return latencies[(latencies.size() - 1) * percent / 100]; };
+  // The smallest one that so many percent of all do not exceed.
+  const auto at = [&](std::size_t percent) { return latencies[(latencies.size() * percent + 99) / 100 - 1]; };
   return {at(50), at(90), at(99), latencies.back()};
 }
 
@@ -26,7 +30,7 @@ Percentiles percentilesOf(std::vector<float> latencies) {
 RequestMeter::Figures::value_type together(const FleetPhase& phase) {
   RequestFigures all;
   for (const auto& [kind, figures] : phase.requests) {
-    all.failed += figures.failed;
+    for (const auto& [reason, count] : figures.failures) all.failures[reason] += count;
     all.latencies.insert(all.latencies.end(), figures.latencies.begin(), figures.latencies.end());
   }
   return {"all", std::move(all)};
@@ -42,32 +46,63 @@ std::string formatted(const char* format, Values... values) {
 std::string lineOf(const std::string& kind, const RequestFigures& figures, double seconds) {
   const auto p = percentilesOf(figures.latencies);
   return formatted("  %-20s %9zu %7zu %9.0f %9.1f %9.1f %9.1f %9.1f\n", kind.c_str(), figures.count(),
-                   figures.failed, static_cast<double>(figures.count()) / seconds,
+                   figures.failed(), static_cast<double>(figures.count()) / seconds,
                    static_cast<double>(p.half), static_cast<double>(p.ninety),
                    static_cast<double>(p.ninetyNine), static_cast<double>(p.most));
+}
+
+JSONAny countsJSON(const std::map<std::string, std::size_t>& counts) {
+  JSONAny::Dictionary json;
+  for (const auto& [name, count] : counts) json.push_back({name, static_cast<std::int64_t>(count)});
+  return json;
 }
 
 JSONAny jsonOf(const RequestFigures& figures, double seconds) {
   const auto p = percentilesOf(figures.latencies);
   const auto milliseconds = [](float value) { return JSONAny(static_cast<double>(value)); };
   return JSONAny::Dictionary{{"count", static_cast<std::int64_t>(figures.count())},
-                             {"failed", static_cast<std::int64_t>(figures.failed)},
+                             {"failed", static_cast<std::int64_t>(figures.failed())},
+                             {"failures", countsJSON(figures.failures)},
                              {"perSecond", static_cast<double>(figures.count()) / seconds},
-                             {"p50", milliseconds(p.half)},
-                             {"p90", milliseconds(p.ninety)},
-                             {"p99", milliseconds(p.ninetyNine)},
-                             {"max", milliseconds(p.most)}};
+                             {"milliseconds", JSONAny::Dictionary{{"p50", milliseconds(p.half)},
+                                                                  {"p90", milliseconds(p.ninety)},
+                                                                  {"p99", milliseconds(p.ninetyNine)},
+                                                                  {"max", milliseconds(p.most)}}}};
+}
+
+std::string failuresInWords(const FleetPhase& phase) {
+  std::string words;
+  for (const auto& [kind, figures] : phase.requests) {
+    for (const auto& [reason, count] : figures.failures)
+      words += "  " + std::to_string(count) + " failed: " + plainText(kind + ", " + reason) + '\n';
+  }
+  return words;
 }
 
 }  // namespace
 
-std::size_t failuresOf(const FleetPhase& phase) {
-  return together(phase).second.failed;
+bool anySuccess(const FleetPhase& phase) {
+  return std::ranges::any_of(phase.requests, [](const auto& kind) { return !kind.second.latencies.empty(); });
 }
 
-std::string inWords(const std::vector<FleetPhase>& phases) {
+std::string failureIn(const FleetSummary& summary, double percent) {
+  std::size_t failed = 0, count = 0;
+  std::string first;
+  for (const auto& phase : summary.phases) {
+    if (!phase.complete) return "The server stopped answering";
+    for (const auto& [kind, figures] : phase.requests) {
+      failed += figures.failed();
+      count += figures.count();
+      if (first.empty() && !figures.failures.empty()) first = kind + ", " + figures.failures.begin()->first;
+    }
+  }
+  if (static_cast<double>(failed) * 100 <= percent * static_cast<double>(count)) return {};
+  return std::to_string(failed) + " of " + std::to_string(count) + " requests failed, such as " + first;
+}
+
+std::string inWords(const FleetSummary& summary) {
   std::string words;
-  for (const auto& phase : phases) {
+  for (const auto& phase : summary.phases) {
     words += formatted("%s: %zu in %.1f s, %.0f per second%s\n", phase.name.c_str(), phase.steps,
                        phase.seconds, static_cast<double>(phase.steps) / phase.seconds,
                        phase.complete ? "" : "; given up, for nothing was answered any more");
@@ -75,14 +110,18 @@ std::string inWords(const std::vector<FleetPhase>& phases) {
                        "p50 ms", "p90 ms", "p99 ms", "max ms");
     for (const auto& [kind, figures] : phase.requests) words += lineOf(kind, figures, phase.seconds);
     const auto all = together(phase);
-    words += lineOf(all.first, all.second, phase.seconds);
+    words += lineOf(all.first, all.second, phase.seconds) + failuresInWords(phase);
+  }
+  for (const auto& [origin, count] : summary.turned) {
+    words += std::to_string(count) + " requests for " + plainText(origin) + " went to " +
+             plainText(summary.server) + " instead; --anywhere lets them go there\n";
   }
   return words;
 }
 
-JSONAny::Dictionary toJSON(const std::vector<FleetPhase>& phases) {
+JSONAny::Dictionary toJSON(const FleetSummary& summary) {
   JSONAny::List list;
-  for (const auto& phase : phases) {
+  for (const auto& phase : summary.phases) {
     JSONAny::Dictionary requests;
     for (const auto& [kind, figures] : phase.requests)
       requests.push_back({kind, jsonOf(figures, phase.seconds)});
@@ -94,7 +133,7 @@ JSONAny::Dictionary toJSON(const std::vector<FleetPhase>& phases) {
                                        {"complete", phase.complete},
                                        {"requests", std::move(requests)}});
   }
-  return {{"phases", std::move(list)}};
+  return {{"phases", std::move(list)}, {"turnedToServer", countsJSON(summary.turned)}};
 }
 
 }  // namespace brellixctl

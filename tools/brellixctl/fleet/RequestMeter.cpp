@@ -14,7 +14,18 @@ URLResult cancelled() {
   return {std::nullopt, std::nullopt, VorselKelp::Error{"cancelled", -999}};
 }
 
+/// A device registers and reports again until it is told 201.
+bool isWanted(const std::string& kind, int status) {
+  return kind == "activity" || kind == "users" ? status == 201 : status < 400;
+}
+
 }  // namespace
+
+std::size_t RequestFigures::failed() const {
+  std::size_t sum = 0;
+  for (const auto& [reason, count] : failures) sum += count;
+  return sum;
+}
 
 RequestMeter::RequestMeter(std::shared_ptr<URLSession> session, std::size_t connections, Classify classify,
                            std::function<void()> answered)
@@ -64,16 +75,13 @@ void RequestMeter::start(Held held) {
 void RequestMeter::note(const std::string& kind, const URLResult& result, float milliseconds) {
   const std::lock_guard lock(mutex_);
   auto& figures = figures_[kind];
-  if (result.response && result.response->statusCode < 400) {
+  if (result.response && isWanted(kind, result.response->statusCode)) {
     figures.latencies.push_back(milliseconds);
     return;
   }
-  ++figures.failed;
-  if (!firstFailure_.empty()) return;
-  firstFailure_ = kind + ": " +
-                  (result.response ? "status " + std::to_string(result.response->statusCode)
-                   : result.error  ? result.error->description
-                                   : "no answer");
+  ++figures.failures[result.response ? "status " + std::to_string(result.response->statusCode)
+                     : result.error  ? result.error->description
+                                     : "no answer"];
 }
 
 /// Gives the place of an answered request to the next that waits.
@@ -115,11 +123,6 @@ std::size_t RequestMeter::load() const {
 std::size_t RequestMeter::answered() const {
   const std::lock_guard lock(mutex_);
   return answered_;
-}
-
-std::string RequestMeter::firstFailure() const {
-  const std::lock_guard lock(mutex_);
-  return firstFailure_;
 }
 
 RequestMeter::Figures RequestMeter::take() {

@@ -18,9 +18,12 @@ namespace brellixctl {
 
 /// What the requests of one kind came to.
 struct RequestFigures {
-  std::size_t failed = 0;        ///< transport errors and statuses from 400 on
+  /// How often each transport error came, and each status that is none for this kind ("status 500"): from 400
+  /// on, and for reports of activity and users all but 201.
+  std::map<std::string, std::size_t> failures;
   std::vector<float> latencies;  ///< milliseconds from sending until this process came to the answer
-  [[nodiscard]] std::size_t count() const { return failed + latencies.size(); }
+  [[nodiscard]] std::size_t failed() const;
+  [[nodiscard]] std::size_t count() const { return failed() + latencies.size(); }
 };
 
 /// The one session of a whole fleet: holds back what is more than `connections` at a time, as a real fleet's
@@ -46,8 +49,6 @@ class RequestMeter final : public VorselKelp::platform::URLSession,
   [[nodiscard]] std::size_t load() const;
   /// Answered ones since the last take().
   [[nodiscard]] std::size_t answered() const;
-  /// A text about the first failure, empty when there was none.
-  [[nodiscard]] std::string firstFailure() const;
   /// Hands the figures over and starts afresh.
   Figures take();
 
@@ -67,7 +68,6 @@ class RequestMeter final : public VorselKelp::platform::URLSession,
   std::deque<Held> waiting_;
   std::size_t active_ = 0;
   std::size_t answered_ = 0;
-  std::string firstFailure_;
   Figures figures_;
 };
 

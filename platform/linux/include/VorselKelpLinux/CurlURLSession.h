@@ -13,6 +13,8 @@ struct URLSessionOptions {
   std::string libraryName = "libcurl.so.4";
   /// The certificates to trust, a PEM file; when empty, the system's.
   std::string certificateFile;
+  /// False: a redirect is an answer like any other.
+  bool followRedirects = true;
 };
 
 /// A URL session with two threads, both started by the first request: one moves bytes, the other is the
