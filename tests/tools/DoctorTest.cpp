@@ -36,6 +36,7 @@ TEST_F(DoctorTest, AHealthyInstallationHasNoFaultsAndAFreshOneNamesWhatIsMissing
   for (const char* check : {"fault permission", "fault token", "fault store"})
     EXPECT_EQ(count(fresh, check), 1) << check;
   EXPECT_EQ(count(fresh, "ok endpoints"), 5);
+  EXPECT_FALSE(std::filesystem::exists(folder_ / "device")) << "it looks, and makes nothing";
   ASSERT_EQ(run({"launch", "--answer", "allow"}).status, 0);
   for (const auto& finding : examine()) EXPECT_TRUE(finding.starts_with("ok")) << finding << said_;
 }
@@ -64,6 +65,45 @@ TEST_F(DoctorTest, NamesTheFaultOfEachPart) {
 
   std::ofstream(folder_ / "news.json") << "{";
   EXPECT_EQ(examine(), std::vector<std::string>{"fault manifest"});
+}
+
+TEST_F(DoctorTest, LooksBehindWhatSeemsToWork) {
+  switchesExtra_ = R"(, "pusch": true)";
+  startServer({"--status", "/tag/k-123.json=304"});
+  ASSERT_EQ(run({"launch", "--answer", "allow"}).status, 0);
+  const auto arrows = payload("arrows.json", R"({"aps": {"alert": "Two"}, "isMultiple": true,
+                                                 "p": [{"o": {"body": "b", "an": "SERVER/images/right.png"}}]})");
+  ASSERT_EQ(run({"push", arrows}).status, 0);
+  EXPECT_EQ(count(examine(), "fault manifest") + count(examine(), "fault endpoints"), 2) << said_;
+  EXPECT_EQ(count(examine(), "fault group"), 1) << said_;
+  EXPECT_NE(said_.find("\"switches.pusch\""), std::string::npos);
+  EXPECT_NE(said_.find("older than"), std::string::npos);
+  EXPECT_NE(said_.find("group.com.example.news.content.vorselKellp"), std::string::npos) << said_;
+
+  switchesExtra_ = "";
+  manifestExtra_ = R"("groups": ["group.com.example.news", "group.com.example.news.content.vorselKellp"], )";
+  url_.replace(0, 4, "https");
+  writeManifest("true");
+  const auto secure = examine();
+  EXPECT_EQ(count(secure, "fault group"), 0) << said_;
+  EXPECT_EQ(count(secure, "fault endpoints"), 2) << said_;
+  EXPECT_NE(said_.find("speaks plain HTTP"), std::string::npos) << said_;
+}
+
+TEST_F(DoctorTest, NamesTheHomeWhenItIsTheFault) {
+  startServer();
+  ASSERT_EQ(run({"launch", "--answer", "allow"}).status, 0);
+  const auto manifest = folder_ / "news.json";
+  std::filesystem::copy_file(manifest, folder_ / "before.json");
+  std::ofstream(manifest) << R"({"bundleIdentifier": "com.example.newz", "apiKey": "k"})";
+  EXPECT_EQ(count(examine(), "fault home"), 1) << said_;
+  EXPECT_NE(said_.find("does not know com.example.newz, but com.example.news"), std::string::npos) << said_;
+  std::filesystem::rename(folder_ / "before.json", manifest);
+  std::filesystem::rename(folder_ / "device", folder_ / "away");
+  std::ofstream(folder_ / "device") << "no folder";
+  const auto file = examine();
+  EXPECT_EQ(count(file, "fault home"), 1) << said_;
+  EXPECT_EQ(count(file, "ok manifest"), 1) << said_;
 }
 
 }  // namespace

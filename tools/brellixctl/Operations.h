@@ -25,6 +25,8 @@ struct Target {
 
   /// An error says in one line what is wrong with either.
   static VorselKelp::Result<Target> open(const std::string& homePath, const std::string& manifestPath);
+  /// The same without a look at the device, which need not be there.
+  static VorselKelp::Result<Target> describe(const std::string& homePath, const std::string& manifestPath);
   [[nodiscard]] VorselKelp::linux_platform::SimulatedDevice device() const {
     return {home, manifest.bundleIdentifier};
   }

@@ -1,10 +1,14 @@
 #include "VorselKelpLinux/StoreListing.h"
 
+#include <unistd.h>
+
 #include <filesystem>
 
 #include "VorselKelpLinux/DiskFileManager.h"
+#include "VorselKelpLinux/Hex.h"
 #include "VorselKelpLinux/SqliteUserDefaults.h"
 #include "device/DeviceDatabase.h"
+#include "store/ValueCoding.h"
 #include "support/SafeName.h"
 
 namespace VorselKelp::linux_platform {
@@ -21,6 +25,19 @@ JSONAny toJSON(const platform::DefaultsValue& value) {
   if (const auto* integer = value.as<std::int64_t>()) return *integer;
   if (const auto* real = value.as<double>()) return *real;
   return *value.as<std::string>();
+}
+
+/// For a path in a database's URI.
+std::string percentEncoded(const std::string& path) {
+  std::string encoded;
+  for (const char c : path) {
+    if (c == '%' || c == '?' || c == '#') {
+      encoded += '%' + hexOf(std::string(1, c));
+    } else {
+      encoded += c;
+    }
+  }
+  return encoded;
 }
 
 std::vector<std::string> keysIn(const std::string& file) {
@@ -58,18 +75,55 @@ std::optional<std::string> groupStore(const Manifest& manifest, const DeviceHome
   return *container + "/Library/Preferences/" + safeName(*manifest.appGroupId) + ".sqlite";
 }
 
-/// Empty when the database is whole.
-std::string problemOf(const std::string& file) {
+using Handle = std::unique_ptr<sqlite3, int (*)(sqlite3*)>;
+
+/// A log beside the file is part of it, and only who may write can read that.
+Handle openForReading(const std::string& file) {
   sqlite3* opened = nullptr;
-  const int code = sqlite3_open_v2(file.c_str(), &opened, SQLITE_OPEN_READWRITE, nullptr);
-  const std::unique_ptr<sqlite3, int (*)(sqlite3*)> connection(opened, &sqlite3_close);
-  if (code != SQLITE_OK) return sqlite3_errmsg(opened);
-  sqlite3_busy_timeout(connection.get(), 5000);
-  Connection reading{connection.get(), std::nullopt};
+  const auto folder = std::filesystem::path(file).parent_path();
+  if (::access(folder.c_str(), W_OK) == 0 && ::access(file.c_str(), W_OK) == 0) {
+    sqlite3_open_v2(file.c_str(), &opened, SQLITE_OPEN_READWRITE, nullptr);
+  } else {
+    const auto uri = "file:" + percentEncoded(file) + "?immutable=1";
+    sqlite3_open_v2(uri.c_str(), &opened, SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, nullptr);
+  }
+  sqlite3_busy_timeout(opened, 5000);
+  return {opened, &sqlite3_close};
+}
+
+JSONAny valueOf(const Statement& row) {
+  switch (static_cast<RowKind>(row.integer(1))) {
+    case RowKind::boolean:
+      return row.integer(2) != 0;
+    case RowKind::integer:
+      return row.integer(2);
+    case RowKind::real:
+      return row.real(2);
+    case RowKind::text:
+      return row.text(2);
+    default:
+      return {};
+  }
+}
+
+void inspect(const std::string& file, StoreHealth& health) {
+  const auto handle = openForReading(file);
+  Connection reading{handle.get(), std::nullopt};
   Statement check(reading, "PRAGMA integrity_check(1)");
-  if (!check.step()) return sqlite3_errmsg(opened);
-  auto found = check.text(0);
-  return found == "ok" ? std::string() : found;
+  const bool checked = check.step();
+  if (checked && check.text(0) != "ok") {
+    health.damaged = true;
+    health.problem = check.text(0);
+    return;
+  }
+  JSONAny::Dictionary values;
+  Statement rows(reading, "SELECT key, kind, value FROM object ORDER BY key");
+  while (rows.step()) values.push_back({rows.text(0), valueOf(rows)});
+  health.values = std::move(values);
+  if (!reading.failure) return;
+  const int code = reading.failure->code & 0xff;
+  health.damaged = code == SQLITE_CORRUPT || code == SQLITE_NOTADB;
+  health.problem = reading.failure->description;
 }
 
 }  // namespace
@@ -85,7 +139,7 @@ StoreHealth inspectGroupStore(const Manifest& manifest, const DeviceHome& home) 
   std::error_code error;
   health.exists = !health.file.empty() && std::filesystem::exists(health.file, error);
   if (!health.exists) return health;
-  health.problem = problemOf(health.file);
+  inspect(health.file, health);
   health.replaced = std::filesystem::exists(health.file + ".damaged", error);
   return health;
 }

@@ -1,6 +1,8 @@
 #include "VorselKelpLinux/Manifest.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <set>
 
 #include "VorselKelp/JSONText.h"
 #include "files/FileIO.h"
@@ -72,6 +74,18 @@ class Reader {
     Reader inner(value, path_ + std::string(key) + ".");
     read(inner);
     if (error_.empty()) error_ = inner.error_;
+    for (auto& unknown : inner.unknownKeys()) unknown_.push_back(std::move(unknown));
+  }
+
+  /// The object's keys that nobody has asked for, and those of the objects inside.
+  [[nodiscard]] std::vector<std::string> unknownKeys() const {
+    auto unknown = unknown_;
+    const auto* members = object_ == nullptr ? nullptr : object_->as<JSONAny::Dictionary>();
+    if (members == nullptr) return unknown;
+    for (const auto& [key, value] : *members) {
+      if (!known_.contains(key)) unknown.push_back(path_ + key);
+    }
+    return unknown;
   }
 
   void fail(std::string_view key, const char* what) {
@@ -81,17 +95,25 @@ class Reader {
     error_ = "\"" + name + "\" " + what;
   }
 
-  [[nodiscard]] const JSONAny* find(std::string_view key) const {
+  [[nodiscard]] const JSONAny* find(std::string_view key) {
+    known_.emplace(key);
     const auto* value = object_ == nullptr ? nullptr : object_->find(key);
     return value == nullptr || value->as<JSONNull>() != nullptr ? nullptr : value;
   }
-  [[nodiscard]] const JSONAny* object() const { return object_; }
+  /// An object of free keys.
+  [[nodiscard]] const JSONAny::Dictionary* members() {
+    const auto* members = object_->as<JSONAny::Dictionary>();
+    if (members != nullptr) std::ranges::for_each(*members, [this](const auto& m) { known_.insert(m.key); });
+    return members;
+  }
   [[nodiscard]] const std::string& error() const { return error_; }
 
  private:
   const JSONAny* object_;
   std::string path_;
   std::string error_;
+  std::set<std::string, std::less<>> known_;
+  std::vector<std::string> unknown_;
 };
 
 void readSwitches(Reader& reader, Manifest::Switches& switches) {
@@ -123,7 +145,7 @@ void readParts(Reader& reader, Manifest& manifest) {
     publisher.read("source", target.source);
   });
   reader.readObject("properties", [&](Reader& properties) {
-    if (const auto* entries = properties.object()->as<JSONAny::Dictionary>()) {
+    if (const auto* entries = properties.members()) {
       for (const auto& [key, value] : *entries) {
         if (const auto* text = value.as<std::string>()) manifest.properties[key] = *text;
       }
@@ -185,6 +207,7 @@ Result<Manifest> parseManifest(std::string_view text) {
   reader.read("schedule", manifest.schedule);
   readParts(reader, manifest);
   if (!reader.error().empty()) return Error{reader.error()};
+  manifest.unknownKeys = reader.unknownKeys();
   return manifest;
 }
 

@@ -11,10 +11,12 @@ TEST(Manifest, ReadsEveryKeyAndFillsInWhatIsLeftOut) {
   const auto manifest = parseManifest(R"({
     "bundleIdentifier": "com.example.news", "version": "3.1.0", "machine": "iPad13,1", "layer": "facade",
     "screen": {"width": 820, "height": 1180.5}, "apiKey": "k-1", "appGroupId": "group.a",
-    "switches": {"push": true, "beacon": false}, "schedule": 3600, "publisher": {"id": "42", "source": "s"},
+    "switches": {"push": true, "beacon": false, "pusch": 1}, "colour": 1, "contentCategories": ["c"], "schedule": 3600, "publisher": {"id": "42", "source": "s"},
     "properties": {"VorselKellpTrackID": "feed-7", "Number": 3},
     "endpoints": {"collection": "http://127.0.0.1:1/"}})");
   ASSERT_TRUE(manifest.ok()) << manifest.error().description;
+  EXPECT_EQ(manifest->unknownKeys, (std::vector<std::string>{"switches.pusch", "colour"}));
+  EXPECT_EQ(manifest->contentCategories, std::vector<std::string>{"c"});
   EXPECT_EQ(manifest->machine, "iPad13,1");
   EXPECT_EQ(manifest->screenWidth, 820);
   EXPECT_EQ(manifest->screenHeight, 1180.5);

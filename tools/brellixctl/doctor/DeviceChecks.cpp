@@ -1,11 +1,14 @@
+#include <algorithm>
+#include <array>
+
 #include "VorselKelpLinux/Hex.h"
-#include "VorselKelpLinux/StoreListing.h"
 #include "brellixctl/doctor/Checks.h"
 
 namespace brellixctl {
 
 using VorselKelp::JSONAny;
 namespace platform = VorselKelp::platform;
+using VorselKelp::linux_platform::Manifest;
 namespace device = VorselKelp::linux_platform;
 
 namespace {
@@ -24,10 +27,54 @@ bool isReadableByThePage(std::string configuration) {
   return configuration.empty() || JSONAny::decode(configuration);
 }
 
+/// Arrows of the first message hold for all.
+bool asksForArrows(const JSONAny& payload) {
+  const auto* messages = payload.find("p");
+  const auto* list = messages != nullptr ? messages->as<JSONAny::List>() : nullptr;
+  const auto* first = list != nullptr && !list->empty() ? list->front().find("o") : nullptr;
+  if (first == nullptr) return false;
+  return std::ranges::any_of(std::array{"ap", "an"}, [&](const char* arrow) {
+    const auto* url = first->find(arrow);
+    return url != nullptr && url->as<std::string>() != nullptr;
+  });
+}
+
 }  // namespace
 
-Findings checkPermission(const Target& target) {
-  switch (target.device().authorization()) {
+Findings checkHome(const Target& target, const device::DeviceHealth& health) {
+  const auto& application = target.manifest.bundleIdentifier;
+  const auto& known = health.applications;
+  if (!health.problem.empty()) {
+    return {fault("home", health.problem,
+                  "Name a folder that you may write with --home; one that is not there yet is made")};
+  }
+  if (!health.exists) {
+    return {notice("home", target.home.path() + " holds no device yet: no application has run on it",
+                   "Start the application: brellixctl launch; or name its folder with --home")};
+  }
+  if (!known.empty() && std::ranges::find(known, application) == known.end()) {
+    return {fault("home",
+                  "the device does not know " + application + ", but " + known.front() +
+                      (known.size() > 1 ? " and others" : ""),
+                  "Correct \"bundleIdentifier\", or name another --home")};
+  }
+  return {fine("home", target.home.path() + " holds the device")};
+}
+
+Findings checkArrows(const Manifest& manifest, const device::DeviceHealth& health) {
+  const auto group =
+      "group." + device::bundleIdentifierOf(manifest, device::ProcessKind::contentExtension) + ".vorselKellp";
+  if (std::ranges::count(manifest.groups, group) || !std::ranges::any_of(health.delivered, asksForArrows))
+    return {};
+  return {fault("group",
+                "a carousel asks for pictures of arrows, which are kept in " + group +
+                    ", a group that the device does not know: they are not shown",
+                "Add it to \"groups\", as well as to the content extension's entitlements on a phone")};
+}
+
+Findings checkPermission(const device::DeviceHealth& health) {
+  if (!health.problem.empty()) return {};
+  switch (health.authorization) {
     case platform::AuthorizationStatus::notDetermined:
       return {fault("permission", "the user has not been asked yet: nothing is shown", launchAndAllow)};
     case platform::AuthorizationStatus::denied:
@@ -38,8 +85,9 @@ Findings checkPermission(const Target& target) {
   }
 }
 
-Findings checkToken(const Target& target, const JSONAny& stored) {
-  const auto token = target.device().remoteToken();
+Findings checkToken(const device::DeviceHealth& health, const JSONAny& stored) {
+  if (!health.problem.empty()) return {};
+  const auto& token = health.token;
   if (!token)
     return {fault("token", "the device has given none out: no push reaches the application", launchAndAllow)};
   const auto hex = device::hexOf(*token);
@@ -51,14 +99,18 @@ Findings checkToken(const Target& target, const JSONAny& stored) {
                 "Start the application while the collection server answers POST /v2/users with 201")};
 }
 
-Findings checkStore(const Target& target, const JSONAny& stored) {
-  const auto health = device::inspectGroupStore(target.manifest, target.home);
+Findings checkStore(const device::StoreHealth& health) {
+  const auto& stored = health.values;
   if (health.file.empty()) {
     return {fault("store", "there is none, for there is no usable application group", "See \"group\" above")};
   }
   if (!health.exists) {
     return {fault("store", "nothing was stored yet: the application has not run on this device",
                   "Start it: brellixctl launch")};
+  }
+  if (!health.problem.empty() && !health.damaged) {
+    return {fault("store", health.file + " can't be read: " + health.problem,
+                  "See that you may read and write it and its folder")};
   }
   if (!health.problem.empty()) {
     return {

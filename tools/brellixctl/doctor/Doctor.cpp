@@ -4,7 +4,6 @@
 #include <iterator>
 
 #include "VorselKelpLinux/NotificationRecords.h"
-#include "VorselKelpLinux/StoreListing.h"
 #include "brellixctl/Commands.h"
 #include "brellixctl/PlainText.h"
 #include "brellixctl/doctor/Checks.h"
@@ -44,11 +43,14 @@ std::string inWords(const Findings& findings) {
 }
 
 Findings examine(const Target& target) {
-  const auto stored = device::listGroupDefaults(target.manifest, target.home);
+  const auto& manifest = target.manifest;
+  const auto found = device::inspectDevice(target.home, manifest.bundleIdentifier);
+  const auto store = device::inspectGroupStore(manifest, target.home);
   Findings findings;
-  for (auto part : {checkManifest(target.manifest), checkGroup(target.manifest),
-                    checkSwitches(target.manifest, stored), checkEndpoints(target.manifest),
-                    checkPermission(target), checkToken(target, stored), checkStore(target, stored)}) {
+  for (auto part :
+       {checkManifest(manifest), checkHome(target, found), checkGroup(manifest), checkArrows(manifest, found),
+        checkSwitches(manifest, store.values), checkEndpoints(manifest), checkPermission(found),
+        checkToken(found, store.values), checkStore(store)}) {
     std::ranges::move(part, std::back_inserter(findings));
   }
   return findings;
@@ -58,7 +60,7 @@ Findings examine(const Target& target) {
 
 int runDoctor(const CommonOptions& common) {
   Findings findings;
-  const auto target = Target::open(common.home, common.manifest);
+  const auto target = Target::describe(common.home, common.manifest);
   if (target) {
     findings = examine(*target);
   } else if (target.error().code == wrongUsage) {

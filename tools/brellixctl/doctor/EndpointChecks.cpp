@@ -4,19 +4,28 @@
 #include <optional>
 #include <string>
 
+#include "VorselKelp/JSONText.h"
 #include "VorselKelpLinux/CurlURLSession.h"
 #include "brellixctl/ServerAddress.h"
 #include "brellixctl/doctor/Checks.h"
 
 namespace brellixctl {
 
-using VorselKelp::JSONAny;
 using VorselKelp::linux_platform::Manifest;
 namespace platform = VorselKelp::platform;
 
 namespace {
 
 constexpr double patience = 10;  // seconds
+
+/// From when a configuration is that a first start asks to have; an older one is not sent to it.
+constexpr const char* firstFetchDate = "Fri, 12 Jan 2024 09:42:01 GMT";
+
+// libcurl's numbers.
+constexpr int noHandshake = 35;
+constexpr int certificateRefused = 60;
+constexpr int noHTTP = 1;
+constexpr int nothingSent = 52;
 
 /// One server, what for, and what it is asked.
 struct Endpoint {
@@ -33,6 +42,7 @@ std::future<platform::URLResult> ask(platform::URLSession& session, const Endpoi
   platform::URLRequest request;
   request.url = endpoint.base + endpoint.path;
   request.timeout = patience;
+  if (!endpoint.path.empty()) request.headers = {{"If-Modified-Since", firstFetchDate}};
   session.send(std::move(request),
                [answer](platform::URLResult result) { answer->set_value(std::move(result)); });
   return future;
@@ -53,23 +63,55 @@ bool leadsNowhere(const std::string& base) {
 Finding configurationFinding(const Endpoint& endpoint, const platform::URLResult& result) {
   const int status = result.response->statusCode;
   const auto url = endpoint.base + endpoint.path;
-  if (status == 304 || (status < 300 && result.body && JSONAny::decode(*result.body).ok())) {
-    return fine("endpoints", "tag: " + url + " answers with a document");
+  if (status == 304) {
+    return fault("endpoints",
+                 "tag: " + url + " is older than " + firstFetchDate +
+                     ": a first start is told that nothing has changed, and has no configuration",
+                 "Publish it anew, so that its Last-Modified is later");
   }
   if (status < 300) {
-    return fault("endpoints", "tag: " + url + " answers with something that is no JSON",
+    const auto document = VorselKelp::readJSONText(result.body.value_or(""));
+    if (document) return fine("endpoints", "tag: " + url + " answers with a document");
+    return fault("endpoints",
+                 "tag: " + url + " answers with what is no JSON: " + document.error().description,
                  "Publish the remote configuration there; \"{}\" is enough");
   }
   return fault("endpoints", "tag: " + url + " answers with status " + std::to_string(status),
                "Check \"apiKey\": the document is named after it");
 }
 
+/// What TLS has to do with a server that could not be asked; absent when it is something else.
+std::optional<Finding> tlsFinding(const Endpoint& endpoint, const VorselKelp::Error& error) {
+  const bool secure = endpoint.base.starts_with("https://");
+  const auto& words = error.description;
+  const auto says = [&](const char* part) { return words.find(part) != std::string::npos; };
+  if (secure && error.code == certificateRefused && (says("subject name") || says("target"))) {
+    return problem(endpoint, endpoint.base + " has a certificate for another name: " + words,
+                   "Name the server as its certificate does, or give it one for this name");
+  }
+  if (secure && error.code == certificateRefused) {
+    return problem(endpoint, endpoint.base + " has a certificate that is not trusted: " + words,
+                   "Trust an authority of your own: copy its certificate to "
+                   "/usr/local/share/ca-certificates/NAME.crt and run update-ca-certificates");
+  }
+  if (secure && error.code == noHandshake && (says("wrong version") || says("packet length"))) {
+    return problem(endpoint, endpoint.base + " speaks plain HTTP: " + words,
+                   std::string("Write \"http://\" under \"endpoints\", or let the server speak TLS"));
+  }
+  if (!secure && (error.code == noHTTP || error.code == nothingSent)) {
+    return problem(endpoint, endpoint.base + " answers with what is no HTTP: " + words,
+                   "Write \"https://\" if it speaks TLS, or correct the port");
+  }
+  return std::nullopt;
+}
+
 Finding findingOf(const Endpoint& endpoint, const platform::URLResult& result) {
   const std::string name = endpoint.name;
   if (result.error) {
+    if (auto tls = tlsFinding(endpoint, *result.error)) return *std::move(tls);
     return problem(endpoint, endpoint.base + " does not answer: " + result.error->description,
                    "Start the server (brellixctl serve), or correct \"" + name +
-                       "\" under \"endpoints\"; until then there are " + "no " + endpoint.use);
+                       "\" under \"endpoints\"; until then there are no " + endpoint.use);
   }
   if (!endpoint.path.empty()) return configurationFinding(endpoint, result);
   return fine("endpoints", name + ": " + endpoint.base + " answers");

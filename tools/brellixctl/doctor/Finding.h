@@ -13,7 +13,8 @@ struct Finding {
     fault
   };
   State state = State::fine;
-  std::string check;  ///< "manifest", "group", "switches", "endpoints", "permission", "token", "store"
+  std::string
+      check;  ///< "manifest", "home", "group", "switches", "endpoints", "permission", "token", "store"
   std::string what;
   std::string mend;  ///< what to do about it; empty when fine
 };

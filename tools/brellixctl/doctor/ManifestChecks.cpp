@@ -38,6 +38,11 @@ Findings checkManifest(const Manifest& manifest) {
                              std::string("Set \"apiKey\" to the key that your account shows, or \"") +
                                  keyProperty + "\" under \"properties\""));
   }
+  for (const auto& key : manifest.unknownKeys) {
+    auto* kind = key.starts_with("switches.") ? &fault : &notice;
+    findings.push_back(kind("manifest", "\"" + key + "\" is no key that means anything: it changes nothing",
+                            "Correct its name, or leave it out"));
+  }
   const auto& programs = manifest.programs;
   for (const auto* program : {&programs.application, &programs.service, &programs.content}) {
     if (program->empty() || ::access(program->c_str(), X_OK) == 0) continue;

@@ -53,6 +53,8 @@ struct Manifest {
   /// Further entries of the application's property list; values that are no texts are left out.
   std::map<std::string, std::string, std::less<>> properties;
   platform::Endpoints endpoints;
+  /// Keys that mean nothing to anybody, with their paths, such as "switches.pusch".
+  std::vector<std::string> unknownKeys;
   /// As the file has them; loadManifest() makes relative ones absolute, against the file's folder.
   Programs programs;
 };

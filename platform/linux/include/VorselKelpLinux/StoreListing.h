@@ -19,11 +19,15 @@ VORSELKELP_API JSONAny listStandardDefaults(const Manifest& manifest, const Devi
 struct StoreHealth {
   std::string file;       ///< empty: the device knows no such group
   bool exists = false;    ///< false: nothing was stored yet
-  std::string problem;    ///< empty: whole
+  std::string problem;    ///< empty: it is whole and was read
+  bool damaged = false;   ///< else the problem is one of reaching it
   bool replaced = false;  ///< a damaged predecessor lies beside it, named like it with ".damaged" added
+  /// Its texts, numbers and flags by key; null for a list or a map.
+  JSONAny values = JSONAny::Dictionary{};
 };
 
-/// Reads all of the application group's store and compares its parts with each other. Changes nothing.
+/// Reads all of the application group's store and compares its parts with each other. Changes nothing, and
+/// reads what can't be written as well.
 VORSELKELP_API StoreHealth inspectGroupStore(const Manifest& manifest, const DeviceHome& home);
 
 }  // namespace VorselKelp::linux_platform
