@@ -98,5 +98,23 @@ TEST_F(CarouselScreenTest, StandsWhereItsLayoutCodeSays) {
   }
 }
 
+/// Their letters come from other fonts, which are higher or lower than the one for Latin.
+TEST_F(CarouselScreenTest, RowsOfEveryScriptAreAboutAsHighAsLatinOnes) {
+  double latin = 0;
+  for (const char* text :
+       {"Storm over the bay", "沿岸に暴風警報", "해안에 폭풍 경보", "तूफान की चेतावनी", "เตือนพายุชายฝั่ง"}) {
+    auto json = carousel();
+    for (const char* name : {"\"T0\"", "\"B0\""})
+      json.replace(json.find(name), 4, '"' + std::string(text) + '"');
+    const auto view = open(json);
+    ASSERT_EQ(view->titleLabel->text.get(), text);
+    const auto rows =
+        window->boundsOf(*view->titleLabel).size.height + window->boundsOf(*view->subtitleLabel).size.height;
+    if (latin == 0) latin = rows;
+    EXPECT_LE(rows, 1.6 * latin) << text;
+    EXPECT_GT(window->boundsOf(*view->imageView).size.height, height / 2) << text;
+  }
+}
+
 }  // namespace
 }  // namespace VorselKelp

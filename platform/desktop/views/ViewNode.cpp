@@ -43,4 +43,8 @@ GtkConstraintLayout* ViewNode::constraintLayout() {
   return GTK_CONSTRAINT_LAYOUT(gtk_widget_get_layout_manager(widget_));
 }
 
+void ViewNode::renewConstraintLayout() {
+  gtk_widget_set_layout_manager(widget_, gtk_constraint_layout_new());
+}
+
 }  // namespace VorselKelp::desktop

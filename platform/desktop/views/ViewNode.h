@@ -36,6 +36,8 @@ class ViewNode : public WidgetNode {
   /// What places the widget's children; made at the first call. From then on the children's constraints alone
   /// say how much room the widget needs. Null for a view whose content takes all of its area.
   virtual GtkConstraintLayout* constraintLayout();
+  /// Puts an empty one in its place.
+  void renewConstraintLayout();
 
   Extent measure(GtkOrientation, int) override { return {}; }
   void paint(GtkSnapshot* snapshot, double width, double height) override;

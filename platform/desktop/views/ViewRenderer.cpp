@@ -99,19 +99,16 @@ void ViewRenderer::build(ui::View& view) {
   constrain(view);
 }
 
+/// All constraints go at once, with the layout that holds them. When single ones are taken away, the
+/// toolkit's solver no longer knows the strong ones that stay from the weak.
 void ViewRenderer::release(ui::View& view) {
-  const auto held = constraints_.find(&view);
-  if (held == constraints_.end()) return;
-  auto* layout = nodeOf(view).constraintLayout();
-  for (const auto& constraint : held->second) {
-    gtk_constraint_layout_remove_constraint(layout, constraint.get());
-  }
-  constraints_.erase(held);
+  if (constrained_.erase(&view) > 0) nodeOf(view).renewConstraintLayout();
 }
 
 void ViewRenderer::constrain(ui::View& view) {
   release(view);
   if (view.subviews().empty() || nodeOf(view).constraintLayout() == nullptr) return;
+  constrained_.insert(&view);
   for (const auto& constraint : view.constraints()) addConstraint(view, constraint);
   for (const auto& child : view.subviews()) {
     if (child->translatesAutoresizingMaskIntoConstraints) fixFrame(view, *child);
@@ -134,9 +131,7 @@ ViewNode::OwnSize ViewRenderer::ownSizeOf(const ui::View& holder, ui::View& chil
 }
 
 void ViewRenderer::add(ui::View& holder, GtkConstraint* constraint) {
-  auto* layout = nodeOf(holder).constraintLayout();
-  constraints_[&holder].emplace_back(GTK_CONSTRAINT(g_object_ref(constraint)));
-  gtk_constraint_layout_add_constraint(layout, constraint);
+  gtk_constraint_layout_add_constraint(nodeOf(holder).constraintLayout(), constraint);
 }
 
 /// Null for the holder itself, in the toolkit's way.
@@ -197,7 +192,7 @@ void ViewRenderer::dropGoneNodes() {
   };
   collect(collect, *root_);
   std::erase_if(ownSizes_, [&](const auto& entry) { return !there.contains(entry.first); });
-  std::erase_if(constraints_, [&](const auto& entry) { return !there.contains(entry.first); });
+  std::erase_if(constrained_, [&](const auto* view) { return !there.contains(view); });
   std::erase_if(restructured_, [&](const auto* view) { return !there.contains(view); });
   std::erase_if(nodes_, [&](const auto& entry) { return !there.contains(entry.first); });
 }

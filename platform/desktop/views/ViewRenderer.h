@@ -38,8 +38,6 @@ class ViewRenderer final : public ui::ViewObserver, public std::enable_shared_fr
   void layoutNeeded(ui::View& view) override;
 
  private:
-  using Constraints = std::vector<ObjectPtr<GtkConstraint>>;
-
   ViewNode& nodeOf(ui::View& view);
   void build(ui::View& view);
   void constrain(ui::View& view);
@@ -57,7 +55,7 @@ class ViewRenderer final : public ui::ViewObserver, public std::enable_shared_fr
   const std::shared_ptr<ui::View> root_;
   const std::function<void()> changed_;
   std::unordered_map<ui::View*, std::unique_ptr<ViewNode>> nodes_;
-  std::unordered_map<ui::View*, Constraints> constraints_;
+  std::unordered_set<ui::View*> constrained_;                  ///< whose widgets' layouts hold constraints
   std::unordered_map<ui::View*, ViewNode::OwnSize> ownSizes_;  ///< as the constraints have them
   std::unordered_set<ui::View*> restructured_;
   bool layoutPending_ = true;
