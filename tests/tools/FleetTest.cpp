@@ -90,6 +90,8 @@ TEST_F(FleetTest, GoesOnWhileSomeRequestsFailAndEndsInItsTime) {
   const auto* phases = json.find("phases")->as<JSONAny::List>();
   ASSERT_EQ(phases->size(), 2u);
   EXPECT_EQ(at(*phases->front().find("requests")->find("users"), "failures"), R"({"status 200":3})");
+  const auto& times = *phases->front().find("requests")->find("configuration")->find("milliseconds");
+  EXPECT_EQ(at(times, "p99"), at(times, "max")) << "of three";
   const auto pushes = *phases->back().find("steps")->as<std::int64_t>();
   EXPECT_TRUE(pushes > 0 && pushes <= 11) << pushes;
   auto tolerant = options;

@@ -68,7 +68,8 @@ LaunchOutcome outcomeOf(const Target& target, const LaunchRequest& request, Chil
     const auto* flag = ended->find("initialised");
     outcome.initialised = flag != nullptr && flag->value == JSONAny(true).value;
   }
-  if (!outcome.initialised) outcome.failure = "The application did not initialise the library";
+  if (!outcome.initialised)
+    outcome.failure = "The application did not initialise the library; brellixctl doctor says what is wrong";
   auto device = target.device();
   outcome.authorisation = VorselKelp::linux_platform::authorizationWord(device.authorization());
   if (const auto token = device.remoteToken()) outcome.token = hexOf(*token);

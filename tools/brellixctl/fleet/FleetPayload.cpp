@@ -1,6 +1,8 @@
 #include "brellixctl/fleet/FleetPayload.h"
 
-#include "VorselKelp/JSONAny.h"
+#include <algorithm>
+
+#include "VorselKelp/JSONText.h"
 #include "VorselKelp/PayloadLint.h"
 #include "base/Url.h"
 #include "brellixctl/PayloadFile.h"
@@ -64,12 +66,16 @@ FleetPayload FleetPayload::sample(const std::string& server) {
 Result<FleetPayload> FleetPayload::read(const std::string& path) {
   const auto bytes = readPayload(path);
   if (!bytes) return bytes.error();
+  const auto json = VorselKelp::readJSONText(*bytes);
+  if (!json) return Error{path + " is no JSON: " + json.error().description};
   const auto lint = VorselKelp::lintPayload(*bytes, "fleet");
   if (lint.root != PayloadLint::Root::push) {
     return Error{path + " does not read as a push; see brellixctl lint " + path};
   }
-  const auto json = JSONAny::decode(*bytes);
-  const auto* alert = json ? find(&*json, {"aps", "alert"}) : nullptr;
+  const auto stop =
+      std::ranges::find(lint.stops, PayloadLint::Stop::When::preparing, &PayloadLint::Stop::when);
+  if (stop != lint.stops.end()) return Error{path + " stops the service extension: " + stop->text};
+  const auto* alert = find(&*json, {"aps", "alert"});
   if (find(alert, {"n"}) == nullptr && find(alert, {"e"}) == nullptr) {
     return Error{path +
                  " has neither a notification nor the address of an ad: its extension would never answer"};

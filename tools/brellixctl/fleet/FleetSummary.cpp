@@ -45,10 +45,11 @@ std::string formatted(const char* format, Values... values) {
 
 std::string lineOf(const std::string& kind, const RequestFigures& figures, double seconds) {
   const auto p = percentilesOf(figures.latencies);
-  return formatted("  %-20s %9zu %7zu %9.0f %9.1f %9.1f %9.1f %9.1f\n", kind.c_str(), figures.count(),
-                   figures.failed(), static_cast<double>(figures.count()) / seconds,
-                   static_cast<double>(p.half), static_cast<double>(p.ninety),
-                   static_cast<double>(p.ninetyNine), static_cast<double>(p.most));
+  auto line = formatted("  %-20s %9zu %7zu %9.0f", kind.c_str(), figures.count(), figures.failed(),
+                        static_cast<double>(figures.count()) / seconds);
+  for (const float value : {p.half, p.ninety, p.ninetyNine, p.most})
+    line += figures.latencies.empty() ? "         -" : formatted(" %9.1f", static_cast<double>(value));
+  return line + '\n';
 }
 
 JSONAny countsJSON(const std::map<std::string, std::size_t>& counts) {
@@ -59,7 +60,9 @@ JSONAny countsJSON(const std::map<std::string, std::size_t>& counts) {
 
 JSONAny jsonOf(const RequestFigures& figures, double seconds) {
   const auto p = percentilesOf(figures.latencies);
-  const auto milliseconds = [](float value) { return JSONAny(static_cast<double>(value)); };
+  const auto milliseconds = [&](float value) {
+    return figures.latencies.empty() ? JSONAny() : JSONAny(static_cast<double>(value));
+  };
   return JSONAny::Dictionary{{"count", static_cast<std::int64_t>(figures.count())},
                              {"failed", static_cast<std::int64_t>(figures.failed())},
                              {"failures", countsJSON(figures.failures)},

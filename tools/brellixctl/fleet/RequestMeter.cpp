@@ -19,6 +19,16 @@ bool isWanted(const std::string& kind, int status) {
   return kind == "activity" || kind == "users" ? status == 201 : status < 400;
 }
 
+/// The same for all requests that failed alike: without the time that each of them took.
+std::string reasonOf(const URLResult& result) {
+  if (result.response) return "status " + std::to_string(result.response->statusCode);
+  auto reason = result.error ? result.error->description : "no answer";
+  const auto begin = reason.find(" after ");
+  const auto end = reason.find(" ms", begin);
+  if (begin != std::string::npos && end != std::string::npos) reason.erase(begin, end + 3 - begin);
+  return reason;
+}
+
 }  // namespace
 
 std::size_t RequestFigures::failed() const {
@@ -79,9 +89,7 @@ void RequestMeter::note(const std::string& kind, const URLResult& result, float 
     figures.latencies.push_back(milliseconds);
     return;
   }
-  ++figures.failures[result.response ? "status " + std::to_string(result.response->statusCode)
-                     : result.error  ? result.error->description
-                                     : "no answer"];
+  ++figures.failures[reasonOf(result)];
 }
 
 /// Gives the place of an answered request to the next that waits.
