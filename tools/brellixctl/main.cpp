@@ -194,6 +194,12 @@ class CommandLine {
                      "A notification, a JSON file; several are sent in turn; without one a sample is")
         ->type_name("FILE")
         ->allow_extra_args(false);
+    addLoad(fleet);
+#endif
+  }
+
+  /// How much a fleet sends, how fast, and what of it may fail.
+  void addLoad(CLI::App* fleet) {
     fleet->add_option("--opened", fleet_.opened, "Percent of the notifications that are opened, 0 to 100")
         ->type_name("PERCENT")
         ->check(numberUpTo(100, "percent"))
@@ -216,7 +222,6 @@ class CommandLine {
     fleet->add_option("--connections", fleet_.connections, "Requests under way at a time")
         ->check(CLI::Range(1, 256))
         ->capture_default_str();
-#endif
   }
 
   /// Unlike the parser's own range this one takes no "nan".
@@ -225,8 +230,8 @@ class CommandLine {
       double number = 0;
       const bool fits = CLI::detail::lexical_cast(text, number) && number >= 0 && number <= most;
       return fits ? std::string()
-                  : "\"" + text + "\" is no number of " + unit + " from 0 to " +
-                        std::to_string(static_cast<long long>(most));
+                  : "\"" + text + "\" is no number from 0 to " +
+                        std::to_string(static_cast<long long>(most)) + " (" + unit + ")";
     };
     return CLI::Validator(check, "", "");
   }
