@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "VorselKelp/JSONText.h"
 #include "base/Text.h"
 #include "core/StorageKeys.h"
 #include "json/Outline.h"
@@ -58,7 +59,9 @@ void tellUnreadable(PayloadLint& lint, std::string_view json, const std::string&
   if (const auto place = json::placeBeyond(json, json::deepestLevel)) {
     lint.errors.push_back(*place + ": nested too deep; lists and objects have at most 64 levels");
   } else {
-    lint.errors.push_back(why + "; a payload looks like {\"aps\": {\"alert\": ...}}");
+    const auto text = readJSONText(json);
+    lint.errors.push_back((text ? why : "no JSON: " + text.error().description) +
+                          "; a payload looks like {\"aps\": {\"alert\": ...}}");
   }
   stopPreparing(lint, "the payload is no JSON object");
 }
