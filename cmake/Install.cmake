@@ -34,11 +34,16 @@ else()
     LIBRARY brellixpush)
 endif()
 vorsel_pkg_config(
-  vorselkelp-linux
-  DESCRIPTION "Push notifications and engagement: the Linux platform"
+  vorselkelp-posix
+  DESCRIPTION "Push notifications and engagement: what any POSIX process has"
   REQUIRES vorselkelp
-  LIBRARY vorselkelp_linux
+  LIBRARY vorselkelp_posix
   STATIC_REQUIRES sqlite3)
+vorsel_pkg_config(
+  vorselkelp-simulator
+  DESCRIPTION "Push notifications and engagement: a phone on a desk"
+  REQUIRES vorselkelp-posix
+  LIBRARY vorselkelp_simulator)
 vorsel_pkg_config(
   vorselkelp-testing
   DESCRIPTION "Push notifications and engagement: a platform in memory, for tests"
@@ -48,7 +53,7 @@ if(TARGET vorselkelp_desktop)
   vorsel_pkg_config(
     vorselkelp-desktop
     DESCRIPTION "Push notifications and engagement: the desktop platform"
-    REQUIRES vorselkelp-linux
+    REQUIRES vorselkelp-simulator
     LIBRARY vorselkelp_desktop
     STATIC_REQUIRES ${VORSEL_DESKTOP_MODULES})
 endif()

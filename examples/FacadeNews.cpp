@@ -6,8 +6,8 @@ namespace news {
 namespace {
 
 using BrellixPush::BrellixPushSDK;
-using VorselKelp::linux_platform::ApplicationProcess;
-using VorselKelp::linux_platform::Manifest;
+using VorselKelp::simulator::ApplicationProcess;
+using VorselKelp::simulator::Manifest;
 
 /// Tells whoever started the application what the publisher's application would act upon.
 class PublisherDelegate final : public BrellixPush::BrellixPushSDKDelegate {
@@ -35,7 +35,7 @@ std::shared_ptr<BrellixPush::BrellixPushSDKConfig> publisherConfigurationOf(cons
   return builder.build();
 }
 
-class FacadeNews final : public VorselKelp::linux_platform::ApplicationDelegate {
+class FacadeNews final : public VorselKelp::simulator::ApplicationDelegate {
  public:
   void willFinishLaunching(ApplicationProcess& process) override {
     BrellixPushSDK::setValueFor(process.manifest().appGroupId.value_or(""));
@@ -70,7 +70,7 @@ class FacadeNews final : public VorselKelp::linux_platform::ApplicationDelegate 
 
 }  // namespace
 
-std::unique_ptr<VorselKelp::linux_platform::ApplicationDelegate> makeFacadeNews() {
+std::unique_ptr<VorselKelp::simulator::ApplicationDelegate> makeFacadeNews() {
   return std::make_unique<FacadeNews>();
 }
 

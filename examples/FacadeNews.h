@@ -2,11 +2,11 @@
 
 #include <memory>
 
-#include "VorselKelpLinux/ApplicationHost.h"
+#include "VorselKelpSimulator/ApplicationHost.h"
 
 namespace news {
 
 /// The news application of a publisher: everything goes through the publisher's own entry, BrellixPushSDK.
-std::unique_ptr<VorselKelp::linux_platform::ApplicationDelegate> makeFacadeNews();
+std::unique_ptr<VorselKelp::simulator::ApplicationDelegate> makeFacadeNews();
 
 }  // namespace news

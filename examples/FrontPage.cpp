@@ -25,7 +25,7 @@ constexpr Line lines[]{
     {"Two stops more, and trees along the way.", {13, false}, 4},
 };
 
-using Call = linux_platform::OperationTable::Call;
+using Call = simulator::OperationTable::Call;
 
 FrontPage& pageOf(const Call& call) {
   return static_cast<FrontPage&>(*call.process.rootController());
@@ -73,8 +73,8 @@ void FrontPage::closeInterstitial() {
   ad_ = nullptr;
 }
 
-linux_platform::OperationTable newsOperations() {
-  auto operations = linux_platform::publicOperations();
+simulator::OperationTable newsOperations() {
+  auto operations = simulator::publicOperations();
   operations.add({{"presentInterstitial", "t", false, present}, {"closeInterstitial", "", false, close}});
   return operations;
 }

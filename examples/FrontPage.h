@@ -6,7 +6,7 @@
 #include "VorselKelp/InterstitialAD.h"
 #include "VorselKelp/platform/ViewPresenter.h"
 #include "VorselKelp/ui/ViewController.h"
-#include "VorselKelpLinux/OperationTable.h"
+#include "VorselKelpSimulator/OperationTable.h"
 
 namespace news {
 
@@ -25,6 +25,6 @@ class FrontPage final : public VorselKelp::ui::ViewController {
 };
 
 /// What the application can be asked to do from outside, beside the library's own operations.
-VorselKelp::linux_platform::OperationTable newsOperations();
+VorselKelp::simulator::OperationTable newsOperations();
 
 }  // namespace news

@@ -9,8 +9,8 @@ namespace news {
 namespace {
 
 using namespace VorselKelp;
-using linux_platform::ApplicationProcess;
-using linux_platform::Manifest;
+using simulator::ApplicationProcess;
+using simulator::Manifest;
 
 /// A real application would write these values down here; this one takes them from its manifest.
 std::shared_ptr<VorselConfig> configurationOf(const Manifest& manifest) {
@@ -28,7 +28,7 @@ std::shared_ptr<VorselConfig> configurationOf(const Manifest& manifest) {
   return builder.build();
 }
 
-class CoreNews final : public linux_platform::ApplicationDelegate {
+class CoreNews final : public simulator::ApplicationDelegate {
  public:
   void willFinishLaunching(ApplicationProcess& process) override {
     VorselKellp::setValueFor(process.manifest().appGroupId.value_or(""));

@@ -2,26 +2,26 @@
 
 #include <memory>
 
-#include "VorselKelpLinux/ApplicationHost.h"
+#include "VorselKelpSimulator/ApplicationHost.h"
 
 namespace news {
 
 /// A news application: starts the library, hands it the device token, and passes the user's taps on. It
 /// speaks to the library itself or to the publisher's layer above it, as the manifest says; a real
 /// application would know at compile time.
-class NewsApplication final : public VorselKelp::linux_platform::ApplicationDelegate {
+class NewsApplication final : public VorselKelp::simulator::ApplicationDelegate {
  public:
   NewsApplication();
   std::shared_ptr<VorselKelp::ui::ViewController> makeRootController() override;
-  void willFinishLaunching(VorselKelp::linux_platform::ApplicationProcess& process) override;
-  void didFinishLaunching(VorselKelp::linux_platform::ApplicationProcess& process) override;
-  void didSettle(VorselKelp::linux_platform::ApplicationProcess& process) override;
+  void willFinishLaunching(VorselKelp::simulator::ApplicationProcess& process) override;
+  void didFinishLaunching(VorselKelp::simulator::ApplicationProcess& process) override;
+  void didSettle(VorselKelp::simulator::ApplicationProcess& process) override;
   void didRegisterForRemoteNotifications(std::span<const std::uint8_t> token) override;
   void didReceive(const VorselKelp::platform::NotificationResponse& response, bool handle,
                   std::function<void(std::optional<std::string>)> completion) override;
 
  private:
-  std::unique_ptr<VorselKelp::linux_platform::ApplicationDelegate> news_;
+  std::unique_ptr<VorselKelp::simulator::ApplicationDelegate> news_;
 };
 
 }  // namespace news

@@ -44,8 +44,8 @@ class NewsContentController final : public ui::ViewController, public platform::
 
 }  // namespace
 
-void NewsContent::willStart(const linux_platform::Manifest& manifest) {
-  facade_ = manifest.layer == linux_platform::Manifest::Layer::facade;
+void NewsContent::willStart(const simulator::Manifest& manifest) {
+  facade_ = manifest.layer == simulator::Manifest::Layer::facade;
   const auto group = manifest.appGroupId.value_or("");
   if (facade_) {
     BrellixPushSDK::setValueFor(group);

@@ -1,14 +1,14 @@
 #pragma once
 
-#include "VorselKelpLinux/ContentExtensionHost.h"
+#include "VorselKelpSimulator/ContentExtensionHost.h"
 
 namespace news {
 
 /// Shows a carousel with the library itself or with the publisher's layer above it, as the manifest says; a
 /// real extension would know at compile time.
-class NewsContent final : public VorselKelp::linux_platform::ContentExtension {
+class NewsContent final : public VorselKelp::simulator::ContentExtension {
  public:
-  void willStart(const VorselKelp::linux_platform::Manifest& manifest) override;
+  void willStart(const VorselKelp::simulator::Manifest& manifest) override;
   VorselKelp::ui::Size preferredContentSize(
       const VorselKelp::platform::DeliveredNotification& notification) override;
   std::shared_ptr<VorselKelp::ui::ViewController> makeController(

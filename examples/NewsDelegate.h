@@ -1,7 +1,7 @@
 #pragma once
 
 #include "VorselKelp/VorselKellpDelegate.h"
-#include "VorselKelpLinux/ApplicationHost.h"
+#include "VorselKelpSimulator/ApplicationHost.h"
 
 namespace news {
 
@@ -9,7 +9,7 @@ namespace news {
 /// settings; this one tells whoever started it, so that brellixctl can show the calls.
 class NewsDelegate final : public VorselKelp::VorselKellpDelegate {
  public:
-  explicit NewsDelegate(VorselKelp::linux_platform::ApplicationProcess& process) : process_(process) {}
+  explicit NewsDelegate(VorselKelp::simulator::ApplicationProcess& process) : process_(process) {}
 
   void notificationTokenChanged(const std::string& token) override {
     process_.noteDelegateCall("notificationTokenChanged", {token});
@@ -28,7 +28,7 @@ class NewsDelegate final : public VorselKelp::VorselKellpDelegate {
   void passLocation(const std::any&) override { process_.noteDelegateCall("passLocation", {}); }
 
  private:
-  VorselKelp::linux_platform::ApplicationProcess& process_;
+  VorselKelp::simulator::ApplicationProcess& process_;
 };
 
 }  // namespace news

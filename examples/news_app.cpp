@@ -5,5 +5,5 @@
 
 int main(int argc, char** argv) {
   news::NewsApplication application;
-  return VorselKelp::linux_platform::runApplication(argc, argv, application, news::newsOperations());
+  return VorselKelp::simulator::runApplication(argc, argv, application, news::newsOperations());
 }

@@ -6,6 +6,6 @@
 
 int main(int argc, char** argv) {
   news::NewsApplication application;
-  return VorselKelp::linux_platform::runApplication(argc, argv, application, news::newsOperations(),
-                                                    *VorselKelp::desktop::makeDesktopScreen());
+  return VorselKelp::simulator::runApplication(argc, argv, application, news::newsOperations(),
+                                               *VorselKelp::desktop::makeDesktopScreen());
 }

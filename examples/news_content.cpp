@@ -5,5 +5,5 @@
 
 int main(int argc, char** argv) {
   news::NewsContent content;
-  return VorselKelp::linux_platform::runContentExtension(argc, argv, content);
+  return VorselKelp::simulator::runContentExtension(argc, argv, content);
 }

@@ -5,6 +5,6 @@
 
 int main(int argc, char** argv) {
   news::NewsContent content;
-  return VorselKelp::linux_platform::runContentExtension(argc, argv, content,
-                                                         *VorselKelp::desktop::makeDesktopScreen());
+  return VorselKelp::simulator::runContentExtension(argc, argv, content,
+                                                    *VorselKelp::desktop::makeDesktopScreen());
 }

@@ -3,17 +3,17 @@
 
 #include "BrellixPush/BrellixPushSDK.h"
 #include "VorselKelp/VorselKellp.h"
-#include "VorselKelpLinux/ServiceExtensionHost.h"
+#include "VorselKelpSimulator/ServiceExtensionHost.h"
 
 namespace {
 
 using namespace VorselKelp;
 using BrellixPush::BrellixPushSDK;
 
-class NewsService final : public linux_platform::ServiceExtension {
+class NewsService final : public simulator::ServiceExtension {
  public:
-  void willStart(const linux_platform::Manifest& manifest) override {
-    facade_ = manifest.layer == linux_platform::Manifest::Layer::facade;
+  void willStart(const simulator::Manifest& manifest) override {
+    facade_ = manifest.layer == simulator::Manifest::Layer::facade;
     const auto group = manifest.appGroupId.value_or("");
     if (facade_) {
       BrellixPushSDK::setValueFor(group);
@@ -55,5 +55,5 @@ class NewsService final : public linux_platform::ServiceExtension {
 
 int main(int argc, char** argv) {
   NewsService service;
-  return linux_platform::runServiceExtension(argc, argv, service);
+  return simulator::runServiceExtension(argc, argv, service);
 }

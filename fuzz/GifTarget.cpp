@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "VorselKelpLinux/PixbufImageDecoder.h"
+#include "VorselKelpPosix/PixbufImageDecoder.h"
 #include "VorselKelpTesting/MemoryPlatform.h"
 #include "gif/FrameSequence.h"
 #include "gif/GifManager.h"
@@ -22,7 +22,7 @@ constexpr std::size_t budget = std::size_t{256} << 10;
 constexpr int mostFrames = 64;
 
 platform::ImageDecoder& decoder() {
-  static const auto instance = linux_platform::makeImageDecoder();
+  static const auto instance = posix::makeImageDecoder();
   return *instance;
 }
 

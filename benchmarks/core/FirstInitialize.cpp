@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "VorselKelpLinux/CurlURLSession.h"
+#include "VorselKelpPosix/CurlURLSession.h"
 #include "core/BareStart.h"
 #include "kellp/Kellp.h"
 #include "support/BenchmarkPlatform.h"
@@ -30,7 +30,7 @@ using Clock = std::chrono::steady_clock;
 
 [[noreturn]] void kelp(const std::string& folder, Clock::time_point begin) {
   auto services = benchmarkPlatform(folder);
-  services->urlSession = linux_platform::makeURLSession();
+  services->urlSession = posix::makeURLSession();
   services->endpoints.tag = "http://127.0.0.1:1";
   const auto kellp = std::make_shared<Kellp>(std::move(services));
   kellp->initialize(configured(kellp->context));

@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-#include "VorselKelpLinux/CurlURLSession.h"
+#include "VorselKelpPosix/CurlURLSession.h"
 #include "core/BareStart.h"
 #include "core/Figures.h"
 #include "kellp/Kellp.h"
@@ -70,7 +70,7 @@ struct FreshCore {
  private:
   static std::shared_ptr<platform::Platform> networkPlatform(const std::string& folder) {
     auto services = benchmarkPlatform(folder);
-    services->urlSession = linux_platform::makeURLSession();
+    services->urlSession = posix::makeURLSession();
     services->endpoints.tag = "http://127.0.0.1:1";
     return services;
   }

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "VorselKelpLinux/PixbufImageDecoder.h"
+#include "VorselKelpPosix/PixbufImageDecoder.h"
 #include "VorselKelpTesting/MemoryPlatform.h"
 #include "gif/Figures.h"
 #include "gif/FlatGif.h"
@@ -22,7 +22,7 @@ namespace {
 
 void composedFrames(benchmark::State& state) {
   const auto bytes = std::make_shared<const std::string>(flatGif());
-  const auto decoder = linux_platform::makeImageDecoder();
+  const auto decoder = posix::makeImageDecoder();
   const auto frames = gif::FrameSequence::open(*decoder, bytes, gif::GifManager::defaultFrameBudget);
   for (auto _ : state) {
     if (!frames->advance()) std::abort();
@@ -112,7 +112,7 @@ std::size_t heapBytes() {
 }  // namespace
 
 Line gifMemory() {
-  const auto decoder = linux_platform::makeImageDecoder();
+  const auto decoder = posix::makeImageDecoder();
   const auto screen = std::make_shared<testing_platform::SettableScreen>();
   const auto view = std::make_shared<ui::ImageView>();
   gif::GifManager manager(screen, decoder);

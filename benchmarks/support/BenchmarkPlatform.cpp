@@ -4,8 +4,8 @@
 #include <filesystem>
 
 #include "VorselKelp/VorselBuilder.h"
-#include "VorselKelpLinux/DiskFileManager.h"
-#include "VorselKelpLinux/SqliteUserDefaults.h"
+#include "VorselKelpPosix/DiskFileManager.h"
+#include "VorselKelpPosix/SqliteUserDefaults.h"
 #include "VorselKelpTesting/MemoryPlatform.h"
 #include "core/CoreScope.h"
 
@@ -66,17 +66,17 @@ std::shared_ptr<platform::Platform> benchmarkPlatform(
     const std::string& folder, std::vector<platform::NotificationCategory> categories) {
   testing_platform::MemoryPlatform memory;
   auto services = std::make_shared<platform::Platform>(*memory.platform());
-  linux_platform::FileManagerOptions files;
+  posix::FileManagerOptions files;
   files.containersFolder = folder + "/groups";
   files.groups = {benchmarkGroup};
   files.temporaryFolder = folder + "/tmp";
-  services->fileManager = linux_platform::makeFileManager(files);
-  linux_platform::UserDefaultsOptions defaults;
+  services->fileManager = posix::makeFileManager(files);
+  posix::UserDefaultsOptions defaults;
   defaults.standardFile = folder + "/standard.sqlite";
   defaults.containerPath = [manager = services->fileManager](std::string_view group) {
     return manager->containerPath(group);
   };
-  services->userDefaults = linux_platform::makeUserDefaults(defaults);
+  services->userDefaults = posix::makeUserDefaults(defaults);
   makeQuiet(*services, std::move(categories));
   return services;
 }

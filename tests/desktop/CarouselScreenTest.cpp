@@ -1,6 +1,6 @@
-#include "VorselKelpLinux/PixbufImageDecoder.h"
+#include "VorselKelpPosix/PixbufImageDecoder.h"
 #include "content_ext/CarouselTest.h"
-#include "linux/support/PictureFiles.h"
+#include "posix/support/PictureFiles.h"
 #include "support/ScreenTest.h"
 
 namespace VorselKelp {
@@ -20,7 +20,7 @@ std::string plainPng(std::uint8_t red, std::uint8_t green, std::uint8_t blue) {
 class CarouselScreenTest : public CarouselTest, protected desktop::TestScreen {
  protected:
   CarouselScreenTest() {
-    extension_.platform()->imageDecoder = linux_platform::makeImageDecoder();
+    extension_.platform()->imageDecoder = posix::makeImageDecoder();
     for (const char* name : {"left2.png", "right2.png"}) {
       extension_.bundle->setResource(name, plainPng(255, 255, 255));
     }

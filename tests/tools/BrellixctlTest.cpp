@@ -142,7 +142,7 @@ TEST_F(ToolTest, WhatTheUserDoesNotAllowNeitherRunsNorShowsAnything) {
   const auto asked = requests().size();
   EXPECT_GT(asked, before);
   refused("does not allow");
-  linux_platform::SimulatedDevice device(linux_platform::DeviceHome(folder_ / "device"), "com.example.news");
+  simulator::SimulatedDevice device(simulator::DeviceHome(folder_ / "device"), "com.example.news");
   device.setAuthorization(platform::AuthorizationStatus::authorized);
   refused("no device token");
   EXPECT_EQ(requests().size(), asked) << "no tracker either";

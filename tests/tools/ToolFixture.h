@@ -14,9 +14,9 @@
 #include <vector>
 
 #include "VorselKelp/JSONAny.h"
-#include "VorselKelpLinux/DeviceHome.h"
-#include "VorselKelpLinux/SimulatedDevice.h"
-#include "linux/support/TemporaryFolder.h"
+#include "VorselKelpSimulator/DeviceHome.h"
+#include "VorselKelpSimulator/SimulatedDevice.h"
+#include "posix/support/TemporaryFolder.h"
 
 namespace VorselKelp::tool_tests {
 
@@ -121,8 +121,7 @@ class ToolTest : public testing::Test {
 
   /// As after a start whose permission dialog the user has allowed.
   void allowNotifications() const {
-    linux_platform::SimulatedDevice device(linux_platform::DeviceHome(folder_ / "device"),
-                                           "com.example.news");
+    simulator::SimulatedDevice device(simulator::DeviceHome(folder_ / "device"), "com.example.news");
     device.setAuthorization(platform::AuthorizationStatus::authorized);
     ASSERT_TRUE(device.registerForRemoteNotifications().ok());
   }

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "VorselKelpLinux/NotificationRecords.h"
-#include "VorselKelpLinux/StoreListing.h"
+#include "VorselKelpSimulator/NotificationRecords.h"
+#include "VorselKelpSimulator/StoreListing.h"
 #include "brellixctl/PlainText.h"
 #include "brellixctl/Reports.h"
 
@@ -12,7 +12,7 @@ namespace brellixctl {
 
 using VorselKelp::JSONAny;
 namespace platform = VorselKelp::platform;
-namespace device = VorselKelp::linux_platform;
+namespace device = VorselKelp::simulator;
 
 namespace {
 

@@ -1,11 +1,11 @@
-#include "VorselKelpLinux/NotificationRecords.h"
+#include "VorselKelpSimulator/NotificationRecords.h"
 #include "brellixctl/Reports.h"
 
 namespace brellixctl {
 
 using VorselKelp::JSONAny;
 namespace platform = VorselKelp::platform;
-namespace device = VorselKelp::linux_platform;
+namespace device = VorselKelp::simulator;
 
 namespace {
 

@@ -1,5 +1,5 @@
-#include "VorselKelpLinux/Hex.h"
-#include "VorselKelpLinux/NotificationRecords.h"
+#include "VorselKelpPosix/Hex.h"
+#include "VorselKelpSimulator/NotificationRecords.h"
 #include "brellixctl/Operations.h"
 #include "brellixctl/TargetProcess.h"
 #include "brellixctl/TextFile.h"
@@ -11,7 +11,7 @@ using collection_server::CollectionServer;
 using VorselKelp::Error;
 using VorselKelp::JSONAny;
 using VorselKelp::Result;
-using VorselKelp::linux_platform::hexOf;
+using VorselKelp::posix::hexOf;
 
 namespace {
 
@@ -71,7 +71,7 @@ LaunchOutcome outcomeOf(const Target& target, const LaunchRequest& request, Chil
   if (!outcome.initialised)
     outcome.failure = "The application did not initialise the library; brellixctl doctor says what is wrong";
   auto device = target.device();
-  outcome.authorisation = VorselKelp::linux_platform::authorizationWord(device.authorization());
+  outcome.authorisation = VorselKelp::simulator::authorizationWord(device.authorization());
   if (const auto token = device.remoteToken()) outcome.token = hexOf(*token);
   outcome.delegate = child.valuesOf("delegate");
   for (std::size_t call = 0; call < request.calls.size(); ++call) {
@@ -87,7 +87,7 @@ LaunchOutcome outcomeOf(const Target& target, const LaunchRequest& request, Chil
 }  // namespace
 
 Result<LaunchOutcome> launch(const Target& target, const LaunchRequest& request) {
-  TargetProcess process(target, VorselKelp::linux_platform::ProcessKind::application, request.timeLimit);
+  TargetProcess process(target, VorselKelp::simulator::ProcessKind::application, request.timeLimit);
   process.add("--answer", request.answer);
   for (const auto& call : request.calls) process.add("--call", call);
   for (const auto& event : request.beacons) process.add("--beacon", event);

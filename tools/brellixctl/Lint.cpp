@@ -1,7 +1,7 @@
 #include <cstdio>
 
 #include "VorselKelp/PayloadLint.h"
-#include "VorselKelpLinux/NotificationRecords.h"
+#include "VorselKelpSimulator/NotificationRecords.h"
 #include "brellixctl/Commands.h"
 #include "brellixctl/LintReports.h"
 #include "brellixctl/PayloadFile.h"
@@ -12,7 +12,7 @@ namespace brellixctl {
 using VorselKelp::Error;
 using VorselKelp::JSONAny;
 using VorselKelp::PayloadLint;
-namespace device = VorselKelp::linux_platform;
+namespace device = VorselKelp::simulator;
 
 namespace {
 

@@ -1,11 +1,11 @@
-#include "VorselKelpLinux/NotificationRecords.h"
+#include "VorselKelpSimulator/NotificationRecords.h"
 #include "brellixctl/LintReports.h"
 
 namespace brellixctl {
 
 using VorselKelp::JSONAny;
 using VorselKelp::PayloadLint;
-namespace device = VorselKelp::linux_platform;
+namespace device = VorselKelp::simulator;
 
 namespace {
 

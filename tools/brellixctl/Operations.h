@@ -8,10 +8,10 @@
 #include "VorselKelp/JSONAny.h"
 #include "VorselKelp/Result.h"
 #include "VorselKelp/platform/Notification.h"
-#include "VorselKelpLinux/DeviceHome.h"
-#include "VorselKelpLinux/Manifest.h"
-#include "VorselKelpLinux/Runtime.h"
-#include "VorselKelpLinux/SimulatedDevice.h"
+#include "VorselKelpSimulator/DeviceHome.h"
+#include "VorselKelpSimulator/Manifest.h"
+#include "VorselKelpSimulator/Runtime.h"
+#include "VorselKelpSimulator/SimulatedDevice.h"
 #include "brellixctl/Display.h"
 
 namespace brellixctl {
@@ -20,19 +20,19 @@ namespace brellixctl {
 struct Target {
   std::string homePath;
   std::string manifestPath;
-  VorselKelp::linux_platform::Manifest manifest;
-  VorselKelp::linux_platform::DeviceHome home;
+  VorselKelp::simulator::Manifest manifest;
+  VorselKelp::simulator::DeviceHome home;
 
   /// An error says in one line what is wrong with either.
   static VorselKelp::Result<Target> open(const std::string& homePath, const std::string& manifestPath);
   /// The same without a look at the device, which need not be there.
   static VorselKelp::Result<Target> describe(const std::string& homePath, const std::string& manifestPath);
-  [[nodiscard]] VorselKelp::linux_platform::SimulatedDevice device() const {
+  [[nodiscard]] VorselKelp::simulator::SimulatedDevice device() const {
     return {home, manifest.bundleIdentifier};
   }
   /// The executable of one of the application's processes: an absolute path, or a name beside this
   /// executable.
-  [[nodiscard]] std::string program(VorselKelp::linux_platform::ProcessKind kind) const;
+  [[nodiscard]] std::string program(VorselKelp::simulator::ProcessKind kind) const;
 };
 
 /// An operation that failed carries this code when it was asked for in a wrong way.

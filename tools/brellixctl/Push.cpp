@@ -1,8 +1,8 @@
 #include <sys/random.h>
 
 #include "VorselKelp/JSONText.h"
-#include "VorselKelpLinux/Hex.h"
-#include "VorselKelpLinux/NotificationRecords.h"
+#include "VorselKelpPosix/Hex.h"
+#include "VorselKelpSimulator/NotificationRecords.h"
 #include "brellixctl/Operations.h"
 #include "brellixctl/PayloadFile.h"
 #include "brellixctl/TargetProcess.h"
@@ -12,9 +12,9 @@ namespace brellixctl {
 using VorselKelp::Error;
 using VorselKelp::JSONAny;
 using VorselKelp::Result;
-using VorselKelp::linux_platform::hexOf;
+using VorselKelp::posix::hexOf;
 namespace platform = VorselKelp::platform;
-namespace device = VorselKelp::linux_platform;
+namespace device = VorselKelp::simulator;
 
 namespace {
 

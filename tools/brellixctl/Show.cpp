@@ -61,7 +61,7 @@ Result<ShowOutcome> show(const Target& target, const ShowRequest& request) {
       return status.error();
   }
   if (const auto status = checkFolderOf(request.png); !status) return status.error();
-  TargetProcess process(target, VorselKelp::linux_platform::ProcessKind::contentExtension, request.timeLimit);
+  TargetProcess process(target, VorselKelp::simulator::ProcessKind::contentExtension, request.timeLimit);
   process.add("--id", request.identifier);
   process.add("--do", request.acts);
   process.add("--png", request.png);

@@ -9,7 +9,7 @@ using VorselKelp::Error;
 using VorselKelp::JSONAny;
 using VorselKelp::Result;
 namespace platform = VorselKelp::platform;
-namespace device = VorselKelp::linux_platform;
+namespace device = VorselKelp::simulator;
 
 namespace {
 
@@ -51,7 +51,7 @@ Result<TapOutcome> tap(const Target& target, const TapRequest& request) {
     return Error{"The device holds no notification \"" + request.identifier +
                  "\"; brellixctl notifications lists what there is"};
   }
-  TargetProcess process(target, VorselKelp::linux_platform::ProcessKind::application, request.timeLimit);
+  TargetProcess process(target, VorselKelp::simulator::ProcessKind::application, request.timeLimit);
   process.add(request.onDesktop ? "--notify" : "--tap", request.identifier);
   if (request.action) {
     process.addFlag("--action");

@@ -4,7 +4,7 @@ namespace brellixctl {
 
 using VorselKelp::Error;
 using VorselKelp::Result;
-namespace device = VorselKelp::linux_platform;
+namespace device = VorselKelp::simulator;
 
 Result<Target> Target::describe(const std::string& homePath, const std::string& manifestPath) {
   if (homePath.empty()) return Error{"Name the simulated device's folder with --home DIR", wrongUsage};

@@ -37,7 +37,7 @@ std::vector<JSONAny> requestsOf(const ChildOutcome& child) {
 
 }  // namespace
 
-TargetProcess::TargetProcess(const Target& target, VorselKelp::linux_platform::ProcessKind kind,
+TargetProcess::TargetProcess(const Target& target, VorselKelp::simulator::ProcessKind kind,
                              double timeLimit) {
   command_.program = target.program(kind);
   command_.timeLimit = timeLimit;

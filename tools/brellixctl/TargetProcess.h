@@ -11,7 +11,7 @@ namespace brellixctl {
 /// A process of the target's application, as it is to be run.
 class TargetProcess {
  public:
-  TargetProcess(const Target& target, VorselKelp::linux_platform::ProcessKind kind, double timeLimit);
+  TargetProcess(const Target& target, VorselKelp::simulator::ProcessKind kind, double timeLimit);
 
   /// An option with its value; an empty value leaves it out.
   void add(const char* option, const std::string& value);

@@ -1,4 +1,4 @@
-#include "VorselKelpLinux/NotificationRecords.h"
+#include "VorselKelpSimulator/NotificationRecords.h"
 #include "brellixctl/PlainText.h"
 #include "brellixctl/Reports.h"
 
@@ -6,7 +6,7 @@ namespace brellixctl {
 
 using VorselKelp::JSONAny;
 namespace platform = VorselKelp::platform;
-namespace device = VorselKelp::linux_platform;
+namespace device = VorselKelp::simulator;
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <string_view>
 #include <utility>
 
-#include "VorselKelpLinux/LineSink.h"
+#include "VorselKelpPosix/LineSink.h"
 #include "bus/BeaconFrame.h"
 
 namespace VorselKelp::desktop::bus {
@@ -119,7 +119,7 @@ void BluezScanner::discover() {
 
 void BluezScanner::complain(const std::string& reason) {
   if (std::exchange(complaint_, reason) == reason) return;
-  linux_platform::standardErrorLines()("No beacon can be found: " + reason);
+  posix::standardErrorLines()("No beacon can be found: " + reason);
 }
 
 void BluezScanner::interfacesAdded(GVariant* arguments) {

@@ -4,7 +4,7 @@
 #include <map>
 #include <utility>
 
-#include "VorselKelpLinux/LineSink.h"
+#include "VorselKelpPosix/LineSink.h"
 #include "bus/Connection.h"
 #include "bus/NotificationMessage.h"
 
@@ -28,8 +28,8 @@ struct Order {
   void end(const Status& status) {
     if (answer) return answer(status);
     if (status) return;
-    linux_platform::standardErrorLines()("The desktop does not show the notification \"" +
-                                         request.identifier + "\": " + status.error().description);
+    posix::standardErrorLines()("The desktop does not show the notification \"" + request.identifier +
+                                "\": " + status.error().description);
   }
 };
 

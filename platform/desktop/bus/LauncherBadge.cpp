@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "VorselKelpLinux/LineSink.h"
+#include "VorselKelpPosix/LineSink.h"
 #include "bus/BusText.h"
 #include "bus/Connection.h"
 
@@ -30,12 +30,12 @@ class SignalledBadge final : public LauncherBadge {
 
   void setBadge(std::int64_t value) override {
     mainQueue_->async([connection = connection_, application = application_, value] {
-      connection->emitSignal("/com/canonical/unity/launcherentry/1", "com.canonical.Unity.LauncherEntry",
-                             "Update", updateArguments(application, value), [](const Status& sent) {
-                               if (sent) return;
-                               linux_platform::standardErrorLines()("The desktop does not show the badge: " +
-                                                                    sent.error().description);
-                             });
+      connection->emitSignal(
+          "/com/canonical/unity/launcherentry/1", "com.canonical.Unity.LauncherEntry", "Update",
+          updateArguments(application, value), [](const Status& sent) {
+            if (sent) return;
+            posix::standardErrorLines()("The desktop does not show the badge: " + sent.error().description);
+          });
     });
   }
   [[nodiscard]] bool idle() const override { return connection_->idle(); }

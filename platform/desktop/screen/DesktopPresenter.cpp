@@ -1,6 +1,6 @@
 #include "screen/DesktopPresenter.h"
 
-#include "VorselKelpLinux/LineSink.h"
+#include "VorselKelpPosix/LineSink.h"
 
 namespace VorselKelp::desktop {
 
@@ -8,7 +8,7 @@ void DesktopPresenter::present(const std::shared_ptr<ui::ViewController>& contro
                                const std::shared_ptr<ui::ViewController>& from, bool animated) {
   const auto window = window_.lock();
   if (!window || !from || !from->link(controller)) {
-    linux_platform::standardErrorLines()("A screen can't be presented there");
+    posix::standardErrorLines()("A screen can't be presented there");
     return;
   }
   const auto shown = controller;

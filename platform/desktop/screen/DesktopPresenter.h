@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "VorselKelp/platform/ViewPresenter.h"
-#include "VorselKelpLinux/HeadlessScreen.h"
+#include "VorselKelpSimulator/HeadlessScreen.h"
 #include "screen/DesktopWindow.h"
 
 namespace VorselKelp::desktop {
@@ -14,7 +14,7 @@ class DesktopPresenter final : public platform::ViewPresenter {
  public:
   /// Both are held weakly: what is shown may hold the core, which holds this.
   DesktopPresenter(std::weak_ptr<DesktopWindow> window, std::weak_ptr<ui::ViewController> root,
-                   linux_platform::ScreenListener changed)
+                   simulator::ScreenListener changed)
       : window_(std::move(window)), root_(std::move(root)), changed_(std::move(changed)) {}
 
   std::shared_ptr<ui::ViewController> rootViewController() override { return root_.lock(); }
@@ -27,7 +27,7 @@ class DesktopPresenter final : public platform::ViewPresenter {
  private:
   const std::weak_ptr<DesktopWindow> window_;
   const std::weak_ptr<ui::ViewController> root_;
-  const linux_platform::ScreenListener changed_;
+  const simulator::ScreenListener changed_;
 };
 
 }  // namespace VorselKelp::desktop

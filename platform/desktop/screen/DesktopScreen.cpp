@@ -21,7 +21,7 @@ class DesktopWebViews final : public platform::WebViews,
                               public std::enable_shared_from_this<DesktopWebViews> {
  public:
   DesktopWebViews(std::shared_ptr<platform::MainQueue> mainQueue, std::shared_ptr<Activity> activity,
-                  linux_platform::PromptAnswer answer, std::function<void(const std::string&)> picture)
+                  simulator::PromptAnswer answer, std::function<void(const std::string&)> picture)
       : mainQueue_(std::move(mainQueue)),
         activity_(std::move(activity)),
         answer_(answer),
@@ -48,8 +48,8 @@ class DesktopWebViews final : public platform::WebViews,
       const auto shown = weak.lock();
       if (!shown) return;
       // A real user takes the time that it takes.
-      if (choice == linux_platform::PromptAnswer::none) return shown->keepBusy(busy);
-      const std::string event = choice == linux_platform::PromptAnswer::ok ? "pns.htmlOK" : "pns.htmlCancel";
+      if (choice == simulator::PromptAnswer::none) return shown->keepBusy(busy);
+      const std::string event = choice == simulator::PromptAnswer::ok ? "pns.htmlOK" : "pns.htmlCancel";
       shown->evaluateJavaScript("window.dispatchEvent(new Event('" + event + "'));null",
                                 [busy](const Result<JSONAny>&) {});
     };
@@ -62,15 +62,15 @@ class DesktopWebViews final : public platform::WebViews,
 
   const std::shared_ptr<platform::MainQueue> mainQueue_;
   const std::shared_ptr<Activity> activity_;
-  const linux_platform::PromptAnswer answer_;
+  const simulator::PromptAnswer answer_;
   const std::function<void(const std::string&)> picture_;
 };
 
-class DesktopScreen final : public linux_platform::ProcessScreen {
+class DesktopScreen final : public simulator::ProcessScreen {
  public:
   explicit DesktopScreen(DesktopOptions options) : options_(options) {}
 
-  std::shared_ptr<linux_platform::LoopWaiter> makeWaiter() override { return std::make_shared<GtkWaiter>(); }
+  std::shared_ptr<posix::LoopWaiter> makeWaiter() override { return std::make_shared<GtkWaiter>(); }
 
   Result<Services> open(Setting setting) override {
     if (!gtk_init_check()) return Error{"There is no display to open a window on; set DISPLAY"};
@@ -89,7 +89,7 @@ class DesktopScreen final : public linux_platform::ProcessScreen {
         std::make_shared<DesktopWebViews>(setting.loop, activity_, setting.promptAnswer, setting.picture);
     services.inAppBrowser = std::make_shared<PageSheetBrowser>(window_, setting.loop, activity_,
                                                                setting.picture, setting.screenChanged);
-    if (setting.kind == linux_platform::ProcessKind::application) {
+    if (setting.kind == simulator::ProcessKind::application) {
       services.permissionDialog = permissionDialog(setting);
       if (options_.bluetoothBeacons) services.location = makeBluezLocation(setting.loop);
       joinSession(setting, services);
@@ -116,10 +116,10 @@ class DesktopScreen final : public linux_platform::ProcessScreen {
   }
 
  private:
-  linux_platform::PermissionDialog permissionDialog(const Setting& setting) {
+  simulator::PermissionDialog permissionDialog(const Setting& setting) {
     return [weak = std::weak_ptr(window_), activity = activity_, loop = setting.loop,
             picture = setting.picture, name = setting.manifest.bundleIdentifier](
-               linux_platform::DialogAnswer answer, const std::function<void(bool)>& answered) {
+               simulator::DialogAnswer answer, const std::function<void(bool)>& answered) {
       const auto window = weak.lock();
       if (!window) return;
       const auto shown = std::make_shared<std::weak_ptr<PermissionSheet>>();
@@ -132,11 +132,10 @@ class DesktopScreen final : public linux_platform::ProcessScreen {
       *shown = sheet;
       (void)sheet->view();
       window->push(sheet);
-      if (answer == linux_platform::DialogAnswer::none) return;
+      if (answer == simulator::DialogAnswer::none) return;
       loop->asyncAfter(picture ? paintingSeconds : 0, [shown, picture, answer] {
         if (picture) picture("dialog");
-        if (const auto open = shown->lock())
-          open->button(answer == linux_platform::DialogAnswer::allow)->tap();
+        if (const auto open = shown->lock()) open->button(answer == simulator::DialogAnswer::allow)->tap();
       });
     };
   }
@@ -167,7 +166,7 @@ class DesktopScreen final : public linux_platform::ProcessScreen {
 
 }  // namespace
 
-std::shared_ptr<linux_platform::ProcessScreen> makeDesktopScreen(DesktopOptions options) {
+std::shared_ptr<simulator::ProcessScreen> makeDesktopScreen(DesktopOptions options) {
   return std::make_shared<DesktopScreen>(options);
 }
 

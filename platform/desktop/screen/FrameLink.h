@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "VorselKelp/platform/Device.h"
-#include "VorselKelpLinux/Manifest.h"
+#include "VorselKelpSimulator/Manifest.h"
 #include "screen/DesktopWindow.h"
 
 namespace VorselKelp::desktop {
@@ -13,7 +13,7 @@ namespace VorselKelp::desktop {
 /// The screen of the simulated device, refreshed as the window is.
 class DesktopDisplay final : public platform::Screen {
  public:
-  DesktopDisplay(const linux_platform::Manifest& manifest, std::weak_ptr<DesktopWindow> window)
+  DesktopDisplay(const simulator::Manifest& manifest, std::weak_ptr<DesktopWindow> window)
       : width_(manifest.screenWidth), height_(manifest.screenHeight), window_(std::move(window)) {}
 
   double width() override { return width_; }

@@ -2,12 +2,12 @@
 
 #include <gtk/gtk.h>
 
-#include "VorselKelpLinux/EventLoop.h"
+#include "VorselKelpPosix/EventLoop.h"
 
 namespace VorselKelp::desktop {
 
 /// Waits in the toolkit's own loop, so that windows live while the process waits for its work.
-class GtkWaiter final : public linux_platform::LoopWaiter {
+class GtkWaiter final : public posix::LoopWaiter {
  public:
   void wait(std::chrono::steady_clock::time_point until) override;
   void wake() override { g_main_context_wakeup(nullptr); }

@@ -52,7 +52,7 @@ PageSheetBrowser::PageSheetBrowser(std::weak_ptr<DesktopWindow> window,
                                    std::shared_ptr<platform::MainQueue> mainQueue,
                                    std::shared_ptr<Activity> activity,
                                    std::function<void(const std::string&)> picture,
-                                   linux_platform::ScreenListener changed)
+                                   simulator::ScreenListener changed)
     : window_(std::move(window)),
       mainQueue_(std::move(mainQueue)),
       activity_(std::move(activity)),

@@ -6,7 +6,7 @@
 
 #include "VorselKelp/platform/InAppBrowser.h"
 #include "VorselKelp/platform/MainQueue.h"
-#include "VorselKelpLinux/HeadlessScreen.h"
+#include "VorselKelpSimulator/HeadlessScreen.h"
 #include "screen/Activity.h"
 #include "screen/DesktopWindow.h"
 
@@ -19,7 +19,7 @@ class PageSheetBrowser final : public platform::InAppBrowser {
   /// `picture` is asked for one, named "browser", when a page has been shown.
   PageSheetBrowser(std::weak_ptr<DesktopWindow> window, std::shared_ptr<platform::MainQueue> mainQueue,
                    std::shared_ptr<Activity> activity, std::function<void(const std::string&)> picture,
-                   linux_platform::ScreenListener changed);
+                   simulator::ScreenListener changed);
   ~PageSheetBrowser() override;
   void present(const std::string& url) override;
 
@@ -29,7 +29,7 @@ class PageSheetBrowser final : public platform::InAppBrowser {
   const std::shared_ptr<platform::MainQueue> mainQueue_;
   const std::shared_ptr<Activity> activity_;
   const std::function<void(const std::string&)> picture_;
-  const linux_platform::ScreenListener changed_;
+  const simulator::ScreenListener changed_;
   std::shared_ptr<Sheet> sheet_;
 };
 

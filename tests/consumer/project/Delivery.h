@@ -3,13 +3,13 @@
 #include <cstdio>
 #include <memory>
 
-#include "VorselKelpLinux/Runtime.h"
+#include "VorselKelpSimulator/Runtime.h"
 #include "VorselKelpTesting/MemoryPlatform.h"
 
 namespace delivery {
 
 namespace platform = VorselKelp::platform;
-namespace linux_platform = VorselKelp::linux_platform;
+namespace simulator = VorselKelp::simulator;
 using VorselKelp::testing_platform::MemoryDevice;
 using VorselKelp::testing_platform::MemoryPlatform;
 
@@ -45,7 +45,7 @@ inline void reportPrepared(const platform::NotificationContent& content) {
 /// What the service extension's process asked of the network, and what it finds of the library's pictures.
 inline void report(const MemoryPlatform& extension) {
   for (const auto& url : extension.urlSession->urls()) std::printf("requested: %s\n", url.c_str());
-  const auto bundle = linux_platform::makeBundleInformation({}, linux_platform::ProcessKind::application);
+  const auto bundle = simulator::makeBundleInformation({}, simulator::ProcessKind::application);
   int pictures = 0;
   for (const char* name : {"left2.png", "right2.png"}) pictures += bundle->libraryResource(name) ? 1 : 0;
   std::printf("pictures: %d\n", pictures);

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "VorselKelpLinux/NotificationRecords.h"
+#include "VorselKelpSimulator/NotificationRecords.h"
 
 namespace brellixctl {
 
@@ -23,7 +23,7 @@ TemporaryFolder::~TemporaryFolder() {
 
 std::string TemporaryFolder::write(const std::string& name, const JSONAny& json) const {
   auto file = path_ + "/" + name;
-  std::ofstream(file) << VorselKelp::linux_platform::encodeLossy(json) << '\n';
+  std::ofstream(file) << VorselKelp::simulator::encodeLossy(json) << '\n';
   return file;
 }
 

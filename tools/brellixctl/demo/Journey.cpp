@@ -4,15 +4,15 @@
 #include <cstdio>
 #include <filesystem>
 
-#include "VorselKelpLinux/NotificationRecords.h"
-#include "VorselKelpLinux/StoreListing.h"
+#include "VorselKelpSimulator/NotificationRecords.h"
+#include "VorselKelpSimulator/StoreListing.h"
 #include "brellixctl/PlainText.h"
 #include "brellixctl/TextFile.h"
 
 namespace brellixctl {
 
 using VorselKelp::JSONAny;
-namespace device = VorselKelp::linux_platform;
+namespace device = VorselKelp::simulator;
 
 namespace {
 

@@ -5,13 +5,13 @@
 #include <filesystem>
 #include <map>
 
-#include "VorselKelpLinux/NotificationRecords.h"
+#include "VorselKelpSimulator/NotificationRecords.h"
 #include "brellixctl/TextFile.h"
 
 namespace brellixctl {
 
 using VorselKelp::JSONAny;
-using VorselKelp::linux_platform::encodeLossy;
+using VorselKelp::simulator::encodeLossy;
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <array>
 #include <cstdint>
 
-#include "VorselKelpLinux/NotificationRecords.h"
+#include "VorselKelpSimulator/NotificationRecords.h"
 
 namespace brellixctl {
 namespace {
@@ -64,7 +64,7 @@ stand on yellow cards. Every process that you see here really ran, and every req
 
 std::string escaped(std::string_view text) {
   std::string html;
-  for (const char c : VorselKelp::linux_platform::lossyText(text)) {
+  for (const char c : VorselKelp::simulator::lossyText(text)) {
     switch (c) {
       case '&':
         html += "&amp;";

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "VorselKelp/JSONAny.h"
-#include "VorselKelpLinux/DeviceInspection.h"
-#include "VorselKelpLinux/StoreListing.h"
+#include "VorselKelpSimulator/DeviceInspection.h"
+#include "VorselKelpSimulator/StoreListing.h"
 #include "brellixctl/Operations.h"
 #include "brellixctl/doctor/Finding.h"
 
@@ -10,21 +10,19 @@ namespace brellixctl {
 
 // Each looks at one side of an application and its device, and changes neither.
 
-Findings checkManifest(const VorselKelp::linux_platform::Manifest& manifest);
-Findings checkGroup(const VorselKelp::linux_platform::Manifest& manifest);
+Findings checkManifest(const VorselKelp::simulator::Manifest& manifest);
+Findings checkGroup(const VorselKelp::simulator::Manifest& manifest);
 /// `stored`: what the group's store holds.
-Findings checkSwitches(const VorselKelp::linux_platform::Manifest& manifest,
-                       const VorselKelp::JSONAny& stored);
+Findings checkSwitches(const VorselKelp::simulator::Manifest& manifest, const VorselKelp::JSONAny& stored);
 /// Asks each server for something harmless; waits for the slowest of them, ten seconds at most.
-Findings checkEndpoints(const VorselKelp::linux_platform::Manifest& manifest);
-Findings checkHome(const Target& target, const VorselKelp::linux_platform::DeviceHealth& device);
+Findings checkEndpoints(const VorselKelp::simulator::Manifest& manifest);
+Findings checkHome(const Target& target, const VorselKelp::simulator::DeviceHealth& device);
 // The next two find nothing on a device that can't be used.
-Findings checkPermission(const VorselKelp::linux_platform::DeviceHealth& device);
-Findings checkToken(const VorselKelp::linux_platform::DeviceHealth& device,
-                    const VorselKelp::JSONAny& stored);
-Findings checkStore(const VorselKelp::linux_platform::StoreHealth& store);
+Findings checkPermission(const VorselKelp::simulator::DeviceHealth& device);
+Findings checkToken(const VorselKelp::simulator::DeviceHealth& device, const VorselKelp::JSONAny& stored);
+Findings checkStore(const VorselKelp::simulator::StoreHealth& store);
 /// Whether the pictures that delivered carousels bring for their arrows can be kept.
-Findings checkArrows(const VorselKelp::linux_platform::Manifest& manifest,
-                     const VorselKelp::linux_platform::DeviceHealth& device);
+Findings checkArrows(const VorselKelp::simulator::Manifest& manifest,
+                     const VorselKelp::simulator::DeviceHealth& device);
 
 }  // namespace brellixctl

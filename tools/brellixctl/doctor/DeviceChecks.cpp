@@ -1,15 +1,15 @@
 #include <algorithm>
 #include <array>
 
-#include "VorselKelpLinux/Hex.h"
+#include "VorselKelpPosix/Hex.h"
 #include "brellixctl/doctor/Checks.h"
 
 namespace brellixctl {
 
 using VorselKelp::JSONAny;
 namespace platform = VorselKelp::platform;
-using VorselKelp::linux_platform::Manifest;
-namespace device = VorselKelp::linux_platform;
+using VorselKelp::simulator::Manifest;
+namespace device = VorselKelp::simulator;
 
 namespace {
 
@@ -90,7 +90,7 @@ Findings checkToken(const device::DeviceHealth& health, const JSONAny& stored) {
   const auto& token = health.token;
   if (!token)
     return {fault("token", "the device has given none out: no push reaches the application", launchAndAllow)};
-  const auto hex = device::hexOf(*token);
+  const auto hex = VorselKelp::posix::hexOf(*token);
   const auto reported = textUnder(stored, "vs_tok");
   if (reported == hex) return {fine("token", hex.substr(0, 8) + "... is registered with the server")};
   return {fault("token",

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <iterator>
 
-#include "VorselKelpLinux/NotificationRecords.h"
+#include "VorselKelpSimulator/NotificationRecords.h"
 #include "brellixctl/Commands.h"
 #include "brellixctl/PlainText.h"
 #include "brellixctl/doctor/Checks.h"
@@ -11,7 +11,7 @@
 namespace brellixctl {
 
 using VorselKelp::JSONAny;
-namespace device = VorselKelp::linux_platform;
+namespace device = VorselKelp::simulator;
 
 namespace {
 

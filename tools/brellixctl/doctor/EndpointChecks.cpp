@@ -5,13 +5,13 @@
 #include <string>
 
 #include "VorselKelp/JSONText.h"
-#include "VorselKelpLinux/CurlURLSession.h"
+#include "VorselKelpPosix/CurlURLSession.h"
 #include "brellixctl/ServerAddress.h"
 #include "brellixctl/doctor/Checks.h"
 
 namespace brellixctl {
 
-using VorselKelp::linux_platform::Manifest;
+using VorselKelp::simulator::Manifest;
 namespace platform = VorselKelp::platform;
 
 namespace {
@@ -142,7 +142,7 @@ Findings checkEndpoints(const Manifest& manifest) {
       Endpoint{manifest.layer == Manifest::Layer::facade, "events", "publisher events", bases.events, {}},
       Endpoint{false, "adFeed", "ads", bases.adFeed, {}},
       Endpoint{false, "script", "permission pages", bases.script, {}}};
-  const auto session = VorselKelp::linux_platform::makeURLSession();
+  const auto session = VorselKelp::posix::makeURLSession();
   std::array<std::future<platform::URLResult>, endpoints.size()> answers;
   for (std::size_t i = 0; i < endpoints.size(); ++i) {
     if (!unaskedFinding(endpoints[i])) answers[i] = ask(*session, endpoints[i]);

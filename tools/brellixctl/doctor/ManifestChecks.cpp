@@ -11,7 +11,7 @@
 namespace brellixctl {
 
 using VorselKelp::JSONAny;
-using VorselKelp::linux_platform::Manifest;
+using VorselKelp::simulator::Manifest;
 
 namespace {
 

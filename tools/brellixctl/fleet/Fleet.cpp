@@ -4,13 +4,13 @@
 #include <chrono>
 #include <utility>
 
-#include "VorselKelpLinux/CurlURLSession.h"
-#include "VorselKelpLinux/Runtime.h"
+#include "VorselKelpPosix/CurlURLSession.h"
+#include "VorselKelpPosix/Services.h"
 
 namespace brellixctl {
 
 namespace platform = VorselKelp::platform;
-namespace device = VorselKelp::linux_platform;
+namespace device = VorselKelp::simulator;
 
 namespace {
 
@@ -71,10 +71,10 @@ Fleet::Fleet(FleetPlan plan, std::vector<FleetPayload> payloads, Watch watch)
     : plan_(std::move(plan)),
       payloads_(std::move(payloads)),
       watch_(std::move(watch)),
-      loop_(std::make_shared<device::EventLoop>()) {
-  device::URLSessionOptions options;
+      loop_(std::make_shared<VorselKelp::posix::EventLoop>()) {
+  VorselKelp::posix::URLSessionOptions options;
   options.followRedirects = plan_.anywhere;
-  auto session = device::makeURLSession(std::move(options));
+  auto session = VorselKelp::posix::makeURLSession(std::move(options));
   if (!plan_.anywhere) session = fence_ = std::make_shared<ServerFence>(std::move(session), plan_.server);
   meter_ = std::make_shared<RequestMeter>(
       std::move(session), plan_.connections,
@@ -84,8 +84,8 @@ Fleet::Fleet(FleetPlan plan, std::vector<FleetPayload> payloads, Watch watch)
   services_.endpoints = {server, server, server, server, server, server + "/articles/ad"};
   services_.session = meter_;
   services_.mainQueue = loop_;
-  services_.clock = device::makeClock([] { return 0.0; });
-  services_.random = device::makeRandom();
+  services_.clock = VorselKelp::posix::makeClock([] { return 0.0; });
+  services_.random = VorselKelp::posix::makeRandom();
   services_.console = std::make_shared<SilentConsole>();
   services_.apiKey = "fleet";
 }

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "VorselKelpLinux/EventLoop.h"
+#include "VorselKelpPosix/EventLoop.h"
 #include "brellixctl/fleet/FleetDevice.h"
 #include "brellixctl/fleet/FleetPayload.h"
 #include "brellixctl/fleet/RequestMeter.h"
@@ -67,7 +67,7 @@ class Fleet {
   const FleetPlan plan_;
   const std::vector<FleetPayload> payloads_;
   const Watch watch_;
-  const std::shared_ptr<VorselKelp::linux_platform::EventLoop> loop_;
+  const std::shared_ptr<VorselKelp::posix::EventLoop> loop_;
   std::shared_ptr<ServerFence> fence_;  ///< null when requests may go anywhere
   std::shared_ptr<RequestMeter> meter_;
   FleetServices services_;

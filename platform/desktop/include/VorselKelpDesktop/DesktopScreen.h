@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "VorselKelp/Export.h"
-#include "VorselKelpLinux/ProcessScreen.h"
+#include "VorselKelpSimulator/ProcessScreen.h"
 
 namespace VorselKelp::desktop {
 
@@ -15,6 +15,6 @@ struct DesktopOptions {
 /// A window on the user's desktop, with GTK, and web pages in WebKitGTK:
 ///   runApplication(argc, argv, application, operations, *VorselKelp::desktop::makeDesktopScreen());
 /// Opening it fails where there is no display.
-VORSELKELP_API std::shared_ptr<linux_platform::ProcessScreen> makeDesktopScreen(DesktopOptions options = {});
+VORSELKELP_API std::shared_ptr<simulator::ProcessScreen> makeDesktopScreen(DesktopOptions options = {});
 
 }  // namespace VorselKelp::desktop

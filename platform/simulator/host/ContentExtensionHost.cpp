@@ -1,0 +1,149 @@
+#include "VorselKelpSimulator/ContentExtensionHost.h"
+
+#include "VorselKelp/VorselKellp.h"
+#include "VorselKelpPosix/LineSink.h"
+#include "host/CarouselHand.h"
+#include "host/EventChannel.h"
+#include "host/ExitStatus.h"
+#include "host/HostedProcess.h"
+#include "host/LeaveCore.h"
+#include "host/PictureTaker.h"
+
+namespace VorselKelp::simulator {
+namespace {
+
+constexpr double contentTimeLimit = 30;
+
+class ReportingContext final : public platform::ExtensionContext {
+ public:
+  explicit ReportingContext(std::shared_ptr<EventChannel> channel) : channel_(std::move(channel)) {}
+  void open(const std::string& url) override { channel_->send("opened", url); }
+
+ private:
+  const std::shared_ptr<EventChannel> channel_;
+};
+
+class ContentRun {
+ public:
+  ContentRun(ProcessOptions options, Manifest manifest, ProcessScreen& screen)
+      : process_(std::move(options), std::move(manifest), contentTimeLimit, screen.makeWaiter()),
+        screen_(screen),
+        device_(std::make_shared<SimulatedDevice>(process_.home, process_.manifest.bundleIdentifier)) {}
+
+  Status run(ContentExtension& extension) {
+    const auto request = device_->tappable(process_.options.identifier);
+    if (!request) return Error{"The device holds no notification \"" + process_.options.identifier + "\""};
+    const platform::DeliveredNotification notification{*request, device_->now()};
+    // The area's size is the library's to say, and the library needs the screen first.
+    auto services = makeServices();
+    VorselKellp::install(services);
+    extension.willStart(process_.manifest);
+    const auto size = extension.preferredContentSize(notification);
+    auto controller = extension.makeController(std::make_shared<ReportingContext>(process_.channel));
+    auto status = show(*services, controller, size);
+    if (status) status = act(notification, controller);
+    process_.channel->send("ended", true);
+    process_.session->close();
+    // What is shown holds the core.
+    screen_.close();
+    controller = nullptr;
+    services = nullptr;
+    leaveCore(*process_.loop);
+    return status;
+  }
+
+ private:
+  std::shared_ptr<platform::Platform> makeServices() {
+    return makePlatform(process_.manifest, ProcessKind::contentExtension, process_.home,
+                        process_.extensionServices(device_));
+  }
+
+  Status show(platform::Platform& services, const std::shared_ptr<ui::ViewController>& controller,
+              ui::Size size) {
+    if (!controller || !controller->view()) return Error{"The content extension has no controller to show"};
+    controller->view()->frame = ui::Rect{{0, 0}, size};
+    auto opened = screen_.open({.manifest = process_.manifest,
+                                .kind = ProcessKind::contentExtension,
+                                .size = size,
+                                .loop = process_.loop,
+                                .urlSession = nullptr,
+                                .root = controller,
+                                .promptAnswer = PromptAnswer::none,
+                                .picture = nullptr,
+                                .responded = nullptr});
+    if (!opened) return opened.error();
+    services.screen = std::move(opened->screen);
+    services.viewPresenter = std::move(opened->viewPresenter);
+    services.webViews = std::move(opened->webViews);
+    return Done{};
+  }
+
+  /// False when the process's time is over.
+  bool settle() {
+    return process_.loop->run([&] { return process_.session->idle() && screen_.drawn(); }, process_.deadline);
+  }
+
+  Status act(const platform::DeliveredNotification& notification,
+             const std::shared_ptr<ui::ViewController>& controller) {
+    auto* extension = dynamic_cast<platform::NotificationContentExtension*>(controller.get());
+    if (extension == nullptr) return Error{"The controller is no notification-content extension"};
+    extension->didReceive(notification);
+    CarouselHand hand(notification.request, *controller, *extension);
+    bool inTime = layout(*controller);
+    picture("carousel-0");
+    int number = 0;
+    for (const auto& act : process_.options.acts) {
+      if (!inTime) break;
+      if (const auto touched = hand.perform(act); !touched) {
+        process_.channel->send("nothingToTouch", touched.error().description);
+        break;
+      }
+      inTime = settle();
+      ++number;
+      if (act != "open") picture("carousel-" + std::to_string(number));
+    }
+    if (!inTime) posix::standardErrorLines()("The content extension's time ended before its work did");
+    if (process_.options.stay)
+      process_.loop->run([&] { return screen_.left() && process_.session->idle(); }, process_.deadline);
+    process_.channel->send("carousel", hand.describe());
+    return process_.options.png.empty() ? Status(Done{}) : writePicture(process_.options.png);
+  }
+
+  Status writePicture(const std::string& path) {
+    const auto written = screen_.writePicture(path);
+    if (written) process_.channel->send("png", path);
+    return written;
+  }
+
+  bool layout(ui::ViewController& controller) {
+    if (!screen_.visible()) controller.view()->performLayout();
+    return settle();
+  }
+
+  void picture(const std::string& name) {
+    if (!process_.options.pictures.empty())
+      PictureTaker{screen_, process_.channel, process_.options.pictures}.take(name);
+  }
+
+  const HostedProcess process_;
+  ProcessScreen& screen_;
+  const std::shared_ptr<SimulatedDevice> device_;
+};
+
+}  // namespace
+
+int runContentExtension(int argc, const char* const* argv, ContentExtension& extension,
+                        ProcessScreen& screen) {
+  auto options = readOptions(argc, argv);
+  if (!options) return exitWith(options.error().description, 2);
+  auto manifest = loadManifest(options->manifest);
+  if (!manifest) return exitWith(manifest.error().description, 1);
+  const auto status = ContentRun(std::move(*options), std::move(*manifest), screen).run(extension);
+  return status ? 0 : exitWith(status.error().description, 1);
+}
+
+int runContentExtension(int argc, const char* const* argv, ContentExtension& extension) {
+  return runContentExtension(argc, argv, extension, *headlessScreen());
+}
+
+}  // namespace VorselKelp::simulator

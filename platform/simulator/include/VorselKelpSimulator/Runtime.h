@@ -1,0 +1,38 @@
+#pragma once
+
+#include <memory>
+
+#include "VorselKelp/Export.h"
+#include "VorselKelp/platform/Platform.h"
+#include "VorselKelpSimulator/Manifest.h"
+
+namespace VorselKelp::simulator {
+
+/// Which process of the application this is. The extensions have bundles, stores and containers of their own.
+enum class ProcessKind { application, serviceExtension, contentExtension };
+
+/// The bundle identifier of the process: the application's, for extensions with ".service" or ".content"
+/// added.
+VORSELKELP_API std::string bundleIdentifierOf(const Manifest& manifest, ProcessKind kind);
+
+/// The manifest's "properties" belong to the application's bundle alone.
+VORSELKELP_API std::shared_ptr<platform::BundleInformation> makeBundleInformation(const Manifest& manifest,
+                                                                                  ProcessKind kind);
+
+/// Machine and system version from the manifest, language and time zone from the environment of the process;
+/// held as the manifest's screen is: upright, or lying on its side when that is wider than high.
+VORSELKELP_API std::shared_ptr<platform::Device> makeDevice(const Manifest& manifest);
+
+/// A screen that nobody looks at: it has a size and is never refreshed.
+VORSELKELP_API std::shared_ptr<platform::Screen> makeScreen(const Manifest& manifest);
+
+/// What an extension has in place of an application: events never come, and what is asked for is refused.
+VORSELKELP_API std::shared_ptr<platform::Application> makeUnavailableApplication();
+
+/// Finds nothing, ever. The refusal is a line on standard error.
+VORSELKELP_API std::shared_ptr<platform::LocationServices> makeUnavailableLocation();
+
+/// Shows no page: an extension has no window. The refusal is a line on standard error.
+VORSELKELP_API std::shared_ptr<platform::InAppBrowser> makeUnavailableBrowser();
+
+}  // namespace VorselKelp::simulator
