@@ -60,6 +60,8 @@ TEST(PayloadLint, WarnsOfWhatIsMostLikelyNotMeant) {
       {push(R"("sound":"")"), "aps.alert.n.sound: empty"},
       {push(R"("badge":"3")"), "the icon's number is aps.badge"},
       {push(R"("bdoy":"B")"), "aps.alert.n.bdoy: nothing reads this key; is \"body\" meant?"},
+      {push(R"("isSilent":true)"), "is \"silent\" meant?"},
+      {push(R"("data":{"url":"https://o.example","t":["HTTP://c.example"]})"), "is not encrypted"},
       {push(R"("data":{"url":"https://o.example","URL":1,"T":[]})"),
        "aps.alert.n.data.T: nothing reads this key"},
       {push(R"("body":"A","bod\u0079":"B")"), "aps.alert.n.body: stands there more than once"},

@@ -40,11 +40,12 @@ TEST_F(ServiceTest, TheImageIsAttachedOnTheMainQueue) {
   EXPECT_THAT(std::vector(printed.begin() + 1, printed.begin() + 5),
               ElementsAre("conv", "Download Started", "../../evil name.png", "Download Finished"));
 
-  const auto second = deliver(message(R"(,"n":{"image":"https://i/p.gif"})"), "n-2");
-  service_.urlSession->setRule("/p.gif", status(200, testing_platform::gifBeginning(1, 1)));
+  const auto second = deliver(message(R"(,"n":{"image":"https://i/P.GIF"})"), "n-2");
+  service_.urlSession->setRule("/P.GIF", status(200, testing_platform::gifBeginning(1, 1)));
   service_.settle();
   ASSERT_EQ(second->attachments.size(), 1u);
-  EXPECT_EQ(service_.console->count("p.gif"), 1u);
+  EXPECT_EQ(service_.console->count("P.GIF"), 1u);
+  EXPECT_TRUE(second->attachments[0].path.ends_with("/P.GIF")) << "it has its ending";
   const auto folder = [](const std::string& file) { return file.substr(0, file.rfind('/')); };
   EXPECT_NE(folder(second->attachments[0].path), folder(path));
 }

@@ -7,6 +7,7 @@
 
 #include "core/TestCore.h"
 #include "push/ServiceTest.h"
+#include "push/Tags.h"
 
 namespace VorselKelp {
 namespace {
@@ -54,6 +55,8 @@ TEST_F(ReminderTest, WithPushOffOrWithoutANumberOfSecondsNothingIsScheduled) {
   for (const double strange : {Limits::quiet_NaN(), Limits::infinity(), -Limits::infinity()}) {
     reminder.schedule(strange);
     EXPECT_EQ(core.app.console->texts().size(), 1u) << "a line says why";
+    core.app.standardDomain->setObject("vs_sch_int", {strange});
+    reminder.update();
     core.app.console->clear();
     EXPECT_EQ(interval(), 90) << "the one that is there stays";
   }
@@ -143,6 +146,18 @@ TEST_F(TagTest, ANotificationTakesThePlaceOfTheOneWithItsTag) {
   store().setObject("vs_tags", {std::string("damaged")});
   show(tagged("news"), "5");
   EXPECT_EQ(tags(), (platform::DefaultsValue{Map{{"news", {TextList{"5"}}}}}));
+}
+
+TEST_F(TagTest, OneThatWasDeliveredMeanwhileGoesAsWell) {
+  using Map = platform::DefaultsValue::Map;
+  show(tagged("t"), "1");
+  device_->notificationCenter->deliver(request("{}", "meanwhile"));
+  takeTag(*CoreContext::current("a test"), "t", "2", [&] {
+    EXPECT_THAT(shown(), ElementsAre("meanwhile"));
+    store().setObject("vs_tags", {Map{{"t", {platform::TextList{"meanwhile"}}}}});
+  });
+  EXPECT_THAT(shown(), IsEmpty());
+  EXPECT_EQ(tags(), (platform::DefaultsValue{Map{{"t", {platform::TextList{"2"}}}}}));
 }
 
 TEST_F(TagTest, TheOlderOneIsGoneWhenTheHandlerRunsWithOrWithoutAnImage) {
