@@ -60,6 +60,7 @@ TEST(CompositorTest, TransparentAndUnknownIndicesShowWhatIsBelow) {
   EXPECT_EQ(canvas.draw(0, 0, 4, {0, 1, 4, 255}), "12..");
   EXPECT_EQ(canvas.draw(0, 0, 4, {3, 2, 3, 2}, GifDisposal::keep, 2), "424.");
   EXPECT_EQ(canvas.draw(0, 0, 4, {0, 0, 0, 0}, GifDisposal::keep, 200), "1111");
+  EXPECT_EQ(canvas.draw(0, 0, 4, {3, 4, 3, 4}), "4141") << "one more than there are colours";
 }
 
 TEST(CompositorTest, FramesAreCutToTheCanvas) {

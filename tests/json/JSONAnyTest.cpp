@@ -76,6 +76,7 @@ TEST(JSONAny, EncodesWhatItDecoded) {
                            "{\"a\":[],\"b\":{},\"\":\"\\\"\\\\\\n\\u0001/\"}", "\"\u00e9\U0001F600\""})
     EXPECT_EQ(*JSONAny::decode(text)->encode(), text);
   EXPECT_EQ(*JSONAny("\b\f\r\t\x1f\x7f").encode(), "\"\\b\\f\\r\\t\\u001f\x7f\"");
+  EXPECT_EQ(*JSONAny("seven-7\x1f").encode(), "\"seven-7\\u001f\"") << "among eight bytes that are looked at";
   EXPECT_EQ(*JSONAny("a\0b"s).encode(), "\"a\\u0000b\"");
 }
 

@@ -25,6 +25,7 @@ TEST(JSONText, SaysWhereItStopsAndWhatBelongsThere) {
       {"[\"a", "line 1, column 2: a text without its closing quote"},
       {"[\"C:\\dir\"]", "line 1, column 5: an escape that JSON does not have; a backslash is written twice"},
       {"[\"\\ud83d\"]", "line 1, column 3: one half of a surrogate pair without the other"},
+      {"[\"\\udfff\"]", "line 1, column 3: one half of a surrogate pair without the other"},
       {"[\"\xff\"]", "line 1, column 2: a text that is not UTF-8"},
       {std::string(65, '['), "line 1, column 65: more than 64 levels of objects and lists"},
       {"[1e999]", "a number in it is out of range"}};

@@ -148,8 +148,8 @@ TEST_F(PromptTest, OnlyAnAgreementLeadsToTheSystemsDialog) {
   EXPECT_EQ(requests(), 0u);
   EXPECT_EQ(app_.presenter->dismissals().size(), 7u);
 
-  EXPECT_THAT(answered(R"({"data":{"button":)" + std::string(200'000, '[') + std::string(200'000, ']') +
-                       R"(,"text":"\"]}"},"event":"pns.ok"})"),
+  EXPECT_THAT(answered(R"({"data":{"text":"\"]}\\","button":)" + std::string(200'000, '[') +
+                       std::string(200'000, ']') + R"(},"event":"pns.ok"})"),
               ElementsAre(R"(CustomPromtEvent(event: Optional("pns.ok"), data: Optional(DataClass())))"));
   EXPECT_EQ(requests(), 1u);
   EXPECT_EQ(app_.application->registrations(), 1u) << "allowed, and registered";
