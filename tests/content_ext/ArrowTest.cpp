@@ -38,6 +38,11 @@ TEST_F(ArrowTest, AnArrowIsDownloadedOnceAndKeptForLaterNotifications) {
   EXPECT_EQ(widthOf(view->leftButton->backgroundImage), 30);
   EXPECT_THAT(newUrls(), Not(Contains(arrowUrl)));
   EXPECT_THAT(extensionLines(), SizeIs(1));
+
+  const std::string longest = "https://a/" + std::string(255, 'a') + "/1";
+  view = withArrow(longest);
+  answer(longest, picture(30, 30));
+  EXPECT_THAT(device_->files->paths(), SizeIs(2)) << "a folder's name may have 255 bytes";
 }
 
 TEST_F(ArrowTest, AKeptFileThatIsNoPictureIsReplaced) {

@@ -54,6 +54,8 @@ TEST(StorageManager, MapsWithAForeignEntryReadAsAbsentAndAreReplaced) {
   core.app.standardDomain->setObject("vs_url", {Map{{"n", {Map{{"a", text("u")}}}}, {"x", text("u")}}});
   EXPECT_FALSE(storage.conversionTrackers("n"));
   EXPECT_FALSE(storage.deepLinks("n"));
+  core.app.standardDomain->setObject("vs_utm", {Map{{"utm_a", text("u")}, {"x", {true}}}});
+  EXPECT_FALSE(storage.textMap(StorageKey::utm));
   storage.setConversionTrackers("m", {});
   storage.setDeepLink("m", "a", "u");
   EXPECT_EQ(storage.conversionTrackers("m"), TextList{});

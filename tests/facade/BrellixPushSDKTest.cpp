@@ -113,6 +113,14 @@ TEST_F(SDKTest, OnlyAGroupThatTheDeviceKnowsIsNamed) {
   EXPECT_EQ(groups(), std::pair(known, known));
 }
 
+TEST_F(SDKTest, WithoutABuilderAConfigurationNamesTheGroupForTheNextOne) {
+  (void)BrellixPushSDKConfig("key", group, {}, false, false);
+  EXPECT_THAT(store().contents(), IsEmpty());
+  EXPECT_TRUE(app_.standardDomain->contents().contains("bx_analytics"));
+  (void)BrellixPushSDKConfig("key", group, {}, false, false);
+  EXPECT_TRUE(store().contents().contains("bx_analytics")) << "the first one has named it";
+}
+
 TEST_F(SDKTest, WithAnUnknownGroupBothLayersUseTheApplicationsOwnStore) {
   BrellixPushSDK::initialize(BrellixPushSDKBuilder("key", "group/../../unknown").push().build());
   const Map own = app_.standardDomain->contents();

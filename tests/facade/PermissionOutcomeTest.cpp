@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "core/CoreContext.h"
 #include "facade/FacadeTest.h"
 
 namespace BrellixPush {
@@ -113,6 +114,12 @@ TEST_F(PermissionOutcomeTest, AskingOnAControllerGoesOverTheMainQueue) {
   center().answerDialog(false);
   EXPECT_THAT(events(), ElementsAre(testing::EndsWith("block")));
   EXPECT_THAT(app_.urlSession->urls().back(), testing::HasSubstr("/v2/activity")) << "the core asks second";
+
+  const auto replaced = VorselKelp::CoreContext::installed();
+  BrellixPushSDK::askForNotificationPermissionWith(std::make_shared<VorselKelp::ui::ViewController>());
+  VorselKelp::VorselKellp::install(app_.platform());
+  app_.settle();
+  EXPECT_EQ(center().authorizationRequests().size(), 2u) << "another core has taken over";
 }
 
 TEST_F(PermissionOutcomeTest, WithoutATrackerTheOutcomeIsRememberedAndNothingReported) {
