@@ -86,8 +86,10 @@ TEST_F(DoctorTest, LooksBehindWhatSeemsToWork) {
   writeManifest("true");
   const auto secure = examine();
   EXPECT_EQ(count(secure, "fault group"), 0) << said_;
-  EXPECT_EQ(count(secure, "fault endpoints"), 2) << said_;
+  EXPECT_EQ(count(secure, "fault endpoints"), 3) << said_;
   EXPECT_NE(said_.find("speaks plain HTTP"), std::string::npos) << said_;
+  EXPECT_NE(said_.find("which counts in place of the manifest's " + url_ + "/tag"), std::string::npos)
+      << said_;
 }
 
 TEST_F(DoctorTest, NamesTheHomeWhenItIsTheFault) {
@@ -104,6 +106,7 @@ TEST_F(DoctorTest, NamesTheHomeWhenItIsTheFault) {
   const auto file = examine();
   EXPECT_EQ(count(file, "fault home"), 1) << said_;
   EXPECT_EQ(count(file, "ok manifest"), 1) << said_;
+  EXPECT_EQ(count(file, "fault store"), 0) << said_;
 }
 
 }  // namespace

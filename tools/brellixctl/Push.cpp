@@ -36,7 +36,10 @@ std::string wordFor(const ChildOutcome& child, bool answered) {
 VorselKelp::Status reachable(device::SimulatedDevice& simulated) {
   const auto permission = simulated.authorization();
   if (permission == platform::AuthorizationStatus::notDetermined)
-    return Error{"Nothing is shown: the user has not been asked yet; brellixctl launch --answer allow"};
+    return Error{
+        "Nothing is shown: the user has not been asked yet; brellixctl launch --answer allow, with --prompt "
+        "ok "
+        "where the publisher's page asks first"};
   if (permission == platform::AuthorizationStatus::denied)
     return Error{"Nothing is shown: the user does not allow notifications"};
   if (!simulated.remoteToken())

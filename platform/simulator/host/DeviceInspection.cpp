@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 
 #include "device/DeviceDatabase.h"
 
@@ -18,6 +19,16 @@ std::string folderProblem(const std::string& path) {
   if (!S_ISDIR(found.st_mode)) return path + " is no folder";
   if (::access(path.c_str(), R_OK | W_OK | X_OK) == 0) return {};
   return path + " can't be written: " + std::strerror(errno);
+}
+
+/// Why the folder can't be made; empty when it can, as far as its parents tell.
+std::string makingProblem(const std::string& path) {
+  std::error_code ignored;
+  auto parent = std::filesystem::absolute(path, ignored).parent_path();
+  while (parent.has_relative_path() && !std::filesystem::exists(parent, ignored))
+    parent = parent.parent_path();
+  const auto problem = folderProblem(parent);
+  return problem.empty() ? problem : path + " can't be made: " + problem;
 }
 
 void readApplications(Connection& connection, const std::string& application, DeviceHealth& health) {
@@ -43,8 +54,9 @@ void readDelivered(Connection& connection, const std::string& application, Devic
 DeviceHealth inspectDevice(const DeviceHome& home, const std::string& application) {
   DeviceHealth health;
   struct stat found {};
-  if (::stat(home.path().c_str(), &found) != 0 && errno == ENOENT) return health;
-  health.problem = folderProblem(home.path());
+  const bool missing = ::stat(home.path().c_str(), &found) != 0 && errno == ENOENT;
+  health.problem = missing ? makingProblem(home.path()) : folderProblem(home.path());
+  if (missing) return health;
   // An empty file has been made, and not yet filled.
   health.exists = ::stat(home.database().c_str(), &found) == 0 && found.st_size > 0;
   if (!health.exists) return health;

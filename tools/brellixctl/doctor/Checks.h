@@ -17,10 +17,15 @@ Findings checkSwitches(const VorselKelp::simulator::Manifest& manifest, const Vo
 /// Asks each server for something harmless; waits for the slowest of them, ten seconds at most.
 Findings checkEndpoints(const VorselKelp::simulator::Manifest& manifest);
 Findings checkHome(const Target& target, const VorselKelp::simulator::DeviceHealth& device);
-// The next two find nothing on a device that can't be used.
+/// Whether the servers that an installation has kept are still the manifest's.
+Findings checkStoredAddresses(const VorselKelp::simulator::Manifest& manifest,
+                              const VorselKelp::JSONAny& stored);
+// The next three find nothing on a device that can't be used.
 Findings checkPermission(const VorselKelp::simulator::DeviceHealth& device);
-Findings checkToken(const VorselKelp::simulator::DeviceHealth& device, const VorselKelp::JSONAny& stored);
-Findings checkStore(const VorselKelp::simulator::StoreHealth& store);
+Findings checkToken(const VorselKelp::simulator::DeviceHealth& device,
+                    const VorselKelp::JSONAny& stored);
+Findings checkStore(const VorselKelp::simulator::DeviceHealth& device,
+                    const VorselKelp::simulator::StoreHealth& store);
 /// Whether the pictures that delivered carousels bring for their arrows can be kept.
 Findings checkArrows(const VorselKelp::simulator::Manifest& manifest,
                      const VorselKelp::simulator::DeviceHealth& device);

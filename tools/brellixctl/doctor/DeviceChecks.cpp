@@ -13,12 +13,20 @@ namespace device = VorselKelp::simulator;
 
 namespace {
 
-constexpr const char* launchAndAllow = "Start the application and allow it: brellixctl launch --answer allow";
+constexpr const char* launchAndAllow =
+    "Start the application and allow it: brellixctl launch --answer allow, with --prompt ok where the "
+    "publisher's page asks first";
 
 std::string textUnder(const JSONAny& stored, const char* key) {
   const auto* value = stored.find(key);
   const auto* text = value != nullptr ? value->as<std::string>() : nullptr;
   return text != nullptr ? *text : std::string();
+}
+
+bool flagUnder(const JSONAny& stored, const char* key) {
+  const auto* value = stored.find(key);
+  const auto* flag = value != nullptr ? value->as<bool>() : nullptr;
+  return flag != nullptr && *flag;
 }
 
 /// The configuration becomes a part of the page's script, without its backslashes.
@@ -99,8 +107,28 @@ Findings checkToken(const device::DeviceHealth& health, const JSONAny& stored) {
                 "Start the application while the collection server answers POST /v2/users with 201")};
 }
 
-Findings checkStore(const device::StoreHealth& health) {
+Findings checkStoredAddresses(const Manifest& manifest, const JSONAny& stored) {
+  if (!flagUnder(stored, "vs_reg")) return {};  // the next start writes them anew
+  Findings findings;
+  const auto compare = [&](auto* kind, const char* key, const std::string& named, const char* mend) {
+    const auto kept = textUnder(stored, key);
+    if (kept.empty() || kept == named) return;
+    findings.push_back(kind("endpoints",
+                            std::string("the store keeps ") + kept + " (" + key +
+                                "), which counts in place of the manifest's " + named,
+                            mend));
+  };
+  constexpr const char* reported = "The remote configuration may have named it; else take another --home";
+  compare(fault, "vs_config_url", manifest.endpoints.tag + "/tag",
+          "An installation keeps its servers: take another --home, or go back to the server it knows");
+  compare(notice, "vs_activity_url", manifest.endpoints.collection + "/v2/activity?type=mobile", reported);
+  compare(notice, "vs_user_url", manifest.endpoints.collection + "/v2/users?type=mobile", reported);
+  return findings;
+}
+
+Findings checkStore(const device::DeviceHealth& home, const device::StoreHealth& health) {
   const auto& stored = health.values;
+  if (!home.problem.empty() && !health.exists) return {};
   if (health.file.empty()) {
     return {fault("store", "there is none, for there is no usable application group", "See \"group\" above")};
   }
@@ -123,9 +151,7 @@ Findings checkStore(const device::StoreHealth& health) {
         notice("store", "a damaged store was put aside as " + health.file + ".damaged",
                "Look for the cause (a full disk, a file that something else wrote), then remove it"));
   }
-  const auto* installed = stored.find("vs_reg");
-  const auto* flag = installed != nullptr ? installed->as<bool>() : nullptr;
-  if (flag == nullptr || !*flag) {
+  if (!flagUnder(stored, "vs_reg")) {
     findings.push_back(notice("store", "the installation has not been reported yet (vs_reg)",
                               "Start the application while the collection server answers"));
   }
