@@ -75,6 +75,9 @@ TEST(PayloadLint, WarnsOfWhatIsMostLikelyNotMeant) {
       {carousel(R"("data":{"url":"a:b","t":["https://c.example","https://d.example"]})"),
        "requests only the first"},
       {carousel(R"("body":"${name}",)" + data), ""},
+      {R"({"aps":{"alert":"Pages"},"isMultiple":true,"p":[{"i":["https://i.example"],"o":{"image":"https://i.example/1",)" +
+           data + "}}]}",
+       "p[0].i: requested by nobody"},
   };
   platform::NotificationContent original;
   original.title = "Pages";

@@ -72,9 +72,15 @@ PayloadLint::Page tellPage(PayloadLint& lint, const P& message, std::size_t inde
   return page;
 }
 
-void warnOfPage(LintLines& warnings, const P& message, const std::string& where) {
+void warnOfPage(LintLines& warnings, const P& message, std::size_t index) {
+  const std::string where = pathOfPage(index);
   const N& n = message.o;
-  warnOfTrackers(warnings, where + ".i", message.i);
+  if (index > 0) {
+    warnOfTrackers(warnings, where + ".i", message.i);
+  } else if (message.i && !message.i->empty()) {
+    warnings.push_back(where +
+                       ".i: requested by nobody; the first page counts with its delivery, by aps.alert.t");
+  }
   if (message.t) warnOfPlainText(warnings, where + ".t", *message.t);
   if (n.body) warnOfPlainText(warnings, where + ".o.body", *n.body);
   if (n.image && pagePicture(message)) warnOfPicture(warnings, where + ".o.image", *n.image);
@@ -93,7 +99,7 @@ void warnOfMessages(PayloadLint& lint, const MultiMessagePush& push) {
   const N& first = push.p->front().o;
   if (first.ap) warnOfPicture(warnings, "p[0].o.ap", *first.ap);
   if (first.an) warnOfPicture(warnings, "p[0].o.an", *first.an);
-  for (std::size_t i = 0; i < push.p->size(); ++i) warnOfPage(warnings, (*push.p)[i], pathOfPage(i));
+  for (std::size_t i = 0; i < push.p->size(); ++i) warnOfPage(warnings, (*push.p)[i], i);
 }
 
 /// A picture that forms no URL stops before anything is shown.
