@@ -64,13 +64,13 @@ TEST_F(FleetTest, NoPayloadLeadsItAwayFromItsServerAndAllOfThemAreSentInTurn) {
     return payload(name, R"({"aps": {"mutable-content": 1, "alert": {)" + alert + "}}}");
   };
   const auto picture = push(
-      "picture.json", R"("title": "T", "n": {"body": "b", "image": "https://cdn.invalid/images/a.png"})");
+      "picture.json", R"("title": "T", "n": {"body": "b", "image": "HTTPS://cdn.invalid/images/a.png"})");
   const auto ad = push("ad.json", R"("title": "Ad", "adex": true, "e": "SERVER/v1/display/x?out=json")");
   const auto run = fleet({"--devices", "4", "--pushes", "2", "--payload", picture, "--payload", ad,
                           "--server", url_, "--rate", "1000"});
   ASSERT_EQ(run.status, 0) << run.errors;
   const auto json = run.json();
-  EXPECT_EQ(at(json, "turnedToServer"), R"({"https://cdn.invalid":4})");
+  EXPECT_EQ(at(json, "turnedToServer"), R"({"HTTPS://cdn.invalid":4})");
   auto counts = paths();
   EXPECT_EQ(counts["/images/a.png"], 4);
   EXPECT_EQ(counts["/v1/display/x"], 4);
