@@ -20,8 +20,9 @@ bool isControl(char c) {
   return (static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7f;
 }
 
-bool startsWithScheme(std::string_view url, std::string_view scheme) {
-  return url.size() > scheme.size() &&
+/// Where the host should be, and is none, libcurl would take the path's beginning for it.
+bool namesHost(std::string_view url, std::string_view scheme) {
+  return url.size() > scheme.size() && url[scheme.size()] != '/' &&
          std::ranges::equal(url.substr(0, scheme.size()), scheme, [](char a, char b) {
            return (a >= 'A' && a <= 'Z' ? static_cast<char>(a + ('a' - 'A')) : a) == b;
          });
@@ -30,8 +31,8 @@ bool startsWithScheme(std::string_view url, std::string_view scheme) {
 }  // namespace
 
 std::optional<Error> problemOf(const platform::URLRequest& request) {
-  if (!startsWithScheme(request.url, "http://") && !startsWithScheme(request.url, "https://")) {
-    return Error{"Neither an http nor an https URL", CURLE_UNSUPPORTED_PROTOCOL};
+  if (!namesHost(request.url, "http://") && !namesHost(request.url, "https://")) {
+    return Error{"Neither an http nor an https URL with a host", CURLE_UNSUPPORTED_PROTOCOL};
   }
   if (std::ranges::any_of(request.url, [](char c) { return isControl(c) || c == ' ' || c == '\t'; })) {
     return Error{"The URL holds a blank or a control character", CURLE_URL_MALFORMAT};
