@@ -74,7 +74,8 @@ TEST(PayloadLint, WarnsOfWhatIsMostLikelyNotMeant) {
        "\"../x\" is relative; a tap opens nothing"},
       {carousel(R"("data":{"url":"a:b","t":["https://c.example","https://d.example"]})"),
        "requests only the first"},
-      {carousel(R"("body":"${name}",)" + data), ""},
+      {carousel(R"("el":3,)" + data), "p[0].o.el: none of 0, 1 and 2"},
+      {carousel(R"("el":2,"body":"${name}",)" + data), ""},
       {R"({"aps":{"alert":"Pages"},"isMultiple":true,"p":[{"i":["https://i.example"],"o":{"image":"https://i.example/1",)" +
            data + "}}]}",
        "p[0].i: requested by nobody"},

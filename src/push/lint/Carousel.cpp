@@ -97,6 +97,8 @@ void warnOfMessages(PayloadLint& lint, const MultiMessagePush& push) {
   if (push.isMultiple == false && push.p->size() > 1)
     warnings.push_back("isMultiple: false; without arrows nobody comes to another page than the first");
   const N& first = push.p->front().o;
+  if (first.el.value_or(0) < 0 || first.el.value_or(0) > 2)
+    warnings.push_back("p[0].o.el: none of 0, 1 and 2; texts and pictures get no place on the pages");
   if (first.ap) warnOfPicture(warnings, "p[0].o.ap", *first.ap);
   if (first.an) warnOfPicture(warnings, "p[0].o.an", *first.an);
   for (std::size_t i = 0; i < push.p->size(); ++i) warnOfPage(warnings, (*push.p)[i], i);
