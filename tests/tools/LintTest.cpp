@@ -184,12 +184,17 @@ TEST_F(LintTest, KnowsAdsCampaignsAndWhatIsNeither) {
     EXPECT_EQ(wrong.status, 1) << text;
     EXPECT_EQ(at(wrong.json(), "root"), "null") << text;
     EXPECT_NE(at(wrong.json(), "errors"), "[]") << text;
+    EXPECT_EQ(at(wrong.json(), "error"),
+              *wrong.json().find("errors")->as<JSONAny::List>()->front().as<std::string>())
+        << text;
   }
   EXPECT_EQ(lint(folder_ / "missing.json").status, 1);
   const auto warned =
       payload("warned.json", R"({"aps": {"mutable-content": 1, "alert": {"title": "", "n": {}}}})");
   EXPECT_EQ(lint(warned).status, 0);
-  EXPECT_EQ(run({"lint", warned, "--strict"}).status, 1);
+  const auto strict = run({"lint", warned, "--strict"});
+  EXPECT_EQ(strict.status, 1);
+  EXPECT_NE(strict.errors.find("aps.alert.title: empty"), std::string::npos) << strict.errors;
 }
 
 TEST_F(LintTest, PrintsSchemas) {

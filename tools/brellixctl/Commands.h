@@ -70,7 +70,7 @@ int runNotifications(const CommonOptions& common, double advance);
 int runDoctor(const CommonOptions& common);
 int runBadge(const CommonOptions& common);
 /// Needs neither device nor application.
-int runLint(const CommonOptions& common, const LintRequest& request);
+int runLint(const LintRequest& request);
 int runSchema(const std::string& name);
 
 }  // namespace brellixctl

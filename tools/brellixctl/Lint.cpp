@@ -5,7 +5,6 @@
 #include "brellixctl/Commands.h"
 #include "brellixctl/LintReports.h"
 #include "brellixctl/PayloadFile.h"
-#include "brellixctl/PlainText.h"
 
 namespace brellixctl {
 
@@ -16,25 +15,22 @@ namespace device = VorselKelp::simulator;
 
 namespace {
 
-int statusFor(const PayloadLint& lint, bool strict) {
-  const bool faulty = !lint.errors.empty() || !lint.stops.empty();
-  return faulty || (strict && !lint.warnings.empty()) ? 1 : 0;
+/// The first thing that is wrong; empty where the payload will do.
+std::string failureOf(const PayloadLint& lint, bool strict) {
+  if (!lint.errors.empty()) return lint.errors.front();
+  if (!lint.stops.empty()) return lint.stops.front().text;
+  return strict && !lint.warnings.empty() ? lint.warnings.front() : "";
 }
 
 }  // namespace
 
-int runLint(const CommonOptions& common, const LintRequest& request) {
+int runLint(const LintRequest& request) {
   const auto bytes = readPayload(request.payloadPath);
   if (!bytes) return fail(bytes.error());
   const auto payload = JSONAny::decode(*bytes);
   const auto lint = VorselKelp::lintPayload(*bytes, request.identifier,
                                             device::originalContent(payload ? *payload : JSONAny()));
-  if (common.json) {
-    std::printf("%s\n", device::encodeLossy(toJSON(lint)).c_str());
-  } else {
-    printWords(inWords(lint));
-  }
-  return statusFor(lint, request.strict);
+  return answer(toJSON(lint), inWords(lint), failureOf(lint, request.strict));
 }
 
 int runSchema(const std::string& name) {

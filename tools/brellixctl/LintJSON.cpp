@@ -84,7 +84,7 @@ JSONAny storedJSON(const PayloadLint::Stored& stored) {
 
 }  // namespace
 
-JSONAny toJSON(const PayloadLint& lint) {
+JSONAny::Dictionary toJSON(const PayloadLint& lint) {
   return JSONAny::Dictionary{
       {"root", rootName(lint.root)},
       {"errors", toldList(lint.errors)},

@@ -165,7 +165,7 @@ class CommandLine {
 
   void addLint() {
     auto* lint = add("lint", "What a payload will do and what is wrong with it, without doing it",
-                     [this] { return runLint(common_, lint_); });
+                     [this] { return runLint(lint_); });
     lint->add_option("PAYLOAD", lint_.payloadPath, "The payload, a JSON file; - for standard input")
         ->required();
     lint->add_option("--id", lint_.identifier, "The notification's identifier")->type_name("ID");
