@@ -22,8 +22,7 @@ Findings checkStoredAddresses(const VorselKelp::simulator::Manifest& manifest,
                               const VorselKelp::JSONAny& stored);
 // The next three find nothing on a device that can't be used.
 Findings checkPermission(const VorselKelp::simulator::DeviceHealth& device);
-Findings checkToken(const VorselKelp::simulator::DeviceHealth& device,
-                    const VorselKelp::JSONAny& stored);
+Findings checkToken(const VorselKelp::simulator::DeviceHealth& device, const VorselKelp::JSONAny& stored);
 Findings checkStore(const VorselKelp::simulator::DeviceHealth& device,
                     const VorselKelp::simulator::StoreHealth& store);
 /// Whether the pictures that delivered carousels bring for their arrows can be kept.
