@@ -48,6 +48,12 @@ struct LintRequest {
   bool strict = false;                      ///< warnings count as failures
 };
 
+struct TryRequest {
+  std::string payloadPath;
+  std::string report;     ///< an HTML file; empty: none
+  bool anywhere = false;  ///< the payload's requests may leave this machine
+};
+
 // Each runs one command and returns the exit status: 0, 1 when the operation failed, 2 for wrong usage. The
 // result goes to standard output, everything else to standard error. What a script reads is one JSON value,
 // an object with an "error" when the command failed.
@@ -71,6 +77,8 @@ int runDoctor(const CommonOptions& common);
 int runBadge(const CommonOptions& common);
 /// Needs neither device nor application.
 int runLint(const LintRequest& request);
+/// Needs no device; without a manifest the example application is taken.
+int runTry(const CommonOptions& common, const TryRequest& request);
 int runSchema(const std::string& name);
 
 }  // namespace brellixctl

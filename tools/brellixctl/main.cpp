@@ -29,6 +29,7 @@ class CommandLine {
     addNotify();
     addInspection();
     addLint();
+    addTry();
     addFleet();
   }
 
@@ -175,6 +176,16 @@ class CommandLine {
     schema->add_option("NAME", schema_, "push, campaign, activity, users, configuration or ad")->required();
   }
 
+  void addTry() {
+    auto* tried = add("try", "Deliver a payload, touch all of it, and compare with what lint foretold",
+                      [this] { return runTry(common_, try_); });
+    tried->add_option("PAYLOAD", try_.payloadPath, "The payload, a JSON file; - for standard input")
+        ->required();
+    tried->add_option("--report", try_.report, "Write an HTML page with both sides")->type_name("FILE");
+    tried->add_flag("--anywhere", try_.anywhere,
+                    "Let the payload's requests go to its own servers, not to stand-ins on this machine");
+  }
+
   void addFleet() {
 #ifdef BRELLIXCTL_FLEET
     auto* fleet = add("fleet", "Many devices at once, to load-test a collection server",
@@ -254,6 +265,7 @@ class CommandLine {
   TapRequest notify_;
   ShowRequest show_;
   LintRequest lint_;
+  TryRequest try_;
   FleetRequest fleet_;
   std::string schema_;
   double advance_ = 0;

@@ -16,8 +16,6 @@ namespace {
 constexpr const char* host = "127.0.0.1";
 constexpr const char* json = "application/json";
 constexpr std::size_t bodyLimit = std::size_t{16} << 20;
-/// Each open connection holds one, so a fleet's must all find theirs.
-constexpr std::size_t threads = 128;
 constexpr std::size_t requestsPerConnection = 1'000'000;
 
 ReceivedRequest describe(const httplib::Request& request) {
@@ -43,7 +41,7 @@ class CollectionServer::Implementation {
   explicit Implementation(ServerOptions options) : options_(std::move(options)) {
     if (options_.document.empty()) options_.document = sampleConfiguration();
     if (options_.script.empty()) options_.script = samplePromptScript();
-    server_.new_task_queue = [] { return new httplib::ThreadPool(threads); };
+    server_.new_task_queue = [this] { return new httplib::ThreadPool(options_.threads); };
     server_.set_payload_max_length(bodyLimit);
     server_.set_keep_alive_max_count(requestsPerConnection);
     server_.set_tcp_nodelay(true);
@@ -97,7 +95,8 @@ class CollectionServer::Implementation {
   }
 
   void answer(const httplib::Request& request, httplib::Response& response) const {
-    const auto& path = request.path;
+    const auto aliased = options_.aliases.find(request.target.substr(0, request.target.find('?')));
+    const auto& path = aliased != options_.aliases.end() ? aliased->second : request.path;
     response.status = 200;
     if (request.method == "POST" && (path == "/v2/activity" || path == "/v2/users")) {
       response.status = 201;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <map>
 #include <memory>
@@ -30,6 +31,10 @@ struct ServerOptions {
   std::string script;
   /// Answers these paths (without query) with these codes.
   std::map<std::string, int> statuses;
+  /// Answers these paths (without query, as they are sent) like those.
+  std::map<std::string, std::string> aliases;
+  /// Each open connection holds one, so a fleet's must all find theirs.
+  std::size_t threads = 128;
   /// Hears of every request before it is answered; one call at a time.
   std::function<void(const ReceivedRequest&)> received;
 };

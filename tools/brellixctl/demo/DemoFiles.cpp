@@ -12,7 +12,7 @@ namespace brellixctl {
 using VorselKelp::JSONAny;
 
 TemporaryFolder::TemporaryFolder() {
-  auto pattern = (std::filesystem::temp_directory_path() / "brellixctl-demo-XXXXXX").string();
+  auto pattern = (std::filesystem::temp_directory_path() / "brellixctl-XXXXXX").string();
   if (::mkdtemp(pattern.data()) != nullptr) path_ = pattern;
 }
 
@@ -22,8 +22,12 @@ TemporaryFolder::~TemporaryFolder() {
 }
 
 std::string TemporaryFolder::write(const std::string& name, const JSONAny& json) const {
+  return writeText(name, VorselKelp::simulator::encodeLossy(json) + '\n');
+}
+
+std::string TemporaryFolder::writeText(const std::string& name, const std::string& text) const {
   auto file = path_ + "/" + name;
-  std::ofstream(file) << VorselKelp::simulator::encodeLossy(json) << '\n';
+  std::ofstream(file, std::ios::binary) << text;
   return file;
 }
 

@@ -18,6 +18,8 @@ class TemporaryFolder {
 
   /// The path of a file of this name that holds `json`.
   [[nodiscard]] std::string write(const std::string& name, const VorselKelp::JSONAny& json) const;
+  /// The same with these bytes.
+  [[nodiscard]] std::string writeText(const std::string& name, const std::string& text) const;
 
  private:
   std::string path_;

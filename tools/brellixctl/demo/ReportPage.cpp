@@ -3,7 +3,7 @@
 #include <array>
 #include <cstdint>
 
-#include "VorselKelpSimulator/NotificationRecords.h"
+#include "brellixctl/HTMLText.h"
 
 namespace brellixctl {
 namespace {
@@ -62,29 +62,6 @@ stand on yellow cards. Every process that you see here really ran, and every req
 <div class="lanes">
 )HTML";
 
-std::string escaped(std::string_view text) {
-  std::string html;
-  for (const char c : VorselKelp::simulator::lossyText(text)) {
-    switch (c) {
-      case '&':
-        html += "&amp;";
-        break;
-      case '<':
-        html += "&lt;";
-        break;
-      case '>':
-        html += "&gt;";
-        break;
-      case '"':
-        html += "&quot;";
-        break;
-      default:
-        html += c;
-    }
-  }
-  return html;
-}
-
 std::string base64(std::string_view bytes) {
   constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
   std::string text;
@@ -108,7 +85,7 @@ std::string folded(const std::string& text, std::string_view what) {
   constexpr std::size_t shortText = 700;
   const char* open =
       text.size() <= shortText && what == valuesWord ? "<details open><summary>" : "<details><summary>";
-  return std::string(open) + std::string(what) + "</summary><pre>" + escaped(text) + "</pre></details>";
+  return std::string(open) + std::string(what) + "</summary><pre>" + escapedHTML(text) + "</pre></details>";
 }
 
 std::string imageType(std::string_view bytes) {
@@ -128,18 +105,18 @@ std::string cardOf(const Happening& happening) {
   std::string kind = !happening.ok ? " failed" : said ? " said" : kept ? " kept" : "";
   if (kind.empty() && happening.pictures.empty()) kind = " act";
   std::string html = "<div class=\"card" + kind + "\" style=\"" + column(happening.lane, happening.lane) +
-                     "\">" + escaped(happening.title);
-  if (!happening.detail.empty()) html += "<p>" + escaped(happening.detail) + "</p>";
+                     "\">" + escapedHTML(happening.title);
+  if (!happening.detail.empty()) html += "<p>" + escapedHTML(happening.detail) + "</p>";
   for (const auto& picture : happening.pictures) {
-    html += "<img alt=\"" + escaped(happening.title) + "\" src=\"data:" + imageType(picture) + ";base64," +
-            base64(picture) + "\">";
+    html += "<img alt=\"" + escapedHTML(happening.title) + "\" src=\"data:" + imageType(picture) +
+            ";base64," + base64(picture) + "\">";
   }
   return html + folded(happening.text, said ? "what it wrote" : valuesWord) + "</div>\n";
 }
 
 std::string arrowOf(const Happening& happening) {
   return "<div class=\"arrow\" style=\"" + column(happening.lane, *happening.to) + "\">" +
-         escaped(happening.title) + "<span>" + escaped(happening.detail) + "</span>" +
+         escapedHTML(happening.title) + "<span>" + escapedHTML(happening.detail) + "</span>" +
          folded(happening.text, "the body") + "</div>\n";
 }
 
