@@ -5,6 +5,8 @@
 #include <cstring>
 #include <memory>
 
+#include "VorselKelp/JSONText.h"
+
 namespace brellixctl {
 
 using VorselKelp::Error;
@@ -31,6 +33,14 @@ Result<std::string> readPayload(const std::string& path) {
   }
   if (std::ferror(file.get()) != 0) return Error{"Cannot read " + path + ": " + std::strerror(errno)};
   return bytes;
+}
+
+Result<JSONAny> decodePayload(const std::string& bytes, const std::string& path) {
+  auto json = VorselKelp::readJSONText(bytes);
+  if (!json) return Error{path + " is no JSON: " + json.error().description};
+  if (json->as<JSONAny::Dictionary>() == nullptr)
+    return Error{path + " is no JSON object; a payload looks like {\"aps\": {\"alert\": ...}}"};
+  return json;
 }
 
 bool wantsExtension(const JSONAny& payload) {

@@ -1,6 +1,5 @@
 #include <sys/random.h>
 
-#include "VorselKelp/JSONText.h"
 #include "VorselKelpPosix/Hex.h"
 #include "VorselKelpSimulator/NotificationRecords.h"
 #include "brellixctl/Operations.h"
@@ -80,11 +79,8 @@ VorselKelp::Status runExtension(const Target& target, const PushRequest& asked, 
 Result<PushOutcome> push(const Target& target, const PushRequest& asked) {
   const auto payload = readPayload(asked.payloadPath);
   if (!payload) return payload.error();
-  const auto json = VorselKelp::readJSONText(*payload);
-  if (!json) return Error{asked.payloadPath + " is no JSON: " + json.error().description};
-  if (json->as<JSONAny::Dictionary>() == nullptr) {
-    return Error{asked.payloadPath + " is no JSON object; a payload looks like {\"aps\": {\"alert\": ...}}"};
-  }
+  const auto json = decodePayload(*payload, asked.payloadPath);
+  if (!json) return json.error();
   auto simulated = target.device();
   if (const auto status = reachable(simulated); !status) return status.error();
   platform::NotificationRequest request;

@@ -1,6 +1,9 @@
 #include "brellixctl/try/Comparison.h"
 
+#include <strings.h>
+
 #include <algorithm>
+#include <string_view>
 
 #include "brellixctl/ServerAddress.h"
 #include "brellixctl/try/StoredTexts.h"
@@ -34,6 +37,14 @@ URLList since(URLList earlier, const URLList& all) {
   return later;
 }
 
+/// What is no web address never leaves the process.
+bool leaves(const std::string& url) {
+  const auto begins = [&](std::string_view scheme) {
+    return url.size() > scheme.size() && ::strncasecmp(url.data(), scheme.data(), scheme.size()) == 0;
+  };
+  return begins("http://") || begins("https://");
+}
+
 std::string nonEmpty(const std::string& text) {
   return text.empty() ? "none" : text;
 }
@@ -56,7 +67,7 @@ URLList Comparison::requestsOf(const Outcome& outcome) const {
   URLList urls;
   for (const auto& request : outcome.requests) {
     const auto url = stringOf(request.find("url"));
-    if (originOf(url) == ownServer_) continue;
+    if (originOf(url) == ownServer_ || !leaves(url)) continue;
     const auto method = stringOf(request.find("method"));
     urls.push_back((method == "GET" ? "" : method + " ") + original_(url));
   }
@@ -180,9 +191,12 @@ TrialPart Comparison::page(std::size_t page, const ShowOutcome& shown, const URL
   };
   part.compare("title", wordsFor(told.title), wordsFor(seen("title")));
   part.compare("text", wordsFor(told.text), wordsFor(seen("body")));
-  // It is told as the payload has it, not as it goes out: the requests tell that.
-  const auto image = seen("image");
-  part.judge("picture", wordsFor(told.image), wordsFor(image), image.has_value() == told.image.has_value());
+  // Where none comes, the one of the page before may stay. The view tells it as the payload writes it, not as
+  // it goes out: that stands among the requests.
+  if (told.image) {
+    const auto image = seen("image");
+    part.judge("picture", *told.image, wordsFor(image), image.has_value());
+  }
   if (page > 0)
     part.compare("requests", wordsFor(told.requests), wordsFor(since(earlier, requestsOf(shown))));
   return part;

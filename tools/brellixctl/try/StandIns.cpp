@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <filesystem>
 #include <regex>
 #include <string_view>
 #include <utility>
@@ -42,7 +43,10 @@ void alias(Paths& paths, const std::string& origin, const std::string& url, cons
   if (!url.starts_with(origin)) return;
   auto path = url.substr(origin.size(), url.find_first_of("?#", origin.size()) - origin.size());
   if (path.empty()) path = "/";
-  if (path.front() == '/') paths[path] = kind + path;
+  if (path.front() != '/') return;
+  paths[path] = kind + path;
+  // A client may take the dots out before it asks.
+  paths[std::filesystem::path(path).lexically_normal().string()] = kind + path;
 }
 
 Paths aliasesFor(const std::string& origin, const PayloadLint& lint) {

@@ -18,7 +18,7 @@ namespace {
 
 /// Whether the content extension may keep the arrows of a carousel.
 bool keepsArrows(const device::Manifest& manifest) {
-  const auto group = "group." + manifest.bundleIdentifier + ".vorselKellp";
+  const auto group = "group." + manifest.bundleIdentifier + ".content.vorselKellp";
   return std::ranges::find(manifest.groups, group) != manifest.groups.end();
 }
 

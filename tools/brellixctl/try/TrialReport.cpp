@@ -1,7 +1,6 @@
 #include "brellixctl/try/TrialReport.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "brellixctl/PlainText.h"
 
@@ -42,15 +41,6 @@ std::string counted(std::size_t number, const char* one, const char* many) {
 }
 
 }  // namespace
-
-void TrialPart::compare(std::string what, std::string foretold, std::string happened) {
-  const bool same = foretold == happened;
-  judge(std::move(what), std::move(foretold), std::move(happened), same);
-}
-
-void TrialPart::judge(std::string what, std::string foretold, std::string happened, bool ok) {
-  lines.push_back({std::move(what), std::move(foretold), std::move(happened), ok});
-}
 
 std::size_t TrialReport::lineCount() const {
   std::size_t count = 0;

@@ -63,6 +63,17 @@ Result<JSONAny> manifestFor(const CommonOptions& common, const std::string& serv
   return JSONAny(std::move(members));
 }
 
+/// The publisher's delegate has no call for a deep link, so that the facade drops it.
+bool dropDeepLinks(PayloadLint& lint) {
+  bool dropped = false;
+  for (auto& tap : lint.taps) {
+    if (tap.opens != PayloadLint::Tap::Opens::deepLink) continue;
+    tap.opens = PayloadLint::Tap::Opens::nothing;
+    dropped = true;
+  }
+  return dropped;
+}
+
 std::vector<std::string> notesOn(const PayloadLint& lint, const device::Manifest& manifest) {
   std::vector<std::string> notes;
   for (const auto& error : lint.errors) notes.push_back("Lint says: " + error + ".");
@@ -77,30 +88,38 @@ std::vector<std::string> notesOn(const PayloadLint& lint, const device::Manifest
   return notes;
 }
 
+/// The application to try it with, on a device in `folder`, with its servers at `server`.
+Result<Target> applicationIn(const TemporaryFolder& folder, const CommonOptions& common,
+                             const std::string& server) {
+  if (folder.path().empty()) return Error{"Cannot make a folder for the trial's device"};
+  const auto manifest = manifestFor(common, server);
+  if (!manifest) return manifest.error();
+  return Target::open(folder.path() + "/device", folder.write("application.json", *manifest));
+}
+
 Result<TrialReport> tryOut(const CommonOptions& common, const TryRequest& request,
                            const std::string& payload) {
-  const auto decoded = JSONAny::decode(payload);
-  const auto lint = VorselKelp::lintPayload(payload, triedIdentifier,
-                                            device::originalContent(decoded ? *decoded : JSONAny()));
+  const auto decoded = decodePayload(payload, request.payloadPath);
+  if (!decoded) return decoded.error();
+  auto lint = VorselKelp::lintPayload(payload, triedIdentifier, device::originalContent(*decoded));
   if (!request.anywhere) fenceProcesses();
   const TemporaryFolder folder;
-  if (folder.path().empty()) return Error{"Cannot make a folder for the trial's device"};
   const auto server = CollectionServer::start({});
   if (!server) return server.error();
+  const auto target = applicationIn(folder, common, (*server)->url());
+  if (!target) return target.error();
   auto standIns = request.anywhere ? Result<StandIns>(StandIns()) : StandIns::start(payload, lint);
   if (!standIns) return standIns.error();
-  const auto manifest = manifestFor(common, (*server)->url());
-  if (!manifest) return manifest.error();
-  const auto target = Target::open(folder.path() + "/device", folder.write("application.json", *manifest));
-  if (!target) return target.error();
-  const Comparison comparison(lint, (*server)->url(),
+  auto notes = notesOn(lint, target->manifest);
+  if (target->manifest.layer == device::Manifest::Layer::facade && dropDeepLinks(lint))
+    notes.push_back("Through the facade no deep link reaches the application; none is expected.");
+  const Comparison comparison(std::move(lint), (*server)->url(),
                               [&](std::string text) { return standIns->original(std::move(text)); });
   TrialPlan plan{*target, folder.writeText("payload.json", standIns->masked(payload)), folder.path(),
                  triedIdentifier};
   auto parts = Trial(std::move(plan), comparison).run();
   if (!parts) return parts.error();
-  return TrialReport{request.payloadPath, standIns->addresses(), notesOn(lint, target->manifest),
-                     *std::move(parts)};
+  return TrialReport{request.payloadPath, standIns->addresses(), std::move(notes), *std::move(parts)};
 }
 
 VorselKelp::Status writePage(const std::string& path, const TrialReport& report) {
