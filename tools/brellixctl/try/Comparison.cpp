@@ -112,6 +112,7 @@ TrialPart Comparison::delivery(const PushOutcome& pushed) const {
   TrialPart part{"The notification", {}};
   if (lint_.prepared) {
     addStop(part, stops(When::preparing), pushed, pushed.extension == "stopped");
+    if (pushed.extension == "silent") part.lines.back().happened += ", and never answers";
   } else {
     part.judge("extension", "not asked for", pushed.extension == "notRun" ? "not asked for" : "asked for",
                pushed.extension == "notRun");
