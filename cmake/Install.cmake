@@ -20,11 +20,15 @@ vorsel_pkg_config(
   DESCRIPTION "Push notifications and engagement: the core"
   LIBRARY vorselkelp
   STATIC_LIBS -lvorselkelp_url -lboost_json -pthread)
-# A shared core holds the facade.
+# A shared core holds the facade and lint.
 if(BUILD_SHARED_LIBS)
   vorsel_pkg_config(
     brellixpush
     DESCRIPTION "Push notifications and engagement: the publisher facade"
+    REQUIRES vorselkelp)
+  vorsel_pkg_config(
+    vorselkelp-lint
+    DESCRIPTION "Push notifications and engagement: what payloads will do"
     REQUIRES vorselkelp)
 else()
   vorsel_pkg_config(
@@ -32,6 +36,11 @@ else()
     DESCRIPTION "Push notifications and engagement: the publisher facade"
     REQUIRES vorselkelp
     LIBRARY brellixpush)
+  vorsel_pkg_config(
+    vorselkelp-lint
+    DESCRIPTION "Push notifications and engagement: what payloads will do"
+    REQUIRES vorselkelp
+    LIBRARY vorselkelp_lint)
 endif()
 vorsel_pkg_config(
   vorselkelp-posix
