@@ -2,6 +2,8 @@
 #include <string>
 #include <vector>
 
+#include "core/CoreContext.h"
+#include "push/ImageAttachment.h"
 #include "push/ServiceTest.h"
 
 namespace VorselKelp {
@@ -48,6 +50,9 @@ TEST_F(ServiceTest, TheImageIsAttachedOnTheMainQueue) {
   EXPECT_TRUE(second->attachments[0].path.ends_with("/P.GIF")) << "it has its ending";
   const auto folder = [](const std::string& file) { return file.substr(0, file.rfind('/')); };
   EXPECT_NE(folder(second->attachments[0].path), folder(path));
+  ASSERT_TRUE(service_.fileManager->fileExists(folder(path)));
+  ImageAttachment(CoreContext::current("a test"), nullptr).discard(best->attachments[0]);
+  EXPECT_FALSE(service_.fileManager->fileExists(folder(path))) << "its folder goes with it";
 }
 
 TEST_F(ServiceTest, WithoutItsImageTheTextIsDelivered) {

@@ -83,10 +83,12 @@ TEST_F(CategoryTest, WhereSuiteAndStandardAreOneTheNewest128AreKept) {
   std::ranges::rotate(identifiers, identifiers.begin() + 1);
   EXPECT_EQ(deliverWith("", "n-0"), identifiers.back()) << "what comes again is the newest once more";
   EXPECT_EQ(center().categories().size(), 129u);
-  for (const char* next : {"n-128", "n-129"}) identifiers.push_back(deliverWith("", next));
+  for (const char* next : {"n-128", "n-129"}) {
+    identifiers.push_back(deliverWith("", next));
+    EXPECT_EQ(center().categories().size(), 129u) << next;
+  }
   EXPECT_FALSE(registered(identifiers[0]) || registered(identifiers[1]));
   EXPECT_TRUE(registered(identifiers[2]) && registered(identifiers[127]) && registered("app"));
-  EXPECT_EQ(center().categories().size(), 129u);
   EXPECT_EQ(service_.standardDomain->object("vs_category"),
             DefaultsValue{(TextList(identifiers.begin() + 2, identifiers.end()))});
   EXPECT_FALSE(store().object("vs_category"));

@@ -27,6 +27,11 @@ TEST(Payload, EveryFieldIsReadAndWrittenInTheOrderOfItsTable) {
   const auto push = Payload::open(UserInfo::fromJSON(everything))->pushObj();
   ASSERT_TRUE(push) << push.error().description;
   EXPECT_EQ(*json::encode(*push), everything);
+  const auto least =
+      Payload::open(UserInfo::fromJSON(inAlert(R"({"title":"T","n":{"cl":-9223372036854775808.0}})")))
+          ->pushObj();
+  ASSERT_TRUE(least) << least.error().description;
+  EXPECT_EQ(least->aps.notificationBody.n->cl, INT64_MIN);
   const std::string campaign =
       R"({"p":[{"i":["https://i"],"o":{"body":"1"},"t":"T1"},{"o":{}}],"t":["https://t"]})";
   const auto decoded = Payload::open(UserInfo::fromJSON(campaign))->campaign();

@@ -214,6 +214,8 @@ TEST_F(ServiceTest, TheHandlerIsCalledWithNoLockHeld) {
   const auto handler = [&](auto) {
     for (const auto& path : device_->files->paths()) {
       ++looked;
+      EXPECT_EQ(path, *service_.fileManager->containerPath(group) + "/vorsel.categories.lock")
+          << "where the application's other processes look for it";
       const bool free = std::async(std::launch::async, [&] {
                           const std::unique_lock lock(*device_->files->mutexOf(path), std::try_to_lock);
                           return lock.owns_lock();
