@@ -29,6 +29,19 @@ TEST_F(ImagesTest, EveryImageIsFetchedAheadOnceWhateverLayoutDoes) {
   EXPECT_EQ(widthOf(view->imageView->image), 20);
   view->rightButton->tap();
   EXPECT_EQ(widthOf(view->imageView->image), 21) << "at once";
+  view->imageView->image = ui::ImagePtr();
+  view->performLayout();
+  EXPECT_EQ(widthOf(view->imageView->image), 21) << "though somebody took it away";
+}
+
+TEST_F(ImagesTest, WhatMadeRoomForAnotherPictureIsFetchedAgain) {
+  const auto view = shown();
+  for (unsigned k = 0; k < 3; ++k) {
+    answer("https://i/" + std::to_string(k), picture(1500 + k, 2000));
+    view->rightButton->tap();
+  }
+  answer("https://i/0", picture(1500, 2000));
+  EXPECT_EQ(widthOf(view->imageView->image), 1500);
 }
 
 TEST_F(ImagesTest, ALateImageIsKeptAndShownOnlyUnderItsOwnMessage) {
@@ -172,7 +185,7 @@ ui::ImagePtr image(std::size_t bytes) {
 TEST(ImageCache, StaysWithinItsBudgetAndKeepsWhatIsShown) {
   ImageCache cache(100);
   cache.keepIfRoom("a", image(40));
-  cache.keepIfRoom("b", image(40));
+  cache.keepIfRoom("b", image(60));
   cache.keepIfRoom("c", image(40));
   EXPECT_FALSE(cache.find("c")) << "what was fetched first is needed first";
   EXPECT_TRUE(cache.find("a"));

@@ -176,6 +176,14 @@ TEST_F(PromptTest, OnlyTheFirstMessageCountsEachTimeThePageIsShown) {
   EXPECT_EQ(requests(), 1u);
 }
 
+TEST_F(PromptTest, AScreenThatGoesTakesWhatItPresentsWithIt) {
+  const auto page = std::make_shared<ui::ViewController>(), above = std::make_shared<ui::ViewController>();
+  ASSERT_TRUE(root_->link(page) && page->link(above));
+  EXPECT_TRUE(page->unlink());
+  EXPECT_FALSE(above->presentingViewController() || page->presentedViewController());
+  EXPECT_TRUE(root_->link(above) && above->unlink());
+}
+
 TEST_F(PromptTest, TheConsoleOfThePageStaysOutOfTheLog) {
   startWith(custom);
   ask();
