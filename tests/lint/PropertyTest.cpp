@@ -154,7 +154,9 @@ class Road {
     for (const auto& [key, entry, text] : lint_.stored) {
       const auto slash = entry.find('/');
       if (key == "vs_url") {
-        inMap(inMap(told[key], entry.substr(0, slash)), entry.substr(slash + 1)) = {text};
+        auto& link = inMap(inMap(told[key], entry.substr(0, slash)), entry.substr(slash + 1));
+        EXPECT_FALSE(link.as<std::string>()) << entry << " is told twice";
+        link = {text};
       } else if (key == "vs_t" || key == "vs_tags") {
         appendTo(inMap(told[key], entry), text);
       } else if (key == "vs_category") {

@@ -172,6 +172,13 @@ TEST_F(RequestTest, OpensThatFailedAreMadeUpFor) {
                           "> 200, owed 2", "Open sent", "> 201, owed 1", "Open sent", "> 201, owed 1"));
 }
 
+TEST_F(RequestTest, AThousandOwedOpensAtMostGoOutWithOne) {
+  setCounter(1200);
+  requests_.sendActivityOpen({}, noting());
+  EXPECT_EQ(session_.requests().size(), 1001u);
+  EXPECT_EQ(counter(), 200);
+}
+
 TEST_F(RequestTest, AFailureThatIsCountedMeanwhileHidesNoOwedOpen) {
   setCounter(1);
   const auto defaults = std::make_shared<BrellixPush::WatchedDefaults>(core_.app.userDefaults);
