@@ -2,6 +2,7 @@
 
 #include "VorselKelpPosix/DiskFileManager.h"
 #include "VorselKelpPosix/PixbufImageDecoder.h"
+#include "VorselKelpPosix/Services.h"
 #include "VorselKelpPosix/SqliteUserDefaults.h"
 #include "VorselKelpSimulator/HeadlessScreen.h"
 

@@ -10,7 +10,6 @@
 namespace brellixctl {
 
 namespace platform = VorselKelp::platform;
-namespace device = VorselKelp::simulator;
 
 namespace {
 
