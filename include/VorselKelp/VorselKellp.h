@@ -143,7 +143,8 @@ class VORSELKELP_API VorselKellp {
   static std::optional<std::string> didReceiveNotification(
       const platform::NotificationRequest& request, std::shared_ptr<platform::NotificationContent> best,
       ContentHandler completion);
-  /// The extension's time is over: hands over what there is, when push is on.
+  /// The extension's time is over: hands over what there is, when push is on. `best` is the object that
+  /// didReceiveNotification was given: what is still on its way to it is told by that.
   static void notificationBuilderWillTerminate(const platform::UserInfo& userInfo,
                                                std::shared_ptr<platform::NotificationContent> best,
                                                ContentHandler completion);
