@@ -1,6 +1,7 @@
 #include "VorselKelpPosix/FileIO.h"
 
 #include <fcntl.h>
+#include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -64,6 +65,23 @@ Result<std::string> readWholeFile(const std::string& path, std::size_t limit) {
   }
   bytes.resize(filled);
   return bytes;
+}
+
+Status copyFile(const std::string& source, const std::string& target) {
+  const Descriptor from(::open(source.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  struct stat status {};
+  if (from.number() < 0 || ::fstat(from.number(), &status) != 0) return systemError(source);
+  if (!S_ISREG(status.st_mode)) return Error{source + ": not a file"};
+  const Descriptor to(::open(target.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+  if (to.number() < 0) return systemError(target);
+  for (ssize_t sent = 1; sent != 0;) {
+    sent = ::sendfile(to.number(), from.number(), nullptr, std::size_t{1} << 20);
+    if (sent >= 0 || errno == EINTR) continue;
+    auto error = systemError(target);
+    ::unlink(target.c_str());
+    return error;
+  }
+  return Done{};
 }
 
 void syncFolder(const std::string& path) {

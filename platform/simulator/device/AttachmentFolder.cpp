@@ -26,12 +26,12 @@ bool AttachmentFolder::moveIn(platform::NotificationAttachment& attachment) cons
   if (!posix::makeFolders(folder.string())) return false;
   fs::rename(source, target, error);
   if (error) {
-    // Another file system.
-    error.clear();
-    fs::copy_file(source, target, error);
-    if (!error) fs::remove(source, error);
+    // Another file system. (std::filesystem's own copy needs the file streams, and with them every extension
+    // would hold 400 KB of locales.)
+    if (!posix::copyFile(source.string(), target.string())) return false;
+    fs::remove(source, error);
+    if (error) return false;
   }
-  if (error) return false;
   attachment.path = target.string();
   std::error_code ignored;
   fs::remove(source.parent_path(), ignored);

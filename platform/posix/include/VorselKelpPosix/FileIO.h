@@ -25,6 +25,10 @@ VORSELKELP_API Status makeFolders(const std::string& path);
 /// The bytes of a regular file of at most `limit` bytes.
 VORSELKELP_API Result<std::string> readWholeFile(const std::string& path, std::size_t limit);
 
+/// Copies a regular file's bytes into a file that must not be there yet, with access for the owner alone.
+/// What could not be copied whole is removed again.
+VORSELKELP_API Status copyFile(const std::string& source, const std::string& target);
+
 /// Makes names just given in the folder survive a power cut, where the file system can.
 VORSELKELP_API void syncFolder(const std::string& path);
 
