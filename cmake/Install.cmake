@@ -58,11 +58,19 @@ vorsel_pkg_config(
   DESCRIPTION "Push notifications and engagement: a platform in memory, for tests"
   REQUIRES vorselkelp
   LIBRARY vorselkelp_testing)
+if(TARGET vorselkelp_freedesktop)
+  vorsel_pkg_config(
+    vorselkelp-freedesktop
+    DESCRIPTION "Push notifications and engagement: the desktop session's services"
+    REQUIRES vorselkelp-posix
+    LIBRARY vorselkelp_freedesktop
+    STATIC_REQUIRES gio-unix-2.0)
+endif()
 if(TARGET vorselkelp_desktop)
   vorsel_pkg_config(
     vorselkelp-desktop
     DESCRIPTION "Push notifications and engagement: the desktop platform"
-    REQUIRES vorselkelp-simulator
+    REQUIRES vorselkelp-simulator vorselkelp-freedesktop
     LIBRARY vorselkelp_desktop
     STATIC_REQUIRES ${VORSEL_DESKTOP_MODULES})
 endif()

@@ -3,9 +3,9 @@
 #include <cstdlib>
 #include <utility>
 
-#include "VorselKelpDesktop/BluezLocation.h"
-#include "VorselKelpDesktop/BusNotifications.h"
-#include "VorselKelpDesktop/LauncherBadge.h"
+#include "VorselKelpFreedesktop/BluezLocation.h"
+#include "VorselKelpFreedesktop/BusNotifications.h"
+#include "VorselKelpFreedesktop/LauncherBadge.h"
 #include "screen/DesktopPresenter.h"
 #include "screen/DesktopWindow.h"
 #include "screen/FrameLink.h"
@@ -91,7 +91,7 @@ class DesktopScreen final : public simulator::ProcessScreen {
                                                                setting.picture, setting.screenChanged);
     if (setting.kind == simulator::ProcessKind::application) {
       services.permissionDialog = permissionDialog(setting);
-      if (options_.bluetoothBeacons) services.location = makeBluezLocation(setting.loop);
+      if (options_.bluetoothBeacons) services.location = freedesktop::makeBluezLocation(setting.loop);
       joinSession(setting, services);
     }
     return services;
@@ -145,10 +145,11 @@ class DesktopScreen final : public simulator::ProcessScreen {
     const char* bus = std::getenv("DBUS_SESSION_BUS_ADDRESS");
     if (bus == nullptr || *bus == '\0') return;
     const auto& identifier = setting.manifest.bundleIdentifier;
-    badge_ = makeLauncherBadge(identifier, setting.loop);
+    badge_ = freedesktop::makeLauncherBadge(identifier, setting.loop);
     services.badge = [badge = badge_](std::int64_t value) { badge->setBadge(value); };
     if (!setting.responded) return;
-    notifications_ = makeBusNotifications({identifier, identifier, {}, {}}, setting.loop, setting.responded);
+    notifications_ =
+        freedesktop::makeBusNotifications({identifier, identifier, {}, {}}, setting.loop, setting.responded);
     services.notify = [notifications = notifications_](platform::NotificationRequest request,
                                                        platform::NotificationCategory category,
                                                        platform::UniqueFunction<void(Status)> answer) {
@@ -160,8 +161,8 @@ class DesktopScreen final : public simulator::ProcessScreen {
   std::shared_ptr<DesktopWindow> window_;
   bool left_ = false;  ///< the user has closed the window
   std::shared_ptr<Activity> activity_;
-  std::shared_ptr<BusNotifications> notifications_;
-  std::shared_ptr<LauncherBadge> badge_;
+  std::shared_ptr<freedesktop::BusNotifications> notifications_;
+  std::shared_ptr<freedesktop::LauncherBadge> badge_;
 };
 
 }  // namespace

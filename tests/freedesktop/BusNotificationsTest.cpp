@@ -1,0 +1,204 @@
+#include "VorselKelpFreedesktop/BusNotifications.h"
+
+#include <gmock/gmock.h>
+
+#include <optional>
+
+#include "freedesktop/NotificationServer.h"
+
+namespace VorselKelp::freedesktop {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+constexpr std::uint32_t expired = 1;
+constexpr std::uint32_t dismissed = 2;
+
+class BusNotificationsTest : public BusTest {
+ protected:
+  void start() {
+    server.emplace(address);
+    open(address);
+  }
+  void open(const std::string& where) {
+    notifications =
+        makeBusNotifications({"News", "com.example.news", "", where}, queue,
+                             [this](const platform::NotificationResponse& response) {
+                               heard.push_back(response.request.identifier + ":" + response.actionIdentifier);
+                             });
+  }
+
+  static platform::NotificationRequest request(const std::string& identifier, const std::string& title) {
+    platform::NotificationRequest made;
+    made.identifier = identifier;
+    made.content.title = title;
+    return made;
+  }
+
+  /// The answers are put down as "title" or "title: error".
+  void show(const std::string& identifier, const std::string& title,
+            platform::NotificationCategory category = {}) {
+    notifications->show(request(identifier, title), std::move(category), [this, title](const Status& status) {
+      answers.push_back(status ? title : title + ": " + status.error().description);
+    });
+  }
+  void showAndWait(const std::string& identifier, const std::string& title,
+                   platform::NotificationCategory category = {}) {
+    const auto before = answers.size();
+    show(identifier, title, std::move(category));
+    waitUntil([&] { return answers.size() > before; });
+    ASSERT_EQ(answers.back(), title);
+  }
+  void waitForAnswers(std::size_t count) {
+    waitUntil([&] { return answers.size() >= count; });
+  }
+
+  std::optional<NotificationServer> server;
+  std::shared_ptr<BusNotifications> notifications;
+  std::vector<std::string> answers;
+  std::vector<std::string> heard;
+};
+
+TEST_F(BusNotificationsTest, TellsWhichButtonWasTappedWhateverItIsCalled) {
+  start();
+  const platform::NotificationCategory category{
+      "c", {{"", "Empty"}, {"default", "Default"}, {"button-0", "Tricky"}}, false};
+  for (const auto* identifier : {"a", "b", "c", "d"}) showAndWait(identifier, "Title", category);
+  EXPECT_THAT(server->shown.front().actions, ElementsAre("default", "Open", "button-0", "Empty", "button-1",
+                                                         "Default", "button-2", "Tricky"));
+  server->invoke(1, "button-0");
+  server->invoke(2, "button-1");
+  server->invoke(3, "button-2");
+  server->invoke(4, "default");
+  waitUntil([&] { return heard.size() == 4; });
+  EXPECT_THAT(heard, ElementsAre("a:", "b:default", "c:button-0",
+                                 "d:" + std::string(platform::defaultActionIdentifier)));
+  // A tapped notification goes, also where the desktop would keep it.
+  waitUntil([&] { return server->closed.size() == 4; });
+}
+
+TEST_F(BusNotificationsTest, HearsOfItsOwnNotificationsOnceAndOfDismissalsWhenAsked) {
+  start();
+  showAndWait("quiet", "1");
+  showAndWait("asking", "2", {"c", {}, true});
+  showAndWait("expiring", "3", {"c", {}, true});
+  showAndWait("last", "4");
+  server->invoke(77, "default");  // of another application
+  server->invoke(4, "button-0");  // never sent
+  server->emit("ActionInvoked", g_variant_new("(ss)", "4", "default"));
+  server->emit("NotificationClosed", nullptr);
+  server->close(1, dismissed);
+  server->close(3, expired);
+  server->close(2, dismissed);
+  server->close(2, dismissed);
+  server->invoke(2, "default");
+  server->invoke(4, "default");
+  server->invoke(4, "default");
+  showAndWait("after", "5");  // comes after all of these
+  EXPECT_THAT(heard, ElementsAre("asking:" + std::string(platform::dismissActionIdentifier),
+                                 "last:" + std::string(platform::defaultActionIdentifier)));
+}
+
+TEST_F(BusNotificationsTest, ReplacesTheOneOfTheSameIdentifierAlsoWhileThatIsUnderWay) {
+  start();
+  server->holds = true;
+  show("a", "first");
+  waitUntil([&] { return server->shown.size() == 1; });
+  show("a", "second");
+  show("a", "third");
+  show("b", "other");
+  waitUntil([&] { return server->shown.size() == 2; });
+  EXPECT_FALSE(notifications->idle());
+  server->holds = false;
+  server->release();
+  waitForAnswers(4);
+  EXPECT_THAT(answers, ElementsAre("second: a newer one took its place before it was shown", "first", "other",
+                                   "third"));
+  EXPECT_EQ(server->shown.back().title, "third");
+  EXPECT_EQ(server->shown.back().replaced, server->shown.front().number);
+  EXPECT_TRUE(notifications->idle());
+}
+
+TEST_F(BusNotificationsTest, RemovesWhatIsShownOrOnItsWay) {
+  start();
+  showAndWait("a", "shown");
+  server->holds = true;
+  show("b", "on its way");
+  waitUntil([&] { return server->shown.size() == 2; });
+  show("b", "waiting");
+  notifications->remove({"unknown", "a", "b"});
+  show("b", "anew");
+  queue->runUntilIdle();
+  server->holds = false;
+  server->release();
+  waitForAnswers(4);
+  EXPECT_THAT(answers, ElementsAre("shown", "waiting: it was removed before it was shown",
+                                   "on its way: it was removed before it was shown", "anew"));
+  EXPECT_THAT(server->closed, ElementsAre(1, 2));
+  server->invoke(1, "default");
+  server->invoke(3, "default");
+  waitUntil([&] { return !heard.empty(); });
+  EXPECT_THAT(heard, ElementsAre("b:" + std::string(platform::defaultActionIdentifier)));
+}
+
+TEST_F(BusNotificationsTest, ANewServersNumbersAreNotTheOldOnes) {
+  start();
+  showAndWait("a", "old");
+  server.reset();
+  server.emplace(address);
+  showAndWait("b", "new");
+  EXPECT_EQ(server->shown.front().number, 1u);
+  server->invoke(1, "default");
+  waitUntil([&] { return !heard.empty(); });
+  EXPECT_THAT(heard, ElementsAre("b:" + std::string(platform::defaultActionIdentifier)));
+  showAndWait("a", "again");
+  EXPECT_EQ(server->shown.back().replaced, 0u);
+}
+
+TEST_F(BusNotificationsTest, SaysWhyNothingIsShown) {
+  open("unix:path=/nonexistent/bus");
+  show("a", "no bus");
+  waitForAnswers(1);
+  EXPECT_THAT(answers[0], HasSubstr("no bus: Could not connect"));
+  testing::internal::CaptureStderr();
+  notifications->show(request("a", "no bus"), {});
+  waitUntil([&] { return notifications->idle(); });
+  EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("does not show the notification \"a\""));
+
+  open(address);
+  show("a", "no server");
+  waitForAnswers(2);
+  EXPECT_THAT(answers[1], HasSubstr("org.freedesktop.DBus.Error.ServiceUnknown"));
+
+  server.emplace(address);  // it came back: nothing has to be opened anew
+  server->answersWrong = true;
+  show("a", "nonsense");
+  waitForAnswers(3);
+  EXPECT_THAT(answers[2], HasSubstr("nonsense: "));
+
+  server->answersWrong = false;
+  server->holds = true;
+  show("a", "silence");
+  waitUntil([&] { return server->shown.size() == 2; });
+  advance(10);
+  waitForAnswers(4);
+  EXPECT_EQ(answers[3], "silence: there was no answer in time");
+  server->holds = false;
+  showAndWait("a", "at last");
+}
+
+TEST_F(BusNotificationsTest, AnswersWhatIsUnderWayWhenItGoes) {
+  start();
+  server->holds = true;
+  show("a", "sent");
+  waitUntil([&] { return server->shown.size() == 1; });
+  show("a", "waiting");
+  notifications.reset();
+  queue->runUntilIdle();
+  EXPECT_THAT(answers, ElementsAre("sent: the application ended before it was shown",
+                                   "waiting: the application ended before it was shown"));
+}
+
+}  // namespace
+}  // namespace VorselKelp::freedesktop

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "VorselKelpTesting/ManualClock.h"
+#include "VorselKelpTesting/ManualMainQueue.h"
+#include "bus/GlibPointers.h"
+
+namespace VorselKelp::freedesktop {
+
+/// A service on the test's bus: a connection of its own that serves objects under a name.
+class BusService {
+ public:
+  /// `arguments` are a method's; the call answers through `invocation`, now or later.
+  using Methods = std::function<void(const std::string& path, const std::string& method, GVariant* arguments,
+                                     GDBusMethodInvocation* invocation)>;
+
+  BusService(const std::string& address, std::string name);
+  ~BusService();
+
+  /// `interfaces` in the bus's introspection format.
+  void serve(const std::string& path, const char* interfaces, Methods methods);
+  void own();
+  void emit(const std::string& path, const char* interface, const char* signal, GVariant* arguments);
+
+ private:
+  const std::string name_;
+  ObjectPtr<GDBusConnection> connection_;
+};
+
+/// A test with a bus of its own, and with time that stands still.
+class BusTest : public testing::Test {
+ protected:
+  BusTest();
+  ~BusTest() override;
+
+  /// Lets the bus and the main queue work until `done` answers true; fails after 20 seconds.
+  void waitUntil(const std::function<bool()>& done);
+  /// Lets time pass, each timer running at its time.
+  void advance(int seconds);
+  /// Waits until somebody owns the name, or nobody does.
+  void waitForName(const std::string& name, bool owned);
+
+  ObjectPtr<GTestDBus> daemon;
+  std::string address;
+  std::shared_ptr<testing_platform::ManualClock> clock = std::make_shared<testing_platform::ManualClock>();
+  std::shared_ptr<testing_platform::ManualMainQueue> queue =
+      std::make_shared<testing_platform::ManualMainQueue>(clock);
+};
+
+}  // namespace VorselKelp::freedesktop
