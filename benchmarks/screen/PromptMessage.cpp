@@ -2,9 +2,9 @@
 #include <chrono>
 #include <vector>
 
+#include "VorselKelpDesktop/WebViews.h"
 #include "prompt/PromptPage.h"
 #include "screen/Figures.h"
-#include "web/DesktopWebView.h"
 
 namespace VorselKelp::benchmarks {
 namespace {
@@ -35,8 +35,7 @@ double ours(GtkWindow* window) {
   configuration.userScripts.push_back({std::string(consoleForwardingScript()), true});
   configuration.messageHandlers.push_back({"logging", std::make_shared<Ear>()});
   const auto start = Clock::now();
-  const auto view = std::make_shared<desktop::DesktopWebView>(
-      std::move(configuration), std::make_shared<desktop::Activity>([] {}), nullptr);
+  const auto view = desktop::makeWebView(std::move(configuration));
   view->addMessageHandler("JSBridge", ear);
   gtk_window_set_child(window, view->widget());
   view->loadHTMLString(page(), std::nullopt);

@@ -42,7 +42,7 @@ TEST_F(CarouselScreenTest, IsPagedAndOpenedWithTheMouse) {
   answer("https://i/0", status(200, plainPng(0, 0, 255)));
   answer("https://i/1", status(200, plainPng(255, 0, 0)));
   settle();
-  const auto image = window->boundsOf(*view->imageView);
+  const auto image = boundsOf(*view->imageView);
   const double centre = image.origin.y + image.size.height / 2;
   EXPECT_EQ(pixel(width / 2, centre), "#0000ff");
   newUrls();
@@ -67,7 +67,7 @@ TEST_F(CarouselScreenTest, IsPagedAndOpenedWithTheMouse) {
 }
 
 TEST_F(CarouselScreenTest, StandsWhereItsLayoutCodeSays) {
-  const auto rect = [&](const ui::View& view) { return window->boundsOf(const_cast<ui::View&>(view)); };
+  const auto rect = [&](const ui::View& view) { return boundsOf(const_cast<ui::View&>(view)); };
   const auto bottom = [](const ui::Rect& r) { return r.origin.y + r.size.height; };
   struct Gaps {
     const char* code;
@@ -108,11 +108,10 @@ TEST_F(CarouselScreenTest, RowsOfEveryScriptAreAboutAsHighAsLatinOnes) {
       json.replace(json.find(name), 4, '"' + std::string(text) + '"');
     const auto view = open(json);
     ASSERT_EQ(view->titleLabel->text.get(), text);
-    const auto rows =
-        window->boundsOf(*view->titleLabel).size.height + window->boundsOf(*view->subtitleLabel).size.height;
+    const auto rows = boundsOf(*view->titleLabel).size.height + boundsOf(*view->subtitleLabel).size.height;
     if (latin == 0) latin = rows;
     EXPECT_LE(rows, 1.6 * latin) << text;
-    EXPECT_GT(window->boundsOf(*view->imageView).size.height, height / 2) << text;
+    EXPECT_GT(boundsOf(*view->imageView).size.height, height / 2) << text;
   }
 }
 

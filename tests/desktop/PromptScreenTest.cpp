@@ -1,23 +1,22 @@
+#include "VorselKelpDesktop/WebViews.h"
 #include "kellp/KellpTest.h"
 #include "prompt/PromptPage.h"
 #include "prompt/VorselKellpCustomNotificationView.h"
-#include "screen/DesktopPresenter.h"
 #include "support/ScreenTest.h"
-#include "web/DesktopWebView.h"
 
 namespace VorselKelp {
 namespace {
 
 struct EngineViews final : platform::WebViews {
   std::shared_ptr<ui::WebView> makeWebView(ui::WebViewConfiguration configuration, ui::Rect frame) override {
-    auto view = std::make_shared<desktop::DesktopWebView>(
-        std::move(configuration), std::make_shared<desktop::Activity>([] {}),
-        [this](desktop::DesktopWebView&, const std::shared_ptr<void>&) { ++loaded; });
+    auto view = desktop::makeWebView(std::move(configuration),
+                                     {nullptr, [this](ui::WebView&, const std::vector<std::string>&,
+                                                      const std::shared_ptr<void>&) { ++loaded; }});
     view->frame = frame;
     last = view;
     return view;
   }
-  std::weak_ptr<desktop::DesktopWebView> last;
+  std::weak_ptr<ui::WebView> last;
   int loaded = 0;
 };
 
@@ -36,8 +35,7 @@ class PromptScreenTest : public KellpTest, protected desktop::TestScreen {
     show(root_);
     app_.platform()->endpoints.script = "http://127.0.0.1:59999";  // nobody serves there: no script comes
     app_.platform()->webViews = views_;
-    app_.platform()->viewPresenter = std::make_shared<desktop::DesktopPresenter>(
-        window, root_, [this](bool appeared) { screens_ += appeared ? 1 : -1; });
+    app_.platform()->viewPresenter = stage->presenter();
   }
 
   /// Presents the page with this stored configuration and waits until it has been loaded.
@@ -64,19 +62,18 @@ class PromptScreenTest : public KellpTest, protected desktop::TestScreen {
   std::shared_ptr<ui::ViewController> root_ = std::make_shared<ui::ViewController>();
   std::shared_ptr<EngineViews> views_ = std::make_shared<EngineViews>();
   int agreed_ = 0;
-  int screens_ = 0;  ///< that have appeared and are not gone
 };
 
 TEST_F(PromptScreenTest, ShowsTheApplicationBehindItAndHearsTheAnswer) {
   present(R"({"push_config":{"prompts":[{"prompt":"page"}]}})");
   waitUntil([&] { return pixel(200, 200) == "#008000"; });
   EXPECT_EQ(evaluate("_VSPC.push_config.prompts[0].prompt"), JSONAny("page"));
-  EXPECT_EQ(screens_, 1);
+  EXPECT_EQ(screens, std::vector{true});
   run("var e = new Event('pns.htmlOK'); e.vsData = JSON.parse('['.repeat(500) + ']'.repeat(500));"
       "document.body.dispatchEvent(e); null");
   waitUntil([&] { return !shown(); });
   EXPECT_EQ(agreed_, 1) << "however deep the data of the page is";
-  EXPECT_EQ(screens_, 0);
+  EXPECT_EQ(screens, (std::vector{true, false}));
 }
 
 TEST_F(PromptScreenTest, TakesARefusalAndAnAgreementWithoutData) {

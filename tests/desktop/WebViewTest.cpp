@@ -1,4 +1,4 @@
-#include "web/DesktopWebView.h"
+#include "VorselKelpDesktop/WebViews.h"
 
 #include "support/ScreenTest.h"
 
@@ -28,8 +28,8 @@ class WebViewTest : public ScreenTest {
   void open(ui::WebViewConfiguration configuration = {}) {
     configuration.messageHandlers.push_back({"logging", log});
     page =
-        std::make_shared<DesktopWebView>(std::move(configuration), std::make_shared<Activity>([] {}),
-                                         [this](DesktopWebView&, const std::shared_ptr<void>&) { ++shown; });
+        makeWebView(std::move(configuration), {nullptr, [this](ui::WebView&, const std::vector<std::string>&,
+                                                               const std::shared_ptr<void>&) { ++shown; }});
     page->addMessageHandler("JSBridge", bridge);
     page->setNavigationDelegate(journey);
     root->backgroundColor = ui::Color{0, 0.5019607843, 0, 1};
@@ -41,7 +41,7 @@ class WebViewTest : public ScreenTest {
   std::shared_ptr<Ears> log = std::make_shared<Ears>();
   std::shared_ptr<Ears> bridge = std::make_shared<Ears>();
   std::shared_ptr<Journey> journey = std::make_shared<Journey>();
-  std::shared_ptr<DesktopWebView> page;
+  std::shared_ptr<WidgetWebView> page;
   int shown = 0;
 };
 
@@ -143,14 +143,14 @@ TEST_F(WebViewTest, TellsOfTheLoadsThatThePageBegins) {
 TEST_F(WebViewTest, ALoadThatTakesAnothersPlaceEndsOnItsOwn) {
   open();
   // A server that takes the connection and says nothing.
-  const ObjectPtr<GSocketListener> server(g_socket_listener_new());
-  const auto port = g_socket_listener_add_any_inet_port(server.get(), nullptr, nullptr);
-  ObjectPtr<GSocketConnection> connection;
+  g_autoptr(GSocketListener) server = g_socket_listener_new();
+  const auto port = g_socket_listener_add_any_inet_port(server, nullptr, nullptr);
+  GSocketConnection* connection = nullptr;
   g_socket_listener_accept_async(
-      server.get(), nullptr,
+      server, nullptr,
       [](GObject* listener, GAsyncResult* result, gpointer accepted) {
-        static_cast<ObjectPtr<GSocketConnection>*>(accepted)->reset(
-            g_socket_listener_accept_finish(G_SOCKET_LISTENER(listener), result, nullptr, nullptr));
+        *static_cast<GSocketConnection**>(accepted) =
+            g_socket_listener_accept_finish(G_SOCKET_LISTENER(listener), result, nullptr, nullptr);
       },
       &connection);
   const auto url = "http://127.0.0.1:" + std::to_string(port);
@@ -165,7 +165,7 @@ TEST_F(WebViewTest, ALoadThatTakesAnothersPlaceEndsOnItsOwn) {
   EXPECT_EQ(journey->finished, 1);
 
   // The page that is still shown takes the place of one that does not come.
-  connection.reset();
+  g_clear_object(&connection);
   page->load(url + "/third", 30);
   passFrames(30);
   page->evaluateJavaScript("location.href = 'about:blank'", [](const Result<JSONAny>&) {});

@@ -1,57 +1,65 @@
 #include "VorselKelpDesktop/DesktopScreen.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <utility>
 
+#include "VorselKelpDesktop/WebViews.h"
 #include "VorselKelpFreedesktop/BluezLocation.h"
 #include "VorselKelpFreedesktop/BusNotifications.h"
 #include "VorselKelpFreedesktop/LauncherBadge.h"
-#include "screen/DesktopPresenter.h"
+#include "screen/Activity.h"
 #include "screen/DesktopWindow.h"
-#include "screen/FrameLink.h"
 #include "screen/GtkWaiter.h"
-#include "screen/PageSheet.h"
-#include "screen/PermissionSheet.h"
-#include "web/DesktopWebView.h"
 
 namespace VorselKelp::desktop {
 namespace {
 
-class DesktopWebViews final : public platform::WebViews,
-                              public std::enable_shared_from_this<DesktopWebViews> {
+/// How long a page gets to be painted after it was loaded.
+constexpr double paintingSeconds = 0.3;
+
+/// Pages that keep the screen busy while they load, and the simulated user who answers them.
+class AnsweredPages final : public platform::WebViews, public std::enable_shared_from_this<AnsweredPages> {
  public:
-  DesktopWebViews(std::shared_ptr<platform::MainQueue> mainQueue, std::shared_ptr<Activity> activity,
-                  simulator::PromptAnswer answer, std::function<void(const std::string&)> picture)
+  AnsweredPages(std::shared_ptr<platform::MainQueue> mainQueue, std::shared_ptr<Activity> activity,
+                simulator::PromptAnswer answer, std::function<void(const std::string&)> picture)
       : mainQueue_(std::move(mainQueue)),
         activity_(std::move(activity)),
         answer_(answer),
         picture_(std::move(picture)) {}
 
   std::shared_ptr<ui::WebView> makeWebView(ui::WebViewConfiguration configuration, ui::Rect frame) override {
-    auto view = std::make_shared<DesktopWebView>(
-        std::move(configuration), activity_,
-        [weak = weak_from_this()](DesktopWebView& page, std::shared_ptr<void> busy) {
-          if (const auto self = weak.lock()) self->loaded(page, std::move(busy));
-        });
+    // What keeps the screen busy for as long as the page is there.
+    const auto waiting = std::make_shared<std::shared_ptr<void>>();
+    auto view = desktop::makeWebView(
+        std::move(configuration),
+        {[activity = activity_] { return activity->begin(); },
+         [weak = weak_from_this(), waiting](ui::WebView& page, const std::vector<std::string>& handlers,
+                                            std::shared_ptr<void> busy) {
+           if (std::ranges::find(handlers, platform::answerBridge) == handlers.end()) return;
+           if (const auto self = weak.lock()) self->loaded(page, waiting, std::move(busy));
+         }});
     view->frame = frame;
     return view;
   }
 
  private:
   /// The simulated user reads the page and answers it, as the page's own buttons would.
-  void loaded(DesktopWebView& view, std::shared_ptr<void> busy) {
-    if (!view.hears(platform::answerBridge)) return;
-    const auto page = std::static_pointer_cast<DesktopWebView>(view.shared_from_this());
-    const auto answer = [picture = picture_, choice = answer_, weak = std::weak_ptr(page),
+  void loaded(ui::WebView& page, const std::shared_ptr<std::shared_ptr<void>>& waiting,
+              std::shared_ptr<void> busy) {
+    const auto answer = [picture = picture_, choice = answer_, weak = page.weak_from_this(), waiting,
                          busy = std::move(busy)] {
       if (picture) picture("prompt");
       const auto shown = weak.lock();
       if (!shown) return;
       // A real user takes the time that it takes.
-      if (choice == simulator::PromptAnswer::none) return shown->keepBusy(busy);
+      if (choice == simulator::PromptAnswer::none) {
+        *waiting = busy;
+        return;
+      }
       const std::string event = choice == simulator::PromptAnswer::ok ? "pns.htmlOK" : "pns.htmlCancel";
-      shown->evaluateJavaScript("window.dispatchEvent(new Event('" + event + "'));null",
-                                [busy](const Result<JSONAny>&) {});
+      static_cast<ui::WebView&>(*shown).evaluateJavaScript(
+          "window.dispatchEvent(new Event('" + event + "'));null", [busy](const Result<JSONAny>&) {});
     };
     if (picture_) {
       mainQueue_->asyncAfter(paintingSeconds, answer);
@@ -64,6 +72,53 @@ class DesktopWebViews final : public platform::WebViews,
   const std::shared_ptr<Activity> activity_;
   const simulator::PromptAnswer answer_;
   const std::function<void(const std::string&)> picture_;
+};
+
+/// The browser's pages: a picture is taken of each.
+class BrowsedPages final : public platform::WebViews {
+ public:
+  BrowsedPages(std::shared_ptr<platform::MainQueue> mainQueue, std::shared_ptr<Activity> activity,
+               std::function<void(const std::string&)> picture)
+      : mainQueue_(std::move(mainQueue)), activity_(std::move(activity)), picture_(std::move(picture)) {}
+
+  std::shared_ptr<ui::WebView> makeWebView(ui::WebViewConfiguration configuration, ui::Rect frame) override {
+    auto view = desktop::makeWebView(
+        std::move(configuration),
+        {[activity = activity_] { return activity->begin(); },
+         [picture = picture_, queue = mainQueue_](ui::WebView&, const std::vector<std::string>&,
+                                                  const std::shared_ptr<void>& busy) {
+           if (picture) queue->asyncAfter(paintingSeconds, [picture, busy] { picture("browser"); });
+         }});
+    view->frame = frame;
+    return view;
+  }
+
+ private:
+  const std::shared_ptr<platform::MainQueue> mainQueue_;
+  const std::shared_ptr<Activity> activity_;
+  const std::function<void(const std::string&)> picture_;
+};
+
+/// As large as the simulated device's, refreshed as the window is.
+class WindowDisplay final : public platform::Screen {
+ public:
+  WindowDisplay(const simulator::Manifest& manifest, std::weak_ptr<Stage> stage)
+      : width_(manifest.screenWidth), height_(manifest.screenHeight), stage_(std::move(stage)) {}
+
+  double width() override { return width_; }
+  double height() override { return height_; }
+  std::unique_ptr<platform::DisplayLink> makeDisplayLink(std::function<void(double)> tick) override {
+    if (const auto stage = stage_.lock()) return stage->makeDisplayLink(std::move(tick));
+    return std::make_unique<SilentLink>();
+  }
+
+ private:
+  struct SilentLink final : platform::DisplayLink {
+    void setPaused(bool) override {}
+  };
+  const double width_;
+  const double height_;
+  const std::weak_ptr<Stage> stage_;
 };
 
 class DesktopScreen final : public simulator::ProcessScreen {
@@ -80,15 +135,15 @@ class DesktopScreen final : public simulator::ProcessScreen {
       left_ = true;
       loop->wake();
     });
-    window_->show(setting.root);
+    window_->show(setting.root, setting.screenChanged);
     activity_ = std::make_shared<Activity>([loop = setting.loop] { loop->wake(); });
     Services services;
-    services.screen = std::make_shared<DesktopDisplay>(setting.manifest, window_);
-    services.viewPresenter = std::make_shared<DesktopPresenter>(window_, setting.root, setting.screenChanged);
+    services.screen = std::make_shared<WindowDisplay>(setting.manifest, window_->stage());
+    services.viewPresenter = window_->stage()->presenter();
     services.webViews =
-        std::make_shared<DesktopWebViews>(setting.loop, activity_, setting.promptAnswer, setting.picture);
-    services.inAppBrowser = std::make_shared<PageSheetBrowser>(window_, setting.loop, activity_,
-                                                               setting.picture, setting.screenChanged);
+        std::make_shared<AnsweredPages>(setting.loop, activity_, setting.promptAnswer, setting.picture);
+    services.inAppBrowser = window_->stage()->makeBrowser(
+        std::make_shared<BrowsedPages>(setting.loop, activity_, setting.picture));
     if (setting.kind == simulator::ProcessKind::application) {
       services.permissionDialog = permissionDialog(setting);
       if (options_.bluetoothBeacons) services.location = freedesktop::makeBluezLocation(setting.loop);
@@ -106,7 +161,6 @@ class DesktopScreen final : public simulator::ProcessScreen {
   [[nodiscard]] bool left() const override { return left_ || !window_; }
   Status writePicture(const std::string& path) override {
     if (!window_) return Error{"The screen is not open"};
-    window_->flush();
     return window_->writePicture(path);
   }
   void close() override {
@@ -122,20 +176,14 @@ class DesktopScreen final : public simulator::ProcessScreen {
                simulator::DialogAnswer answer, const std::function<void(bool)>& answered) {
       const auto window = weak.lock();
       if (!window) return;
-      const auto shown = std::make_shared<std::weak_ptr<PermissionSheet>>();
-      const auto sheet = std::make_shared<PermissionSheet>(
-          name, [weak, shown, answered, busy = activity->begin()](bool allowed) {
-            const auto closed = shown->lock();
-            if (const auto open = weak.lock(); open && closed) open->remove(*closed);
-            answered(allowed);
+      const std::shared_ptr<PermissionQuestion> question = window->stage()->askPermission(
+          name, [answered, busy = activity->begin()](std::optional<bool> allowed) {
+            if (allowed) answered(*allowed);
           });
-      *shown = sheet;
-      (void)sheet->view();
-      window->push(sheet);
-      if (answer == simulator::DialogAnswer::none) return;
-      loop->asyncAfter(picture ? paintingSeconds : 0, [shown, picture, answer] {
+      if (!question || answer == simulator::DialogAnswer::none) return;
+      loop->asyncAfter(picture ? paintingSeconds : 0, [question, picture, answer] {
         if (picture) picture("dialog");
-        if (const auto open = shown->lock()) open->button(answer == simulator::DialogAnswer::allow)->tap();
+        question->tap(answer == simulator::DialogAnswer::allow);
       });
     };
   }

@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "VorselKelp/ui/NavigationBar.h"
+#include "VorselKelpDesktop/WidgetWebView.h"
 #include "views/ViewNode.h"
-#include "web/WidgetWebView.h"
 
 namespace VorselKelp::desktop {
 namespace {

@@ -56,11 +56,9 @@ WebKitWebView* newView(const ui::WebViewConfiguration& configuration, WebKitUser
 
 }  // namespace
 
-DesktopWebView::DesktopWebView(ui::WebViewConfiguration configuration, std::shared_ptr<Activity> activity,
-                               Finished finished)
+DesktopWebView::DesktopWebView(ui::WebViewConfiguration configuration, PageEvents events)
     : configuration_(std::move(configuration)),
-      activity_(std::move(activity)),
-      finished_(std::move(finished)),
+      events_(std::move(events)),
       content_(webkit_user_content_manager_new()),
       view_(newView(configuration_, content_.get())) {
   connect();
@@ -92,11 +90,16 @@ void DesktopWebView::addMessageHandler(const std::string& name,
   configuration_.messageHandlers.push_back({name, std::move(handler)});
 }
 
-bool DesktopWebView::hears(const std::string& name) const {
-  for (const auto& entry : configuration_.messageHandlers) {
-    if (entry.name == name) return true;
-  }
-  return false;
+std::vector<std::string> DesktopWebView::handlerNames() const {
+  std::vector<std::string> names;
+  for (const auto& entry : configuration_.messageHandlers) names.push_back(entry.name);
+  return names;
+}
+
+/// Never null.
+std::shared_ptr<void> DesktopWebView::newLoad() const {
+  auto load = events_.loading ? events_.loading() : nullptr;
+  return load ? load : std::make_shared<int>();
 }
 
 void DesktopWebView::showBackground() {
@@ -121,17 +124,15 @@ void DesktopWebView::beginLoad(std::string url) {
     webkit_user_script_unref(script);
   };
   if (!configuration_.messageHandlers.empty()) {
-    std::vector<std::string> names;
-    for (const auto& entry : configuration_.messageHandlers) names.push_back(entry.name);
     add(bridge_.relay, true, bridge_.world.c_str());
-    add(bridge_.shim(names), true, nullptr);
+    add(bridge_.shim(handlerNames()), true, nullptr);
   }
   for (const auto& script : configuration_.userScripts) add(script.source, script.mainFrameOnly, nullptr);
   if (timeout_ != 0) g_source_remove(std::exchange(timeout_, 0));
   if (succession_ != 0) g_source_remove(std::exchange(succession_, 0));
   asked_ = std::move(url);
   started_ = false;
-  loading_ = activity_->begin();
+  loading_ = newLoad();
 }
 
 void DesktopWebView::loadHTMLString(const std::string& html, const std::optional<std::string>& baseUrl) {
@@ -159,7 +160,7 @@ void DesktopWebView::load(const std::string& url, double timeout) {
 /// Each load ends once, whatever the engine still says about it.
 void DesktopWebView::endLoad(const Error* error) {
   if (!loading_) return;
-  auto busy = std::exchange(loading_, nullptr);
+  auto load = std::exchange(loading_, nullptr);
   if (timeout_ != 0) g_source_remove(std::exchange(timeout_, 0));
   const auto keep = shared_from_this();
   if (const auto delegate = navigationDelegate()) {
@@ -169,7 +170,7 @@ void DesktopWebView::endLoad(const Error* error) {
       delegate->didFinishNavigation();
     }
   }
-  if (finished_) finished_(*this, std::move(busy));
+  if (events_.loaded) events_.loaded(*this, handlerNames(), std::move(load));
 }
 
 void DesktopWebView::onLoad(WebKitWebView*, WebKitLoadEvent event, DesktopWebView* self) {
@@ -186,7 +187,7 @@ void DesktopWebView::started() {
   if (succession_ != 0) g_source_remove(std::exchange(succession_, 0));
   started_ = true;
   cancelled_ = false;
-  if (!loading_) loading_ = activity_->begin();  // the page has begun it
+  if (!loading_) loading_ = newLoad();  // the page has begun it
 }
 
 void DesktopWebView::committed() {

@@ -5,27 +5,16 @@
 #include <memory>
 #include <string>
 
-#include "screen/Activity.h"
+#include "VorselKelpDesktop/WebViews.h"
 #include "views/Painter.h"
 #include "web/TopFrameBridge.h"
-#include "web/WidgetWebView.h"
 
 namespace VorselKelp::desktop {
 
-/// How long a page gets to be painted after it was loaded.
-inline constexpr double paintingSeconds = 0.3;
-
-/// A web page in WebKitGTK, in its sandbox and with a session of its own that keeps nothing. Every load of a
-/// page is reported, whether the application began it or the page; one that another takes the place of is
-/// not. Make it with std::make_shared. Main thread.
+/// See makeWebView(). Make it with std::make_shared. Main thread.
 class DesktopWebView final : public WidgetWebView {
  public:
-  /// Runs when a page has been loaded with all that belongs to it, or has failed. The screen counts as busy
-  /// while a page is being loaded, and after that for as long as `busy` is kept.
-  using Finished = std::function<void(DesktopWebView&, std::shared_ptr<void> busy)>;
-
-  DesktopWebView(ui::WebViewConfiguration configuration, std::shared_ptr<Activity> activity,
-                 Finished finished);
+  DesktopWebView(ui::WebViewConfiguration configuration, PageEvents events);
   ~DesktopWebView() override;
 
   [[nodiscard]] GtkWidget* widget() const override { return GTK_WIDGET(view_); }
@@ -35,12 +24,10 @@ class DesktopWebView final : public WidgetWebView {
   void load(const std::string& url, double timeout) override;
   void evaluateJavaScript(const std::string& script, std::function<void(Result<JSONAny>)> answer) override;
 
-  /// Keeps the screen busy for as long as this view is there.
-  void keepBusy(std::shared_ptr<void> busy) { waiting_ = std::move(busy); }
-  [[nodiscard]] bool hears(const std::string& name) const;
-
  private:
   void connect();
+  [[nodiscard]] std::vector<std::string> handlerNames() const;
+  [[nodiscard]] std::shared_ptr<void> newLoad() const;
   /// `url`: what the engine will say that it shows.
   void beginLoad(std::string url);
   void endLoad(const Error* error);
@@ -59,12 +46,10 @@ class DesktopWebView final : public WidgetWebView {
   static void onMessage(WebKitUserContentManager*, JSCValue* value, DesktopWebView* self);
 
   ui::WebViewConfiguration configuration_;
-  const std::shared_ptr<Activity> activity_;
-  const Finished finished_;
+  const PageEvents events_;
   const TopFrameBridge bridge_ = TopFrameBridge::make();
   ObjectPtr<WebKitUserContentManager> content_;
   WebKitWebView* view_;
-  std::shared_ptr<void> waiting_;
   std::shared_ptr<void> loading_;  ///< set while a page is being loaded
   std::string asked_;              ///< the page that was asked for last
   bool started_ = false;           ///< the load under way is the one that the engine speaks of

@@ -3,6 +3,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <utility>
+
+#include "views/Painter.h"
 
 namespace VorselKelp::desktop {
 
@@ -19,9 +22,34 @@ void TestScreen::show(const std::shared_ptr<ui::View>& view) {
 }
 
 void TestScreen::show(const std::shared_ptr<ui::ViewController>& controller) {
-  window = std::make_shared<DesktopWindow>("test", width, height);
-  window->show(controller);
+  stage = nullptr;
+  closeWindow();
+  window = GTK_WINDOW(gtk_window_new());
+  overlay_ = GTK_OVERLAY(gtk_overlay_new());
+  gtk_window_set_default_size(window, static_cast<int>(width), static_cast<int>(height));
+  gtk_window_set_decorated(window, FALSE);
+  gtk_window_set_child(window, GTK_WIDGET(overlay_));
+  gtk_window_set_focus_visible(window, FALSE);
+  shown_ = controller;
+  root_ = makeViewWidget(controller->view());
+  gtk_overlay_set_child(overlay_, root_->widget());
+  stage = makeStage(
+      {[this] { return overlay_; }, controller, [this](bool appeared) { screens.push_back(appeared); }});
+  gtk_window_present(window);
   settle();
+}
+
+void TestScreen::closeWindow() {
+  if (window == nullptr) return;
+  gtk_overlay_set_child(overlay_, nullptr);
+  root_ = nullptr;
+  overlay_ = nullptr;
+  gtk_window_destroy(std::exchange(window, nullptr));
+}
+
+TestScreen::~TestScreen() {
+  stage = nullptr;
+  closeWindow();
 }
 
 void TestScreen::waitUntil(const std::function<bool()>& done) {
@@ -40,12 +68,13 @@ void TestScreen::waitUntil(const std::function<bool()>& done) {
 
 void TestScreen::settle() {
   passFrames(3);
-  waitUntil([&] { return window->mapped() && window->settled(); });
+  waitUntil(
+      [&] { return gtk_widget_get_mapped(GTK_WIDGET(window)) && root_->painted() && stage->painted(); });
 }
 
 void TestScreen::passFrames(int count) {
   int frames = 0;
-  auto* widget = GTK_WIDGET(window->window());
+  auto* widget = GTK_WIDGET(window);
   const auto ticks = gtk_widget_add_tick_callback(
       widget,
       [](GtkWidget*, GdkFrameClock*, gpointer passed) -> gboolean {
@@ -64,14 +93,15 @@ void TestScreen::click(double x, double y) {
 }
 
 void TestScreen::click(ui::View& view) {
-  const auto place = window->boundsOf(view);
+  const auto place = boundsOf(view);
   ASSERT_GT(place.size.width, 0) << "the view is not on the screen";
   click(place.origin.x + place.size.width / 2, place.origin.y + place.size.height / 2);
 }
 
 std::string TestScreen::pixel(double x, double y) {
   const auto file = testing::TempDir() + "vorsel-screen-" + std::to_string(::getpid()) + ".png";
-  const auto written = window->writePicture(file);
+  flush();
+  const auto written = writePicture(GTK_WIDGET(window), file);
   if (!written) return written.error().description;
   ObjectPtr<GdkPixbuf> picture(gdk_pixbuf_new_from_file(file.c_str(), nullptr));
   std::filesystem::remove(file);
@@ -83,9 +113,19 @@ std::string TestScreen::pixel(double x, double y) {
   return text;
 }
 
+void TestScreen::flush() {
+  root_->flush();
+  stage->flush();
+}
+
+ui::Rect TestScreen::boundsOf(ui::View& view) const {
+  const auto place = root_->boundsOf(view);
+  return place.size.width > 0 ? place : stage->boundsOf(view);
+}
+
 void TestScreen::expectPlaced(ui::View& view, ui::Rect place) const {
   constexpr double tolerance = 0.5;
-  const auto actual = window->boundsOf(view);
+  const auto actual = boundsOf(view);
   EXPECT_NEAR(actual.origin.x, place.origin.x, tolerance);
   EXPECT_NEAR(actual.origin.y, place.origin.y, tolerance);
   EXPECT_NEAR(actual.size.width, place.size.width, tolerance);

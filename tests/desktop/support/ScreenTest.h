@@ -1,12 +1,15 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <gtk/gtk.h>
 
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
-#include "screen/DesktopWindow.h"
+#include "VorselKelpDesktop/Stage.h"
+#include "VorselKelpDesktop/ViewWidget.h"
 
 namespace VorselKelp::desktop {
 
@@ -17,6 +20,9 @@ class TestScreen {
   static constexpr double height = 312;
 
   TestScreen();
+  TestScreen(const TestScreen&) = delete;
+  TestScreen& operator=(const TestScreen&) = delete;
+  ~TestScreen();
 
   /// Opens the window with this view in it and waits until it has been drawn.
   void show(const std::shared_ptr<ui::View>& view);
@@ -32,9 +38,22 @@ class TestScreen {
   void click(ui::View& view);
   /// The colour of a pixel of the window's picture, as "#rrggbb".
   std::string pixel(double x, double y);
+  /// Does at once what waits for the next picture.
+  void flush();
+  /// As the application itself would; the stage stays.
+  void closeWindow();
+  ui::Rect boundsOf(ui::View& view) const;
   void expectPlaced(ui::View& view, ui::Rect place) const;
 
-  std::shared_ptr<DesktopWindow> window;
+  /// Over the window.
+  std::shared_ptr<Stage> stage;
+  std::vector<bool> screens;  ///< that have appeared or gone, as the stage tells
+  GtkWindow* window = nullptr;
+
+ private:
+  GtkOverlay* overlay_ = nullptr;
+  std::shared_ptr<ui::ViewController> shown_;
+  std::shared_ptr<ViewWidget> root_;
 };
 
 class ScreenTest : public testing::Test, protected TestScreen {};

@@ -1,4 +1,4 @@
-#include "screen/PermissionSheet.h"
+#include "stage/PermissionSheet.h"
 
 #include <utility>
 
@@ -64,10 +64,12 @@ std::shared_ptr<ui::Button> PermissionSheet::makeButton(const char* title, bool 
   button->title = title;
   button->font = ui::Font{15, allowed};
   button->titleColor = ui::Color{0, 0.4, 0.85, 1};
-  button->onTouchUpInside([this, allowed] {
-    if (const auto answered = std::exchange(answered_, nullptr)) answered(allowed);
-  });
+  button->onTouchUpInside([this, allowed] { answer(allowed); });
   return button;
+}
+
+void PermissionSheet::answer(std::optional<bool> allowed) {
+  if (const auto answered = std::exchange(answered_, nullptr)) answered(allowed);
 }
 
 }  // namespace VorselKelp::desktop

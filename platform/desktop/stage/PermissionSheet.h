@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "VorselKelp/ui/Button.h"
@@ -12,11 +13,12 @@ namespace VorselKelp::desktop {
 /// The system's question whether an application may show notifications: a card over the whole window.
 class PermissionSheet final : public ui::ViewController {
  public:
-  /// `answered` runs once, with what the user chose.
-  PermissionSheet(std::string application, std::function<void(bool allowed)> answered)
+  /// `answered` runs once, with what the user chose; absent when nobody can choose any more.
+  PermissionSheet(std::string application, std::function<void(std::optional<bool> allowed)> answered)
       : application_(std::move(application)), answered_(std::move(answered)) {}
 
   void viewDidLoad() override;
+  void answer(std::optional<bool> allowed);
   /// Null before the view is loaded.
   [[nodiscard]] const std::shared_ptr<ui::Button>& button(bool allow) const { return allow ? allow_ : deny_; }
 
@@ -26,7 +28,7 @@ class PermissionSheet final : public ui::ViewController {
   std::shared_ptr<ui::Button> makeButton(const char* title, bool allowed);
 
   const std::string application_;
-  std::function<void(bool)> answered_;
+  std::function<void(std::optional<bool>)> answered_;
   std::shared_ptr<ui::Button> allow_;
   std::shared_ptr<ui::Button> deny_;
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/ui/WebView.h"
 
 using GtkWidget = struct _GtkWidget;
@@ -7,7 +8,7 @@ using GtkWidget = struct _GtkWidget;
 namespace VorselKelp::desktop {
 
 /// A web view that is a widget of the toolkit's.
-class WidgetWebView : public ui::WebView {
+class VORSELKELP_API WidgetWebView : public ui::WebView {
  public:
   /// Lives as long as the view, and longer while it is shown.
   [[nodiscard]] virtual GtkWidget* widget() const = 0;
