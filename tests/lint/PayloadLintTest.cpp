@@ -69,7 +69,7 @@ TEST(PayloadLint, WarnsOfWhatIsMostLikelyNotMeant) {
       {R"({"aps":{"alert":{"title":"T","n":{}}}})", "aps.mutable-content: not 1"},
       {R"({"aps":{"mutable-content":2,"alert":{"title":"T","n":{}}}})", "aps.mutable-content: not 1"},
       {push("", R"("title":"T","e":"https://a.example")"), "aps.alert.e: no ad is fetched"},
-      {push(R"("body":"A","x":0)"), ""},
+      {push(R"("body":"A","bdoy":"B","x":0)"), ""},
       {carousel(R"("actions":[{"action":"a","title":"A"}],)" + data),
        "p[0].o.actions: a carousel shows no buttons"},
       {carousel(R"("data":{"url":"../x","t":["https://c.example"]})"),
