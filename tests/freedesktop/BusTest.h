@@ -6,9 +6,9 @@
 #include <memory>
 #include <string>
 
+#include "VorselKelpFreedesktop/GlibPointers.h"
 #include "VorselKelpTesting/ManualClock.h"
 #include "VorselKelpTesting/ManualMainQueue.h"
-#include "bus/GlibPointers.h"
 
 namespace VorselKelp::freedesktop {
 

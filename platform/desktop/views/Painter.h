@@ -8,14 +8,11 @@
 #include "VorselKelp/ui/Button.h"
 #include "VorselKelp/ui/ImageView.h"
 #include "VorselKelp/ui/Label.h"
+#include "VorselKelpFreedesktop/GlibPointers.h"
 
 namespace VorselKelp::desktop {
 
-struct ObjectUnref {
-  void operator()(void* object) const { g_object_unref(object); }
-};
-template <class T>
-using ObjectPtr = std::unique_ptr<T, ObjectUnref>;
+using freedesktop::ObjectPtr;
 
 /// A text as a view shows it.
 struct TextStyle {

@@ -6,6 +6,8 @@
 namespace VorselKelp::desktop {
 namespace {
 
+using freedesktop::ObjectPtr;
+
 /// What the engine shows in the place of a page that it refuses to load.
 constexpr const char* blankPage = "about:blank";
 
@@ -104,7 +106,8 @@ std::shared_ptr<void> DesktopWebView::newLoad() const {
 
 void DesktopWebView::showBackground() {
   const auto& color = scrollBackgroundColor.get();
-  const GdkRGBA background = rgba(opaque ? ui::Color{color.red, color.green, color.blue, 1} : color);
+  const GdkRGBA background{static_cast<float>(color.red), static_cast<float>(color.green),
+                           static_cast<float>(color.blue), opaque ? 1 : static_cast<float>(color.alpha)};
   webkit_web_view_set_background_color(view_, &background);
 }
 

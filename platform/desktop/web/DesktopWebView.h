@@ -6,7 +6,7 @@
 #include <string>
 
 #include "VorselKelpDesktop/WebViews.h"
-#include "views/Painter.h"
+#include "VorselKelpFreedesktop/GlibPointers.h"
 #include "web/TopFrameBridge.h"
 
 namespace VorselKelp::desktop {
@@ -48,7 +48,7 @@ class DesktopWebView final : public WidgetWebView {
   ui::WebViewConfiguration configuration_;
   const PageEvents events_;
   const TopFrameBridge bridge_ = TopFrameBridge::make();
-  ObjectPtr<WebKitUserContentManager> content_;
+  freedesktop::ObjectPtr<WebKitUserContentManager> content_;
   WebKitWebView* view_;
   std::shared_ptr<void> loading_;  ///< set while a page is being loaded
   std::string asked_;              ///< the page that was asked for last

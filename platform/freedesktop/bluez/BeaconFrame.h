@@ -5,7 +5,7 @@
 #include <span>
 
 #include "VorselKelp/platform/LocationManager.h"
-#include "bus/GlibPointers.h"
+#include "VorselKelpFreedesktop/GlibPointers.h"
 
 namespace VorselKelp::freedesktop {
 

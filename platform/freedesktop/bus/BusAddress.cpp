@@ -1,6 +1,6 @@
 #include "bus/BusAddress.h"
 
-#include "bus/GlibPointers.h"
+#include "VorselKelpFreedesktop/GlibPointers.h"
 
 namespace VorselKelp::freedesktop {
 namespace {

@@ -1,6 +1,6 @@
 #include "bus/BusText.h"
 
-#include "bus/GlibPointers.h"
+#include "VorselKelpFreedesktop/GlibPointers.h"
 
 namespace VorselKelp::freedesktop {
 

@@ -8,7 +8,7 @@
 #include <array>
 #include <string_view>
 
-#include "bus/GlibPointers.h"
+#include "VorselKelpFreedesktop/GlibPointers.h"
 
 namespace VorselKelp::freedesktop {
 namespace {

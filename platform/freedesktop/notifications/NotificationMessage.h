@@ -7,7 +7,7 @@
 
 #include "VorselKelp/platform/Notification.h"
 #include "VorselKelpFreedesktop/BusNotifications.h"
-#include "bus/GlibPointers.h"
+#include "VorselKelpFreedesktop/GlibPointers.h"
 
 namespace VorselKelp::freedesktop {
 

@@ -6,6 +6,8 @@
 
 namespace VorselKelp::freedesktop {
 
+// Owners of what GLib hands out, for C++ that speaks with it.
+
 struct ObjectRelease {
   void operator()(gpointer object) const { g_object_unref(object); }
 };
