@@ -66,11 +66,22 @@ if(TARGET vorselkelp_freedesktop)
     LIBRARY vorselkelp_freedesktop
     STATIC_REQUIRES gio-unix-2.0)
 endif()
-if(TARGET vorselkelp_desktop)
+if(TARGET vorselkelp_gtk)
   vorsel_pkg_config(
-    vorselkelp-desktop
-    DESCRIPTION "Push notifications and engagement: the desktop platform"
-    REQUIRES vorselkelp-simulator vorselkelp-freedesktop
-    LIBRARY vorselkelp_desktop
-    STATIC_REQUIRES ${VORSEL_DESKTOP_MODULES})
+    vorselkelp-gtk
+    DESCRIPTION "Push notifications and engagement: screens in an application's own windows"
+    REQUIRES vorselkelp-freedesktop
+    LIBRARY vorselkelp_gtk
+    STATIC_REQUIRES gtk4)
+  vorsel_pkg_config(
+    vorselkelp-webkit
+    DESCRIPTION "Push notifications and engagement: web pages"
+    REQUIRES vorselkelp-gtk
+    LIBRARY vorselkelp_webkit
+    STATIC_REQUIRES webkitgtk-6.0)
+  vorsel_pkg_config(
+    vorselkelp-simulator-screen
+    DESCRIPTION "Push notifications and engagement: the window of a phone on a desk"
+    REQUIRES vorselkelp-simulator vorselkelp-webkit
+    LIBRARY vorselkelp_simulator_screen)
 endif()

@@ -2,10 +2,10 @@
 
 #include "FrontPage.h"
 #include "NewsApplication.h"
-#include "VorselKelpDesktop/DesktopScreen.h"
+#include "VorselKelpSimulatorScreen/WindowScreen.h"
 
 int main(int argc, char** argv) {
   news::NewsApplication application;
   return VorselKelp::simulator::runApplication(argc, argv, application, news::newsOperations(),
-                                               *VorselKelp::desktop::makeDesktopScreen());
+                                               *VorselKelp::simulator::makeWindowScreen());
 }

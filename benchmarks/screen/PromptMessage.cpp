@@ -2,7 +2,7 @@
 #include <chrono>
 #include <vector>
 
-#include "VorselKelpDesktop/WebViews.h"
+#include "VorselKelpWebKit/WebViews.h"
 #include "prompt/PromptPage.h"
 #include "screen/Figures.h"
 
@@ -35,7 +35,7 @@ double ours(GtkWindow* window) {
   configuration.userScripts.push_back({std::string(consoleForwardingScript()), true});
   configuration.messageHandlers.push_back({"logging", std::make_shared<Ear>()});
   const auto start = Clock::now();
-  const auto view = desktop::makeWebView(std::move(configuration));
+  const auto view = webkit::makeWebView(std::move(configuration));
   view->addMessageHandler("JSBridge", ear);
   gtk_window_set_child(window, view->widget());
   view->loadHTMLString(page(), std::nullopt);

@@ -6,9 +6,9 @@
 #include <memory>
 #include <string>
 
-#include "VorselKelpFreedesktop/GlibPointers.h"
 #include "VorselKelpTesting/ManualClock.h"
 #include "VorselKelpTesting/ManualMainQueue.h"
+#include "glib/Pointers.h"
 
 namespace VorselKelp::freedesktop {
 

@@ -5,7 +5,7 @@
 #include <span>
 
 #include "VorselKelp/platform/LocationManager.h"
-#include "VorselKelpFreedesktop/GlibPointers.h"
+#include "glib/Pointers.h"
 
 namespace VorselKelp::freedesktop {
 

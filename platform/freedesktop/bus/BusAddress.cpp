@@ -1,6 +1,6 @@
 #include "bus/BusAddress.h"
 
-#include "VorselKelpFreedesktop/GlibPointers.h"
+#include "glib/Pointers.h"
 
 namespace VorselKelp::freedesktop {
 namespace {

@@ -1,6 +1,6 @@
 #include "bus/BusText.h"
 
-#include "VorselKelpFreedesktop/GlibPointers.h"
+#include "glib/Pointers.h"
 
 namespace VorselKelp::freedesktop {
 

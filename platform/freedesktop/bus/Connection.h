@@ -8,8 +8,8 @@
 
 #include "VorselKelp/Result.h"
 #include "VorselKelp/platform/MainQueue.h"
-#include "VorselKelpFreedesktop/GlibPointers.h"
 #include "bus/BusAddress.h"
+#include "glib/Pointers.h"
 
 namespace VorselKelp::freedesktop {
 

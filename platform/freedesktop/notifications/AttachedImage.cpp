@@ -8,7 +8,7 @@
 #include <array>
 #include <string_view>
 
-#include "VorselKelpFreedesktop/GlibPointers.h"
+#include "glib/Pointers.h"
 
 namespace VorselKelp::freedesktop {
 namespace {

@@ -7,7 +7,7 @@
 
 #include "VorselKelp/platform/Notification.h"
 #include "VorselKelpFreedesktop/BusNotifications.h"
-#include "VorselKelpFreedesktop/GlibPointers.h"
+#include "glib/Pointers.h"
 
 namespace VorselKelp::freedesktop {
 

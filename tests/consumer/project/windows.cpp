@@ -1,7 +1,7 @@
 // Built, not run: the desktop platform links with what its package names.
 
-#include "VorselKelpDesktop/DesktopScreen.h"
+#include "VorselKelpSimulatorScreen/WindowScreen.h"
 
 int main() {
-  return VorselKelp::desktop::makeDesktopScreen() != nullptr ? 0 : 1;
+  return VorselKelp::simulator::makeWindowScreen() != nullptr ? 0 : 1;
 }

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "VorselKelp/ui/Button.h"
+#include "VorselKelp/ui/ViewController.h"
+
+namespace VorselKelp::gtk {
+
+/// The system's question whether an application may show notifications: a card over the whole window.
+class PermissionSheet final : public ui::ViewController {
+ public:
+  /// `answered` runs once, with what the user chose; absent when nobody can choose any more.
+  PermissionSheet(std::string application, std::function<void(std::optional<bool> allowed)> answered)
+      : application_(std::move(application)), answered_(std::move(answered)) {}
+
+  void viewDidLoad() override;
+  void answer(std::optional<bool> allowed);
+  /// Null before the view is loaded.
+  [[nodiscard]] const std::shared_ptr<ui::Button>& button(bool allow) const { return allow ? allow_ : deny_; }
+
+ private:
+  void addTexts(ui::View& card);
+  void addButtons(ui::View& card);
+  std::shared_ptr<ui::Button> makeButton(const char* title, bool allowed);
+
+  const std::string application_;
+  std::function<void(std::optional<bool>)> answered_;
+  std::shared_ptr<ui::Button> allow_;
+  std::shared_ptr<ui::Button> deny_;
+};
+
+}  // namespace VorselKelp::gtk

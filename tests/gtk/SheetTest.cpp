@@ -1,0 +1,99 @@
+#include "VorselKelpTesting/MemoryScreen.h"
+#include "gtk/support/ScreenTest.h"
+
+namespace VorselKelp::gtk {
+namespace {
+
+class SheetTest : public ScreenTest {
+ protected:
+  SheetTest() {
+    green_->backgroundColor = ui::Color{0, 0.5019607843, 0, 1};
+    show(green_);
+  }
+  void waitForGreen() {
+    waitUntil([&] { return pixel(200, 200) == "#008000"; });
+  }
+
+  std::shared_ptr<ui::View> green_ = std::make_shared<ui::View>();
+};
+
+TEST_F(SheetTest, ThePermissionQuestionTakesOneAnswer) {
+  std::vector<std::optional<bool>> answers;
+  const auto note = [&](std::optional<bool> allowed) { answers.push_back(allowed); };
+  for (const bool allow : {true, false}) {
+    const auto question = stage->askPermission("news", note);
+    settle();
+    click(width / 2 + (allow ? 70 : -70), height / 2 + 55);
+    waitUntil([&] { return !answers.empty(); });
+    question->tap(!allow);
+    EXPECT_EQ(answers, std::vector{std::optional(allow)});
+    answers.clear();
+    waitForGreen();
+  }
+  stage->askPermission("news", note)->tap(true);
+  EXPECT_EQ(answers, std::vector{std::optional(true)});
+}
+
+TEST_F(SheetTest, TheBrowserClosesWithItsButton) {
+  const auto browser = stage->makeBrowser(std::make_shared<testing_platform::RecordingWebViews>());
+  browser->present("http://127.0.0.1:59999/first");
+  browser->present("http://127.0.0.1:59999/second");  // in place of the first
+  settle();
+  EXPECT_EQ(pixel(200, 200), "#ffffff");
+  click(25, 22);
+  waitForGreen();
+  EXPECT_EQ(screens, (std::vector{true, false, true, false}));
+}
+
+TEST_F(SheetTest, AWindowThatClosesTakesAlongWhatLiesOverIt) {
+  struct Screen final : ui::ViewController {
+    void viewWillDisappear(bool) override { ++leaving; }
+    void viewDidDisappear(bool) override { ++left; }
+    int leaving = 0;
+    int left = 0;
+  };
+  const auto presenter = stage->presenter();
+  const auto root = presenter->rootViewController();
+  const auto lower = std::make_shared<Screen>();
+  const auto upper = std::make_shared<Screen>();
+  presenter->present(lower, root, false);
+  presenter->present(upper, lower, false);
+  stage->makeBrowser(std::make_shared<testing_platform::RecordingWebViews>())
+      ->present("http://127.0.0.1:59999/");
+  int unanswered = 0;
+  const auto question =
+      stage->askPermission("news", [&](std::optional<bool> allowed) { unanswered += !allowed; });
+  const auto link = stage->makeDisplayLink([](double) {});
+  link->setPaused(false);
+  settle();
+  closeWindow();
+  waitUntil([&] { return lower->left == 1; });
+  EXPECT_EQ(lower->leaving + upper->leaving + upper->left, 3);
+  EXPECT_EQ(root->presentedViewController(), nullptr);
+  EXPECT_EQ(unanswered, 1);
+  question->tap(true);
+  EXPECT_EQ(screens, (std::vector{true, true, true, false, false, false}));
+
+  presenter->present(lower, root, false);
+  EXPECT_EQ(lower->left, 1) << "without a window nothing is presented";
+  EXPECT_EQ(stage->askPermission("news", [&](std::optional<bool> allowed) { unanswered += !allowed; }),
+            nullptr);
+  EXPECT_EQ(unanswered, 2);
+  link->setPaused(true);
+  link->setPaused(false);
+}
+
+TEST_F(SheetTest, ADisplayLinkTicksWithTheWindowUntilItIsPaused) {
+  std::vector<double> times;
+  const auto link = stage->makeDisplayLink([&](double seconds) { times.push_back(seconds); });
+  link->setPaused(false);
+  waitUntil([&] { return times.size() >= 3; });
+  EXPECT_LT(times.front(), times.back());
+  link->setPaused(true);
+  const auto ticks = times.size();
+  settle();
+  EXPECT_EQ(times.size(), ticks);
+}
+
+}  // namespace
+}  // namespace VorselKelp::gtk
