@@ -52,6 +52,8 @@ class VORSELKELP_API InterstitialController final : public ui::ViewController,
 
   void viewDidLoad() override;
   void viewWillAppear(bool animated) override;
+  /// Like the close button; nothing without an owner.
+  bool accessibilityPerformEscape() override;
   /// By the orientation of the device when the controller was made.
   [[nodiscard]] unsigned supportedInterfaceOrientations() override;
   [[nodiscard]] bool prefersStatusBarHidden() override { return statusBarHidden_; }

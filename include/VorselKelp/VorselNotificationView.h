@@ -9,6 +9,7 @@
 
 #include "VorselKelp/Export.h"
 #include "VorselKelp/PushRecords.h"
+#include "VorselKelp/Result.h"
 #include "VorselKelp/platform/ContentExtension.h"
 #include "VorselKelp/ui/Button.h"
 #include "VorselKelp/ui/ImageView.h"
@@ -38,6 +39,10 @@ class VORSELKELP_API ContentExtArrowButton : public ui::Button {
 /// the network does not give is printed and left out. Main thread.
 class VORSELKELP_API VorselNotificationView : public ui::View {
  public:
+  /// An error when make(), or what a user can do with it, would stop the process, and why. For whoever shows
+  /// carousels in a process that must live on: an application's own.
+  [[nodiscard]] static Status check(const platform::NotificationRequest& request);
+
   /// Made for the controller's view, in which it takes the place of every other subview. The controller is
   /// held weakly; its `extensionContext()` opens links when it is a platform::NotificationContentExtension.
   static std::shared_ptr<VorselNotificationView> make(const platform::DeliveredNotification& notification,

@@ -14,6 +14,7 @@ class CloseButton final : public ui::Button {
     backgroundColor = ui::Color::white();
     borderColor = ui::Color::black();
     borderWidth = 1;
+    accessibilityLabel = "Close";
   }
 };
 

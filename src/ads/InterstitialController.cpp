@@ -171,6 +171,12 @@ void InterstitialController::closeAd() {
   context_->services->viewPresenter->dismiss(self(), true);
 }
 
+bool InterstitialController::accessibilityPerformEscape() {
+  if (!interstitialAd()) return false;
+  closeAd();
+  return true;
+}
+
 void InterstitialController::openAd() {
   willPresentInterstitialCLSR(requiredOwner("openAd"));
   context_->services->application->openURL(context_->services->endpoints.demonstrationPage);

@@ -44,6 +44,20 @@ T needed(Result<T> part) {
 
 }  // namespace
 
+Status VorselNotificationView::check(const platform::NotificationRequest& request) {
+  const auto payload = Payload::open(request.content.userInfo);
+  if (!payload) return payload.error();
+  const auto carousel = carouselMessages(*payload);
+  if (!carousel) return carousel.error();
+  for (const P& message : *carousel->p) {
+    if (const auto picture = pagePicture(message); !picture) return picture.error();
+    const auto conversion = pageConversion(message);
+    if (!conversion) return conversion.error();
+    if (const auto link = pageLink(conversion->url); !link) return link.error();
+  }
+  return Done{};
+}
+
 std::shared_ptr<VorselNotificationView> VorselNotificationView::make(
     const platform::DeliveredNotification& notification,
     const std::shared_ptr<ui::ViewController>& controller) {
@@ -100,6 +114,9 @@ void VorselNotificationView::decode(const platform::NotificationRequest& request
 
 void VorselNotificationView::setArrows() {
   for (const auto& arrow : {leftButton, rightButton}) arrow->hidden = !*notifications_->isMultiple;
+  leftButton->accessibilityLabel = "Previous";
+  rightButton->accessibilityLabel = "Next";
+  conversionButton->accessibilityLabel = "Open";
   const N& first = messages().front().o;
   setArrow(first.ap, leftButton, "left2.png");
   setArrow(first.an, rightButton, "right2.png");

@@ -53,6 +53,11 @@ void VorselKellpCustomNotificationView::didReceive(const std::string& name, cons
   if (isValidUtf8(text)) answer(text);
 }
 
+bool VorselKellpCustomNotificationView::accessibilityPerformEscape() {
+  didReceive(answerBridge, R"({"event":"pns.cancel"})");
+  return true;
+}
+
 void VorselKellpCustomNotificationView::answer(const std::string& text) {
   const auto event = CustomPromtEvent::decode(text);
   if (event && event->agrees() && agreed_) agreed_();

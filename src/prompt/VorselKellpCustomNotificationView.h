@@ -27,6 +27,8 @@ class VorselKellpCustomNotificationView final : public ui::ViewController,
   void loadView() override;
   void viewDidAppear(bool animated) override;
   void didReceive(const std::string& name, const JSONAny& body) override;
+  /// Like an answer of the page that says nothing: it is dismissed.
+  bool accessibilityPerformEscape() override;
 
   /// Null until the view is loaded.
   [[nodiscard]] const std::shared_ptr<ui::WebView>& webView() const { return webView_; }

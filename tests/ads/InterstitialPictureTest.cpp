@@ -106,7 +106,7 @@ TEST_F(InterstitialTest, AnAnimatedPicturePlaysUntilTheAdIsClosedAndWhenItIsShow
   EXPECT_TRUE(early.imageView()->image.get()) << "the ad keeps its picture";
   present(ad);
   EXPECT_EQ(running(), 1u);
-  ad->interstitialController()->closeAd();
+  EXPECT_TRUE(ad->interstitialController()->accessibilityPerformEscape());
   ad.reset();
   EXPECT_TRUE(file.expired()) << "what a closed ad played goes with it";
 

@@ -181,8 +181,11 @@ TEST_F(LayoutTest, APayloadThatIsNoCarouselStopsTheExtension) {
       {R"({"p":[],"isMultiple":true})", "no message"},
       {R"({"p":[{"o":{"image":"https://i"}},{"o":{"image":"https://no host"}}],"isMultiple":true})",
        "no host.*no URL"}};
-  for (const auto& [json, reason] : cases)
+  for (const auto& [json, reason] : cases) {
     EXPECT_DEATH(make(json), std::string("Fatal error: VorselKelp/VorselNotificationUI: .*") + reason);
+    EXPECT_FALSE(VorselNotificationView::check(delivered(json).request)) << json;
+  }
+  EXPECT_TRUE(VorselNotificationView::check(delivered(carousel()).request));
   EXPECT_DEATH(make(R"({"p":[{"o":{}}],"isMultiple":true})")->performLayout(), "forms no URL");
   const auto later = shown(R"({"p":[{"o":{"image":"https://i"}},{"o":{}}],"isMultiple":true})");
   EXPECT_DEATH(later->rightButton->tap(), "forms no URL") << "and not before that message is paged to";

@@ -94,6 +94,12 @@ TEST_F(PagingTest, OpeningSkipsWhatItCanDoWithout) {
   EXPECT_THAT(open(R"({"url":"https://o","t":["no url","https://c"]})"), IsEmpty());
   EXPECT_THAT(open(R"({"url":"relative","t":["https://c"]})"), ElementsAre("https://c"));
   EXPECT_THAT(controller_->context->opened, ElementsAre("https://o"));
+  for (const char* data : {"null", R"({"url":"https://o"})", R"({"url":"https://o","t":[]})",
+                           R"({"url":"https://no host","t":["https://c"]})"}) {
+    const auto json =
+        std::string(R"({"p":[{"o":{"image":"https://i","data":)") + data + R"(}}],"isMultiple":true})";
+    EXPECT_FALSE(VorselNotificationView::check(delivered(json).request)) << data;
+  }
   EXPECT_DEATH(open("null"), "Fatal error: VorselKelp/VorselNotificationUI: .*no \"data\"");
   EXPECT_DEATH(open(R"({"url":"https://o"})"), "no tracker");
   EXPECT_DEATH(open(R"({"url":"https://o","t":[]})"), "no tracker");

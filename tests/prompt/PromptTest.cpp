@@ -91,6 +91,10 @@ TEST_F(PromptTest, ThePageComesOverTheApplicationOnTheMainQueue) {
   EXPECT_TRUE(view->configuration().userScripts[0].mainFrameOnly);
   EXPECT_EQ(view->configuration().userScripts[0].source, consoleForwardingScript());
   EXPECT_TRUE(view->allowsNavigation("https://elsewhere.example"));
+
+  EXPECT_TRUE(controller->accessibilityPerformEscape());
+  EXPECT_FALSE(root_->presentedViewController());
+  EXPECT_EQ(requests(), 0u);
 }
 
 TEST_F(PromptTest, ThePageShowsTheStoredConfigurationWhateverItHolds) {

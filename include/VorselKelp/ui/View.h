@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "VorselKelp/Export.h"
@@ -53,6 +54,9 @@ class VORSELKELP_API View : public std::enable_shared_from_this<View>, public Pr
   Property<double> cornerRadius{*this, 0};
   Property<double> borderWidth{*this, 0};
   Property<Color> borderColor{*this, Color::black()};
+  /// What the view is called for a user who can't see it, in English: a platform translates it. Empty for one
+  /// that says it by its text, or says nothing.
+  Property<std::string> accessibilityLabel{*this, {}};
   /// Whether the frame, growing with the superview, stands for constraints.
   Property<bool> translatesAutoresizingMaskIntoConstraints{*this, true};
 

@@ -42,6 +42,10 @@ class VORSELKELP_API ViewController : public std::enable_shared_from_this<ViewCo
   virtual void viewWillDisappear(bool animated) { (void)animated; }
   virtual void viewDidDisappear(bool animated) { (void)animated; }
 
+  /// The user wants to leave this screen without touching it, by the Escape key for example. Answers whether
+  /// there was something to do; the base has nothing.
+  virtual bool accessibilityPerformEscape() { return false; }
+
   /// A sum of InterfaceOrientations.
   [[nodiscard]] virtual unsigned supportedInterfaceOrientations() { return interfaceAll; }
   [[nodiscard]] virtual bool prefersStatusBarHidden() { return false; }
