@@ -1,3 +1,4 @@
+#include "VorselKelpGtk/Carousel.h"
 #include "VorselKelpPosix/PixbufImageDecoder.h"
 #include "content_ext/CarouselTest.h"
 #include "gtk/support/ScreenTest.h"
@@ -113,6 +114,25 @@ TEST_F(CarouselScreenTest, RowsOfEveryScriptAreAboutAsHighAsLatinOnes) {
     EXPECT_LE(rows, 1.6 * latin) << text;
     EXPECT_GT(boundsOf(*view->imageView).size.height, height / 2) << text;
   }
+}
+
+TEST_F(CarouselScreenTest, IsAWidgetOfAnApplicationsOwn) {
+  const auto bad =
+      gtk::carousel(delivered(R"({"p":[{"o":{}}],"isMultiple":true})"), [](const std::string&) {});
+  EXPECT_FALSE(bad.ok()) << "what stops an extension must not stop an application";
+  std::vector<std::string> opened;
+  const auto widget =
+      gtk::carousel(delivered(carousel()), [&](const std::string& url) { opened.push_back(url); });
+  ASSERT_TRUE(widget.ok());
+  show(*widget);
+  newUrls();
+  press({"Tab", "Tab", "Return"});  // the arrow back, the arrow on
+  waitUntil([&] { return extension_.urlSession->urls().size() >= 5; });
+  EXPECT_THAT(newUrls(), ElementsAre("https://t/1a", "https://t/1b"));
+  press({"Tab", "space"});  // the page
+  waitUntil([&] { return !opened.empty(); });
+  EXPECT_THAT(opened, ElementsAre("app://open/1"));
+  closeWindow();
 }
 
 }  // namespace

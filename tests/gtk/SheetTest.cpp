@@ -1,3 +1,4 @@
+#include "VorselKelp/ui/Label.h"
 #include "VorselKelpTesting/MemoryScreen.h"
 #include "gtk/support/ScreenTest.h"
 
@@ -32,6 +33,65 @@ TEST_F(SheetTest, ThePermissionQuestionTakesOneAnswer) {
   }
   stage->askPermission("news", note)->tap(true);
   EXPECT_EQ(answers, std::vector{std::optional(true)});
+}
+
+TEST_F(SheetTest, WhatIsOnTopHasKeyboardAndPointerAlone) {
+  int below = 0;
+  green_->addTapRecognizer([&] { ++below; });
+  std::vector<std::optional<bool>> answers;
+  const auto note = [&](std::optional<bool> allowed) { answers.push_back(allowed); };
+  stage->askPermission("news", note);
+  settle();
+  click(20, 20);
+  for (const char* key : {"Return", "space"}) {  // "Don't Allow" has the keyboard first
+    press({"Tab", key});
+    waitUntil([&] { return !answers.empty(); });
+    EXPECT_EQ(answers, std::vector{std::optional(true)}) << key;
+    answers.clear();
+    stage->askPermission("news", note);
+    settle();
+  }
+  press({"Escape"});
+  waitUntil([&] { return !answers.empty(); });
+  EXPECT_EQ(answers, std::vector{std::optional(false)});
+  EXPECT_EQ(below, 0);
+  click(20, 20);
+  waitUntil([&] { return below == 1; });
+  passFrames(3);  // the window gives the keyboard to what can have it
+  press({"Return"});
+  waitUntil([&] { return below == 2; });
+
+  struct Screen final : ui::ViewController {
+    bool accessibilityPerformEscape() override { return escaped = true; }
+    bool escaped = false;
+  };
+  const auto screen = std::make_shared<Screen>();
+  stage->presenter()->present(screen, stage->presenter()->rootViewController(), false);
+  stage->makeBrowser(std::make_shared<testing_platform::RecordingWebViews>())
+      ->present("http://127.0.0.1:59999/");
+  settle();
+  press({"Escape"});
+  waitUntil([&] { return screens.size() == 3; });
+  EXPECT_FALSE(screen->escaped);
+  press({"Escape"});
+  waitUntil([&] { return screen->escaped; });
+}
+
+TEST_F(SheetTest, TextsAreAsLargeAsTheUserWantsThem) {
+  const auto label = std::make_shared<ui::Label>();
+  label->translatesAutoresizingMaskIntoConstraints = false;
+  label->text = "A headline";
+  green_->addSubview(label);
+  green_->activate({equal(label->leading(), green_->leading()), equal(label->top(), green_->top())});
+  settle();
+  const auto before = boundsOf(*label).size;
+  auto* settings = gtk_widget_get_settings(GTK_WIDGET(window));
+  int dpi = 0;
+  g_object_get(settings, "gtk-xft-dpi", &dpi, nullptr);
+  g_object_set(settings, "gtk-xft-dpi", 2 * dpi, nullptr);
+  waitUntil([&] { return boundsOf(*label).size.height > 1.5 * before.height; });
+  EXPECT_GT(boundsOf(*label).size.width, 1.5 * before.width);
+  g_object_set(settings, "gtk-xft-dpi", dpi, nullptr);
 }
 
 TEST_F(SheetTest, TheBrowserClosesWithItsButton) {

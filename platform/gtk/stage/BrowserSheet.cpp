@@ -65,9 +65,11 @@ void SheetBrowser::present(const std::string& url) {
   };
   sheet_ = std::make_shared<BrowserSheet>(url, leave, webViews_->makeWebView({}, {}));
   (void)sheet_->view();
-  stage->push(overlay, sheet_, [shown = std::weak_ptr(sheet_)] {
+  const auto close = [shown = std::weak_ptr(sheet_)] {
     if (const auto sheet = shown.lock()) sheet->close();
-  });
+    return true;
+  };
+  stage->push(overlay, sheet_, {close, close});
   sheet_->viewDidAppear(true);
   stage->options().screenChanged(true);
 }

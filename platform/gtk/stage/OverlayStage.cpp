@@ -12,11 +12,6 @@
 namespace VorselKelp::gtk {
 namespace {
 
-GtkOverlay* overlayAround(const ViewWidget& shown) {
-  auto* parent = gtk_widget_get_parent(shown.widget());
-  return parent != nullptr ? GTK_OVERLAY(parent) : nullptr;
-}
-
 class OpenQuestion final : public PermissionQuestion {
  public:
   explicit OpenQuestion(std::weak_ptr<PermissionSheet> sheet) : sheet_(std::move(sheet)) {}
@@ -32,48 +27,47 @@ class OpenQuestion final : public PermissionQuestion {
 
 OverlayStage::~OverlayStage() {
   endPaint();
-  for (const auto& layer : layers_ | std::views::reverse) takeOut(layer);
+  while (!layers_.empty()) remove(*layers_.back().controller);
   endPaint();
   if (idle_ != 0) g_source_remove(idle_);
 }
 
 GtkOverlay* OverlayStage::overlayOf(const ui::ViewController& controller) const {
   for (const auto& layer : layers_) {
-    if (layer.controller.get() == &controller) return overlayAround(*layer.shown);
+    if (layer.controller.get() == &controller) return layer.frame->overlay();
   }
   return options_.overlay();
 }
 
 GtkOverlay* OverlayStage::topOverlay() const {
   for (const auto& layer : layers_ | std::views::reverse) {
-    if (auto* overlay = overlayAround(*layer.shown)) return overlay;
+    if (auto* overlay = layer.frame->overlay()) return overlay;
   }
   return options_.overlay();
 }
 
 void OverlayStage::push(GtkOverlay* overlay, const std::shared_ptr<ui::ViewController>& controller,
-                        std::function<void()> windowGone) {
+                        Hands hands) {
   auto shown = makeViewWidget(controller->view());
-  gtk_overlay_add_overlay(overlay, shown->widget());
+  auto frame = std::make_shared<ModalFrame>(overlay, shown->widget(), std::move(hands.escaped));
   g_signal_connect(shown->widget(), "notify::root", G_CALLBACK(&OverlayStage::onRoot), this);
-  layers_.push_back({controller, std::move(shown), std::move(windowGone)});
+  layers_.push_back({controller, std::move(shown), std::move(frame), std::move(hands.windowGone)});
 }
 
 void OverlayStage::remove(const ui::ViewController& controller) {
   const auto found = std::ranges::find_if(
       layers_, [&](const Layer& layer) { return layer.controller.get() == &controller; });
   if (found == layers_.end()) return;
-  const auto gone = std::move(*found);
+  auto gone = std::move(*found);
   layers_.erase(found);
-  takeOut(gone);
+  takeOut(std::move(gone));
 }
 
-void OverlayStage::takeOut(const Layer& layer) {
+void OverlayStage::takeOut(Layer layer) {
   g_signal_handlers_disconnect_by_data(layer.shown->widget(), this);
-  auto* overlay = overlayAround(*layer.shown);
-  if (overlay == nullptr) return;
-  gtk_overlay_remove_overlay(overlay, layer.shown->widget());
-  awaitPaint(GTK_WIDGET(overlay));
+  auto* overlay = layer.frame->overlay();
+  layer.frame = nullptr;
+  if (overlay != nullptr) awaitPaint(GTK_WIDGET(overlay));
 }
 
 void OverlayStage::awaitPaint(GtkWidget* overlay) {
@@ -158,7 +152,7 @@ std::shared_ptr<PermissionQuestion> OverlayStage::askPermission(
   }
   const auto shown = std::make_shared<std::weak_ptr<PermissionSheet>>();
   const auto sheet = std::make_shared<PermissionSheet>(
-      application,
+      application, PermissionSheet::Look{isDark(GTK_WIDGET(overlay)), textScale(GTK_WIDGET(overlay))},
       [weak = weak_from_this(), shown, answered = std::move(answered)](std::optional<bool> allowed) {
         const auto closed = shown->lock();
         if (const auto stage = weak.lock(); stage && closed) stage->remove(*closed);
@@ -166,9 +160,15 @@ std::shared_ptr<PermissionQuestion> OverlayStage::askPermission(
       });
   *shown = sheet;
   (void)sheet->view();
-  push(overlay, sheet, [shown] {
-    if (const auto open = shown->lock()) open->answer(std::nullopt);
-  });
+  const auto answer = [shown](std::optional<bool> allowed) {
+    if (const auto open = shown->lock()) open->answer(allowed);
+  };
+  push(overlay, sheet,
+       {[answer] { answer(std::nullopt); },
+        [answer] {
+          answer(false);
+          return true;
+        }});
   return std::make_shared<OpenQuestion>(sheet);
 }
 

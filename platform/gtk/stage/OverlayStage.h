@@ -6,6 +6,7 @@
 
 #include "VorselKelpGtk/Stage.h"
 #include "VorselKelpGtk/ViewWidget.h"
+#include "stage/ModalFrame.h"
 #include "views/Painter.h"
 
 namespace VorselKelp::gtk {
@@ -32,10 +33,15 @@ class OverlayStage final : public Stage, public std::enable_shared_from_this<Ove
   [[nodiscard]] GtkOverlay* overlayOf(const ui::ViewController& controller) const;
   /// The overlay of what lies on top, else the one that the application names; null: there is no window.
   [[nodiscard]] GtkOverlay* topOverlay() const;
-  /// Puts the controller's view on top; its view must have been made. `windowGone` runs when the window was
-  /// closed, and is to remove it.
-  void push(GtkOverlay* overlay, const std::shared_ptr<ui::ViewController>& controller,
-            std::function<void()> windowGone);
+  /// What a layer does when something happens to it that it did not ask for.
+  struct Hands {
+    /// The window was closed: the layer is to be removed.
+    std::function<void()> windowGone;
+    /// The user pressed Escape; answers whether that was for the layer.
+    std::function<bool()> escaped;
+  };
+  /// Puts the controller's view on top; its view must have been made.
+  void push(GtkOverlay* overlay, const std::shared_ptr<ui::ViewController>& controller, Hands hands);
   void remove(const ui::ViewController& controller);
   [[nodiscard]] const StageOptions& options() const { return options_; }
 
@@ -43,6 +49,7 @@ class OverlayStage final : public Stage, public std::enable_shared_from_this<Ove
   struct Layer {
     std::shared_ptr<ui::ViewController> controller;
     std::shared_ptr<ViewWidget> shown;
+    std::shared_ptr<ModalFrame> frame;
     std::function<void()> windowGone;
   };
 
@@ -50,7 +57,7 @@ class OverlayStage final : public Stage, public std::enable_shared_from_this<Ove
   static gboolean onIdle(gpointer self);
   static void onPaint(GdkFrameClock*, OverlayStage* self);
   void dropLayersWithoutWindow();
-  void takeOut(const Layer& layer);
+  void takeOut(Layer layer);
   void awaitPaint(GtkWidget* overlay);
   void endPaint();
 

@@ -24,10 +24,11 @@ std::shared_ptr<Kind> add(ui::View& parent) {
 void PermissionSheet::viewDidLoad() {
   view()->backgroundColor = ui::Color{0, 0, 0, 0.35};
   const auto card = add<ui::View>(*view());
-  card->backgroundColor = ui::Color::white();
+  card->backgroundColor = look_.dark ? ui::Color{0.2, 0.2, 0.2, 1} : ui::Color::white();
   card->cornerRadius = 14;
   view()->activate({equal(card->centerX(), view()->centerX()), equal(card->centerY(), view()->centerY()),
-                    fixed(card->width(), cardWidth), fixed(card->height(), cardHeight)});
+                    fixed(card->width(), cardWidth * look_.textScale),
+                    fixed(card->height(), cardHeight * look_.textScale)});
   addTexts(*card);
   addButtons(*card);
 }
@@ -37,8 +38,10 @@ void PermissionSheet::addTexts(ui::View& card) {
     const auto label = add<ui::Label>(card);
     label->text = text;
     label->font = font;
+    label->textColor = look_.dark ? ui::Color::white() : ui::Color::black();
     label->textAlignment = ui::TextAlignment::center;
-    card.activate({equal(label->top(), above, gap), equal(label->leading(), card.leading(), 12),
+    card.activate({equal(label->top(), above, gap * look_.textScale),
+                   equal(label->leading(), card.leading(), 12),
                    equal(label->trailing(), card.trailing(), -12)});
     return label->bottom();
   };
@@ -52,8 +55,9 @@ void PermissionSheet::addButtons(ui::View& card) {
   allow_ = makeButton("Allow", true);
   for (const auto& button : {deny_, allow_}) {
     card.addSubview(button);
-    card.activate({equal(button->bottom(), card.bottom()), fixed(button->height(), buttonHeight),
-                   fixed(button->width(), cardWidth / 2)});
+    card.activate({equal(button->bottom(), card.bottom()),
+                   fixed(button->height(), buttonHeight * look_.textScale),
+                   fixed(button->width(), cardWidth / 2 * look_.textScale)});
   }
   card.activate({equal(deny_->leading(), card.leading()), equal(allow_->trailing(), card.trailing())});
 }
@@ -63,7 +67,7 @@ std::shared_ptr<ui::Button> PermissionSheet::makeButton(const char* title, bool 
   button->translatesAutoresizingMaskIntoConstraints = false;
   button->title = title;
   button->font = ui::Font{15, allowed};
-  button->titleColor = ui::Color{0, 0.4, 0.85, 1};
+  button->titleColor = look_.dark ? ui::Color{0.47, 0.68, 0.93, 1} : ui::Color{0, 0.4, 0.85, 1};
   button->onTouchUpInside([this, allowed] { answer(allowed); });
   return button;
 }

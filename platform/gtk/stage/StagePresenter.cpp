@@ -20,9 +20,14 @@ void StagePresenter::present(const std::shared_ptr<ui::ViewController>& controll
   const auto shown = controller;
   (void)shown->view();
   shown->viewWillAppear(animated);
-  stage->push(overlay, shown, [weak = stage_, closed = std::weak_ptr(shown)] {
+  const auto windowGone = [weak = stage_, closed = std::weak_ptr(shown)] {
     if (const auto gone = closed.lock()) StagePresenter(weak).dismiss(gone, false);
-  });
+  };
+  const auto escaped = [weak = std::weak_ptr(shown)] {
+    const auto open = weak.lock();
+    return open && open->accessibilityPerformEscape();
+  };
+  stage->push(overlay, shown, {windowGone, escaped});
   stage->flush();
   shown->viewDidAppear(animated);
   stage->options().screenChanged(true);

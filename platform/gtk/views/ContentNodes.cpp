@@ -20,17 +20,13 @@ ViewNode::Extent textExtent(GtkWidget* widget, const TextStyle& style, GtkOrient
   return {height, height};
 }
 
-void describe(GtkWidget* widget, const std::string& text) {
-  gtk_accessible_update_property(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_PROPERTY_LABEL, text.c_str(), -1);
-}
-
 class LabelNode final : public ViewNode {
  public:
-  explicit LabelNode(ui::Label& label) : ViewNode(label), label_(label) {}
+  explicit LabelNode(ui::Label& label) : ViewNode(label, GTK_ACCESSIBLE_ROLE_LABEL), label_(label) {}
 
   void update() override {
     ViewNode::update();
-    describe(widget(), label_.text.get().value_or(""));
+    describe(label_.text.get().value_or(""));
     gtk_widget_queue_resize(widget());
   }
   OwnSize ownSize() override {
@@ -64,7 +60,7 @@ class LabelNode final : public ViewNode {
 
 class ImageNode final : public ViewNode {
  public:
-  explicit ImageNode(ui::ImageView& view) : ViewNode(view), image_(view) {}
+  explicit ImageNode(ui::ImageView& view) : ViewNode(view, GTK_ACCESSIBLE_ROLE_IMG), image_(view) {}
 
   void paint(GtkSnapshot* snapshot, double width, double height) override {
     ViewNode::paint(snapshot, width, height);
@@ -78,11 +74,11 @@ class ImageNode final : public ViewNode {
 
 class ButtonNode final : public ViewNode {
  public:
-  explicit ButtonNode(ui::Button& button) : ViewNode(button), button_(button) {}
+  explicit ButtonNode(ui::Button& button) : ViewNode(button, GTK_ACCESSIBLE_ROLE_BUTTON), button_(button) {}
 
   void update() override {
     ViewNode::update();
-    describe(widget(), button_.title);
+    describe(button_.title);
     gtk_widget_queue_resize(widget());
   }
   Extent measure(GtkOrientation orientation, int forSize) override {
@@ -175,8 +171,8 @@ class TextNode final : public WrappingNode {
     auto* attributes = pango_attr_list_new();
     const auto& color = text_.textColor.get();
     const auto part = [](double value) { return static_cast<guint16>(value * 65535); };
-    pango_attr_list_insert(
-        attributes, pango_attr_size_new_absolute(static_cast<int>(text_.font.get().size * PANGO_SCALE)));
+    pango_attr_list_insert(attributes, pango_attr_size_new_absolute(static_cast<int>(
+                                           text_.font.get().size * textScale(widget()) * PANGO_SCALE)));
     pango_attr_list_insert(attributes,
                            pango_attr_foreground_new(part(color.red), part(color.green), part(color.blue)));
     if (text_.font.get().bold) {
@@ -222,9 +218,11 @@ class BarNode final : public ViewNode {
   }
   void paint(GtkSnapshot* snapshot, double width, double height) override {
     const auto& look = bar_.standardAppearance.get();
+    const bool dark = look && look->opaqueDefaultBackground && isDark(widget());
     const auto bounds = GRAPHENE_RECT_INIT(0, 0, static_cast<float>(width), static_cast<float>(height));
     if (look && look->opaqueDefaultBackground) {
-      constexpr GdkRGBA background{247 / 255.0F, 247 / 255.0F, 247 / 255.0F, 1};
+      const float grey = dark ? 48 / 255.0F : 247 / 255.0F;
+      const GdkRGBA background{grey, grey, grey, 1};
       gtk_snapshot_append_color(snapshot, &background, &bounds);
     }
     ViewNode::paint(snapshot, width, height);
@@ -233,8 +231,8 @@ class BarNode final : public ViewNode {
     gtk_snapshot_save(snapshot);
     gtk_snapshot_translate(snapshot, &origin);
     paintText(snapshot, widget(),
-              {*bar_.title.get(), look ? look->titleFont : ui::Font{}, ui::Color::black(),
-               ui::TextAlignment::center, 1},
+              {*bar_.title.get(), look ? look->titleFont : ui::Font{},
+               dark ? ui::Color::white() : ui::Color::black(), ui::TextAlignment::center, 1},
               width - 2 * endRoom, height);
     gtk_snapshot_restore(snapshot);
   }

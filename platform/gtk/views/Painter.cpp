@@ -52,13 +52,26 @@ GdkRGBA rgba(const ui::Color& color) {
           static_cast<float>(color.alpha)};
 }
 
+bool isDark(GtkWidget* widget) {
+  GdkRGBA text;
+  gtk_style_context_get_color(gtk_widget_get_style_context(widget), &text);
+  return text.red + text.green + text.blue > 1.5F;
+}
+
+double textScale(GtkWidget* widget) {
+  constexpr double usual = 96 * 1024.0;
+  int dpi = -1;
+  g_object_get(gtk_widget_get_settings(widget), "gtk-xft-dpi", &dpi, nullptr);
+  return dpi > 0 ? dpi / usual : 1;
+}
+
 ObjectPtr<PangoLayout> layoutText(GtkWidget* widget, const TextStyle& style, double width) {
   ObjectPtr<PangoLayout> layout(gtk_widget_create_pango_layout(widget, nullptr));
   gchar* valid = g_utf8_make_valid(style.text.data(), static_cast<gssize>(style.text.size()));
   pango_layout_set_text(layout.get(), valid, -1);
   g_free(valid);
   auto* font = pango_font_description_from_string("Sans");
-  pango_font_description_set_absolute_size(font, style.font.size * PANGO_SCALE);
+  pango_font_description_set_absolute_size(font, style.font.size * textScale(widget) * PANGO_SCALE);
   if (style.font.bold) pango_font_description_set_weight(font, PANGO_WEIGHT_BOLD);
   pango_layout_set_font_description(layout.get(), font);
   pango_font_description_free(font);

@@ -25,6 +25,11 @@ struct TextStyle {
 
 GdkRGBA rgba(const ui::Color& color);
 
+/// Whether the theme around the widget writes light on dark.
+bool isDark(GtkWidget* widget);
+/// How much larger than usual the user wants texts.
+double textScale(GtkWidget* widget);
+
 /// `width` in pixels, negative for no limit.
 ObjectPtr<PangoLayout> layoutText(GtkWidget* widget, const TextStyle& style, double width);
 

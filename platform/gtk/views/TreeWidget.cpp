@@ -33,6 +33,18 @@ void allocate(GtkWidget* widget, int width, int height, int) {
   if (auto* node = self(widget)->node) node->placed(width, height);
 }
 
+/// Around what the keyboard is at, once the user uses it.
+void paintFocus(GtkWidget* widget, GtkSnapshot* snapshot) {
+  constexpr GdkRGBA color{0.21F, 0.52F, 0.89F, 1};
+  const GdkRGBA colors[] = {color, color, color, color};
+  const float widths[] = {2, 2, 2, 2};
+  GskRoundedRect outline;
+  const auto bounds = GRAPHENE_RECT_INIT(0, 0, static_cast<float>(gtk_widget_get_width(widget)),
+                                         static_cast<float>(gtk_widget_get_height(widget)));
+  gsk_rounded_rect_init_from_rect(&outline, &bounds, 4);
+  gtk_snapshot_append_border(snapshot, &outline, widths, colors);
+}
+
 void snapshot(GtkWidget* widget, GtkSnapshot* snapshot) {
   if (auto* node = self(widget)->node) {
     node->paint(snapshot, gtk_widget_get_width(widget), gtk_widget_get_height(widget));
@@ -41,6 +53,7 @@ void snapshot(GtkWidget* widget, GtkSnapshot* snapshot) {
        child = gtk_widget_get_next_sibling(child)) {
     gtk_widget_snapshot_child(widget, child, snapshot);
   }
+  if (gtk_widget_has_visible_focus(widget)) paintFocus(widget, snapshot);
 }
 
 gboolean contains(GtkWidget* widget, double x, double y) {
@@ -71,8 +84,8 @@ static void vorsel_tree_widget_init(VorselTreeWidget*) {}
 
 namespace VorselKelp::gtk {
 
-GtkWidget* newTreeWidget(WidgetNode* node) {
-  auto* widget = GTK_WIDGET(g_object_new(vorsel_tree_widget_get_type(), nullptr));
+GtkWidget* newTreeWidget(WidgetNode* node, GtkAccessibleRole role) {
+  auto* widget = GTK_WIDGET(g_object_new(vorsel_tree_widget_get_type(), "accessible-role", role, nullptr));
   self(widget)->node = node;
   return widget;
 }

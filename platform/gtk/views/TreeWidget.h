@@ -24,8 +24,8 @@ class WidgetNode {
 
 /// A widget without a look of its own. It asks its node, which must outlive it or be taken from it first. A
 /// layout manager, once it is given one, places the children and answers for the size in place of the node.
-/// Floating reference.
-GtkWidget* newTreeWidget(WidgetNode* node);
+/// `role` is what it is for readers of the screen. Floating reference.
+GtkWidget* newTreeWidget(WidgetNode* node, GtkAccessibleRole role);
 /// The widget asks nobody any more.
 void forgetNode(GtkWidget* widget);
 

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "VorselKelp/ui/ViewVisitor.h"
 #include "views/Painter.h"
@@ -13,7 +14,7 @@ namespace VorselKelp::gtk {
 /// view by more than it takes to destroy it.
 class ViewNode : public WidgetNode {
  public:
-  explicit ViewNode(ui::View& view);
+  explicit ViewNode(ui::View& view, GtkAccessibleRole role = GTK_ACCESSIBLE_ROLE_GROUP);
   ViewNode(const ViewNode&) = delete;
   ViewNode& operator=(const ViewNode&) = delete;
   ~ViewNode() override;
@@ -23,6 +24,8 @@ class ViewNode : public WidgetNode {
 
   /// Shows the view's properties as they are now.
   virtual void update();
+  /// The keyboard reaches what can be tapped.
+  void followTaps() { gtk_widget_set_focusable(widget_, view_.hearsTaps()); }
   /// What the view takes of its own accord, in pixels, leaving the rest to others; absent where it takes what
   /// it is given.
   struct OwnSize {
@@ -44,12 +47,18 @@ class ViewNode : public WidgetNode {
   [[nodiscard]] bool takesTouches() const override { return view_.hearsTaps(); }
   void placed(double, double) override {}
 
+ protected:
+  /// For readers of the screen: the view's own name, translated, else this.
+  void describe(const std::string& text);
+
  private:
+  static gboolean pressed(GtkEventControllerKey*, guint key, guint, GdkModifierType, gpointer node);
   static void released(GtkGestureClick* gesture, int presses, double x, double y, gpointer node);
 
   ui::View& view_;
   GtkWidget* widget_;
-  GtkGesture* click_;  ///< the widget's
+  GtkGesture* click_;         ///< the widget's
+  GtkEventController* keys_;  ///< the widget's
 };
 
 std::unique_ptr<ViewNode> makeViewNode(ui::View& view);

@@ -237,6 +237,15 @@ void ViewRenderer::flush() {
   takeFrame(*root_, {root_->frame.get().origin, size});
   takeFrames(*root_);
   if (std::exchange(layoutPending_, false)) root_->performLayout();
+  for (const auto& [view, node] : nodes_) node->followTaps();
+}
+
+void ViewRenderer::restyle() {
+  std::vector<std::weak_ptr<ui::View>> views;
+  for (const auto& [view, node] : nodes_) views.push_back(view->weak_from_this());
+  for (const auto& weak : views) {
+    if (const auto view = weak.lock()) propertiesChanged(*view);
+  }
 }
 
 void ViewRenderer::schedule() {

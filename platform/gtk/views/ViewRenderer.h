@@ -30,6 +30,8 @@ class ViewRenderer final : public ui::ViewObserver, public std::enable_shared_fr
   /// Brings widgets and views into line: to be called after each layout of the window. What changes then is
   /// laid out in the same frame.
   void flush();
+  /// Shows everything again: the user wants another look.
+  void restyle();
   /// Where a view is now, in the root's coordinates; an empty rectangle for one that is not shown.
   [[nodiscard]] ui::Rect boundsOf(ui::View& view) const;
 

@@ -17,12 +17,15 @@ class RenderedTree final : public ViewWidget {
     // After the toolkit's own handler, which places the widgets.
     g_signal_connect_after(widget(), "realize", G_CALLBACK(&RenderedTree::onRealize), this);
     g_signal_connect(widget(), "unrealize", G_CALLBACK(&RenderedTree::onUnrealize), this);
+    g_signal_connect_swapped(gtk_widget_get_settings(widget()), "notify::gtk-xft-dpi",
+                             G_CALLBACK(+[](RenderedTree* self) { self->renderer_->restyle(); }), this);
   }
   RenderedTree(const RenderedTree&) = delete;
   RenderedTree& operator=(const RenderedTree&) = delete;
   ~RenderedTree() override {
     renderer_->stop();
     onUnrealize(widget(), this);
+    g_signal_handlers_disconnect_by_data(gtk_widget_get_settings(widget()), this);
     g_signal_handlers_disconnect_by_data(widget(), this);
   }
 

@@ -21,7 +21,7 @@ void TestScreen::show(const std::shared_ptr<ui::View>& view) {
   show(controller);
 }
 
-void TestScreen::show(const std::shared_ptr<ui::ViewController>& controller) {
+void TestScreen::open() {
   stage = nullptr;
   closeWindow();
   window = GTK_WINDOW(gtk_window_new());
@@ -30,6 +30,18 @@ void TestScreen::show(const std::shared_ptr<ui::ViewController>& controller) {
   gtk_window_set_decorated(window, FALSE);
   gtk_window_set_child(window, GTK_WIDGET(overlay_));
   gtk_window_set_focus_visible(window, FALSE);
+}
+
+void TestScreen::show(GtkWidget* widget) {
+  open();
+  gtk_overlay_set_child(overlay_, widget);
+  stage = makeStage({[this] { return overlay_; }, {}, [](bool) {}});
+  gtk_window_present(window);
+  settle();
+}
+
+void TestScreen::show(const std::shared_ptr<ui::ViewController>& controller) {
+  open();
   shown_ = controller;
   root_ = makeViewWidget(controller->view());
   gtk_overlay_set_child(overlay_, root_->widget());
@@ -68,8 +80,9 @@ void TestScreen::waitUntil(const std::function<bool()>& done) {
 
 void TestScreen::settle() {
   passFrames(3);
-  waitUntil(
-      [&] { return gtk_widget_get_mapped(GTK_WIDGET(window)) && root_->painted() && stage->painted(); });
+  waitUntil([&] {
+    return gtk_widget_get_mapped(GTK_WIDGET(window)) && (!root_ || root_->painted()) && stage->painted();
+  });
 }
 
 void TestScreen::passFrames(int count) {
@@ -84,6 +97,12 @@ void TestScreen::passFrames(int count) {
       &frames, nullptr);
   waitUntil([&] { return frames >= count; });
   gtk_widget_remove_tick_callback(widget, ticks);
+}
+
+void TestScreen::press(const std::vector<std::string>& keys) {
+  std::string command = "xdotool key";
+  for (const auto& key : keys) command += " " + key;
+  ASSERT_TRUE(g_spawn_command_line_sync(command.c_str(), nullptr, nullptr, nullptr, nullptr));
 }
 
 void TestScreen::click(double x, double y) {
@@ -114,7 +133,7 @@ std::string TestScreen::pixel(double x, double y) {
 }
 
 void TestScreen::flush() {
-  root_->flush();
+  if (root_) root_->flush();
   stage->flush();
 }
 

@@ -27,12 +27,16 @@ class TestScreen {
   /// Opens the window with this view in it and waits until it has been drawn.
   void show(const std::shared_ptr<ui::View>& view);
   void show(const std::shared_ptr<ui::ViewController>& controller);
+  /// A widget of the application's own in the place of views.
+  void show(GtkWidget* widget);
   /// Lets the toolkit work until `done` answers true; fails after 20 seconds.
   static void waitUntil(const std::function<bool()>& done);
   /// Lets the toolkit draw what changed.
   void settle();
   /// Lets the window be painted this often.
   void passFrames(int count);
+  /// Real keys, by their X names: "Tab".
+  static void press(const std::vector<std::string>& keys);
   /// A real click of the mouse at a point of the window.
   static void click(double x, double y);
   void click(ui::View& view);
@@ -51,6 +55,7 @@ class TestScreen {
   GtkWindow* window = nullptr;
 
  private:
+  void open();
   GtkOverlay* overlay_ = nullptr;
   std::shared_ptr<ui::ViewController> shown_;
   std::shared_ptr<ViewWidget> root_;

@@ -13,7 +13,10 @@ namespace VorselKelp::gtk {
 
 /// A tree of views as one widget, which keeps itself as the views are with every frame of the window that it
 /// is in. The widget takes all the room that it is given. It lives as long as this object, which may go at
-/// any time: the widget is then to be taken out of its window by whoever put it there. Main thread.
+/// any time: the widget is then to be taken out of its window by whoever put it there. Texts are as large as
+/// the user's settings want them. What can be tapped is reached with Tab and pressed with Enter or Space;
+/// what has no text has a name for readers of the screen, translated by the text domain "vorselkelp". Main
+/// thread.
 class ViewWidget {
  public:
   virtual ~ViewWidget() = default;
