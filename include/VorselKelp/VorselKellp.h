@@ -50,6 +50,13 @@ class VORSELKELP_API VorselKellp {
   /// store alone.
   static void initialize(std::shared_ptr<VorselConfig> config);
   [[nodiscard]] static bool isInitialised();
+  /// Runs `ready` once, on the main queue, as soon as the core is up: soon when it is already, never in a
+  /// launch in which it does not come up.
+  static void whenInitialised(std::function<void()> ready);
+  /// For a platform that knows when there is a network: asks for the remote configuration again where no
+  /// server could be asked, and then goes on as initialize() would have. Nothing else of the start is
+  /// repeated. Does nothing while an answer is outstanding, and where there was one.
+  static void repeatConfiguration();
 
   /// Held weakly.
   static void setVorselDelegate(std::weak_ptr<VorselKellpDelegate> delegate);

@@ -66,6 +66,24 @@ void Kellp::continueStartUp(const std::shared_ptr<VorselConfig>& config) {
   } else {
     context->print("Notification service is not enabled");
   }
+  tellWaiting();
+}
+
+void Kellp::whenInitialised(std::function<void()> ready) {
+  {
+    const std::lock_guard lock(mutex_);
+    waiting_.push_back(std::move(ready));
+  }
+  if (context->state.initialised) tellWaiting();
+}
+
+void Kellp::tellWaiting() {
+  std::vector<std::function<void()>> waiting;
+  {
+    const std::lock_guard lock(mutex_);
+    waiting.swap(waiting_);
+  }
+  for (auto& ready : waiting) context->services->mainQueue->async(std::move(ready));
 }
 
 void Kellp::startSessionTracking(const std::string& apiKey) {

@@ -1,9 +1,10 @@
 #pragma once
 
-#include <map>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "analytics/ActivityEvents.h"
 #include "analytics/ScreenTracking.h"
@@ -39,6 +40,10 @@ class Kellp : public std::enable_shared_from_this<Kellp> {
   void initialize(std::shared_ptr<VorselConfig> config);
   /// Main thread.
   void clearInstallationData();
+  /// Runs `ready` once on the main queue as soon as the core is up. Any thread.
+  void whenInitialised(std::function<void()> ready);
+  /// Any thread.
+  void repeatConfiguration() { remoteConfiguration_->repeat(); }
 
   const std::shared_ptr<CoreContext> context;
   const std::shared_ptr<VorselRequest> requests;
@@ -59,6 +64,7 @@ class Kellp : public std::enable_shared_from_this<Kellp> {
   void continueStartUp(const std::shared_ptr<VorselConfig>& config);
   void startSessionTracking(const std::string& apiKey);
   void startBeacons();
+  void tellWaiting();
 
   const std::shared_ptr<RemoteConfiguration> remoteConfiguration_;
   const std::shared_ptr<ScreenTracking> screens_;
@@ -66,6 +72,7 @@ class Kellp : public std::enable_shared_from_this<Kellp> {
   std::mutex mutex_;
   std::shared_ptr<SessionHelper> sessionHelper_;
   std::shared_ptr<VorselBeaconManager> beaconManager_;
+  std::vector<std::function<void()>> waiting_;  ///< for the core to be up
 };
 
 }  // namespace VorselKelp

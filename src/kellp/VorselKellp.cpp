@@ -90,6 +90,14 @@ bool VorselKellp::isInitialised() {
   return core("isInitialised")->context->state.initialised;
 }
 
+void VorselKellp::whenInitialised(std::function<void()> ready) {
+  core("whenInitialised")->whenInitialised(std::move(ready));
+}
+
+void VorselKellp::repeatConfiguration() {
+  core("repeatConfiguration")->repeatConfiguration();
+}
+
 void VorselKellp::setVorselDelegate(std::weak_ptr<VorselKellpDelegate> delegate) {
   core("setVorselDelegate")->context->state.setDelegate(std::move(delegate));
 }

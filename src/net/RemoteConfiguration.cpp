@@ -20,6 +20,10 @@ bool overrides(const std::optional<bool>& flag) {
 }  // namespace
 
 void RemoteConfiguration::fetch(const std::string& apiKey, Continuation continuation) {
+  {
+    const std::lock_guard lock(mutex_);
+    again_ = nullptr;
+  }
   requests_->fetchAutoconfig(apiKey,
                              [weak = weak_from_this(), apiKey,
                               continuation = std::move(continuation)](const platform::URLResult& result) {
@@ -27,9 +31,22 @@ void RemoteConfiguration::fetch(const std::string& apiKey, Continuation continua
                              });
 }
 
+void RemoteConfiguration::repeat() {
+  std::function<void()> again;
+  {
+    const std::lock_guard lock(mutex_);
+    again.swap(again_);
+  }
+  if (again) again();
+}
+
 void RemoteConfiguration::handle(const platform::URLResult& result, const std::string& apiKey,
                                  const Continuation& continuation) {
   if (!result.response) {
+    {
+      const std::lock_guard lock(mutex_);
+      again_ = [this, apiKey, continuation] { fetch(apiKey, continuation); };
+    }
     context_->print("Error took place " +
                     (result.error ? result.error->description : std::string("no answer")));
     return;

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 
@@ -24,6 +25,9 @@ class RemoteConfiguration : public std::enable_shared_from_this<RemoteConfigurat
   /// document was handled for any status that brought one, so twice when both hold. Never after a transport
   /// error.
   void fetch(const std::string& apiKey, Continuation continuation);
+  /// Fetches again, with the same continuation, what met a transport error last; nothing in any other case.
+  /// Any thread.
+  void repeat();
 
  private:
   void handle(const platform::URLResult& result, const std::string& apiKey, const Continuation& continuation);
@@ -34,6 +38,8 @@ class RemoteConfiguration : public std::enable_shared_from_this<RemoteConfigurat
 
   std::shared_ptr<CoreContext> context_;
   std::shared_ptr<VorselRequest> requests_;
+  std::mutex mutex_;
+  std::function<void()> again_;  ///< null unless the last fetch met a transport error
 };
 
 }  // namespace VorselKelp

@@ -78,6 +78,34 @@ TEST_F(StartUpTest, ATransportErrorLeavesTheCoreDown) {
   EXPECT_FALSE(store().object("vs_utm"));
 }
 
+TEST_F(StartUpTest, WhatMetNoServerCanBeAskedAgain) {
+  int ready = 0;
+  VorselKellp::whenInitialised([&] { ++ready; });
+  VorselKellp::initialize(VorselBuilder("key", group).push().build());
+  VorselKellp::repeatConfiguration();
+  EXPECT_EQ(app_.urlSession->urls().size(), 1u) << "not while an answer is outstanding";
+  app_.urlSession->answer(0, ServerAnswer::failure("down"));
+  VorselKellp::repeatConfiguration();
+  VorselKellp::repeatConfiguration();
+  app_.settle();
+  EXPECT_EQ(app_.urlSession->urls().size(), 2u);
+  EXPECT_EQ(ready, 0);
+  app_.urlSession->answer(1, ServerAnswer::failure("down"));
+  app_.urlSession->setRule("/tag/key.json", status(200, "{}"));
+  VorselKellp::repeatConfiguration();
+  app_.settle();
+  EXPECT_TRUE(VorselKellp::isInitialised());
+  EXPECT_EQ(ready, 1);
+  EXPECT_EQ(stored<std::int64_t>("vs_session_num"), 1) << "the session was counted before";
+  const auto requests = app_.urlSession->urls().size();
+  VorselKellp::repeatConfiguration();
+  VorselKellp::whenInitialised([&] { ++ready; });
+  EXPECT_EQ(ready, 1) << "not inside the call";
+  app_.settle();
+  EXPECT_EQ(ready, 2);
+  EXPECT_EQ(app_.urlSession->urls().size(), requests);
+}
+
 TEST_F(StartUpTest, ADocumentSwitchesPushOnBeforeThePermissionIsLookedAt) {
   VorselKellp::initialize(VorselBuilder("key", group).build());
   app_.urlSession->answer(0, status(200, R"({"push_config":{"enabled":true,"override":true},)"
