@@ -11,6 +11,7 @@ constexpr int firstVersionWithTouches = 12;
 }  // namespace
 
 bool contentExtensionsReceiveTouches(platform::Device& device) {
+  if (device.systemFamily() != "iOS") return true;  // its versions count something else
   const std::string version = device.systemVersion();
   int major = 0;
   const auto read = std::from_chars(version.data(), version.data() + version.size(), major);

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/Text.h"
 #include "base/Url.h"
 
 namespace BrellixPush {
@@ -74,7 +75,11 @@ std::string BrellixEventTracker::url(const VorselKelp::CoreContext& context, con
   const std::string version =
       context.services->bundle->libraryBundleText("CFBundleShortVersionString").value_or("unknown");
   std::vector<std::pair<std::string, std::string>> items{
-      {"cat", "webpush"}, {"pid", publisherId_}, {"src", source_}, {"v", version}, {"platform_type", "ios"}};
+      {"cat", "webpush"},
+      {"pid", publisherId_},
+      {"src", source_},
+      {"v", version},
+      {"platform_type", VorselKelp::lowerCased(context.services->device->systemFamily())}};
   items.insert(items.end(), event.begin(), event.end());
   std::string url = context.services->endpoints.events;
   char separator = '?';

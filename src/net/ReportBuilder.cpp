@@ -25,7 +25,7 @@ UserAgent userAgent(const platform::Platform& services) {
       decimalText(services.screen->height()) + "x" + decimalText(services.screen->width());
   UserAgent agent;
   agent.z = 1;
-  agent.t = "iOS";
+  agent.t = told(services.device->systemFamily());
   agent.de = told(services.device->languageCode());
   agent.sr = size;
   agent.vp = size;
@@ -36,7 +36,9 @@ UserAgent userAgent(const platform::Platform& services) {
 }  // namespace
 
 std::string ReportBuilder::modelName() const {
-  return std::string(device_.modelName(machineIdentifier(*context_->services->device)));
+  auto& device = *context_->services->device;
+  if (auto name = device.productName()) return *std::move(name);
+  return std::string(device_.modelName(machineIdentifier(device)));
 }
 
 ActivityBody ReportBuilder::activity(CS session) const {
@@ -69,7 +71,7 @@ PushBody ReportBuilder::push(CS session, std::string token) const {
   body.sdkVersion = told(services.bundle->libraryBundleText(versionKey));
   body.os = services.device->systemName();
   body.version = told(services.device->systemVersion());
-  body.mfg = "Apple";
+  body.mfg = told(services.device->manufacturer());
   body.model = modelName();
   body.sdk = "VorselKelp";
   body.lang = told(services.device->languageCode());

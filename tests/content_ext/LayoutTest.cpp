@@ -152,6 +152,10 @@ TEST_F(LayoutTest, AnOlderSystemGetsACategoryInsteadOfButtons) {
     EXPECT_EQ(constraints(*view).size(), old ? 10u : 22u) << version;
     EXPECT_EQ(device_->notificationCenter->categoryReplacements() - before, old ? 1u : 0u) << version;
   }
+  values.systemFamily = "Linux";
+  values.systemVersion = "3.18";
+  device_->hardware->set(values);
+  EXPECT_EQ(make()->subviews().size(), 6u);
   EXPECT_THAT(
       device_->notificationCenter->categories(),
       ElementsAre(platform::NotificationCategory{"vs_contentExt",

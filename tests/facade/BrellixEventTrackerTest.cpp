@@ -50,6 +50,12 @@ TEST_F(EventTrackerTest, AnEventIsOneRequestWithItsItemsInOrder) {
   EXPECT_EQ(session.urls()[3],
             "https://events.brellix.example?cat=webpush&pid=a%26b%3Dc%20d&src=%C3%A4%23%3F&v=unknown"
             "&platform_type=ios&action=x&n%26m=1%3D2");
+
+  auto values = core.app.device->hardware->values();
+  values.systemFamily = "Linux";
+  core.app.device->hardware->set(values);
+  tracker.send({{"action", "y"}});
+  EXPECT_TRUE(session.urls()[4].ends_with("&platform_type=linux&action=y")) << session.urls()[4];
 }
 
 TEST_F(EventTrackerTest, AnEventIsSentOncePerInstallationWhateverBecameOfIt) {

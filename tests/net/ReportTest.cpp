@@ -64,6 +64,24 @@ TEST_F(ReportTest, AnEmptyLanguageOrVersionIsLeftOut) {
   }
 }
 
+TEST_F(ReportTest, TellsWhatTheDeviceSaysOfItself) {
+  auto values = core_.app.device->hardware->values();
+  values.machineIdentifier = "x86_64";
+  values.systemName = "Debian GNU/Linux";
+  values.systemFamily = "Linux";
+  values.manufacturer = "Maker";
+  values.productName = "Book 7";
+  core_.app.device->hardware->set(values);
+  EXPECT_NE(activity().find(R"("model":"Book 7")"), std::string::npos);
+  EXPECT_NE(activity().find(R"("t":"Linux")"), std::string::npos);
+  const auto token = *json::encode(ReportBuilder(core_.context).push(session, "00"));
+  const auto* told = R"("os":"Debian GNU/Linux","version":"17.4","mfg":"Maker","model":"Book 7")";
+  EXPECT_NE(token.find(told), std::string::npos) << token;
+  values.manufacturer = "";
+  core_.app.device->hardware->set(values);
+  EXPECT_EQ(json::encode(ReportBuilder(core_.context).push(session, "00"))->find("mfg"), std::string::npos);
+}
+
 TEST_F(ReportTest, WhatIsAbsentIsLeftOut) {
   ActivityBody body;
   body.timestamp = 1;

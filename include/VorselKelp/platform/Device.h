@@ -22,7 +22,16 @@ class Device {
   virtual std::optional<std::string> environmentVariable(const std::string& name) = 0;
   /// The operating system's version, such as "17.4".
   virtual std::string systemVersion() = 0;
+  /// The operating system's own name, such as "iOS" or "Debian GNU/Linux". Token reports tell it.
   virtual std::string systemName() = 0;
+  /// What kind of system that is, such as "iOS" or "Linux". Activities tell it, and in lower case the
+  /// publisher's events.
+  virtual std::string systemFamily() = 0;
+  /// Who made the hardware, such as "Apple"; empty when nobody knows. Token reports tell it.
+  virtual std::string manufacturer() = 0;
+  /// The hardware's name as its buyer knows it. Absent where the machine's identifier stands for it: then
+  /// reports tell the name that the library knows for that.
+  virtual std::optional<std::string> productName() = 0;
   /// The language of the user's locale, such as "en".
   virtual std::string languageCode() = 0;
   /// Seconds that the local time is ahead of GMT at this moment; negative in the west.

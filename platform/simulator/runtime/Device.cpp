@@ -1,17 +1,10 @@
 #include <cstdlib>
-#include <ctime>
 
+#include "VorselKelpPosix/Locale.h"
 #include "VorselKelpSimulator/Runtime.h"
 
 namespace VorselKelp::simulator {
 namespace {
-
-/// "de_DE.UTF-8" is German; the locales without a language ("C", "POSIX") count as English.
-std::string languageOf(std::string_view locale) {
-  const auto language = locale.substr(0, locale.find_first_of("_.@"));
-  if (language.empty() || language == "C" || language == "POSIX") return "en";
-  return std::string(language);
-}
 
 class ManifestDevice final : public platform::Device {
  public:
@@ -28,23 +21,14 @@ class ManifestDevice final : public platform::Device {
   }
   std::string systemVersion() override { return systemVersion_; }
   std::string systemName() override { return "iOS"; }
+  std::string systemFamily() override { return "iOS"; }
+  std::string manufacturer() override { return "Apple"; }
+  std::optional<std::string> productName() override { return std::nullopt; }
 
-  std::string languageCode() override {
-    for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-      const char* locale = std::getenv(name);
-      if (locale != nullptr && *locale != '\0') return languageOf(locale);
-    }
-    return "en";
-  }
-
+  std::string languageCode() override { return posix::userLanguage(); }
   ui::DeviceOrientation orientation() override { return orientation_; }
 
-  int secondsFromGMT() override {
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    if (::localtime_r(&now, &local) == nullptr) return 0;
-    return static_cast<int>(local.tm_gmtoff);
-  }
+  int secondsFromGMT() override { return posix::secondsFromGMT(); }
 
  private:
   std::string machine_;

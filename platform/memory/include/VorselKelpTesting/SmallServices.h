@@ -28,6 +28,9 @@ class VORSELKELP_API SettableDevice final : public platform::Device {
     std::string machineIdentifier = "iPhone13,2";
     std::string systemVersion = "17.4";
     std::string systemName = "iOS";
+    std::string systemFamily = "iOS";
+    std::string manufacturer = "Apple";
+    std::optional<std::string> productName;
     std::string languageCode = "en";
     int secondsFromGMT = 3600;
     ui::DeviceOrientation orientation = ui::DeviceOrientation::portrait;
@@ -40,6 +43,9 @@ class VORSELKELP_API SettableDevice final : public platform::Device {
   std::optional<std::string> environmentVariable(const std::string& name) override;
   std::string systemVersion() override { return values().systemVersion; }
   std::string systemName() override { return values().systemName; }
+  std::string systemFamily() override { return values().systemFamily; }
+  std::string manufacturer() override { return values().manufacturer; }
+  std::optional<std::string> productName() override { return values().productName; }
   std::string languageCode() override { return values().languageCode; }
   int secondsFromGMT() override { return values().secondsFromGMT; }
   ui::DeviceOrientation orientation() override { return values().orientation; }
