@@ -22,11 +22,15 @@ class BusNotificationsTest : public BusTest {
     open(address);
   }
   void open(const std::string& where) {
-    notifications =
-        makeBusNotifications({"News", "com.example.news", "", where}, queue,
-                             [this](const platform::NotificationResponse& response) {
-                               heard.push_back(response.request.identifier + ":" + response.actionIdentifier);
-                             });
+    notifications = makeBusNotifications(
+        {"News", "com.example.news", "", where}, queue,
+        [this](const BusNotificationResponse& response) {
+          heard.push_back(response.request.identifier + ":" + response.actionIdentifier +
+                          response.activationToken);
+        },
+        [this](const std::string& identifier, CloseReason reason) {
+          gone.push_back(identifier + std::to_string(static_cast<int>(reason)));
+        });
   }
 
   static platform::NotificationRequest request(const std::string& identifier, const std::string& title) {
@@ -58,6 +62,7 @@ class BusNotificationsTest : public BusTest {
   std::shared_ptr<BusNotifications> notifications;
   std::vector<std::string> answers;
   std::vector<std::string> heard;
+  std::vector<std::string> gone;  ///< with the reason's number
 };
 
 TEST_F(BusNotificationsTest, TellsWhichButtonWasTappedWhateverItIsCalled) {
@@ -88,7 +93,10 @@ TEST_F(BusNotificationsTest, HearsOfItsOwnNotificationsOnceAndOfDismissalsWhenAs
   server->invoke(4, "button-0");  // never sent
   server->emit("ActionInvoked", g_variant_new("(ss)", "4", "default"));
   server->emit("NotificationClosed", nullptr);
+  server->emit("ActivationToken", g_variant_new("(us)", 77, "other"));
+  server->emit("ActivationToken", g_variant_new("(us)", 4, "+token"));
   server->close(1, dismissed);
+  server->close(3, expired);
   server->close(3, expired);
   server->close(2, dismissed);
   server->close(2, dismissed);
@@ -97,7 +105,38 @@ TEST_F(BusNotificationsTest, HearsOfItsOwnNotificationsOnceAndOfDismissalsWhenAs
   server->invoke(4, "default");
   showAndWait("after", "5");  // comes after all of these
   EXPECT_THAT(heard, ElementsAre("asking:" + std::string(platform::dismissActionIdentifier),
-                                 "last:" + std::string(platform::defaultActionIdentifier)));
+                                 "last:" + std::string(platform::defaultActionIdentifier) + "+token"));
+  EXPECT_THAT(gone, ElementsAre("quiet2", "expiring1", "asking2", "last3"));
+}
+
+TEST_F(BusNotificationsTest, WhatHasExpiredMayBeTappedOrDismissedInTheHistory) {
+  start();
+  const std::string dismissal(platform::dismissActionIdentifier);
+  const std::string tap(platform::defaultActionIdentifier);
+  for (const auto* identifier : {"a", "b", "c", "d", "e"}) showAndWait(identifier, "Title", {"c", {}, true});
+  for (std::uint32_t number = 1; number <= 5; ++number) server->close(number, expired);
+  server->invoke(1, "default");
+  server->close(2, dismissed);
+  server->close(3, 77);
+  server->close(4, 0);
+  waitUntil([&] { return gone.size() == 9; });
+  notifications->remove({"e"});
+  waitUntil([&] { return gone.size() == 10; });
+  EXPECT_THAT(heard, ElementsAre("a:" + tap, "b:" + dismissal));
+  EXPECT_THAT(gone, ElementsAre("a1", "b1", "c1", "d1", "e1", "a3", "b2", "c4", "d4", "e3"));
+}
+
+TEST_F(BusNotificationsTest, FollowsTheLastOnesOnly) {
+  start();
+  for (std::size_t i = 0; i < 300; ++i) {
+    show(std::to_string(i), "Title");
+    if (i % 50 == 49) waitForAnswers(i + 1);  // a bus has limits too
+  }
+  EXPECT_EQ(gone.size(), 44u);
+  server->invoke(44, "default");
+  server->invoke(45, "default");  // number 44
+  waitUntil([&] { return !heard.empty(); });
+  EXPECT_THAT(heard, ElementsAre("44:" + std::string(platform::defaultActionIdentifier)));
 }
 
 TEST_F(BusNotificationsTest, ReplacesTheOneOfTheSameIdentifierAlsoWhileThatIsUnderWay) {
@@ -154,6 +193,7 @@ TEST_F(BusNotificationsTest, ANewServersNumbersAreNotTheOldOnes) {
   EXPECT_THAT(heard, ElementsAre("b:" + std::string(platform::defaultActionIdentifier)));
   showAndWait("a", "again");
   EXPECT_EQ(server->shown.back().replaced, 0u);
+  EXPECT_THAT(gone, ElementsAre("a4", "b3"));
 }
 
 TEST_F(BusNotificationsTest, SaysWhyNothingIsShown) {
@@ -178,14 +218,46 @@ TEST_F(BusNotificationsTest, SaysWhyNothingIsShown) {
   EXPECT_THAT(answers[2], HasSubstr("nonsense: "));
 
   server->answersWrong = false;
+  server->refusal = "org.freedesktop.Notifications.Error.MaxNotificationsExceeded";
+  show("a", "refusal");
+  waitForAnswers(4);
+  EXPECT_EQ(answers[3], "refusal: " + server->refusal + ": No more");
+
+  server->refusal.clear();
   server->holds = true;
   show("a", "silence");
-  waitUntil([&] { return server->shown.size() == 2; });
+  waitUntil([&] { return server->shown.size() == 3; });
   advance(10);
-  waitForAnswers(4);
-  EXPECT_EQ(answers[3], "silence: there was no answer in time");
-  server->holds = false;
+  waitForAnswers(5);
+  EXPECT_EQ(answers[4], "silence: there was no answer in time");
+
+  show("a", "server gone");
+  waitUntil([&] { return server->shown.size() == 4; });
+  server.reset();
+  waitForAnswers(6);
+  EXPECT_THAT(answers[5], HasSubstr("server gone: org.freedesktop.DBus.Error."));
+
+  server.emplace(address);
   showAndWait("a", "at last");
+}
+
+TEST_F(BusNotificationsTest, EndsWhatIsUnderWayWhenTheBusGoes) {
+  const ObjectPtr<GTestDBus> bus(g_test_dbus_new(G_TEST_DBUS_NONE));
+  g_test_dbus_up(bus.get());
+  const std::string where = g_test_dbus_get_bus_address(bus.get());
+  server.emplace(where);
+  open(where);
+  showAndWait("a", "shown");
+  server->holds = true;
+  show("b", "under way");
+  waitUntil([&] { return server->shown.size() == 2; });
+  g_test_dbus_stop(bus.get());
+  waitForAnswers(2);
+  EXPECT_THAT(answers[1], HasSubstr("under way: "));
+  show("a", "nowhere");
+  waitForAnswers(3);
+  EXPECT_THAT(answers[2], HasSubstr("nowhere: "));
+  EXPECT_THAT(gone, ElementsAre("a4"));
 }
 
 TEST_F(BusNotificationsTest, AnswersWhatIsUnderWayWhenItGoes) {

@@ -34,7 +34,7 @@ class NotificationMessageTest : public testing::Test {
   BusNotificationOptions application{"News", "com.example.news", folder, ""};
   platform::NotificationContent content;
   platform::NotificationCategory category;
-  ServerAbilities abilities{true, true};
+  ServerAbilities abilities{.actions = true, .bodyMarkup = true};
 };
 
 TEST_F(NotificationMessageTest, JoinsTheTextsAndEscapesWhatWouldBeMarkup) {
@@ -44,11 +44,14 @@ TEST_F(NotificationMessageTest, JoinsTheTextsAndEscapesWhatWouldBeMarkup) {
   content.categoryIdentifier = "Vorsel categ/7";
   EXPECT_EQ(text(), R"(('News', 7, '', 'A <b>title</b>', 'Sub &amp; title\n1 &lt; 2', ['default', 'Open'], )"
                     R"({'urgency': <byte 0x01>, 'desktop-entry': <'com.example.news'>, )"
-                    R"('category': <'x-vorselkelp.Vorsel_categ_7'>, 'suppress-sound': <true>}, -1))");
+                    R"('category': <'x-vorselkelp.Vorsel_categ_7'>}, -1))");
   content.title.clear();
   content.body.clear();
-  abilities = {};
+  abilities = {.sound = true};
   EXPECT_THAT(text(), StartsWith("('News', 7, '', 'News', 'Sub & title', [], {"));
+  EXPECT_THAT(text(), HasSubstr("'suppress-sound': <true>"));
+  abilities = {.persistence = true};
+  EXPECT_THAT(text(), HasSubstr("'resident': <true>"));
 }
 
 TEST_F(NotificationMessageTest, HostileTextsArriveCutAndValid) {
@@ -68,6 +71,7 @@ TEST_F(NotificationMessageTest, HostileTextsArriveCutAndValid) {
 }
 
 TEST_F(NotificationMessageTest, ShowsTheFirstAttachmentThatIsAnImage) {
+  abilities.images = true;
   content.attachments = {{"a", folder + "/missing"},
                          {"b", folder},
                          {"c", file("empty.png", "")},
@@ -83,7 +87,39 @@ TEST_F(NotificationMessageTest, ShowsTheFirstAttachmentThatIsAnImage) {
   }
 }
 
+TEST_F(NotificationMessageTest, SendsAPictureToServersThatShowIt) {
+  content.body = "Body";
+  content.attachments = {{"a", file("a&b.png", "\x89PNG\r\n\x1a\n")}};
+  const std::string beside = "'image-path': <'file://";
+  const std::string within = "'Body<img src=\"file://" + folder + "/a&amp;b.png\" alt=\"\"/>'";
+  const struct {
+    ServerAbilities abilities;
+    bool isBeside;
+    bool isWithin;
+  } servers[] = {{{.bodyMarkup = true}, false, false},
+                 {{.bodyMarkup = true, .bodyImages = true}, false, true},
+                 {{.bodyImages = true}, false, false},
+                 {{.bodyMarkup = true, .bodyImages = true, .images = true}, true, false}};
+  for (const auto& server : servers) {
+    abilities = server.abilities;
+    EXPECT_EQ(text().find(beside) != std::string::npos, server.isBeside) << text();
+    EXPECT_EQ(text().find(within) != std::string::npos, server.isWithin) << text();
+  }
+}
+
+TEST_F(NotificationMessageTest, KnowsWhatAServerCan) {
+  const auto all = serverAbilities(
+      hold(g_variant_new_parsed("(['body', 'actions', 'body-markup', 'body-images', 'icon-multi', "
+                                "'persistence', 'sound', 'x-own', ''],)"))
+          .get());
+  EXPECT_TRUE(all.actions && all.bodyMarkup && all.bodyImages && all.images && all.persistence && all.sound);
+  const auto none = serverAbilities(hold(g_variant_new_parsed("(@as [],)")).get());
+  EXPECT_FALSE(none.actions || none.bodyMarkup || none.bodyImages || none.images || none.persistence ||
+               none.sound);
+}
+
 TEST_F(NotificationMessageTest, PlaysTheApplicationsSoundOrTheDesktopsOwn) {
+  abilities.sound = true;
   file("ping.oga", "sound");
   content.sound = platform::NotificationSound::named("ping.oga");
   EXPECT_THAT(text(), HasSubstr("'sound-file': <'" + folder + "/ping.oga'>"));

@@ -69,6 +69,8 @@ void NotificationServer::notify(GVariant* arguments, GDBusMethodInvocation* invo
   notification.body = body;
   notification.number = notification.replaced ? notification.replaced : ++last_;
   shown.push_back(notification);
+  if (!refusal.empty())
+    return g_dbus_method_invocation_return_dbus_error(invocation, refusal.c_str(), "No\nmore");
   if (answersWrong) return reply(invocation, g_variant_new("(s)", "thank you"));
   held_.emplace_back(notification.number, invocation);
   if (!holds) release();

@@ -32,6 +32,7 @@ class NotificationServer {
   std::vector<std::string> abilities{"actions", "body", "body-markup"};
   bool holds = false;         ///< Notify is not answered until release()
   bool answersWrong = false;  ///< Notify is answered with a text
+  std::string refusal;        ///< the name of the error that Notify is answered with; empty: none
   std::vector<Shown> shown;
   std::vector<std::uint32_t> closed;
 

@@ -1,17 +1,26 @@
 #include "bus/Connection.h"
 
+#include <algorithm>
 #include <utility>
+
+#include "bus/BusText.h"
 
 namespace VorselKelp::freedesktop {
 namespace {
 
 using platform::MainQueue;
 
+constexpr std::size_t longestMessage = 512;  // bytes; whoever sends it is a stranger
+
+/// One line.
 Error describe(ErrorPtr error) {
   if (g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_CANCELLED)) return {"there was no answer in time"};
   const TextPtr name(g_dbus_error_get_remote_error(error.get()));
   g_dbus_error_strip_remote_error(error.get());
-  return {name ? std::string(name.get()) + ": " + error->message : std::string(error->message)};
+  auto text = busText(error->message, longestMessage);
+  std::ranges::replace_if(
+      text, [](char c) { return g_ascii_iscntrl(c) != FALSE; }, ' ');
+  return {name ? std::string(name.get()) + ": " + text : text};
 }
 
 /// Ends what uses it when the patience is over; cancelling what has ended by itself does nothing.
@@ -130,7 +139,10 @@ Connection::Reply Connection::counted(Reply reply) {
 }
 
 void Connection::whenOpen(Opened use) {
-  if (connection_ && g_dbus_connection_is_closed(connection_.get())) forget();
+  if (connection_ && g_dbus_connection_is_closed(connection_.get())) {
+    forget();
+    if (lost_) lost_();
+  }
   if (connection_) return use(connection_.get());
   waiting_.push_back(std::move(use));
   if (!std::exchange(opening_, true)) open();

@@ -54,6 +54,9 @@ class Connection : public std::enable_shared_from_this<Connection> {
   /// To be called before anything is sent; it opens nothing. The handler may still run once more when the
   /// connection is gone.
   void listen(const SignalMatch& match, Handler handler);
+  /// `handler` hears that the bus had closed the connection, before the next use opens another. It may still
+  /// run once more when this object is gone.
+  void whenLost(std::function<void()> handler) { lost_ = std::move(handler); }
   /// `reply` is called exactly once, even when the connection is gone by then.
   void call(Method method, VariantPtr arguments, Reply reply);
   /// Tells everybody on the bus; `sent` is called exactly once, when the bus has the signal.
@@ -80,6 +83,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   const std::string address_;
   const std::shared_ptr<platform::MainQueue> mainQueue_;
   const std::shared_ptr<std::size_t> underWay_ = std::make_shared<std::size_t>(0);
+  std::function<void()> lost_;
   std::vector<Listener> listeners_;
   std::vector<unsigned> subscriptions_;
   std::vector<Opened> waiting_;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 #include "bus/BusText.h"
 #include "notifications/AttachedImage.h"
@@ -30,11 +31,17 @@ std::size_t buttonCount(const NotificationCategory& category) {
   return std::min(category.actions.size(), mostButtons);
 }
 
-std::string bodyOf(const NotificationContent& content, bool markup) {
+std::string escaped(const std::string& text) {
+  return TextPtr(g_markup_escape_text(text.c_str(), -1)).get();
+}
+
+/// `image`: the address of a picture that stands nowhere else.
+std::string bodyOf(const NotificationContent& content, bool markup, const std::string& image) {
   const bool both = !content.subtitle.empty() && !content.body.empty();
   // Cut before it is escaped, so that no entity is cut.
   const auto text = busText(content.subtitle + (both ? "\n" : "") + content.body, longestBody);
-  return markup ? TextPtr(g_markup_escape_text(text.c_str(), -1)).get() : text;
+  if (!markup) return text;
+  return escaped(text) + (image.empty() ? "" : "<img src=\"" + escaped(image) + "\" alt=\"\"/>");
 }
 
 VariantPtr actionsOf(const NotificationCategory& category) {
@@ -85,27 +92,40 @@ void addSound(Hints& hints, const BusNotificationOptions& application, const Not
   hints.add("sound-file", file);
 }
 
-VariantPtr hintsOf(const BusNotificationOptions& application, const NotificationContent& content) {
+VariantPtr hintsOf(const BusNotificationOptions& application, const NotificationContent& content,
+                   ServerAbilities abilities, const std::string& image) {
   Hints hints;
   hints.add("urgency", g_variant_new_byte(normalUrgency));
   if (!application.applicationIdentifier.empty())
     hints.add("desktop-entry", busText(application.applicationIdentifier, longestName));
   if (!content.categoryIdentifier.empty()) hints.add("category", kindOf(content.categoryIdentifier));
-  if (const auto image = imageAddress(content.attachments)) hints.add("image-path", *image);
-  addSound(hints, application, content);
+  if (abilities.images && !image.empty()) hints.add("image-path", image);
+  if (abilities.sound) addSound(hints, application, content);
+  // Its buttons work out of the server's history too; it is closed when one was tapped.
+  if (abilities.persistence) hints.add("resident", g_variant_new_boolean(TRUE));
   return hints.end();
 }
 
 }  // namespace
 
 ServerAbilities serverAbilities(GVariant* answer) {
+  using Ability = bool ServerAbilities::*;
+  static constexpr std::pair<std::string_view, Ability> table[] = {
+      {"actions", &ServerAbilities::actions},
+      {"body-markup", &ServerAbilities::bodyMarkup},
+      {"body-images", &ServerAbilities::bodyImages},
+      {"icon-static", &ServerAbilities::images},
+      {"icon-multi", &ServerAbilities::images},
+      {"persistence", &ServerAbilities::persistence},
+      {"sound", &ServerAbilities::sound}};
   ServerAbilities abilities;
   GVariantIter* names = nullptr;
   const char* name = nullptr;
   g_variant_get(answer, "(as)", &names);
   while (g_variant_iter_next(names, "&s", &name)) {
-    abilities.actions = abilities.actions || std::string_view(name) == "actions";
-    abilities.bodyMarkup = abilities.bodyMarkup || std::string_view(name) == "body-markup";
+    for (const auto& [known, ability] : table) {
+      if (known == name) abilities.*ability = true;
+    }
   }
   g_variant_iter_free(names);
   return abilities;
@@ -116,10 +136,13 @@ VariantPtr notifyArguments(const BusNotificationOptions& application, const Noti
                            std::uint32_t replaced) {
   const auto name = busText(application.applicationName, longestName);
   const auto title = content.title.empty() ? name : busText(content.title, longestTitle);
-  const auto body = bodyOf(content, abilities.bodyMarkup);
+  const bool pictures = abilities.images || abilities.bodyImages;
+  const auto image = pictures ? imageAddress(content.attachments).value_or("") : std::string();
+  const bool within = abilities.bodyImages && !abilities.images;
+  const auto body = bodyOf(content, abilities.bodyMarkup, within ? image : std::string());
   // A server without actions may put up a dialog in their place.
   const auto actions = abilities.actions ? actionsOf(category) : hold(g_variant_new("as", nullptr));
-  const auto hints = hintsOf(application, content);
+  const auto hints = hintsOf(application, content, abilities, image);
   constexpr const char* noIcon = "";
   return hold(g_variant_new("(susss@as@a{sv}i)", name.c_str(), replaced, noIcon, title.c_str(), body.c_str(),
                             actions.get(), hints.get(), serversOwnTime));

@@ -15,6 +15,10 @@ namespace VorselKelp::freedesktop {
 struct ServerAbilities {
   bool actions = false;
   bool bodyMarkup = false;
+  bool bodyImages = false;   ///< within the body
+  bool images = false;       ///< beside the texts
+  bool persistence = false;  ///< keeps notifications until the user takes them away
+  bool sound = false;
 };
 
 /// `answer` is that of GetCapabilities, of type (as).

@@ -20,8 +20,31 @@ struct BusNotificationOptions {
   std::string busAddress;             ///< empty: the bus of the user's session
 };
 
-/// Notifications on the user's desktop, shown by whatever serves org.freedesktop.Notifications on the session
-/// bus. They stay when the process ends, but only a living process hears what the user does with them.
+/// What the user did, and what lets the application's window come to the front for it: to be handed to the
+/// toolkit as the desktop's activation token (or start-up identifier); empty when the desktop gave none.
+struct BusNotificationResponse : platform::NotificationResponse {
+  std::string activationToken;
+};
+
+/// How a notification went, with the desktop's numbers.
+enum class CloseReason {
+  expired = 1,     ///< its time was over; a desktop with a history may still have it
+  dismissed = 2,   ///< by the user
+  closedByUs = 3,  ///< removed, or taken away because the user acted on it
+  undefined = 4,   ///< nobody knows, or the desktop lost it
+};
+
+/// What becomes of shown notifications. Both are called on the main queue; either may be null.
+///
+/// `respond`: a tap, a button, or, where its category asks for that, the dismissal. Whatever was tapped is
+/// taken from the desktop.
+using NotificationRespond = std::function<void(BusNotificationResponse)>;
+/// `gone`: once for each, after its response; but `expired` may be followed by a response and by another
+/// reason, out of the history. One that is replaced under its identifier has not gone.
+using NotificationGone = std::function<void(const std::string& identifier, CloseReason)>;
+
+/// Notifications on the user's desktop. They stay when the process ends, but only a living process hears what
+/// the user does with them.
 ///
 /// Any thread, the destructor included. Everything comes back on the main queue; nothing blocks. The main
 /// thread has to run the default main context of GLib, as a desktop screen does.
@@ -33,8 +56,8 @@ class BusNotifications {
 
   /// Shows the notification now, whatever its trigger, with the buttons of `category`; one of the same
   /// identifier is replaced. Texts are cut to what fits a desktop. `answer` comes once: when the desktop has
-  /// taken the notification, or with the reason why not (no bus, nobody who serves it, no answer within 20
-  /// seconds, replaced or removed before). Without `answer` the reason is a line on standard error.
+  /// taken the notification, or with the reason why not (no bus, nobody who serves it, a refusal, no answer
+  /// within 20 seconds, replaced or removed before). Without `answer` the reason is a line on standard error.
   virtual void show(platform::NotificationRequest request, platform::NotificationCategory category,
                     Answer answer = nullptr) = 0;
 
@@ -45,10 +68,10 @@ class BusNotifications {
   [[nodiscard]] virtual bool idle() const = 0;
 };
 
-/// `respond` hears on the main queue what the user does with a notification of this object: a tap, a button,
-/// or, where its category asks for that, the dismissal. The notification is gone then.
+/// Shown by whatever serves org.freedesktop.Notifications on the session bus. The last 256 are followed:
+/// older ones that nothing was heard of count as gone.
 VORSELKELP_API std::shared_ptr<BusNotifications> makeBusNotifications(
     BusNotificationOptions options, std::shared_ptr<platform::MainQueue> mainQueue,
-    std::function<void(platform::NotificationResponse)> respond);
+    NotificationRespond respond, NotificationGone gone = nullptr);
 
 }  // namespace VorselKelp::freedesktop
