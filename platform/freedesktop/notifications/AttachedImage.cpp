@@ -39,13 +39,18 @@ bool beginsAsImage(std::string_view head) {
 
 }  // namespace
 
+std::optional<std::string> imageFile(const std::vector<platform::NotificationAttachment>& attachments) {
+  const auto found = std::ranges::find_if(
+      attachments, [](const auto& attachment) { return beginsAsImage(headOf(attachment.path)); });
+  return found == attachments.end() ? std::nullopt : std::optional(found->path);
+}
+
 std::optional<std::string> imageAddress(const std::vector<platform::NotificationAttachment>& attachments) {
-  for (const auto& attachment : attachments) {
-    if (!beginsAsImage(headOf(attachment.path))) continue;
-    const TextPtr path(g_canonicalize_filename(attachment.path.c_str(), nullptr));
-    if (const TextPtr address(g_filename_to_uri(path.get(), nullptr, nullptr)); address) return address.get();
-  }
-  return std::nullopt;
+  const auto file = imageFile(attachments);
+  if (!file) return std::nullopt;
+  const TextPtr path(g_canonicalize_filename(file->c_str(), nullptr));
+  const TextPtr address(g_filename_to_uri(path.get(), nullptr, nullptr));
+  return address ? std::optional<std::string>(address.get()) : std::nullopt;
 }
 
 }  // namespace VorselKelp::freedesktop

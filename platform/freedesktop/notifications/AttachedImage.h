@@ -8,7 +8,11 @@
 
 namespace VorselKelp::freedesktop {
 
-/// The address (file://) of the first attachment whose file begins as a PNG, JPEG, GIF or WebP image does.
+/// The path of the first attachment whose file begins as a PNG, JPEG, GIF or WebP image does.
+[[nodiscard]] std::optional<std::string> imageFile(
+    const std::vector<platform::NotificationAttachment>& attachments);
+
+/// Its address (file://).
 [[nodiscard]] std::optional<std::string> imageAddress(
     const std::vector<platform::NotificationAttachment>& attachments);
 

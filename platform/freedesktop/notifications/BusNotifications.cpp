@@ -1,7 +1,5 @@
 #include "VorselKelpFreedesktop/BusNotifications.h"
 
-#include <map>
-#include <optional>
 #include <utility>
 
 #include "bus/Connection.h"
@@ -14,14 +12,6 @@ namespace {
 
 constexpr const char* service = "org.freedesktop.Notifications";
 constexpr const char* object = "/org/freedesktop/Notifications";
-
-/// What is on its way to the server, one at a time for an identifier: a later one has to name the number that
-/// the server gives to the one before.
-struct Sending {
-  NotificationOrder order;
-  std::optional<NotificationOrder> next;
-  bool removed = false;
-};
 
 CloseReason closeReason(std::uint32_t code) {
   constexpr auto last = static_cast<std::uint32_t>(CloseReason::undefined);
@@ -53,55 +43,26 @@ class ServerDesk final : public NotificationDesk, public std::enable_shared_from
     });
   }
 
-  void show(NotificationOrder order) override {
-    const auto found = sending_.find(order.request.identifier);
-    if (found == sending_.end()) return send(std::move(order));
-    auto& next = found->second.next;
-    if (next) next->end(replacedTooSoon());
-    next = std::move(order);
-  }
-
-  void remove(const std::string& identifier) override {
-    if (const auto found = sending_.find(identifier); found != sending_.end()) {
-      found->second.removed = true;
-      if (auto next = std::exchange(found->second.next, std::nullopt)) next->end(removedTooSoon());
-    }
-    if (const auto shown = shown_.take(identifier)) {
-      close(shown->number);
-      tellGone(identifier, CloseReason::closedByUs);
-    }
-  }
-
-  void abandon() override {
-    for (auto& [identifier, sending] : std::exchange(sending_, {})) {
-      sending.order.end(endedTooSoon());
-      if (sending.next) sending.next->end(endedTooSoon());
-    }
-  }
-
   [[nodiscard]] bool idle() const override { return connection_->idle(); }
 
  private:
   using Step = void (ServerDesk::*)(const std::string& identifier, Result<VariantPtr> reply);
 
-  void ask(const std::string& identifier, Method method, VariantPtr arguments, Step step) {
-    connection_->call(std::move(method), std::move(arguments),
-                      [weak = weak_from_this(), identifier, step](Result<VariantPtr> reply) {
-                        const auto self = weak.lock();
-                        if (self && self->sending_.contains(identifier))
-                          ((*self).*step)(identifier, std::move(reply));
-                      });
-  }
-
-  void send(NotificationOrder order) {
-    const auto identifier = order.request.identifier;
-    sending_.emplace(identifier, Sending{std::move(order), std::nullopt, false});
+  void send(const std::string& identifier) override {
     ask(identifier, {service, object, service, "GetCapabilities", "(as)"}, nullptr,
         &ServerDesk::abilitiesKnown);
   }
 
+  void ask(const std::string& identifier, Method method, VariantPtr arguments, Step step) {
+    connection_->call(std::move(method), std::move(arguments),
+                      [weak = weak_from_this(), identifier, step](Result<VariantPtr> reply) {
+                        const auto self = weak.lock();
+                        if (self && self->sending(identifier)) ((*self).*step)(identifier, std::move(reply));
+                      });
+  }
+
   void abilitiesKnown(const std::string& identifier, Result<VariantPtr> reply) {
-    const auto& [order, next, removed] = sending_.at(identifier);
+    const auto& [order, next, removed] = *sending(identifier);
     if (!reply) return finish(identifier, reply.error());
     if (removed) return finish(identifier, removedTooSoon());
     ask(identifier, {service, object, service, "Notify", "(u)"},
@@ -112,7 +73,7 @@ class ServerDesk final : public NotificationDesk, public std::enable_shared_from
 
   void taken(const std::string& identifier, Result<VariantPtr> reply) {
     if (!reply) return finish(identifier, reply.error());
-    const auto& [order, next, removed] = sending_.at(identifier);
+    const auto& [order, next, removed] = *sending(identifier);
     std::uint32_t number = 0;
     g_variant_get(reply->get(), "(u)", &number);
     if (number == 0) return finish(identifier, Error{"the desktop gave it no number"});
@@ -125,10 +86,11 @@ class ServerDesk final : public NotificationDesk, public std::enable_shared_from
     finish(identifier, Done{});
   }
 
-  void finish(const std::string& identifier, const Status& status) {
-    auto sending = std::move(sending_.extract(identifier).mapped());
-    if (sending.next) send(*std::move(sending.next));
-    sending.order.end(status);
+  void takeAway(const std::string& identifier) override {
+    const auto shown = shown_.take(identifier);
+    if (!shown) return;
+    close(shown->number);
+    tellGone(identifier, CloseReason::closedByUs);
   }
 
   void close(std::uint32_t number) {
@@ -195,7 +157,6 @@ class ServerDesk final : public NotificationDesk, public std::enable_shared_from
   const NotificationRespond respond_;
   const NotificationGone gone_;
   const std::shared_ptr<Connection> connection_;
-  std::map<std::string, Sending> sending_;
   ShownNotifications shown_;
 };
 

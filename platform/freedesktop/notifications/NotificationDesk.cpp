@@ -43,6 +43,46 @@ void NotificationOrder::end(const Status& status) {
                               "\": " + status.error().description);
 }
 
+void NotificationDesk::show(NotificationOrder order) {
+  auto* earlier = sending(order.request.identifier);
+  if (!earlier) return start(std::move(order));
+  if (earlier->next) earlier->next->end(Error{"a newer one took its place before it was shown"});
+  earlier->next = std::move(order);
+}
+
+void NotificationDesk::remove(const std::string& identifier) {
+  if (auto* current = sending(identifier)) {
+    current->removed = true;
+    if (auto next = std::exchange(current->next, std::nullopt)) next->end(removedTooSoon());
+  }
+  takeAway(identifier);
+}
+
+void NotificationDesk::abandon() {
+  const Error reason{"the application ended before it was shown"};
+  for (auto& [identifier, sending] : std::exchange(sending_, {})) {
+    sending.order.end(reason);
+    if (sending.next) sending.next->end(reason);
+  }
+}
+
+NotificationDesk::Sending* NotificationDesk::sending(const std::string& identifier) {
+  const auto found = sending_.find(identifier);
+  return found == sending_.end() ? nullptr : &found->second;
+}
+
+void NotificationDesk::start(NotificationOrder order) {
+  const auto identifier = order.request.identifier;
+  sending_.emplace(identifier, Sending{std::move(order), std::nullopt, false});
+  send(identifier);
+}
+
+void NotificationDesk::finish(const std::string& identifier, const Status& status) {
+  auto ended = std::move(sending_.extract(identifier).mapped());
+  if (ended.next) start(*std::move(ended.next));
+  ended.order.end(status);
+}
+
 std::shared_ptr<BusNotifications> queuedNotifications(std::shared_ptr<platform::MainQueue> mainQueue,
                                                       std::shared_ptr<NotificationDesk> desk) {
   return std::make_shared<QueuedNotifications>(std::move(mainQueue), std::move(desk));

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <map>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "VorselKelpFreedesktop/BusNotifications.h"
@@ -17,26 +19,42 @@ struct NotificationOrder {
   void end(const Status& status);
 };
 
-/// Shows notifications in one way. Main queue only, the destructor included.
+/// Takes orders and has them sent, one at a time for an identifier: a later one has to know what became of
+/// the one before. Main queue only, the destructor included.
 class NotificationDesk {
  public:
   virtual ~NotificationDesk() = default;
-  virtual void show(NotificationOrder order) = 0;
-  virtual void remove(const std::string& identifier) = 0;
-  /// Ends all orders: nobody will run the desk any more.
-  virtual void abandon() = 0;
-  [[nodiscard]] virtual bool idle() const = 0;
-};
 
-inline Error removedTooSoon() {
-  return {"it was removed before it was shown"};
-}
-inline Error replacedTooSoon() {
-  return {"a newer one took its place before it was shown"};
-}
-inline Error endedTooSoon() {
-  return {"the application ended before it was shown"};
-}
+  void show(NotificationOrder order);
+  void remove(const std::string& identifier);
+  /// Ends all orders: nobody will run the desk any more.
+  void abandon();
+  [[nodiscard]] virtual bool idle() const = 0;
+
+ protected:
+  struct Sending {
+    NotificationOrder order;
+    std::optional<NotificationOrder> next;
+    bool removed = false;
+  };
+
+  /// Begins to send what `sending` holds for the identifier; finish() is called once for it, later.
+  virtual void send(const std::string& identifier) = 0;
+  /// Takes away what is shown under the identifier, if anything is.
+  virtual void takeAway(const std::string& identifier) = 0;
+
+  /// Null when it has been abandoned meanwhile.
+  [[nodiscard]] Sending* sending(const std::string& identifier);
+  void finish(const std::string& identifier, const Status& status);
+  [[nodiscard]] static Error removedTooSoon() { return {"it was removed before it was shown"}; }
+
+  [[nodiscard]] bool nothingToSend() const { return sending_.empty(); }
+
+ private:
+  void start(NotificationOrder order);
+
+  std::map<std::string, Sending> sending_;
+};
 
 /// The desk for callers of any thread.
 std::shared_ptr<BusNotifications> queuedNotifications(std::shared_ptr<platform::MainQueue> mainQueue,

@@ -1,23 +1,17 @@
 #include "notifications/NotificationMessage.h"
 
-#include <algorithm>
 #include <string_view>
 #include <utility>
 
 #include "bus/BusText.h"
 #include "notifications/AttachedImage.h"
+#include "notifications/NotificationTexts.h"
 
 namespace VorselKelp::freedesktop {
 namespace {
 
 using platform::NotificationCategory;
 using platform::NotificationContent;
-
-// Bytes; a desktop shows less.
-constexpr std::size_t longestTitle = 512;
-constexpr std::size_t longestBody = 4096;
-constexpr std::size_t longestName = 256;
-constexpr std::size_t mostButtons = 8;
 
 constexpr std::string_view tapKey = "default";
 constexpr int serversOwnTime = -1;  // how long it is shown
@@ -27,19 +21,13 @@ std::string keyOf(std::size_t button) {
   return "button-" + std::to_string(button);
 }
 
-std::size_t buttonCount(const NotificationCategory& category) {
-  return std::min(category.actions.size(), mostButtons);
-}
-
 std::string escaped(const std::string& text) {
   return TextPtr(g_markup_escape_text(text.c_str(), -1)).get();
 }
 
 /// `image`: the address of a picture that stands nowhere else.
 std::string bodyOf(const NotificationContent& content, bool markup, const std::string& image) {
-  const bool both = !content.subtitle.empty() && !content.body.empty();
-  // Cut before it is escaped, so that no entity is cut.
-  const auto text = busText(content.subtitle + (both ? "\n" : "") + content.body, longestBody);
+  const auto text = bodyText(content);  // cut before it is escaped, so that no entity is cut
   if (!markup) return text;
   return escaped(text) + (image.empty() ? "" : "<img src=\"" + escaped(image) + "\" alt=\"\"/>");
 }
@@ -53,7 +41,7 @@ VariantPtr actionsOf(const NotificationCategory& category) {
   };
   add(std::string(tapKey), "Open");
   for (std::size_t i = 0; i < buttonCount(category); ++i)
-    add(keyOf(i), busText(category.actions[i].title, longestName));
+    add(keyOf(i), busText(category.actions[i].title, longestLabel));
   return hold(g_variant_builder_end(&actions));
 }
 
@@ -67,7 +55,7 @@ std::string soundFile(const std::string& folder, const std::string& name) {
 
 /// A server knows a few kinds of its own; others are to carry the name of who made them up.
 std::string kindOf(const std::string& category) {
-  std::string kind = "x-vorselkelp." + category.substr(0, longestName);
+  std::string kind = "x-vorselkelp." + category.substr(0, longestLabel);
   for (auto& c : kind) {
     if (!g_ascii_isalnum(c) && c != '-' && c != '.' && c != '_') c = '_';
   }
@@ -97,7 +85,7 @@ VariantPtr hintsOf(const BusNotificationOptions& application, const Notification
   Hints hints;
   hints.add("urgency", g_variant_new_byte(normalUrgency));
   if (!application.applicationIdentifier.empty())
-    hints.add("desktop-entry", busText(application.applicationIdentifier, longestName));
+    hints.add("desktop-entry", busText(application.applicationIdentifier, longestLabel));
   if (!content.categoryIdentifier.empty()) hints.add("category", kindOf(content.categoryIdentifier));
   if (abilities.images && !image.empty()) hints.add("image-path", image);
   if (abilities.sound) addSound(hints, application, content);
@@ -134,8 +122,8 @@ ServerAbilities serverAbilities(GVariant* answer) {
 VariantPtr notifyArguments(const BusNotificationOptions& application, const NotificationContent& content,
                            const NotificationCategory& category, ServerAbilities abilities,
                            std::uint32_t replaced) {
-  const auto name = busText(application.applicationName, longestName);
-  const auto title = content.title.empty() ? name : busText(content.title, longestTitle);
+  const auto name = busText(application.applicationName, longestLabel);
+  const auto title = titleText(application, content);
   const bool pictures = abilities.images || abilities.bodyImages;
   const auto image = pictures ? imageAddress(content.attachments).value_or("") : std::string();
   const bool within = abilities.bodyImages && !abilities.images;

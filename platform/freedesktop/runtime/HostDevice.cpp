@@ -11,7 +11,7 @@
 #include "VorselKelpPosix/FileIO.h"
 #include "VorselKelpPosix/Locale.h"
 #include "bus/BusText.h"
-#include "bus/GlibPointers.h"
+#include "glib/Pointers.h"
 
 namespace VorselKelp::freedesktop {
 namespace {

@@ -17,10 +17,15 @@ PixbufLibrary::PixbufLibrary(const std::string& name) : library_(name) {
   library_.find(pixels, "gdk_pixbuf_get_pixels");
   library_.find(fill, "gdk_pixbuf_fill");
   library_.find(option, "gdk_pixbuf_get_option");
+  library_.find(newFromData, "gdk_pixbuf_new_from_data");
+  library_.find(part, "gdk_pixbuf_new_subpixbuf");
+  library_.find(scale, "gdk_pixbuf_scale_simple");
+  library_.find(saveToBuffer, "gdk_pixbuf_save_to_bufferv");
   library_.find(signalConnect, "g_signal_connect_data");
   library_.find(unref, "g_object_unref");
   library_.find(errorFree, "g_error_free");
   library_.find(textsFree, "g_strfreev");
+  library_.find(memoryFree, "g_free");
 }
 
 }  // namespace VorselKelp::posix

@@ -30,10 +30,15 @@ class PixbufLibrary {
   decltype(gdk_pixbuf_get_pixels)* pixels = nullptr;
   decltype(gdk_pixbuf_fill)* fill = nullptr;
   decltype(gdk_pixbuf_get_option)* option = nullptr;
+  decltype(gdk_pixbuf_new_from_data)* newFromData = nullptr;
+  decltype(gdk_pixbuf_new_subpixbuf)* part = nullptr;
+  decltype(gdk_pixbuf_scale_simple)* scale = nullptr;
+  decltype(gdk_pixbuf_save_to_bufferv)* saveToBuffer = nullptr;
   decltype(g_signal_connect_data)* signalConnect = nullptr;
   decltype(g_object_unref)* unref = nullptr;
   decltype(g_error_free)* errorFree = nullptr;
   decltype(g_strfreev)* textsFree = nullptr;
+  decltype(g_free)* memoryFree = nullptr;
 
  private:
   DynamicLibrary library_;

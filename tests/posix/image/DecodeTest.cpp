@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "VorselKelpPosix/PixbufImageDecoder.h"
+#include "VorselKelpPosix/SquarePicture.h"
 #include "image/Orientation.h"
 #include "posix/support/PictureFiles.h"
 
@@ -77,6 +78,29 @@ TEST_F(DecodeTest, PixelsAreRgbaFromTheTopLeft) {
   const auto opaque = decoder_->decode(pngFile(2, 1, 3, {1, 2, 3, 4, 5, 6}), 6);
   ASSERT_TRUE(opaque);
   EXPECT_EQ(pixelsOf(**opaque), (Pixels{1, 2, 3, 255, 4, 5, 6, 255}));
+}
+
+TEST_F(DecodeTest, ASquareIsThePicturesMiddleAndNeverLarger) {
+  Pixels pixels;
+  for (int at = 0; at < 12 * 4; ++at) {
+    const bool middle = at % 12 >= 4 && at % 12 < 8;
+    const std::uint8_t shade = middle ? 200 : 0;
+    pixels.insert(pixels.end(), {shade, shade, shade, 255});
+  }
+  const ui::Image wide(12, 4, pixels);
+  for (const auto& [longest, side] : {std::pair{2, 2}, {100, 4}, {4, 4}}) {
+    const auto png = posix::squarePng(wide, longest);
+    ASSERT_TRUE(png) << png.error().description;
+    const auto square = decoder_->decode(*png, 100);
+    ASSERT_TRUE(square);
+    EXPECT_EQ((*square)->width(), side);
+    EXPECT_EQ((*square)->height(), side);
+    for (std::size_t at = 0; at < pixelsOf(**square).size(); at += 4)
+      EXPECT_EQ(pixelsOf(**square)[at], 200) << longest;
+  }
+  EXPECT_FALSE(posix::squarePng(wide, 0));
+  EXPECT_FALSE(posix::squarePng({0, 0, {}}, 4));
+  EXPECT_FALSE(posix::squarePng(wide, 4, {.libraryName = "nowhere.so"}));
 }
 
 TEST(Orientation, PutsThePixelsWhereTheyAreToBeSeen) {

@@ -18,6 +18,10 @@ struct BusNotificationOptions {
   std::string applicationIdentifier;  ///< the name of its desktop entry, without ".desktop"; empty: none
   std::string soundFolder;            ///< where the application's own sounds are; empty: nowhere
   std::string busAddress;             ///< empty: the bus of the user's session
+  /// Through the portal only: the exported action that a tap activates, with its prefix, such as
+  /// "app.notification-response", whether the application runs or not. Its target is (ss), the
+  /// notification's identifier and the action's. Empty: whoever showed the notification hears of it.
+  std::string exportedAction = {};
 };
 
 /// What the user did, and what lets the application's window come to the front for it: to be handed to the
