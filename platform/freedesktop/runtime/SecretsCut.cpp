@@ -2,7 +2,7 @@
 
 #include <glib.h>
 
-#include "bus/GlibPointers.h"
+#include "glib/Pointers.h"
 
 namespace VorselKelp::freedesktop {
 namespace {
