@@ -4,6 +4,7 @@
 
 #include <optional>
 
+#include "bus/Connection.h"
 #include "freedesktop/NotificationServer.h"
 
 namespace VorselKelp::freedesktop {
@@ -251,6 +252,17 @@ TEST_F(BusNotificationsTest, EndsWhatIsUnderWayWhenTheBusGoes) {
   server->holds = true;
   show("b", "under way");
   waitUntil([&] { return server->shown.size() == 2; });
+  const auto watcher = std::make_shared<Connection>(BusKind::session, where, queue);
+  int lost = 0;
+  int replies = 0;
+  watcher->whenLost([&] { ++lost; });
+  const auto ping = [&] {
+    watcher->call({"org.freedesktop.DBus", "/", "org.freedesktop.DBus.Peer", "Ping"}, nullptr,
+                  [&](const Result<VariantPtr>&) { ++replies; });
+    waitUntil([&, before = replies] { return replies > before; });
+  };
+  ping();
+  EXPECT_EQ(lost, 0);
   g_test_dbus_stop(bus.get());
   waitForAnswers(2);
   EXPECT_THAT(answers[1], HasSubstr("under way: "));
@@ -258,6 +270,8 @@ TEST_F(BusNotificationsTest, EndsWhatIsUnderWayWhenTheBusGoes) {
   waitForAnswers(3);
   EXPECT_THAT(answers[2], HasSubstr("nowhere: "));
   EXPECT_THAT(gone, ElementsAre("a4"));
+  while (replies < 100 && lost == 0) ping();  // it learns of it in its own time
+  EXPECT_EQ(lost, 1);
 }
 
 TEST_F(BusNotificationsTest, AnswersWhatIsUnderWayWhenItGoes) {
