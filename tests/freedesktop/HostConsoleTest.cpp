@@ -16,6 +16,7 @@
 namespace VorselKelp::freedesktop {
 namespace {
 
+using posix::hexOf;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -27,22 +28,13 @@ const std::string subscription = R"({"endpoint":")" + endpoint +
                                  R"(","expirationTime":null,"keys":{"auth":")" + authentication +
                                  R"(","p256dh":")" + key + R"("}})";
 
-std::string hex(const std::string& text) {
-  std::string digits;
-  for (const char c : text) {
-    constexpr const char* all = "0123456789abcdef";
-    digits += {all[static_cast<unsigned char>(c) >> 4], all[static_cast<unsigned char>(c) & 15]};
-  }
-  return digits;
-}
-
 TEST(SecretsCut, LeavesWhatIsReadAndNoMoreThanTheBeginningOfAToken) {
   const std::pair<std::string, std::string> lines[] = {
       {"", ""},
       {"The image http://cdn.example/pictures/storm.png?w=300 is too large",
        "The image http://cdn.example/pictures/storm.png?w=300 is too large"},
-      {hex(subscription), "7b22656e\u2026"},
-      {"sendPushData {\"token\":\"" + hex(subscription) + "\",\"status\":true}",
+      {hexOf(subscription), "7b22656e\u2026"},
+      {"sendPushData {\"token\":\"" + hexOf(subscription) + "\",\"status\":true}",
        "sendPushData {\"token\":\"7b22656e\u2026\",\"status\":true}"},
       {subscription,
        "{\"endpoint\":\"https://push.example\u2026\",\"expirationTime\":null,\"keys\":{\"auth\":"
@@ -65,7 +57,8 @@ TEST(SecretsCut, FindsASubscriptionInWhateverDressItComes) {
   for (const char c : subscription) {
     escaped += c == '"' ? "\\\"" : std::string(1, c);
     solidus += c == '/' ? "\\/" : std::string(1, c);
-    percent += std::isalnum(static_cast<unsigned char>(c)) ? std::string(1, c) : "%" + hex(std::string(1, c));
+    percent +=
+        std::isalnum(static_cast<unsigned char>(c)) ? std::string(1, c) : "%" + hexOf(std::string(1, c));
     spaced += c == ':' && spaced.ends_with('"') ? " : " : std::string(1, c);
   }
   for (const auto& text :
@@ -96,7 +89,7 @@ TEST(HostConsole, AFileIsItsOwnersAlone) {
   ::chmod(path.c_str(), 0644);
   const auto console = makeFileConsole(path);
   ASSERT_TRUE(console) << console.error().description;
-  (*console)->print("token " + hex(subscription));
+  (*console)->print("token " + hexOf(subscription));
   (*console)->print("two\nlines");
   std::ifstream file(path);
   EXPECT_EQ(std::string(std::istreambuf_iterator(file), {}), "before\ntoken 7b22656e\u2026\ntwo\nlines\n");
@@ -114,7 +107,7 @@ TEST(HostConsole, DebugMessagesAreShownToWhoeverAsksForThem) {
   const auto printed = [&](const char* domains) {
     ::setenv("G_MESSAGES_DEBUG", domains, 1);
     testing::internal::CaptureStdout();
-    console->print("token \xff " + hex(subscription));
+    console->print("token \xff " + hexOf(subscription));
     return testing::internal::GetCapturedStdout();
   };
   EXPECT_EQ(printed("Other"), "");

@@ -3,8 +3,9 @@
 #include <gmock/gmock.h>
 
 #include <fcntl.h>
-#include <glib-unix.h>
+#include <gio/gio.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
