@@ -64,7 +64,7 @@ JSONAny notificationsJSON(device::SimulatedDevice& simulated) {
     const auto actions = simulated.actionsOf(held.request.content.categoryIdentifier);
     delivered.push_back(notificationJSON(held.request, actions));
   }
-  for (const auto& held : simulated.pending()) pending.push_back(pendingJSON(held, simulated.now()));
+  for (const auto& held : simulated.pending()) pending.push_back(pendingJSON(held, simulated.clock()->now()));
   for (const auto& category : simulated.categories()) categories.push_back(categoryJSON(category));
   return JSONAny::Dictionary{{"delivered", std::move(delivered)},
                              {"pending", std::move(pending)},
@@ -82,7 +82,7 @@ void printNotifications(device::SimulatedDevice& simulated) {
   std::printf("Pending: %zu\n", pending.size());
   for (const auto& held : pending) {
     printWords("  " + plainText(held.request.identifier) + "  " + plainText(held.request.content.title));
-    std::printf("  in %.0f s\n", held.due - simulated.now());
+    std::printf("  in %.0f s\n", held.due - simulated.clock()->now());
   }
   std::printf("Categories registered: %zu\n", simulated.categories().size());
 }

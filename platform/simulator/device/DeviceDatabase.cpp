@@ -12,25 +12,24 @@
 namespace VorselKelp::simulator {
 namespace {
 
-constexpr int schemaVersion = 2;
+constexpr int schemaVersion = 3;
 constexpr int lockPatience = 10'000;  // milliseconds
 
 // A notification is held in one of three states: pending (0), delivered (1), tapped (2).
 constexpr const char* schema = R"(
-CREATE TABLE device(name TEXT PRIMARY KEY, value) WITHOUT ROWID;
 CREATE TABLE application(identifier TEXT PRIMARY KEY, authorization INTEGER NOT NULL DEFAULT 0,
-                         registered INTEGER NOT NULL DEFAULT 0, token BLOB, badge INTEGER NOT NULL DEFAULT 0)
+                         badge INTEGER NOT NULL DEFAULT 0)
   WITHOUT ROWID;
 CREATE TABLE notification(serial INTEGER PRIMARY KEY, application TEXT NOT NULL, identifier TEXT NOT NULL,
                           state INTEGER NOT NULL, due REAL NOT NULL, seconds REAL, repeats INTEGER,
                           content TEXT NOT NULL, userInfo BLOB NOT NULL, infoIsBytes INTEGER NOT NULL);
 CREATE UNIQUE INDEX notificationByName ON notification(application, identifier, state);
 CREATE INDEX notificationByTime ON notification(application, state, due);
-PRAGMA user_version = 2;
+PRAGMA user_version = 3;
 )";
 
 Error unusable(const std::string& path, const std::string& reason, int code) {
-  return Error{"Cannot use the simulated device's database " + path + ": " + reason, code};
+  return Error{"Cannot use the notification database " + path + ": " + reason, code};
 }
 
 Error errorOf(sqlite3* connection, const std::string& path) {
@@ -163,7 +162,7 @@ Status DeviceDatabase::prepareSchema() {
   }
   if (!version) return errorOf(connection, path_);
   if (*version != schemaVersion) {
-    return Error{"The simulated device in " + path_ + " was made by another version; use a new home"};
+    return Error{"The notification database " + path_ + " was made by another version"};
   }
   return Done{};
 }

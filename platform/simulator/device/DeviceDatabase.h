@@ -49,8 +49,8 @@ class Statement {
   std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)> statement_;
 };
 
-/// The device's database, opened by its first use. It simulates a device for a developer's desk: it survives
-/// killed processes, and does not pay for surviving power cuts. The file is for its owner alone.
+/// The database of the notification store, opened by its first use. It survives killed processes, and does
+/// not pay for surviving power cuts. The file is for its owner alone.
 class DeviceDatabase {
  public:
   explicit DeviceDatabase(std::string path) : path_(std::move(path)) {}

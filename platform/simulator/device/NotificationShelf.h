@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "VorselKelpSimulator/SimulatedDevice.h"
+#include "VorselKelpSimulator/NotificationStore.h"
 #include "device/AttachmentFolder.h"
 #include "device/DeviceDatabase.h"
 
@@ -40,7 +40,7 @@ class NotificationShelf {
 
   /// The files of the notifications that went, to be removed when the transaction is through, and only then.
   std::vector<platform::NotificationAttachment> takeReleased();
-  /// All files that notifications have, of every application of the device.
+  /// All files that notifications have, of every application of the folder.
   [[nodiscard]] std::vector<platform::NotificationAttachment> filesInUse(Connection& database) const;
   /// Outside a transaction.
   void removeForgottenFiles(const std::vector<platform::NotificationAttachment>& used) const {

@@ -50,6 +50,7 @@ Result<ProcessScreen::Services> ApplicationRun::openScreen() {
 void ApplicationRun::makeDeviceSide(ProcessScreen::Services& screen) {
   device_.device = std::make_shared<SimulatedDevice>(process_.home, process_.manifest.bundleIdentifier);
   device_.notificationCenter = makeNotificationCenter(device_.device, process_.loop, process_.options.answer);
+  device_.badge = std::make_shared<ScreenBadge>(std::move(screen.badge));
   device_.application = makeApplication(
       device_.device, process_.loop,
       [this](Result<std::string> token) {
@@ -59,11 +60,10 @@ void ApplicationRun::makeDeviceSide(ProcessScreen::Services& screen) {
           delegate_.didFailToRegisterForRemoteNotifications(token.error());
         }
       },
-      [channel = process_.channel](const std::string& url) { channel->send("opened", url); });
+      [channel = process_.channel](const std::string& url) { channel->send("opened", url); }, device_.badge);
   if (screen.permissionDialog) {
     device_.notificationCenter->showDialogWith(std::move(screen.permissionDialog));
   }
-  if (screen.badge) device_.application->showBadgeWith(std::move(screen.badge));
   device_.location = makeLocation(process_.loop);
   presenter_ = screen.viewPresenter;
   notify_ = std::move(screen.notify);
@@ -114,7 +114,7 @@ int ApplicationRun::run(const std::vector<PreparedCall>& calls) {
   presenter_ = nullptr;
   notify_ = nullptr;
   device_.notificationCenter->showDialogWith(nullptr);
-  device_.application->showBadgeWith(nullptr);
+  device_.badge->close();
   leaveCore(*process_.loop);
   return status;
 }

@@ -9,6 +9,7 @@
 #include "VorselKelpSimulator/ProcessScreen.h"
 #include "host/HostedProcess.h"
 #include "host/PictureTaker.h"
+#include "host/ScreenBadge.h"
 
 namespace VorselKelp::simulator {
 
@@ -36,7 +37,8 @@ class ApplicationRun final : public ApplicationProcess {
   struct DeviceSide {
     std::shared_ptr<SimulatedDevice> device;
     std::shared_ptr<DeviceNotificationCenter> notificationCenter;
-    std::shared_ptr<DeviceApplication> application;
+    std::shared_ptr<RunningApplication> application;
+    std::shared_ptr<ScreenBadge> badge;
     std::shared_ptr<DeviceLocation> location;
   };
 

@@ -33,7 +33,7 @@ class ContentRun {
   Status run(ContentExtension& extension) {
     const auto request = device_->tappable(process_.options.identifier);
     if (!request) return Error{"The device holds no notification \"" + process_.options.identifier + "\""};
-    const platform::DeliveredNotification notification{*request, device_->now()};
+    const platform::DeliveredNotification notification{*request, device_->clock()->now()};
     // The area's size is the library's to say, and the library needs the screen first.
     auto services = makeServices();
     VorselKellp::install(services);

@@ -26,7 +26,7 @@ std::shared_ptr<platform::Platform> makePlatform(const Manifest& manifest, Proce
   made->notificationCenter = std::move(services.notificationCenter);
   made->application = std::move(services.application);
   made->mainQueue = std::move(services.mainQueue);
-  made->clock = posix::makeClock([device = std::move(services.device)] { return device->clockOffset(); });
+  made->clock = services.device->clock();
   made->random = posix::makeRandom();
   made->device = makeDevice(manifest);
   made->screen = services.screen ? std::move(services.screen) : makeScreen(manifest);

@@ -98,7 +98,7 @@ TEST_F(DeviceServicesTest, AddsCategoriesOfTwoProcessesTogether) {
 
   // A name is any text; what was half written does not count, and does not harm what comes behind it.
   const platform::NotificationCategory odd{std::string("1:\0x", 4), {{"", "2:ab"}}, false};
-  const auto file = DeviceHome(folder_.path()).categories("com.example.news");
+  const auto file = folder_ / "com.example.news.categories";
   for (const char* torn : {"1:", "1:+3:abc1:", "1:?3:abc", "x", "99999999999999999999:a", "1:+1:k1:11:9"}) {
     read(*one);
     one->setNotificationCategories({odd});

@@ -40,6 +40,8 @@ class SimulatedDeviceTest : public testing::Test {
 
   testing_support::TemporaryFolder folder_;
   DeviceHome home_{folder_ / "home"};
+  const std::string database_ = home_.path() + "/notifications.sqlite";
+  const std::string attachments_ = home_.path() + "/attachments";
   SimulatedDevice device_{home_, "com.example.news"};
 };
 
@@ -62,6 +64,30 @@ TEST_F(SimulatedDeviceTest, KeepsPermissionTokenAndBadgePerApplicationAcrossProc
   EXPECT_EQ(other.remoteToken(), std::nullopt);
   EXPECT_EQ(other.authorization(), platform::AuthorizationStatus::notDetermined);
   EXPECT_EQ(other.badge(), 0);
+}
+
+TEST_F(SimulatedDeviceTest, MovesItsClockForEveryProcessWithoutADatabase) {
+  const auto clock = SimulatedDevice(home_, "com.example.weather").clock();
+  const auto before = clock->now();
+  EXPECT_FALSE(fs::exists(home_.path()));
+  ASSERT_TRUE(device_.registerForRemoteNotifications().ok());
+  EXPECT_FALSE(fs::exists(database_));
+  ASSERT_TRUE(device_.advanceClock(500.5).ok());
+  ASSERT_TRUE(device_.advanceClock(0).ok());
+  EXPECT_NEAR(clock->now() - before, 500.5, 60);
+  EXPECT_EQ(SimulatedDevice(home_, "com.example.weather").clockOffset(), 500.5);
+  EXPECT_TRUE(device_.remoteToken()) << "moving the clock changes nothing else";
+
+  for (const char* damaged :
+       {"", "{", "{}", "[1]", R"({"clockOffset": 1e999, "registrations": {}})",
+        R"({"clockOffset": 1, "registrations": {"a": {"token": "0g", "registered": true}}})",
+        R"({"clockOffset": 1, "registrations": {"a": {"token": "00"}}})"}) {
+    std::ofstream(home_.deviceFile(), std::ios::trunc) << damaged;
+    EXPECT_EQ(device_.clockOffset(), 0) << damaged;
+    EXPECT_EQ(device_.remoteToken(), std::nullopt) << damaged;
+    EXPECT_FALSE(device_.registerForRemoteNotifications().ok()) << damaged;
+    EXPECT_FALSE(device_.advanceClock(1).ok()) << damaged;
+  }
 }
 
 TEST_F(SimulatedDeviceTest, GivesNotificationsBackAsTheyWere) {
@@ -99,7 +125,7 @@ TEST_F(SimulatedDeviceTest, OwnsAttachmentsUntilTheirNotificationGoes) {
   EXPECT_FALSE(fs::exists(fs::path(owned).parent_path()));
   device_.removeDelivered({"a", "unknown"});
   EXPECT_FALSE(fs::exists(second.content.attachments[0].path));
-  EXPECT_TRUE(fs::is_empty(home_.attachments()));
+  EXPECT_TRUE(fs::is_empty(attachments_));
 
   auto missing = notification("b");
   missing.content.attachments.push_back({"image", folder_ / "nothing.png"});
@@ -109,17 +135,17 @@ TEST_F(SimulatedDeviceTest, OwnsAttachmentsUntilTheirNotificationGoes) {
 TEST_F(SimulatedDeviceTest, ClearsAwayWhatKilledProcessesLeftInItsFolder) {
   const auto kept = *device_.deliver(withFile("kept", "sun.png"));
   const auto forgotten = [&](const std::string& name) {
-    fs::create_directories(home_.attachments() + "/" + name);
-    std::ofstream(home_.attachments() + "/" + name + "/half.png") << "pict";
+    fs::create_directories(attachments_ + "/" + name);
+    std::ofstream(attachments_ + "/" + name + "/half.png") << "pict";
   };
   forgotten("old");
-  for (const auto& folder : fs::directory_iterator(home_.attachments()))
+  for (const auto& folder : fs::directory_iterator(attachments_))
     fs::last_write_time(folder.path(), fs::file_time_type::clock::now() - std::chrono::hours(2));
   forgotten("fresh");
   ASSERT_TRUE(SimulatedDevice(home_, "com.example.weather").deliver(withFile("b", "moon.png")).ok());
   EXPECT_TRUE(fs::exists(kept.content.attachments[0].path)) << "another application's";
-  EXPECT_FALSE(fs::exists(home_.attachments() + "/old"));
-  EXPECT_TRUE(fs::exists(home_.attachments() + "/fresh")) << "its process may be at work";
+  EXPECT_FALSE(fs::exists(attachments_ + "/old"));
+  EXPECT_TRUE(fs::exists(attachments_ + "/fresh")) << "its process may be at work";
 }
 
 TEST_F(SimulatedDeviceTest, DeliversPendingNotificationsWhenTheDevicesTimeHasCome) {
@@ -146,7 +172,7 @@ TEST_F(SimulatedDeviceTest, DeliversPendingNotificationsWhenTheDevicesTimeHasCom
   EXPECT_EQ(delivered[0].request.identifier, "once");
   const auto pending = device_.pending();
   ASSERT_EQ(pending.size(), 1u);
-  EXPECT_NEAR(pending[0].due - device_.now(), 50, 5);
+  EXPECT_NEAR(pending[0].due - device_.clock()->now(), 50, 5);
 
   // Its file is still needed for the next time.
   device_.removeDelivered({"repeating"});
@@ -204,11 +230,11 @@ TEST_F(SimulatedDeviceTest, RefusesTimesThatNeverComeOrComeWithoutEnd) {
 TEST_F(SimulatedDeviceTest, KeepsFilesAsTheyWereWhenNothingCanBeStored) {
   const auto held = *device_.deliver(withFile("a", "sun.png"));
   EXPECT_EQ(fs::status(home_.path()).permissions(), fs::perms::owner_all);
-  EXPECT_EQ(fs::status(home_.database()).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+  EXPECT_EQ(fs::status(database_).permissions(), fs::perms::owner_read | fs::perms::owner_write);
 
   // A full disk, seen from here: rows can go, but none can come.
   sqlite3* opened = nullptr;
-  ASSERT_EQ(sqlite3_open(home_.database().c_str(), &opened), SQLITE_OK);
+  ASSERT_EQ(sqlite3_open(database_.c_str(), &opened), SQLITE_OK);
   const std::unique_ptr<sqlite3, int (*)(sqlite3*)> database(opened, &sqlite3_close);
   ASSERT_EQ(sqlite3_exec(opened,
                          "CREATE TRIGGER full BEFORE INSERT ON notification "
@@ -224,7 +250,7 @@ TEST_F(SimulatedDeviceTest, KeepsFilesAsTheyWereWhenNothingCanBeStored) {
   // The old notification stands, with the only file that is left.
   ASSERT_EQ(device_.delivered().size(), 1u);
   EXPECT_TRUE(fs::exists(held.content.attachments[0].path));
-  EXPECT_EQ(std::distance(fs::directory_iterator(home_.attachments()), fs::directory_iterator()), 1);
+  EXPECT_EQ(std::distance(fs::directory_iterator(attachments_), fs::directory_iterator()), 1);
 }
 
 TEST_F(SimulatedDeviceTest, SaysWhyAHomeIsOfNoUse) {
@@ -232,10 +258,10 @@ TEST_F(SimulatedDeviceTest, SaysWhyAHomeIsOfNoUse) {
   const auto blocked = SimulatedDevice(DeviceHome(folder_ / "file"), "a").open();
   ASSERT_FALSE(blocked.ok());
   fs::create_directories(home_.path());
-  std::ofstream(home_.database()) << std::string(5000, 'x');
+  std::ofstream(database_) << std::string(5000, 'x');
   const auto garbage = device_.open();
   ASSERT_FALSE(garbage.ok());
-  EXPECT_NE(garbage.error().description.find(home_.database()), std::string::npos);
+  EXPECT_NE(garbage.error().description.find(database_), std::string::npos);
   EXPECT_TRUE(device_.delivered().empty());
 }
 

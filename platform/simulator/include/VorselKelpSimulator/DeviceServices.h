@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "VorselKelp/Export.h"
-#include "VorselKelp/platform/Application.h"
 #include "VorselKelp/platform/InAppBrowser.h"
 #include "VorselKelp/platform/MainQueue.h"
 #include "VorselKelp/platform/NotificationCenter.h"
+#include "VorselKelpSimulator/RunningApplication.h"
 #include "VorselKelpSimulator/SimulatedDevice.h"
 
 namespace VorselKelp::simulator {
@@ -41,27 +41,12 @@ VORSELKELP_API std::shared_ptr<DeviceNotificationCenter> makeNotificationCenter(
     std::shared_ptr<SimulatedDevice> device, std::shared_ptr<platform::MainQueue> mainQueue,
     DialogAnswer answer);
 
-/// The application object of one process, with the hands by which the system moves it. All of them are to be
-/// used on the main thread.
-class DeviceApplication : public platform::Application {
- public:
-  virtual void becomeActive() = 0;
-  virtual void resignActive() = 0;
-  virtual void enterBackground() = 0;
-  virtual void terminate() = 0;
-  /// The system's patience with background tasks ends.
-  virtual void expireBackgroundTasks() = 0;
-  /// Badges are shown by this as well, on any thread. Before the first one.
-  virtual void showBadgeWith(std::function<void(std::int64_t)> show) = 0;
-  virtual void screenAppeared() = 0;
-  virtual void screenDisappeared() = 0;
-};
-
 /// `registered` gets the token, or the reason why there is none, on the main queue. `opened` learns which
-/// addresses leave the application.
-VORSELKELP_API std::shared_ptr<DeviceApplication> makeApplication(
+/// addresses leave the application. `badge` may be null.
+VORSELKELP_API std::shared_ptr<RunningApplication> makeApplication(
     std::shared_ptr<SimulatedDevice> device, std::shared_ptr<platform::MainQueue> mainQueue,
-    std::function<void(Result<std::string>)> registered, std::function<void(const std::string& url)> opened);
+    std::function<void(Result<std::string>)> registered, std::function<void(const std::string& url)> opened,
+    std::shared_ptr<Badge> badge = nullptr);
 
 /// A browser without a window: `show` learns which page would be on the screen.
 VORSELKELP_API std::shared_ptr<platform::InAppBrowser> makeRecordingBrowser(
