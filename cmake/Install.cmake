@@ -49,9 +49,14 @@ vorsel_pkg_config(
   LIBRARY vorselkelp_posix
   STATIC_REQUIRES sqlite3)
 vorsel_pkg_config(
+  vorselkelp-system
+  DESCRIPTION "Push notifications and engagement: what a phone's system does for an application"
+  REQUIRES vorselkelp-posix
+  LIBRARY vorselkelp_system)
+vorsel_pkg_config(
   vorselkelp-simulator
   DESCRIPTION "Push notifications and engagement: a phone on a desk"
-  REQUIRES vorselkelp-posix
+  REQUIRES vorselkelp-system
   LIBRARY vorselkelp_simulator)
 vorsel_pkg_config(
   vorselkelp-testing

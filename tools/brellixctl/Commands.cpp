@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "VorselKelpSimulator/NotificationRecords.h"
 #include "VorselKelpSimulator/StoreListing.h"
+#include "VorselKelpSystem/NotificationRecords.h"
 #include "brellixctl/PlainText.h"
 #include "brellixctl/Reports.h"
 
@@ -13,6 +13,7 @@ namespace brellixctl {
 using VorselKelp::JSONAny;
 namespace platform = VorselKelp::platform;
 namespace device = VorselKelp::simulator;
+namespace system = VorselKelp::system;
 
 namespace {
 
@@ -21,7 +22,7 @@ void printErrorLines(const std::vector<std::string>& lines) {
 }
 
 void printJSON(const JSONAny& json) {
-  std::printf("%s\n", device::encodeLossy(json).c_str());
+  std::printf("%s\n", system::encodeLossy(json).c_str());
 }
 
 /// Carries out `operation` on the target and shows its outcome.
@@ -41,11 +42,11 @@ void printStore(const char* title, const JSONAny& values) {
   for (const auto& [key, value] : entries) {
     auto shown = plainText(key);
     shown.resize(std::max<std::size_t>(shown.size(), 28), ' ');
-    printWords("  " + shown + ' ' + plainText(device::encodeLossy(value)) + '\n');
+    printWords("  " + shown + ' ' + plainText(system::encodeLossy(value)) + '\n');
   }
 }
 
-JSONAny pendingJSON(const device::HeldNotification& held, double now) {
+JSONAny pendingJSON(const system::HeldNotification& held, double now) {
   auto json = notificationJSON(held.request, {});
   json.push_back({"dueIn", held.due - now});
   json.push_back({"repeats", held.request.trigger && held.request.trigger->repeats});
@@ -54,7 +55,7 @@ JSONAny pendingJSON(const device::HeldNotification& held, double now) {
 
 JSONAny categoryJSON(const platform::NotificationCategory& category) {
   return JSONAny::Dictionary{{"identifier", category.identifier},
-                             {"actions", device::encodeActions(category.actions)},
+                             {"actions", system::encodeActions(category.actions)},
                              {"customDismissAction", category.customDismissAction}};
 }
 

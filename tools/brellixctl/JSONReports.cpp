@@ -1,11 +1,11 @@
-#include "VorselKelpSimulator/NotificationRecords.h"
+#include "VorselKelpSystem/NotificationRecords.h"
 #include "brellixctl/Reports.h"
 
 namespace brellixctl {
 
 using VorselKelp::JSONAny;
 namespace platform = VorselKelp::platform;
-namespace device = VorselKelp::simulator;
+namespace system = VorselKelp::system;
 
 namespace {
 
@@ -42,7 +42,7 @@ JSONAny::Dictionary notificationJSON(const platform::NotificationRequest& reques
           {"body", content.body},
           {"sound", std::move(sound)},
           {"category", category.empty() ? JSONAny() : JSONAny(category)},
-          {"actions", device::encodeActions(actions)},
+          {"actions", system::encodeActions(actions)},
           {"attachments", std::move(attachments)},
           {"badge", content.badge ? JSONAny(*content.badge) : JSONAny()}};
 }

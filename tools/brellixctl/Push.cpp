@@ -1,7 +1,7 @@
 #include <sys/random.h>
 
 #include "VorselKelpPosix/Hex.h"
-#include "VorselKelpSimulator/NotificationRecords.h"
+#include "VorselKelpSystem/NotificationRecords.h"
 #include "brellixctl/Operations.h"
 #include "brellixctl/PayloadFile.h"
 #include "brellixctl/TargetProcess.h"
@@ -14,6 +14,7 @@ using VorselKelp::Result;
 using VorselKelp::posix::hexOf;
 namespace platform = VorselKelp::platform;
 namespace device = VorselKelp::simulator;
+namespace system = VorselKelp::system;
 
 namespace {
 
@@ -66,7 +67,7 @@ VorselKelp::Status runExtension(const Target& target, const PushRequest& asked, 
   TargetProcess::report(*std::move(child), outcome);
   if (content) {
     auto info = std::move(request.content.userInfo);
-    request.content = device::decodeContent(*content);
+    request.content = system::decodeContent(*content);
     const auto* changed = content->find("userInfo");
     const auto* dictionary = changed != nullptr ? changed->as<JSONAny::Dictionary>() : nullptr;
     request.content.userInfo = dictionary != nullptr ? platform::UserInfo(*dictionary) : std::move(info);
@@ -85,7 +86,7 @@ Result<PushOutcome> push(const Target& target, const PushRequest& asked) {
   if (const auto status = reachable(simulated); !status) return status.error();
   platform::NotificationRequest request;
   request.identifier = asked.identifier.empty() ? makeIdentifier() : asked.identifier;
-  request.content = device::originalContent(*json);
+  request.content = system::originalContent(*json);
   request.content.userInfo = platform::UserInfo::fromJSON(*payload);
   PushOutcome outcome;
   outcome.extension = "notRun";

@@ -3,7 +3,7 @@
 namespace VorselKelp::simulator {
 namespace {
 
-class DeviceRegistration final : public RemoteRegistration,
+class DeviceRegistration final : public system::RemoteRegistration,
                                  public std::enable_shared_from_this<DeviceRegistration> {
  public:
   DeviceRegistration(std::shared_ptr<SimulatedDevice> device, std::shared_ptr<platform::MainQueue> mainQueue,
@@ -23,7 +23,7 @@ class DeviceRegistration final : public RemoteRegistration,
   const std::function<void(Result<std::string>)> registered_;
 };
 
-class ToldOpener final : public UrlOpener {
+class ToldOpener final : public system::UrlOpener {
  public:
   explicit ToldOpener(std::function<void(const std::string&)> opened) : opened_(std::move(opened)) {}
   void open(const std::string& url) override { opened_(url); }
@@ -34,18 +34,17 @@ class ToldOpener final : public UrlOpener {
 
 }  // namespace
 
-std::shared_ptr<RunningApplication> makeApplication(std::shared_ptr<SimulatedDevice> device,
-                                                    std::shared_ptr<platform::MainQueue> mainQueue,
-                                                    std::function<void(Result<std::string>)> registered,
-                                                    std::function<void(const std::string& url)> opened,
-                                                    std::shared_ptr<Badge> badge) {
-  ApplicationPorts ports;
+std::shared_ptr<system::RunningApplication> makeApplication(
+    std::shared_ptr<SimulatedDevice> device, std::shared_ptr<platform::MainQueue> mainQueue,
+    std::function<void(Result<std::string>)> registered, std::function<void(const std::string& url)> opened,
+    std::shared_ptr<system::Badge> badge) {
+  system::ApplicationPorts ports;
   ports.store = device;
   ports.registration =
       std::make_shared<DeviceRegistration>(std::move(device), std::move(mainQueue), std::move(registered));
   ports.urlOpener = std::make_shared<ToldOpener>(std::move(opened));
   ports.badge = std::move(badge);
-  return makeRunningApplication(std::move(ports));
+  return system::makeRunningApplication(std::move(ports));
 }
 
 }  // namespace VorselKelp::simulator

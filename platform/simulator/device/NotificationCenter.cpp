@@ -1,15 +1,16 @@
 #include <algorithm>
+#include <map>
 #include <mutex>
 
 #include "VorselKelpPosix/LineSink.h"
 #include "VorselKelpSimulator/DeviceServices.h"
-#include "device/CategoryCoding.h"
 
 namespace VorselKelp::simulator {
 namespace {
 
 using platform::AuthorizationStatus;
 using platform::NotificationCategory;
+using CategoryMap = std::map<std::string, NotificationCategory>;
 using Answer = platform::UniqueFunction<void(bool, std::optional<Error>)>;
 
 bool grants(AuthorizationStatus status) {

@@ -24,7 +24,8 @@ SimulatedDevice::SimulatedDevice(const DeviceHome& home, std::string application
 
 SimulatedDevice::SimulatedDevice(const DeviceHome& home, std::string application,
                                  const std::shared_ptr<DeviceFile>& file)
-    : NotificationStore(home.path(), application, makeMovableClock([file] { return offsetIn(*file); })),
+    : system::NotificationStore(home.path(), application,
+                                makeMovableClock([file] { return offsetIn(*file); })),
       application_(std::move(application)),
       file_(file) {}
 

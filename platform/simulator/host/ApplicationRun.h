@@ -37,7 +37,7 @@ class ApplicationRun final : public ApplicationProcess {
   struct DeviceSide {
     std::shared_ptr<SimulatedDevice> device;
     std::shared_ptr<DeviceNotificationCenter> notificationCenter;
-    std::shared_ptr<RunningApplication> application;
+    std::shared_ptr<system::RunningApplication> application;
     std::shared_ptr<ScreenBadge> badge;
     std::shared_ptr<DeviceLocation> location;
   };

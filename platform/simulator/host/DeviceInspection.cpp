@@ -8,7 +8,7 @@
 #include <cstring>
 #include <filesystem>
 
-#include "VorselKelpSimulator/StoreInspection.h"
+#include "VorselKelpSystem/StoreInspection.h"
 #include "device/DeviceFile.h"
 
 namespace VorselKelp::simulator {
@@ -50,7 +50,7 @@ DeviceHealth inspectDevice(const DeviceHome& home, const std::string& applicatio
   const bool missing = ::stat(home.path().c_str(), &found) != 0 && errno == ENOENT;
   health.problem = missing ? makingProblem(home.path()) : folderProblem(home.path());
   if (missing) return health;
-  auto kept = inspectNotificationStore(home.path(), application);
+  auto kept = system::inspectNotificationStore(home.path(), application);
   health.exists = kept.exists || ::stat(home.deviceFile().c_str(), &found) == 0;
   health.applications = std::move(kept.applications);
   health.authorization = kept.authorization;

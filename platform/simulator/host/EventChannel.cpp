@@ -6,7 +6,7 @@
 
 #include "VorselKelpPosix/DescriptorWriter.h"
 #include "VorselKelpPosix/Services.h"
-#include "VorselKelpSimulator/NotificationRecords.h"
+#include "VorselKelpSystem/NotificationRecords.h"
 
 namespace VorselKelp::simulator {
 namespace {
@@ -31,7 +31,7 @@ EventChannel::EventChannel(std::optional<int> descriptor) : descriptor_(descript
 
 void EventChannel::send(std::string_view event, JSONAny value) {
   if (!descriptor_) return;
-  const auto line = encodeLossy(JSONAny::Dictionary{{std::string(event), std::move(value)}}) + '\n';
+  const auto line = system::encodeLossy(JSONAny::Dictionary{{std::string(event), std::move(value)}}) + '\n';
   const std::lock_guard lock(mutex_);
   posix::writeAll(*descriptor_, line);
 }

@@ -6,6 +6,7 @@
 
 #include "VorselKelpPosix/CurlURLSession.h"
 #include "VorselKelpSimulator/DeviceServices.h"
+#include "VorselKelpSystem/UnavailableServices.h"
 
 namespace VorselKelp::simulator {
 namespace {
@@ -67,8 +68,8 @@ ProcessServices HostedProcess::services(const std::shared_ptr<SimulatedDevice>& 
 ProcessServices HostedProcess::extensionServices(const std::shared_ptr<SimulatedDevice>& device) const {
   auto own = services(device);
   own.notificationCenter = makeNotificationCenter(device, loop, DialogAnswer::none);
-  own.application = makeUnavailableApplication();
-  own.inAppBrowser = makeUnavailableBrowser();
+  own.application = system::makeUnavailableApplication();
+  own.inAppBrowser = system::makeUnavailableBrowser();
   return own;
 }
 

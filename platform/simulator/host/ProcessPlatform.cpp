@@ -5,6 +5,7 @@
 #include "VorselKelpPosix/Services.h"
 #include "VorselKelpPosix/SqliteUserDefaults.h"
 #include "VorselKelpSimulator/HeadlessScreen.h"
+#include "VorselKelpSystem/UnavailableServices.h"
 
 namespace VorselKelp::simulator {
 
@@ -33,7 +34,7 @@ std::shared_ptr<platform::Platform> makePlatform(const Manifest& manifest, Proce
   made->console = std::move(services.console);
   made->imageDecoder = posix::makeImageDecoder();
   made->inAppBrowser = std::move(services.inAppBrowser);
-  made->location = services.location ? std::move(services.location) : makeUnavailableLocation();
+  made->location = services.location ? std::move(services.location) : system::makeUnavailableLocation();
   made->viewPresenter =
       services.viewPresenter ? std::move(services.viewPresenter) : makeHeadlessPresenter(nullptr);
   made->webViews =

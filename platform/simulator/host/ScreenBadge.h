@@ -4,12 +4,12 @@
 #include <functional>
 #include <utility>
 
-#include "VorselKelpSimulator/RunningApplication.h"
+#include "VorselKelpSystem/RunningApplication.h"
 
 namespace VorselKelp::simulator {
 
 /// Shows badges with the screen of the process, until that is closed.
-class ScreenBadge final : public Badge {
+class ScreenBadge final : public system::Badge {
  public:
   explicit ScreenBadge(std::function<void(std::int64_t)> show) : show_(std::move(show)) {}
 

@@ -4,7 +4,7 @@
 
 #include "VorselKelp/JSONText.h"
 #include "VorselKelp/VorselKellp.h"
-#include "VorselKelpSimulator/NotificationRecords.h"
+#include "VorselKelpSystem/NotificationRecords.h"
 #include "host/ExitStatus.h"
 #include "host/HostedProcess.h"
 #include "host/LeaveCore.h"
@@ -18,7 +18,7 @@ constexpr double serviceTimeLimit = 30;
 
 /// User information in the form in which it arrived is known to whoever sent it.
 JSONAny describe(const platform::NotificationContent& content) {
-  auto json = encodeContent(content);
+  auto json = system::encodeContent(content);
   if (const auto* info = content.userInfo.dictionary()) {
     std::get<JSONAny::Dictionary>(json.value).push_back({"userInfo", JSONAny::Dictionary(*info)});
   }
@@ -78,7 +78,7 @@ class ExtensionRun {
     extension.willStart(process_.manifest);
     platform::NotificationRequest request;
     request.identifier = process_.options.identifier.empty() ? "notification" : process_.options.identifier;
-    request.content = originalContent(json);
+    request.content = system::originalContent(json);
     request.content.userInfo = platform::UserInfo::fromJSON(std::move(payload));
     extension.didReceive(request, std::make_shared<platform::NotificationContent>(request.content),
                          [delivery = delivery_](std::shared_ptr<platform::NotificationContent> content) {

@@ -10,8 +10,8 @@
 #include "VorselKelp/platform/InAppBrowser.h"
 #include "VorselKelp/platform/MainQueue.h"
 #include "VorselKelp/platform/NotificationCenter.h"
-#include "VorselKelpSimulator/RunningApplication.h"
 #include "VorselKelpSimulator/SimulatedDevice.h"
+#include "VorselKelpSystem/RunningApplication.h"
 
 namespace VorselKelp::simulator {
 
@@ -43,10 +43,10 @@ VORSELKELP_API std::shared_ptr<DeviceNotificationCenter> makeNotificationCenter(
 
 /// `registered` gets the token, or the reason why there is none, on the main queue. `opened` learns which
 /// addresses leave the application. `badge` may be null.
-VORSELKELP_API std::shared_ptr<RunningApplication> makeApplication(
+VORSELKELP_API std::shared_ptr<system::RunningApplication> makeApplication(
     std::shared_ptr<SimulatedDevice> device, std::shared_ptr<platform::MainQueue> mainQueue,
     std::function<void(Result<std::string>)> registered, std::function<void(const std::string& url)> opened,
-    std::shared_ptr<Badge> badge = nullptr);
+    std::shared_ptr<system::Badge> badge = nullptr);
 
 /// A browser without a window: `show` learns which page would be on the screen.
 VORSELKELP_API std::shared_ptr<platform::InAppBrowser> makeRecordingBrowser(

@@ -6,7 +6,7 @@
 
 #include "VorselKelp/Export.h"
 #include "VorselKelp/Result.h"
-#include "VorselKelpSimulator/NotificationStore.h"
+#include "VorselKelpSystem/NotificationStore.h"
 
 namespace VorselKelp::simulator {
 
@@ -16,7 +16,7 @@ class DeviceHome;
 /// One simulated device as it stands towards one application: what it keeps of its notifications, a token and
 /// a clock that can be moved. Clock and token have a file of their own below the device's home, which
 /// extensions need not open a database for. Threads, processes and errors are as in the notification store.
-class VORSELKELP_API SimulatedDevice : public NotificationStore {
+class VORSELKELP_API SimulatedDevice : public system::NotificationStore {
  public:
   /// Touches no file.
   SimulatedDevice(const DeviceHome& home, std::string application);

@@ -1,8 +1,8 @@
-#include "VorselKelpSimulator/NotificationRecords.h"
+#include "VorselKelpSystem/NotificationRecords.h"
 
 #include <cmath>
 
-namespace VorselKelp::simulator {
+namespace VorselKelp::system {
 namespace {
 
 using platform::NotificationContent;
@@ -163,4 +163,4 @@ NotificationContent originalContent(const JSONAny& payload) {
   return content;
 }
 
-}  // namespace VorselKelp::simulator
+}  // namespace VorselKelp::system

@@ -5,7 +5,7 @@
 
 #include "VorselKelp/platform/Notification.h"
 
-namespace VorselKelp::simulator {
+namespace VorselKelp::system {
 
 /// The files that the device took over with notifications: each in a folder of its own.
 class AttachmentFolder {
@@ -32,4 +32,4 @@ class AttachmentFolder {
   std::string path_;
 };
 
-}  // namespace VorselKelp::simulator
+}  // namespace VorselKelp::system

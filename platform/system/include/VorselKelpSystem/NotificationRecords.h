@@ -4,7 +4,7 @@
 #include "VorselKelp/JSONAny.h"
 #include "VorselKelp/platform/NotificationCenter.h"
 
-namespace VorselKelp::simulator {
+namespace VorselKelp::system {
 
 // JSON forms of what the device keeps and what processes tell each other about notifications.
 
@@ -27,4 +27,4 @@ VORSELKELP_API std::string lossyText(std::string_view bytes);
 /// `value` as JSON text; texts that are no UTF-8 lose those bytes, numbers that are not finite become null.
 VORSELKELP_API std::string encodeLossy(const JSONAny& value);
 
-}  // namespace VorselKelp::simulator
+}  // namespace VorselKelp::system

@@ -2,9 +2,9 @@
 #include <map>
 #include <mutex>
 
-#include "VorselKelpSimulator/RunningApplication.h"
+#include "VorselKelpSystem/RunningApplication.h"
 
-namespace VorselKelp::simulator {
+namespace VorselKelp::system {
 namespace {
 
 using platform::BackgroundTask;
@@ -116,4 +116,4 @@ std::shared_ptr<RunningApplication> makeRunningApplication(ApplicationPorts port
   return std::make_shared<Running>(std::move(ports));
 }
 
-}  // namespace VorselKelp::simulator
+}  // namespace VorselKelp::system

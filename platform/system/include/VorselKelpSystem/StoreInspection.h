@@ -7,7 +7,7 @@
 #include "VorselKelp/JSONAny.h"
 #include "VorselKelp/platform/NotificationCenter.h"
 
-namespace VorselKelp::simulator {
+namespace VorselKelp::system {
 
 /// What an inspection of a folder of notification stores found.
 struct NotificationStoreHealth {
@@ -25,4 +25,4 @@ struct NotificationStoreHealth {
 VORSELKELP_API NotificationStoreHealth inspectNotificationStore(const std::string& folder,
                                                                 const std::string& application);
 
-}  // namespace VorselKelp::simulator
+}  // namespace VorselKelp::system

@@ -1,4 +1,4 @@
-#include "device/AttachmentFolder.h"
+#include "notifications/AttachmentFolder.h"
 
 #include <chrono>
 #include <filesystem>
@@ -10,7 +10,7 @@
 #include "VorselKelpPosix/SafeName.h"
 #include "VorselKelpPosix/SystemRandom.h"
 
-namespace VorselKelp::simulator {
+namespace VorselKelp::system {
 namespace fs = std::filesystem;
 
 bool AttachmentFolder::holds(const std::string& file) const {
@@ -76,4 +76,4 @@ void AttachmentFolder::removeForgotten(const std::vector<platform::NotificationA
   }
 }
 
-}  // namespace VorselKelp::simulator
+}  // namespace VorselKelp::system

@@ -1,9 +1,9 @@
 #include <unistd.h>
 
 #include "VorselKelpPosix/DescriptorWriter.h"
-#include "VorselKelpSimulator/Runtime.h"
+#include "VorselKelpSystem/UnavailableServices.h"
 
-namespace VorselKelp::simulator {
+namespace VorselKelp::system {
 namespace {
 
 void refuse(std::string_view what) {
@@ -64,4 +64,4 @@ std::shared_ptr<platform::InAppBrowser> makeUnavailableBrowser() {
   return std::make_shared<UnavailableBrowser>();
 }
 
-}  // namespace VorselKelp::simulator
+}  // namespace VorselKelp::system

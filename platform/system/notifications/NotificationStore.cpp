@@ -1,14 +1,14 @@
-#include "VorselKelpSimulator/NotificationStore.h"
+#include "VorselKelpSystem/NotificationStore.h"
 
 #include <cmath>
 
 #include "VorselKelpPosix/SafeName.h"
-#include "VorselKelpSimulator/NotificationRecords.h"
-#include "device/CategoryFile.h"
-#include "device/DeviceDatabase.h"
-#include "device/NotificationShelf.h"
+#include "VorselKelpSystem/NotificationRecords.h"
+#include "notifications/CategoryFile.h"
+#include "notifications/NotificationDatabase.h"
+#include "notifications/NotificationShelf.h"
 
-namespace VorselKelp::simulator {
+namespace VorselKelp::system {
 namespace {
 
 using State = NotificationShelf::State;
@@ -28,7 +28,7 @@ NotificationStore::NotificationStore(const std::string& folder, std::string appl
                                      std::shared_ptr<platform::Clock> clock)
     : application_(std::move(application)),
       clock_(std::move(clock)),
-      database_(std::make_unique<DeviceDatabase>(folder + "/notifications.sqlite")),
+      database_(std::make_unique<NotificationDatabase>(folder + "/notifications.sqlite")),
       categories_(
           std::make_unique<CategoryFile>(folder + "/" + posix::safeName(application_) + ".categories")),
       shelf_(std::make_unique<NotificationShelf>(application_, folder + "/attachments")) {}
@@ -216,4 +216,4 @@ void NotificationStore::transact(platform::FunctionRef<void(Connection&)> work) 
   database_->report(database_->transact(work));
 }
 
-}  // namespace VorselKelp::simulator
+}  // namespace VorselKelp::system

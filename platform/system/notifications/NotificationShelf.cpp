@@ -1,12 +1,12 @@
-#include "device/NotificationShelf.h"
+#include "notifications/NotificationShelf.h"
 
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
-#include "VorselKelpSimulator/NotificationRecords.h"
+#include "VorselKelpSystem/NotificationRecords.h"
 
-namespace VorselKelp::simulator {
+namespace VorselKelp::system {
 namespace {
 
 using platform::NotificationRequest;
@@ -174,4 +174,4 @@ std::vector<platform::NotificationAttachment> NotificationShelf::takeReleased() 
   return std::exchange(released_, {});
 }
 
-}  // namespace VorselKelp::simulator
+}  // namespace VorselKelp::system

@@ -1,4 +1,4 @@
-#include "device/CategoryFile.h"
+#include "notifications/CategoryFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -11,7 +11,7 @@
 #include "VorselKelpPosix/FileIO.h"
 #include "VorselKelpPosix/LockFile.h"
 
-namespace VorselKelp::simulator {
+namespace VorselKelp::system {
 namespace {
 
 using platform::NotificationCategory;
@@ -121,4 +121,4 @@ Status CategoryFile::replace() {
   return Done{};
 }
 
-}  // namespace VorselKelp::simulator
+}  // namespace VorselKelp::system

@@ -1,10 +1,10 @@
-#include "VorselKelpSimulator/StoreInspection.h"
+#include "VorselKelpSystem/StoreInspection.h"
 
 #include <sys/stat.h>
 
-#include "device/DeviceDatabase.h"
+#include "notifications/NotificationDatabase.h"
 
-namespace VorselKelp::simulator {
+namespace VorselKelp::system {
 namespace {
 
 void readApplications(Connection& connection, const std::string& application,
@@ -34,7 +34,7 @@ NotificationStoreHealth inspectNotificationStore(const std::string& folder, cons
   // An empty file has been made, and not yet filled.
   health.exists = ::stat(path.c_str(), &found) == 0 && found.st_size > 0;
   if (!health.exists) return health;
-  DeviceDatabase database(path);
+  NotificationDatabase database(path);
   const auto read = database.use([&](Connection& connection) {
     readApplications(connection, application, health);
     readDelivered(connection, application, health);
@@ -43,4 +43,4 @@ NotificationStoreHealth inspectNotificationStore(const std::string& folder, cons
   return health;
 }
 
-}  // namespace VorselKelp::simulator
+}  // namespace VorselKelp::system

@@ -9,9 +9,9 @@
 
 #include "VorselKelp/Result.h"
 #include "VorselKelp/platform/NotificationCenter.h"
-#include "device/CategoryCoding.h"
+#include "notifications/CategoryCoding.h"
 
-namespace VorselKelp::simulator {
+namespace VorselKelp::system {
 
 /// One application's notification categories, as a file of the changes to them, one behind the other: every
 /// extension reads the set and adds to it, and a database, or a file that takes another's place, is dear for
@@ -43,4 +43,4 @@ class CategoryFile {
   bool torn_ = false;
 };
 
-}  // namespace VorselKelp::simulator
+}  // namespace VorselKelp::system

@@ -1,11 +1,11 @@
-#include "device/CategoryCoding.h"
+#include "notifications/CategoryCoding.h"
 
 #include <charconv>
 #include <cstdint>
 #include <optional>
 #include <utility>
 
-namespace VorselKelp::simulator {
+namespace VorselKelp::system {
 namespace {
 
 using platform::NotificationActionOption;
@@ -117,4 +117,4 @@ std::size_t applyChanges(std::string_view text, CategoryMap& categories) {
   return applied;
 }
 
-}  // namespace VorselKelp::simulator
+}  // namespace VorselKelp::system

@@ -8,7 +8,7 @@
 
 #include "VorselKelp/platform/NotificationCenter.h"
 
-namespace VorselKelp::simulator {
+namespace VorselKelp::system {
 
 using CategoryMap = std::map<std::string, platform::NotificationCategory, std::less<>>;
 
@@ -21,4 +21,4 @@ using CategoryMap = std::map<std::string, platform::NotificationCategory, std::l
 /// one that was cut short does not.
 std::size_t applyChanges(std::string_view text, CategoryMap& categories);
 
-}  // namespace VorselKelp::simulator
+}  // namespace VorselKelp::system

@@ -11,11 +11,14 @@
 #include "VorselKelp/platform/FunctionRef.h"
 #include "VorselKelp/platform/NotificationCenter.h"
 
-namespace VorselKelp::simulator {
+namespace VorselKelp::posix {
+struct Connection;
+}
+
+namespace VorselKelp::system {
 
 class CategoryFile;
-class DeviceDatabase;
-struct Connection;
+class NotificationDatabase;
 class NotificationShelf;
 
 /// A notification that is kept.
@@ -84,17 +87,17 @@ class VORSELKELP_API NotificationStore {
   [[nodiscard]] const std::shared_ptr<platform::Clock>& clock() const { return clock_; }
 
  private:
-  Status changeShelf(platform::FunctionRef<void(Connection&)> work);
-  void changeOrReport(platform::FunctionRef<void(Connection&)> work);
+  Status changeShelf(platform::FunctionRef<void(posix::Connection&)> work);
+  void changeOrReport(platform::FunctionRef<void(posix::Connection&)> work);
   void reportCategories(const Status& status);
-  void use(platform::FunctionRef<void(Connection&)> work);
-  void transact(platform::FunctionRef<void(Connection&)> work);
+  void use(platform::FunctionRef<void(posix::Connection&)> work);
+  void transact(platform::FunctionRef<void(posix::Connection&)> work);
 
   const std::string application_;
   const std::shared_ptr<platform::Clock> clock_;
-  std::unique_ptr<DeviceDatabase> database_;
+  std::unique_ptr<NotificationDatabase> database_;
   std::unique_ptr<CategoryFile> categories_;
   std::unique_ptr<NotificationShelf> shelf_;
 };
 
-}  // namespace VorselKelp::simulator
+}  // namespace VorselKelp::system

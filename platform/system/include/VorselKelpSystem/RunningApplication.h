@@ -6,9 +6,9 @@
 
 #include "VorselKelp/Export.h"
 #include "VorselKelp/platform/Application.h"
-#include "VorselKelpSimulator/NotificationStore.h"
+#include "VorselKelpSystem/NotificationStore.h"
 
-namespace VorselKelp::simulator {
+namespace VorselKelp::system {
 
 /// Gets the application its device token, which comes to the application by a way of its own.
 class RemoteRegistration {
@@ -58,4 +58,4 @@ class RunningApplication : public platform::Application {
 
 VORSELKELP_API std::shared_ptr<RunningApplication> makeRunningApplication(ApplicationPorts ports);
 
-}  // namespace VorselKelp::simulator
+}  // namespace VorselKelp::system

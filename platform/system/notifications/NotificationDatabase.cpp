@@ -1,4 +1,4 @@
-#include "device/DeviceDatabase.h"
+#include "notifications/NotificationDatabase.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -9,7 +9,7 @@
 #include "VorselKelpPosix/FileIO.h"
 #include "VorselKelpPosix/LineSink.h"
 
-namespace VorselKelp::simulator {
+namespace VorselKelp::system {
 namespace {
 
 constexpr int schemaVersion = 3;
@@ -57,75 +57,14 @@ void makePrivateFile(const std::string& path) {
 
 }  // namespace
 
-Statement::Statement(Connection& connection, const char* sql)
-    : connection_(connection), statement_(nullptr, &sqlite3_finalize) {
-  sqlite3_stmt* statement = nullptr;
-  note(sqlite3_prepare_v2(connection.handle, sql, -1, &statement, nullptr));
-  statement_.reset(statement);
-}
-
-void Statement::note(int code) {
-  if (code == SQLITE_OK || code == SQLITE_ROW || code == SQLITE_DONE || connection_.failure) return;
-  connection_.failure = Error{sqlite3_errmsg(connection_.handle), code};
-}
-
-int Statement::advance() {
-  if (statement_ == nullptr) return SQLITE_ERROR;
-  const int code = sqlite3_step(statement_.get());
-  note(code);
-  return code;
-}
-
-Statement& Statement::bind(int position, std::string_view text) {
-  note(sqlite3_bind_text64(statement_.get(), position, text.data(), text.size(), SQLITE_TRANSIENT,
-                           SQLITE_UTF8));
-  return *this;
-}
-
-Statement& Statement::bind(int position, std::int64_t number) {
-  note(sqlite3_bind_int64(statement_.get(), position, number));
-  return *this;
-}
-
-Statement& Statement::bind(int position, double number) {
-  note(sqlite3_bind_double(statement_.get(), position, number));
-  return *this;
-}
-
-bool Statement::step() {
-  return advance() == SQLITE_ROW;
-}
-
-void Statement::run() {
-  while (step()) {
-  }
-  sqlite3_reset(statement_.get());
-}
-
-std::string Statement::text(int column) const {
-  const auto* bytes = static_cast<const char*>(sqlite3_column_blob(statement_.get(), column));
-  const auto count = static_cast<std::size_t>(sqlite3_column_bytes(statement_.get(), column));
-  return bytes != nullptr ? std::string(bytes, count) : std::string();
-}
-
-std::int64_t Statement::integer(int column) const {
-  return sqlite3_column_int64(statement_.get(), column);
-}
-double Statement::real(int column) const {
-  return sqlite3_column_double(statement_.get(), column);
-}
-bool Statement::isNull(int column) const {
-  return sqlite3_column_type(statement_.get(), column) == SQLITE_NULL;
-}
-
-Status DeviceDatabase::open() {
+Status NotificationDatabase::open() {
   const std::lock_guard lock(mutex_);
   auto status = openLocked();
   endReading();
   return status;
 }
 
-Status DeviceDatabase::openLocked() {
+Status NotificationDatabase::openLocked() {
   if (connection_ != nullptr) return Done{};
   constexpr int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
   sqlite3* connection = nullptr;
@@ -143,7 +82,7 @@ Status DeviceDatabase::openLocked() {
   return status;
 }
 
-Status DeviceDatabase::prepareSchema() {
+Status NotificationDatabase::prepareSchema() {
   auto* connection = connection_.get();
   if (connection == nullptr || sqlite3_errcode(connection) != SQLITE_OK) return errorOf(connection, path_);
   sqlite3_busy_timeout(connection, lockPatience);
@@ -167,13 +106,13 @@ Status DeviceDatabase::prepareSchema() {
   return Done{};
 }
 
-void DeviceDatabase::endReading() {
+void NotificationDatabase::endReading() {
   if (connection_ != nullptr && sqlite3_get_autocommit(connection_.get()) == 0) {
     execute(connection_.get(), "COMMIT");
   }
 }
 
-void DeviceDatabase::report(const Status& status) {
+void NotificationDatabase::report(const Status& status) {
   if (status) return;
   {
     const std::lock_guard lock(mutex_);
@@ -182,13 +121,13 @@ void DeviceDatabase::report(const Status& status) {
   posix::standardErrorLines()(status.error().description);
 }
 
-Status DeviceDatabase::run(Connection& connection, platform::FunctionRef<void(Connection&)> work) {
+Status NotificationDatabase::run(Connection& connection, platform::FunctionRef<void(Connection&)> work) {
   work(connection);
   if (!connection.failure) return Done{};
   return unusable(path_, connection.failure->description, connection.failure->code);
 }
 
-Status DeviceDatabase::use(platform::FunctionRef<void(Connection&)> work) {
+Status NotificationDatabase::use(platform::FunctionRef<void(Connection&)> work) {
   const std::lock_guard lock(mutex_);
   if (auto opened = openLocked(); !opened) return opened;
   Connection connection{connection_.get(), std::nullopt};
@@ -197,7 +136,7 @@ Status DeviceDatabase::use(platform::FunctionRef<void(Connection&)> work) {
   return status;
 }
 
-Status DeviceDatabase::transact(platform::FunctionRef<void(Connection&)> work) {
+Status NotificationDatabase::transact(platform::FunctionRef<void(Connection&)> work) {
   const std::lock_guard lock(mutex_);
   if (auto opened = openLocked(); !opened) return opened;
   endReading();
@@ -210,4 +149,4 @@ Status DeviceDatabase::transact(platform::FunctionRef<void(Connection&)> work) {
   return status;
 }
 
-}  // namespace VorselKelp::simulator
+}  // namespace VorselKelp::system

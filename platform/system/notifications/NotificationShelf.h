@@ -3,11 +3,11 @@
 #include <string>
 #include <vector>
 
-#include "VorselKelpSimulator/NotificationStore.h"
-#include "device/AttachmentFolder.h"
-#include "device/DeviceDatabase.h"
+#include "VorselKelpSystem/NotificationStore.h"
+#include "notifications/AttachmentFolder.h"
+#include "notifications/NotificationDatabase.h"
 
-namespace VorselKelp::simulator {
+namespace VorselKelp::system {
 
 /// The rows of one application's notifications. Every operation must run inside a transaction of the
 /// database.
@@ -67,4 +67,4 @@ bool mayNotify(Connection& database, const std::string& application);
 /// Shows `badge` on the application's icon.
 void writeBadge(Connection& database, const std::string& application, std::int64_t badge);
 
-}  // namespace VorselKelp::simulator
+}  // namespace VorselKelp::system
