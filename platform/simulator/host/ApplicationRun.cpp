@@ -49,7 +49,9 @@ Result<ProcessScreen::Services> ApplicationRun::openScreen() {
 
 void ApplicationRun::makeDeviceSide(ProcessScreen::Services& screen) {
   device_.device = std::make_shared<SimulatedDevice>(process_.home, process_.manifest.bundleIdentifier);
-  device_.notificationCenter = makeNotificationCenter(device_.device, process_.loop, process_.options.answer);
+  device_.user = makeSimulatedUser(process_.options.answer);
+  device_.user->showDialogWith(std::move(screen.permissionDialog));
+  device_.notificationCenter = makeNotificationCenter(device_.device, process_.loop, device_.user);
   device_.badge = std::make_shared<ScreenBadge>(std::move(screen.badge));
   device_.application = makeApplication(
       device_.device, process_.loop,
@@ -61,9 +63,6 @@ void ApplicationRun::makeDeviceSide(ProcessScreen::Services& screen) {
         }
       },
       [channel = process_.channel](const std::string& url) { channel->send("opened", url); }, device_.badge);
-  if (screen.permissionDialog) {
-    device_.notificationCenter->showDialogWith(std::move(screen.permissionDialog));
-  }
   device_.location = makeLocation(process_.loop);
   presenter_ = screen.viewPresenter;
   notify_ = std::move(screen.notify);
@@ -113,7 +112,7 @@ int ApplicationRun::run(const std::vector<PreparedCall>& calls) {
   services = nullptr;
   presenter_ = nullptr;
   notify_ = nullptr;
-  device_.notificationCenter->showDialogWith(nullptr);
+  device_.user->showDialogWith(nullptr);
   device_.badge->close();
   leaveCore(*process_.loop);
   return status;
@@ -233,7 +232,7 @@ void ApplicationRun::end() {
   process_.channel->send("ended", JSONAny::Dictionary{{"initialised", VorselKellp::isInitialised()}});
   // A user who has not answered by now never will; what the library makes of it has no way out any more, like
   // on a phone that ends an application under its dialog.
-  device_.notificationCenter->dismissDialog();
+  device_.notificationCenter->endQuestion();
   process_.loop->run(nothingLeft, end);
 }
 

@@ -36,7 +36,8 @@ class ApplicationRun final : public ApplicationProcess {
  private:
   struct DeviceSide {
     std::shared_ptr<SimulatedDevice> device;
-    std::shared_ptr<DeviceNotificationCenter> notificationCenter;
+    std::shared_ptr<SimulatedUser> user;
+    std::shared_ptr<system::NotificationCenter> notificationCenter;
     std::shared_ptr<system::RunningApplication> application;
     std::shared_ptr<ScreenBadge> badge;
     std::shared_ptr<DeviceLocation> location;

@@ -67,7 +67,7 @@ ProcessServices HostedProcess::services(const std::shared_ptr<SimulatedDevice>& 
 
 ProcessServices HostedProcess::extensionServices(const std::shared_ptr<SimulatedDevice>& device) const {
   auto own = services(device);
-  own.notificationCenter = makeNotificationCenter(device, loop, DialogAnswer::none);
+  own.notificationCenter = makeNotificationCenter(device, loop, makeSimulatedUser(DialogAnswer::none));
   own.application = system::makeUnavailableApplication();
   own.inAppBrowser = system::makeUnavailableBrowser();
   return own;

@@ -15,14 +15,16 @@ namespace {
 constexpr int schemaVersion = 3;
 constexpr int lockPatience = 10'000;  // milliseconds
 
-// A notification is held in one of three states: pending (0), delivered (1), tapped (2).
+// A notification is held in one of three states: pending (0), delivered (1), tapped (2). What came due stays
+// unshown until somebody takes it to be shown.
 constexpr const char* schema = R"(
 CREATE TABLE application(identifier TEXT PRIMARY KEY, authorization INTEGER NOT NULL DEFAULT 0,
                          badge INTEGER NOT NULL DEFAULT 0)
   WITHOUT ROWID;
 CREATE TABLE notification(serial INTEGER PRIMARY KEY, application TEXT NOT NULL, identifier TEXT NOT NULL,
                           state INTEGER NOT NULL, due REAL NOT NULL, seconds REAL, repeats INTEGER,
-                          content TEXT NOT NULL, userInfo BLOB NOT NULL, infoIsBytes INTEGER NOT NULL);
+                          content TEXT NOT NULL, userInfo BLOB NOT NULL, infoIsBytes INTEGER NOT NULL,
+                          unshown INTEGER NOT NULL DEFAULT 0);
 CREATE UNIQUE INDEX notificationByName ON notification(application, identifier, state);
 CREATE INDEX notificationByTime ON notification(application, state, due);
 PRAGMA user_version = 3;

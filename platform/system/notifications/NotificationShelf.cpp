@@ -58,24 +58,24 @@ bool mayNotify(Connection& database, const std::string& application) {
 }
 
 void NotificationShelf::insert(Connection& database, const NotificationRequest& request, State state,
-                               double due) const {
+                               double due, bool unshown) const {
   const auto& info = request.content.userInfo;
   const std::string infoText =
       info.bytes() != nullptr ? *info.bytes() : encodeLossy(JSONAny(JSONAny::Dictionary(*info.dictionary())));
   Statement row(database,
                 "INSERT INTO notification(application, identifier, state, due, seconds, repeats, content, "
-                "userInfo, infoIsBytes) VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9)");
+                "userInfo, infoIsBytes, unshown) VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10)");
   row.bind(1, application_).bind(2, request.identifier).bind(3, number(state)).bind(4, due);
   if (request.trigger) row.bind(5, request.trigger->seconds).bind(6, std::int64_t{request.trigger->repeats});
   row.bind(7, encodeLossy(encodeContent(request.content))).bind(8, infoText);
-  row.bind(9, std::int64_t{info.bytes() != nullptr}).run();
+  row.bind(9, std::int64_t{info.bytes() != nullptr}).bind(10, std::int64_t{unshown}).run();
 }
 
-void NotificationShelf::put(Connection& database, const NotificationRequest& request, State state,
-                            double due) {
+void NotificationShelf::put(Connection& database, const NotificationRequest& request, State state, double due,
+                            bool unshown) {
   for (const auto old : {State::pending, State::delivered, State::tapped})
     remove(database, request.identifier, old);
-  insert(database, request, state, due);
+  insert(database, request, state, due, unshown);
   keepUsed(database, request.identifier);
 }
 
@@ -133,10 +133,35 @@ void NotificationShelf::deliverDue(Connection& database, double now) {
     remove(database, request.identifier, State::pending);
     if (repeats) insert(database, request, State::pending, last + trigger->seconds);
     const bool shown = mayNotify(database, application_);
-    if (shown) insert(database, request, State::delivered, last);
+    if (shown) insert(database, request, State::delivered, last, true);
     keepUsed(database, request.identifier);
     if (shown && request.content.badge) writeBadge(database, application_, *request.content.badge);
   }
+}
+
+std::vector<NotificationRequest> NotificationShelf::takeUnshown(Connection& database) {
+  std::vector<NotificationRequest> taken;
+  {
+    Statement rows(database, (std::string(columns) +
+                              " FROM notification WHERE application = ?1 AND state = ?2 AND unshown "
+                              "ORDER BY due, serial")
+                                 .c_str());
+    rows.bind(1, application_).bind(2, number(State::delivered));
+    while (rows.step()) taken.push_back(readRow(rows).request);
+  }
+  if (taken.empty()) return taken;
+  Statement(database, "UPDATE notification SET unshown = 0 WHERE application = ?1 AND state = ?2")
+      .bind(1, application_)
+      .bind(2, number(State::delivered))
+      .run();
+  return taken;
+}
+
+std::optional<double> NotificationShelf::nextDue(Connection& database) const {
+  Statement row(database, "SELECT min(due) FROM notification WHERE application = ?1 AND state = ?2");
+  row.bind(1, application_).bind(2, number(State::pending));
+  if (!row.step() || row.isNull(0)) return std::nullopt;
+  return row.real(0);
 }
 
 std::vector<HeldNotification> NotificationShelf::list(Connection& database, State state) const {

@@ -25,7 +25,8 @@ class NotificationShelf {
   }
 
   /// Puts the notification in place of every other one of its identifier.
-  void put(Connection& database, const platform::NotificationRequest& request, State state, double due);
+  void put(Connection& database, const platform::NotificationRequest& request, State state, double due,
+           bool unshown = false);
   void remove(Connection& database, const std::string& identifier, State state);
   /// What is left of a tapped notification is the response's request, without files.
   void markTapped(Connection& database, const std::string& identifier, double now);
@@ -33,6 +34,11 @@ class NotificationShelf {
   /// its times that is still to come; of those that have passed only the last is seen, for each replaces the
   /// one before.
   void deliverDue(Connection& database, double now);
+
+  /// What came due and was not taken before, oldest first.
+  std::vector<platform::NotificationRequest> takeUnshown(Connection& database);
+  /// When the next pending notification is due.
+  [[nodiscard]] std::optional<double> nextDue(Connection& database) const;
 
   std::vector<HeldNotification> list(Connection& database, State state) const;
   std::optional<HeldNotification> find(Connection& database, const std::string& identifier,
@@ -51,8 +57,8 @@ class NotificationShelf {
   }
 
  private:
-  void insert(Connection& database, const platform::NotificationRequest& request, State state,
-              double due) const;
+  void insert(Connection& database, const platform::NotificationRequest& request, State state, double due,
+              bool unshown = false) const;
   /// Takes those files out of the released ones that the notification still has.
   void keepUsed(Connection& database, const std::string& identifier);
 

@@ -79,11 +79,16 @@ void NotificationStore::changeCategories(const std::vector<std::string>& removed
 }
 
 Result<platform::NotificationRequest> NotificationStore::deliver(platform::NotificationRequest request) {
+  return deliver(std::move(request), false);
+}
+
+Result<platform::NotificationRequest> NotificationStore::deliver(platform::NotificationRequest request,
+                                                                 bool unshown) {
   const auto taken = shelf_->takeFiles(request.content);
   std::vector<platform::NotificationAttachment> used;
   const double time = clock_->now();
   const auto status = changeShelf([&](Connection& database) {
-    shelf_->put(database, request, State::delivered, time);
+    shelf_->put(database, request, State::delivered, time, unshown);
     if (request.content.badge) writeBadge(database, application_, *request.content.badge);
     if (!taken.empty()) used = shelf_->filesInUse(database);
   });
@@ -99,7 +104,7 @@ Status NotificationStore::schedule(platform::NotificationRequest request) {
     bool shown = false;
     use([&](Connection& database) { shown = mayNotify(database, application_); });
     if (!shown) return Done{};
-    const auto delivered = deliver(std::move(request));
+    const auto delivered = deliver(std::move(request), true);
     return delivered ? Status(Done{}) : delivered.error();
   }
   const double seconds = request.trigger->seconds;
@@ -185,6 +190,23 @@ void NotificationStore::setBadge(std::int64_t badge) {
 Status NotificationStore::deliverDue() {
   const double time = clock_->now();
   return changeShelf([&](Connection& database) { shelf_->deliverDue(database, time); });
+}
+
+Result<std::vector<platform::NotificationRequest>> NotificationStore::takeDue() {
+  const double time = clock_->now();
+  std::vector<platform::NotificationRequest> taken;
+  const auto status = changeShelf([&](Connection& database) {
+    shelf_->deliverDue(database, time);
+    taken = shelf_->takeUnshown(database);
+  });
+  if (!status) return status.error();
+  return taken;
+}
+
+std::optional<double> NotificationStore::nextDue() {
+  std::optional<double> next;
+  use([&](Connection& database) { next = shelf_->nextDue(database); });
+  return next;
 }
 
 Status NotificationStore::changeShelf(platform::FunctionRef<void(Connection&)> work) {

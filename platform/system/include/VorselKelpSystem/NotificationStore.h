@@ -57,13 +57,14 @@ class VORSELKELP_API NotificationStore {
   void changeCategories(const std::vector<std::string>& removed,
                         const std::vector<platform::NotificationCategory>& written);
 
-  /// Delivers now, in place of a pending or delivered notification of the same identifier. The files of its
-  /// attachments move into the folder; a file that can't be taken over is left out. A badge is shown. Answers
-  /// the notification as it is kept; an error when it is not, and then its files are gone.
+  /// Delivers now what the caller shows, in place of a pending or delivered notification of the same
+  /// identifier. The files of its attachments move into the folder; a file that can't be taken over is left
+  /// out. A badge is shown. Answers the notification as it is kept; an error when it is not, and then its
+  /// files are gone.
   Result<platform::NotificationRequest> deliver(platform::NotificationRequest request);
-  /// Delivers when the trigger's time has come on the clock, and again each interval when it
-  /// repeats. Refuses a time that is not above 0, and below 60 seconds for one that repeats; the files then
-  /// stay where they are.
+  /// Delivers at once what has no trigger, if the user lets the application notify; otherwise delivers when
+  /// the trigger's time has come on the clock, and again each interval when it repeats. Refuses a time that
+  /// is not above 0, and below 60 seconds for one that repeats; the files then stay where they are.
   Status schedule(platform::NotificationRequest request);
   void removePending(const std::vector<std::string>& identifiers);
   void removeDelivered(const std::vector<std::string>& identifiers);
@@ -83,10 +84,17 @@ class VORSELKELP_API NotificationStore {
 
   /// Delivers the pending notifications whose time has come, which every look at them does as well.
   Status deliverDue();
+  /// The same, and takes what came due, or was scheduled without a trigger, to be shown: each notification
+  /// goes to one taker among all processes, and a repeating one once, however often it came due. The user's
+  /// refusal leaves nothing to show.
+  Result<std::vector<platform::NotificationRequest>> takeDue();
+  /// When the next pending notification is due; absent when there is none.
+  std::optional<double> nextDue();
 
   [[nodiscard]] const std::shared_ptr<platform::Clock>& clock() const { return clock_; }
 
  private:
+  Result<platform::NotificationRequest> deliver(platform::NotificationRequest request, bool unshown);
   Status changeShelf(platform::FunctionRef<void(posix::Connection&)> work);
   void changeOrReport(platform::FunctionRef<void(posix::Connection&)> work);
   void reportCategories(const Status& status);

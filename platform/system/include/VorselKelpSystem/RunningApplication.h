@@ -1,11 +1,11 @@
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <string>
 
 #include "VorselKelp/Export.h"
 #include "VorselKelp/platform/Application.h"
+#include "VorselKelpSystem/Badge.h"
 #include "VorselKelpSystem/NotificationStore.h"
 
 namespace VorselKelp::system {
@@ -25,13 +25,6 @@ class UrlOpener {
  public:
   virtual ~UrlOpener() = default;
   virtual void open(const std::string& url) = 0;
-};
-
-/// Shows the number on the application's icon; 0 shows none. Any thread.
-class Badge {
- public:
-  virtual ~Badge() = default;
-  virtual void show(std::int64_t number) = 0;
 };
 
 /// What a running application is made of.
