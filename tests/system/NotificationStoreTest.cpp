@@ -167,6 +167,39 @@ TEST_F(NotificationStoreTest, LetsATapCrossAnotherOne) {
   EXPECT_FALSE(store_.tappable("b"));
 }
 
+TEST_F(NotificationStoreTest, GivesEachResponseToOneTaker) {
+  auto request = notification("a", "T");
+  request.content.userInfo = platform::UserInfo::fromJSON(R"({"aps": 1})");
+  ASSERT_TRUE(store_.deliver(request).ok());
+  ASSERT_TRUE(store_.deliver(notification("b")).ok());
+  EXPECT_FALSE(store_.keepResponse("unknown", "open").ok());
+  for (const char* action : {"open", "reply", "open"})
+    ASSERT_TRUE(store_.keepResponse("a", action, "hm").ok());
+  ASSERT_TRUE(store_.keepResponse("b", "open").ok());
+  ASSERT_TRUE(store_.keepResponse("b", "reply", "").ok());
+
+  // The notification may go before its response is taken.
+  store_.removeDelivered({"a"});
+  NotificationStore other(home_, "com.example.news", clock_);
+  EXPECT_TRUE(NotificationStore(home_, "com.example.weather", clock_).takeResponses().empty());
+  const auto reply = other.takeResponse("b", "reply");
+  ASSERT_TRUE(reply);
+  EXPECT_EQ(reply->text, "");
+  EXPECT_FALSE(store_.takeResponse("b", "reply"));
+  const auto rest = other.takeResponses();
+  ASSERT_EQ(rest.size(), 3u);
+  EXPECT_EQ(rest[0].response.actionIdentifier, "reply");
+  EXPECT_EQ(rest[1].response.actionIdentifier, "open");
+  EXPECT_EQ(rest[1].response.request.content.title, "T");
+  EXPECT_EQ(*rest[1].response.request.content.userInfo.bytes(), R"({"aps": 1})");
+  EXPECT_EQ(rest[1].text, "hm");
+  EXPECT_EQ(rest[2].response.request.identifier, "b");
+  EXPECT_EQ(rest[2].text, std::nullopt);
+  EXPECT_TRUE(store_.takeResponses().empty());
+  for (int i = 0; i < 150; ++i) ASSERT_TRUE(store_.keepResponse("b", std::to_string(i)).ok());
+  EXPECT_EQ(store_.takeResponses().size(), 100u);
+}
+
 TEST_F(NotificationStoreTest, LosesNothingWhenProcessesWriteAtOnce) {
   constexpr int each = 40;
   const auto deliverMany = [&](const std::string& prefix) {

@@ -43,8 +43,17 @@ TEST(RunningApplication, TellsObserversWhatHappensToTheApplication) {
   EXPECT_EQ(events, (std::vector<std::string>{"1 active", "2 active", "1 appeared", "1 terminate"}));
 }
 
+struct Hold final : BackgroundHold {
+  void hold() override { events += "hold "; }
+  void release() override { events += "release "; }
+  std::string events;
+};
+
 TEST(RunningApplication, ExpiresBackgroundTasksThatWereNotEnded) {
-  const auto application = makeRunningApplication({});
+  const auto hold = std::make_shared<Hold>();
+  ApplicationPorts ports;
+  ports.hold = hold;
+  const auto application = makeRunningApplication(std::move(ports));
   int expired = 0;
   platform::BackgroundTask task = platform::invalidBackgroundTask;
   task = application->beginBackgroundTask("a", [&] {
@@ -59,6 +68,9 @@ TEST(RunningApplication, ExpiresBackgroundTasksThatWereNotEnded) {
   application->expireBackgroundTasks();
   application->expireBackgroundTasks();
   EXPECT_EQ(expired, 1);
+  EXPECT_EQ(hold->events, "hold release ");
+  application->endBackgroundTask(application->beginBackgroundTask("c", {}));
+  EXPECT_EQ(hold->events, "hold release hold release ");
 }
 
 }  // namespace

@@ -64,6 +64,7 @@ class Running final : public RunningApplication {
   BackgroundTask beginBackgroundTask(const std::string&, platform::UniqueFunction<void()> expired) override {
     const std::lock_guard lock(mutex_);
     tasks_.emplace(++lastTask_, std::move(expired));
+    if (ports_.hold && tasks_.size() == 1) ports_.hold->hold();
     return lastTask_;
   }
   void endBackgroundTask(BackgroundTask task) override {
@@ -73,6 +74,7 @@ class Running final : public RunningApplication {
     if (found == tasks_.end()) return;
     dropped = std::move(found->second);
     tasks_.erase(found);
+    releaseWhenLast();
   }
 
   void addObserver(std::weak_ptr<LifeCycleObserver> observer) override {
@@ -98,8 +100,13 @@ class Running final : public RunningApplication {
     if (tasks_.empty()) return {};
     auto expired = std::move(tasks_.begin()->second);
     tasks_.erase(tasks_.begin());
+    releaseWhenLast();
     if (!expired) expired = [] {};
     return expired;
+  }
+
+  void releaseWhenLast() {
+    if (ports_.hold && tasks_.empty()) ports_.hold->release();
   }
 
   const ApplicationPorts ports_;

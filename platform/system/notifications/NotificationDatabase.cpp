@@ -26,6 +26,9 @@ CREATE TABLE notification(serial INTEGER PRIMARY KEY, application TEXT NOT NULL,
                           content TEXT NOT NULL, userInfo BLOB NOT NULL, infoIsBytes INTEGER NOT NULL,
                           unshown INTEGER NOT NULL DEFAULT 0);
 CREATE UNIQUE INDEX notificationByName ON notification(application, identifier, state);
+CREATE TABLE response(serial INTEGER PRIMARY KEY, application TEXT NOT NULL, identifier TEXT NOT NULL,
+                      action TEXT NOT NULL, input TEXT, content TEXT NOT NULL, userInfo BLOB NOT NULL,
+                      infoIsBytes INTEGER NOT NULL, UNIQUE(application, identifier, action));
 CREATE INDEX notificationByTime ON notification(application, state, due);
 PRAGMA user_version = 3;
 )";

@@ -33,12 +33,18 @@ HeldNotification readRow(Statement& row) {
   held.request.identifier = row.text(0);
   held.due = row.real(1);
   if (!row.isNull(2)) held.request.trigger = {row.real(2), row.integer(3) != 0};
-  if (const auto content = JSONAny::decode(row.text(4))) held.request.content = decodeContent(*content);
-  held.request.content.userInfo = readUserInfo(row.text(5), row.integer(6) != 0);
+  held.request.content = readContent(row, 4);
   return held;
 }
 
 }  // namespace
+
+platform::NotificationContent readContent(const Statement& row, int column) {
+  const auto json = JSONAny::decode(row.text(column));
+  auto content = json ? decodeContent(*json) : platform::NotificationContent();
+  content.userInfo = readUserInfo(row.text(column + 1), row.integer(column + 2) != 0);
+  return content;
+}
 
 void writeBadge(Connection& database, const std::string& application, std::int64_t badge) {
   Statement(database,

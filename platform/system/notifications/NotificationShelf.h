@@ -67,6 +67,10 @@ class NotificationShelf {
   std::vector<platform::NotificationAttachment> released_;
 };
 
+/// The content in three columns of a row, from `column` on: text, user information, and whether that is
+/// bytes.
+platform::NotificationContent readContent(const Statement& row, int column);
+
 /// Whether the user lets the application notify; what it schedules is not shown otherwise.
 bool mayNotify(Connection& database, const std::string& application);
 

@@ -7,6 +7,7 @@
 #include "notifications/CategoryFile.h"
 #include "notifications/NotificationDatabase.h"
 #include "notifications/NotificationShelf.h"
+#include "notifications/ResponseShelf.h"
 
 namespace VorselKelp::system {
 namespace {
@@ -31,7 +32,8 @@ NotificationStore::NotificationStore(const std::string& folder, std::string appl
       database_(std::make_unique<NotificationDatabase>(folder + "/notifications.sqlite")),
       categories_(
           std::make_unique<CategoryFile>(folder + "/" + posix::safeName(application_) + ".categories")),
-      shelf_(std::make_unique<NotificationShelf>(application_, folder + "/attachments")) {}
+      shelf_(std::make_unique<NotificationShelf>(application_, folder + "/attachments")),
+      responses_(std::make_unique<ResponseShelf>(application_)) {}
 
 NotificationStore::~NotificationStore() = default;
 
@@ -172,6 +174,35 @@ std::optional<platform::NotificationRequest> NotificationStore::tappable(const s
 void NotificationStore::noteTapped(const std::string& identifier) {
   const double time = clock_->now();
   changeOrReport([&](Connection& database) { shelf_->markTapped(database, identifier, time); });
+}
+
+Status NotificationStore::keepResponse(const std::string& identifier, const std::string& action,
+                                       const std::optional<std::string>& text) {
+  bool kept = false;
+  const double time = clock_->now();
+  auto status = changeShelf([&](Connection& database) {
+    shelf_->deliverDue(database, time);
+    kept = responses_->put(database, identifier, action, text);
+  });
+  if (status && !kept) return Error{"There is no notification \"" + identifier + "\""};
+  return status;
+}
+
+std::vector<KeptResponse> NotificationStore::takeResponses() {
+  std::vector<KeptResponse> taken;
+  const auto status = database_->transact([&](Connection& database) { taken = responses_->take(database); });
+  database_->report(status);
+  // What could not be taken out is another one's to take.
+  return status ? taken : std::vector<KeptResponse>();
+}
+
+std::optional<KeptResponse> NotificationStore::takeResponse(const std::string& identifier,
+                                                            const std::string& action) {
+  std::optional<KeptResponse> taken;
+  const auto status = database_->transact(
+      [&](Connection& database) { taken = responses_->take(database, identifier, action); });
+  database_->report(status);
+  return status ? taken : std::nullopt;
 }
 
 std::int64_t NotificationStore::badge() {

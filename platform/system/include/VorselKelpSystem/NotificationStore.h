@@ -20,6 +20,7 @@ namespace VorselKelp::system {
 class CategoryFile;
 class NotificationDatabase;
 class NotificationShelf;
+class ResponseShelf;
 
 /// A notification that is kept.
 struct HeldNotification {
@@ -27,13 +28,19 @@ struct HeldNotification {
   double due = 0;  ///< pending: the time at which it is to be delivered; otherwise the time at which it was
 };
 
+/// What the user did with a notification, until the application takes it.
+struct KeptResponse {
+  platform::NotificationResponse response;
+  std::optional<std::string> text;  ///< what the user wrote, where the button asks for a text
+};
+
 /// What a phone's system keeps of one application's notifications: the user's permission, categories, what is
-/// pending, delivered and tapped, their files, the badge. All of it lies in a folder, which the stores of
-/// several applications may share: a database, the attachments' files, and a file of categories for each
-/// application, which extensions need not open a database for. Several processes may use one folder at once;
-/// every operation is atomic and takes effect for all of them when it returns. Any thread. When something
-/// can't be read or written, an operation that answers a Result says so there; the others report it on
-/// standard error, once, and then find nothing or write nothing.
+/// pending, delivered and tapped, their files, responses, the badge. All of it lies in a folder, which the
+/// stores of several applications may share: a database, the attachments' files, and a file of categories for
+/// each application, which extensions need not open a database for. Several processes may use one folder at
+/// once; every operation is atomic and takes effect for all of them when it returns. Any thread. When
+/// something can't be read or written, an operation that answers a Result says so there; the others report it
+/// on standard error, once, and then find nothing or write nothing.
 class VORSELKELP_API NotificationStore {
  public:
   /// Touches no file: the folder and what is in it are made by the first operation that needs them. `folder`
@@ -79,6 +86,15 @@ class VORSELKELP_API NotificationStore {
   /// The user has opened or dismissed it: it leaves the notification centre, with its files.
   void noteTapped(const std::string& identifier);
 
+  /// Keeps a response to a notification that can be tapped until somebody takes it, the last hundred of them;
+  /// the same button's once. An error when there is no such notification. It stays what it is: noteTapped()
+  /// is for who handled the response.
+  Status keepResponse(const std::string& identifier, const std::string& action,
+                      const std::optional<std::string>& text = {});
+  /// Each response goes to one taker among all processes, the oldest first.
+  std::vector<KeptResponse> takeResponses();
+  std::optional<KeptResponse> takeResponse(const std::string& identifier, const std::string& action);
+
   std::int64_t badge();
   void setBadge(std::int64_t badge);
 
@@ -106,6 +122,7 @@ class VORSELKELP_API NotificationStore {
   std::unique_ptr<NotificationDatabase> database_;
   std::unique_ptr<CategoryFile> categories_;
   std::unique_ptr<NotificationShelf> shelf_;
+  std::unique_ptr<ResponseShelf> responses_;
 };
 
 }  // namespace VorselKelp::system

@@ -27,12 +27,23 @@ class UrlOpener {
   virtual void open(const std::string& url) = 0;
 };
 
+/// Keeps the process running while background tasks are at work. Any thread, in turn; it must not call back.
+class BackgroundHold {
+ public:
+  virtual ~BackgroundHold() = default;
+  /// The first task begins.
+  virtual void hold() = 0;
+  /// The last one has ended, or was told that the patience ends.
+  virtual void release() = 0;
+};
+
 /// What a running application is made of.
 struct ApplicationPorts {
   std::shared_ptr<NotificationStore> store;  ///< keeps the badge's number
   std::shared_ptr<RemoteRegistration> registration;
   std::shared_ptr<UrlOpener> urlOpener;
-  std::shared_ptr<Badge> badge;  ///< none: the number is kept, and shown nowhere
+  std::shared_ptr<Badge> badge;          ///< none: the number is kept, and shown nowhere
+  std::shared_ptr<BackgroundHold> hold;  ///< none: whoever ends the process expires the tasks before
 };
 
 /// The application object of one process, with the hands by which the system moves it. They are to be used on
