@@ -56,7 +56,7 @@ VorselKelp::Status runExtension(const Target& target, const PushRequest& asked, 
   command.timeLimit = asked.timeLimit;
   command.arguments = {"--home", target.homePath,    "--app",        target.manifestPath,
                        "--id",   request.identifier, "--time-limit", std::to_string(asked.timeLimit)};
-  auto child = runChild(command);
+  auto child = runProcess(command);
   if (!child) return child.error();
   if (!child->stopReason && !child->ended && child->exitStatus != 0 && !child->errorLines.empty()) {
     return Error{child->errorLines.front()};

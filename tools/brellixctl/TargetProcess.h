@@ -19,7 +19,7 @@ class TargetProcess {
   /// Runs the program's twin with windows there; null leaves it without.
   void showOn(std::shared_ptr<Display> display);
 
-  [[nodiscard]] VorselKelp::Result<ChildOutcome> run() const { return runChild(command_); }
+  [[nodiscard]] VorselKelp::Result<ChildOutcome> run() const { return runProcess(command_); }
   /// What the process sent and said.
   static void report(ChildOutcome child, Outcome& outcome);
   /// Why a process that ended with an exit status other than 0 did not do its work; `what` is its name for a
