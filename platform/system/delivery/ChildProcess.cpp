@@ -134,7 +134,8 @@ class Child {
       if (info.si_pid == 0) return false;
       goneAt_ = Clock::now();
     }
-    return ready <= 0 || Clock::now() > *goneAt_ + std::chrono::duration<double>(lastWordSeconds);
+    return ready <= 0 || endReason_ != nullptr ||
+           Clock::now() > *goneAt_ + std::chrono::duration<double>(lastWordSeconds);
   }
 
   void readFrom(PipeEnd& source, bool isChannel) {
