@@ -142,11 +142,11 @@ TEST_F(DeliveryTest, ShowsTheOriginalWhenTheExtensionFails) {
   EXPECT_EQ(take(), Texts{"late: T|B"});
   EXPECT_EQ(reports_.back().outcome.stopReason, "it did not end in its time");
 
-  const auto missing = makeDelivery({folder_ / "nothing", {}, {}, 30, 100}, loop_);
+  const auto missing = makeDelivery({folder_ / "nothing", {}, {}}, loop_);
   deliver(*missing, "missing");
   EXPECT_EQ(take(), Texts{"missing: T|B"});
   EXPECT_TRUE(reports_.back().notStarted);
-  const auto none = makeDelivery({"", {}, {}, 30, 100}, loop_);
+  const auto none = makeDelivery({"", {}, {}}, loop_);
   deliver(*none, "none");
   EXPECT_EQ(take(), Texts{"none: T|B"});
 }

@@ -16,6 +16,12 @@ JSONAny listOf(const std::vector<JSONAny>& values) {
   return JSONAny::List(values);
 }
 
+JSONAny::Dictionary silentJSON(const PushOutcome& outcome) {
+  return {{"id", outcome.shown.identifier},       {"silent", true},
+          {"delegate", listOf(outcome.delegate)}, {"extension", outcome.extension},
+          {"requests", listOf(outcome.requests)}, {"console", listOf(outcome.console)}};
+}
+
 }  // namespace
 
 JSONAny::Dictionary toJSON(const LaunchOutcome& outcome) {
@@ -48,6 +54,7 @@ JSONAny::Dictionary notificationJSON(const platform::NotificationRequest& reques
 }
 
 JSONAny::Dictionary toJSON(const PushOutcome& outcome) {
+  if (outcome.silent) return silentJSON(outcome);
   auto json = notificationJSON(outcome.shown, outcome.actions);
   json.push_back({"extension", outcome.extension});
   json.push_back({"requests", listOf(outcome.requests)});

@@ -1,7 +1,7 @@
 #include <cstdio>
 
 #include "VorselKelp/PayloadLint.h"
-#include "VorselKelpSystem/NotificationRecords.h"
+#include "VorselKelpSystem/RemoteNotification.h"
 #include "brellixctl/Commands.h"
 #include "brellixctl/LintReports.h"
 #include "brellixctl/PayloadFile.h"
@@ -29,7 +29,7 @@ int runLint(const LintRequest& request) {
   if (!bytes) return fail(bytes.error());
   const auto payload = JSONAny::decode(*bytes);
   const auto lint = VorselKelp::lintPayload(*bytes, request.identifier,
-                                            system::originalContent(payload ? *payload : JSONAny()));
+                                            system::unchangedContent(payload ? *payload : JSONAny()));
   return answer(toJSON(lint), inWords(lint), failureOf(lint, request.strict));
 }
 

@@ -16,6 +16,8 @@ class TargetProcess {
   /// An option with its value; an empty value leaves it out.
   void add(const char* option, const std::string& value);
   void addFlag(const char* flag) { command_.arguments.emplace_back(flag); }
+  /// What the process gets on standard input.
+  void read(std::string input) { command_.input = std::move(input); }
   /// Runs the program's twin with windows there; null leaves it without.
   void showOn(std::shared_ptr<Display> display);
 

@@ -86,6 +86,12 @@ std::string inWords(const platform::NotificationRequest& request,
 }
 
 std::string inWords(const PushOutcome& outcome) {
+  if (outcome.silent) {
+    std::string words =
+        "The push is silent: nothing is shown, and the application got it in the background.\n";
+    for (const auto& call : outcome.delegate) words += line("delegate", callInWords(call));
+    return words + consoleInWords(outcome.console);
+  }
   return "The notification was delivered. " + std::string(extensionInWords(outcome.extension)) + "\n" +
          inWords(outcome.shown, outcome.actions) + consoleInWords(outcome.console);
 }

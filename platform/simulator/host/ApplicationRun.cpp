@@ -99,6 +99,8 @@ int ApplicationRun::run(const std::vector<PreparedCall>& calls) {
   int status = 0;
   if (process_.options.tap) {
     status = respond(*process_.options.tap);
+  } else if (process_.options.background) {
+    status = startInBackground();
   } else if (!process_.options.notify.empty()) {
     status = notify(process_.options.notify);
   } else {
@@ -188,6 +190,24 @@ int ApplicationRun::respond(const ProcessOptions::Tap& tap) {
   if (!settle()) posix::standardErrorLines()("The application's time ended before its work did");
   // Not before: the response names the files that go with the notification.
   device_.device->noteTapped(tap.identifier);
+  return 0;
+}
+
+int ApplicationRun::startInBackground() {
+  auto payload = readInput(process_.options.payload);
+  if (!payload) {
+    posix::standardErrorLines()(payload.error().description);
+    return 1;
+  }
+  delegate_.didFinishLaunching(*this);
+  bool inTime = settle();
+  if (inTime) {
+    delegate_.didReceiveRemoteNotification(*this, platform::UserInfo::fromJSON(*std::move(payload)));
+    inTime = settle();
+  }
+  if (!inTime) posix::standardErrorLines()("The application's time ended before its work did");
+  device_.application->expireBackgroundTasks();
+  settle();
   return 0;
 }
 

@@ -49,6 +49,7 @@ class ApplicationRun final : public ApplicationProcess {
   void start(const std::vector<PreparedCall>& calls);
   int respond(const ProcessOptions::Tap& tap);
   int notify(const std::string& identifier);
+  int startInBackground();
   void handOver(const platform::NotificationResponse& response, bool handle);
   void call(const PreparedCall& prepared, std::size_t number);
   void feedBeacons();

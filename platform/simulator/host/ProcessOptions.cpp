@@ -122,6 +122,10 @@ Result<ProcessOptions> readOptions(int argc, const char* const* argv) {
       options.stay = true;
       continue;
     }
+    if (name == "--background") {
+      options.background = true;
+      continue;
+    }
     if (name == "--no-handle") {
       tapOf(options).handle = false;
       continue;

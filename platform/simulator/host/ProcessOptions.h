@@ -32,6 +32,7 @@ struct ProcessOptions {
   std::string notify;  ///< a notification to show on the desktop; empty: none
   PromptAnswer promptAnswer = PromptAnswer::none;
   std::string scriptHost;         ///< in place of the manifest's; empty: the manifest's
+  bool background = false;        ///< started for the payload, which is silent
   bool stay = false;              ///< until the user closes the window
   std::string pictures;           ///< a folder for pictures of the screens; empty: none are taken
   std::vector<std::string> acts;  ///< "right", "left" or "open"

@@ -138,8 +138,14 @@ class ServiceDelivery final : public Delivery {
   }
 
   void run(Job& job) {
-    ChildCommand command{program_.program,   program_.arguments,  program_.environment, job.push.payload, 1,
-                         program_.timeLimit, program_.outputLimit};
+    ChildCommand command;
+    command.program = program_.program;
+    command.arguments = program_.arguments;
+    command.environment = program_.environment;
+    command.input = job.push.payload;
+    command.channel = program_.channel;
+    command.timeLimit = program_.timeLimit;
+    command.outputLimit = program_.outputLimit;
     command.arguments.insert(command.arguments.end(), {"--id", job.push.identifier, "--time-limit",
                                                        std::to_string(program_.timeLimit)});
     const auto noteContent = [&](const JSONAny& event) {

@@ -26,6 +26,7 @@ struct ServiceProgram {
       program;  ///< an absolute path; empty: there is no extension, and everything is shown as it came
   std::vector<std::string> arguments;
   std::vector<std::pair<std::string, std::string>> environment;  ///< in addition to this process's
+  int channel = 1;        ///< the descriptor in place of standard output
   double timeLimit = 30;  ///< seconds; a program that is still there 5 seconds later is killed
   std::size_t outputLimit = std::size_t{16} << 20;  ///< bytes; a program that writes more is killed
 };
