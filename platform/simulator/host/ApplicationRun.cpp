@@ -2,7 +2,7 @@
 
 #include "VorselKelp/VorselKellp.h"
 #include "VorselKelpPosix/LineSink.h"
-#include "host/LeaveCore.h"
+#include "VorselKelpSystem/ShortLife.h"
 
 namespace VorselKelp::simulator {
 namespace {
@@ -116,7 +116,7 @@ int ApplicationRun::run(const std::vector<PreparedCall>& calls) {
   notify_ = nullptr;
   device_.user->showDialogWith(nullptr);
   device_.badge->close();
-  leaveCore(*process_.loop);
+  system::leaveCore(*process_.loop);
   return status;
 }
 

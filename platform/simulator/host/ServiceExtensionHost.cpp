@@ -5,11 +5,9 @@
 #include "VorselKelp/JSONText.h"
 #include "VorselKelp/VorselKellp.h"
 #include "VorselKelpSystem/NotificationRecords.h"
+#include "VorselKelpSystem/ShortLife.h"
 #include "host/ExitStatus.h"
 #include "host/HostedProcess.h"
-#include "host/LeaveCore.h"
-#include "host/ShortLife.h"
-#include "host/StaleFiles.h"
 
 namespace VorselKelp::simulator {
 namespace {
@@ -29,7 +27,7 @@ JSONAny describe(const platform::NotificationContent& content) {
 /// tells that there was one. Outlives the run: a handler may be called at any time.
 class Delivery {
  public:
-  Delivery(std::shared_ptr<EventChannel> channel, std::shared_ptr<posix::EventLoop> loop)
+  Delivery(std::shared_ptr<system::EventChannel> channel, std::shared_ptr<posix::EventLoop> loop)
       : channel_(std::move(channel)), loop_(std::move(loop)) {}
 
   void answer(const std::shared_ptr<platform::NotificationContent>& content) {
@@ -58,7 +56,7 @@ class Delivery {
   }
 
  private:
-  const std::shared_ptr<EventChannel> channel_;
+  const std::shared_ptr<system::EventChannel> channel_;
   const std::shared_ptr<posix::EventLoop> loop_;
   mutable std::mutex mutex_;
   bool answered_ = false;
@@ -72,7 +70,8 @@ class ExtensionRun {
         delivery_(std::make_shared<Delivery>(process_.channel, process_.loop)) {}
 
   int run(std::string payload, const JSONAny& json, ServiceExtension& extension) {
-    removeStaleAttachments(process_.home.temporaryFolder(process_.manifest, ProcessKind::serviceExtension));
+    system::removeStaleAttachments(
+        process_.home.temporaryFolder(process_.manifest, ProcessKind::serviceExtension));
     auto services = makeServices();
     VorselKellp::install(services);
     extension.willStart(process_.manifest);
@@ -93,7 +92,7 @@ class ExtensionRun {
     delivery_->close();
     process_.session->close();
     services = nullptr;
-    leaveCore(*process_.loop);
+    system::leaveCore(*process_.loop);
     return 0;
   }
 
@@ -111,7 +110,7 @@ class ExtensionRun {
 }  // namespace
 
 int runServiceExtension(int argc, const char* const* argv, ServiceExtension& extension) {
-  prepareShortLife();
+  system::prepareShortLife();
   auto options = readOptions(argc, argv);
   if (!options) return exitWith(options.error().description, 2);
   auto manifest = loadManifest(options->manifest);

@@ -5,14 +5,15 @@
 #include <optional>
 #include <string_view>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/JSONAny.h"
 #include "VorselKelp/platform/Console.h"
 
-namespace VorselKelp::simulator {
+namespace VorselKelp::system {
 
 /// What a process tells whoever started it: one JSON object a line, each with one member that names the
 /// event. Without a descriptor nothing is told. Any thread.
-class EventChannel {
+class VORSELKELP_API EventChannel {
  public:
   explicit EventChannel(std::optional<int> descriptor);
 
@@ -25,6 +26,6 @@ class EventChannel {
 };
 
 /// Each text printed becomes one event "console"; without a descriptor the texts go to standard output.
-std::shared_ptr<platform::Console> makeChannelConsole(std::shared_ptr<EventChannel> channel);
+VORSELKELP_API std::shared_ptr<platform::Console> makeChannelConsole(std::shared_ptr<EventChannel> channel);
 
-}  // namespace VorselKelp::simulator
+}  // namespace VorselKelp::system

@@ -1,10 +1,20 @@
-#include "host/StaleFiles.h"
+#include "VorselKelpSystem/ShortLife.h"
+
+#include <malloc.h>
+#include <sqlite3.h>
 
 #include <chrono>
 #include <filesystem>
 
-namespace VorselKelp::simulator {
+#include "VorselKelp/VorselKellp.h"
+
+namespace VorselKelp::system {
 namespace fs = std::filesystem;
+
+void prepareShortLife() {
+  ::mallopt(M_TOP_PAD, 512 << 10);
+  sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+}
 
 void removeStaleAttachments(const std::string& temporaryFolder) {
   const auto limit = fs::file_time_type::clock::now() - std::chrono::hours(1);
@@ -18,4 +28,10 @@ void removeStaleAttachments(const std::string& temporaryFolder) {
   }
 }
 
-}  // namespace VorselKelp::simulator
+void leaveCore(posix::EventLoop& loop) {
+  loop.discard();
+  VorselKellp::uninstall();
+  loop.discard();
+}
+
+}  // namespace VorselKelp::system

@@ -1,8 +1,8 @@
-#include "host/CountedURLSession.h"
+#include "VorselKelpSystem/CountedURLSession.h"
 
 #include <atomic>
 
-namespace VorselKelp::simulator {
+namespace VorselKelp::system {
 
 /// Outlives the session for the sake of completions that are still running.
 struct CountedURLSession::Count {
@@ -56,4 +56,4 @@ void CountedURLSession::close() {
   session = std::move(session_);
 }
 
-}  // namespace VorselKelp::simulator
+}  // namespace VorselKelp::system

@@ -4,14 +4,15 @@
 #include <memory>
 #include <mutex>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/MainQueue.h"
 #include "VorselKelp/platform/URLSession.h"
 
-namespace VorselKelp::simulator {
+namespace VorselKelp::system {
 
 /// A URL session that knows how many of its requests are under way, and can be closed before the process
 /// ends.
-class CountedURLSession final : public platform::URLSession {
+class VORSELKELP_API CountedURLSession final : public platform::URLSession {
  public:
   /// Hears of each request before it is sent, on the sender's thread; what it returns hears of the answer, on
   /// the answer's.
@@ -39,4 +40,4 @@ class CountedURLSession final : public platform::URLSession {
   std::shared_ptr<platform::URLSession> session_;
 };
 
-}  // namespace VorselKelp::simulator
+}  // namespace VorselKelp::system

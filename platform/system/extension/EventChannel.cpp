@@ -1,4 +1,4 @@
-#include "host/EventChannel.h"
+#include "VorselKelpSystem/EventChannel.h"
 
 #include <fcntl.h>
 #include <signal.h>
@@ -8,7 +8,7 @@
 #include "VorselKelpPosix/Services.h"
 #include "VorselKelpSystem/NotificationRecords.h"
 
-namespace VorselKelp::simulator {
+namespace VorselKelp::system {
 namespace {
 
 class ChannelConsole final : public platform::Console {
@@ -31,7 +31,7 @@ EventChannel::EventChannel(std::optional<int> descriptor) : descriptor_(descript
 
 void EventChannel::send(std::string_view event, JSONAny value) {
   if (!descriptor_) return;
-  const auto line = system::encodeLossy(JSONAny::Dictionary{{std::string(event), std::move(value)}}) + '\n';
+  const auto line = encodeLossy(JSONAny::Dictionary{{std::string(event), std::move(value)}}) + '\n';
   const std::lock_guard lock(mutex_);
   posix::writeAll(*descriptor_, line);
 }
@@ -41,4 +41,4 @@ std::shared_ptr<platform::Console> makeChannelConsole(std::shared_ptr<EventChann
   return std::make_shared<ChannelConsole>(std::move(channel));
 }
 
-}  // namespace VorselKelp::simulator
+}  // namespace VorselKelp::system
