@@ -2,6 +2,7 @@
 
 #include "VorselKelp/VorselKellp.h"
 #include "VorselKelpPosix/LineSink.h"
+#include "VorselKelpSystem/Input.h"
 #include "VorselKelpSystem/ShortLife.h"
 
 namespace VorselKelp::simulator {
@@ -194,7 +195,7 @@ int ApplicationRun::respond(const ProcessOptions::Tap& tap) {
 }
 
 int ApplicationRun::startInBackground() {
-  auto payload = readInput(process_.options.payload);
+  auto payload = system::readInput(process_.options.payload);
   if (!payload) {
     posix::standardErrorLines()(payload.error().description);
     return 1;

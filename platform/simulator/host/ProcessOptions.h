@@ -44,7 +44,4 @@ struct ProcessOptions {
 /// An error is one line that says what to do.
 Result<ProcessOptions> readOptions(int argc, const char* const* argv);
 
-/// Standard input, or the file `path` unless it is empty: at most 64 MiB.
-Result<std::string> readInput(const std::string& path);
-
 }  // namespace VorselKelp::simulator

@@ -4,6 +4,7 @@
 
 #include "VorselKelp/JSONText.h"
 #include "VorselKelp/VorselKellp.h"
+#include "VorselKelpSystem/Input.h"
 #include "VorselKelpSystem/NotificationRecords.h"
 #include "VorselKelpSystem/ShortLife.h"
 #include "host/ExitStatus.h"
@@ -115,7 +116,7 @@ int runServiceExtension(int argc, const char* const* argv, ServiceExtension& ext
   if (!options) return exitWith(options.error().description, 2);
   auto manifest = loadManifest(options->manifest);
   if (!manifest) return exitWith(manifest.error().description, 1);
-  auto payload = readInput(options->payload);
+  auto payload = system::readInput(options->payload);
   if (!payload) return exitWith(payload.error().description, 1);
   const auto json = readJSONText(*payload);
   if (!json || json->as<JSONAny::Dictionary>() == nullptr) {

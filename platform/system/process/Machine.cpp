@@ -1,9 +1,9 @@
 #include <cstdlib>
 #include <ctime>
 
-#include "VorselKelpSimulator/Runtime.h"
+#include "VorselKelpSystem/Process.h"
 
-namespace VorselKelp::simulator {
+namespace VorselKelp::system {
 namespace {
 
 /// "de_DE.UTF-8" is German; the locales without a language ("C", "POSIX") count as English.
@@ -13,21 +13,17 @@ std::string languageOf(std::string_view locale) {
   return std::string(language);
 }
 
-class ManifestDevice final : public platform::Device {
+class MachineDevice final : public platform::Device {
  public:
-  explicit ManifestDevice(const Manifest& manifest)
-      : machine_(manifest.machine),
-        systemVersion_(manifest.systemVersion),
-        orientation_(manifest.screenWidth > manifest.screenHeight ? ui::DeviceOrientation::landscapeLeft
-                                                                  : ui::DeviceOrientation::portrait) {}
+  explicit MachineDevice(Machine machine) : machine_(std::move(machine)) {}
 
-  std::string machineIdentifier() override { return machine_; }
+  std::string machineIdentifier() override { return machine_.identifier; }
   std::optional<std::string> environmentVariable(const std::string& name) override {
     const char* value = std::getenv(name.c_str());
     return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
   }
-  std::string systemVersion() override { return systemVersion_; }
-  std::string systemName() override { return "iOS"; }
+  std::string systemVersion() override { return machine_.systemVersion; }
+  std::string systemName() override { return machine_.systemName; }
 
   std::string languageCode() override {
     for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
@@ -37,7 +33,10 @@ class ManifestDevice final : public platform::Device {
     return "en";
   }
 
-  ui::DeviceOrientation orientation() override { return orientation_; }
+  ui::DeviceOrientation orientation() override {
+    return machine_.screenWidth > machine_.screenHeight ? ui::DeviceOrientation::landscapeLeft
+                                                        : ui::DeviceOrientation::portrait;
+  }
 
   int secondsFromGMT() override {
     const std::time_t now = std::time(nullptr);
@@ -47,9 +46,7 @@ class ManifestDevice final : public platform::Device {
   }
 
  private:
-  std::string machine_;
-  std::string systemVersion_;
-  ui::DeviceOrientation orientation_;
+  const Machine machine_;
 };
 
 /// Nothing is drawn, so nothing is refreshed.
@@ -58,10 +55,9 @@ class SilentLink final : public platform::DisplayLink {
   void setPaused(bool) override {}
 };
 
-class ManifestScreen final : public platform::Screen {
+class MachineScreen final : public platform::Screen {
  public:
-  explicit ManifestScreen(const Manifest& manifest)
-      : width_(manifest.screenWidth), height_(manifest.screenHeight) {}
+  MachineScreen(double width, double height) : width_(width), height_(height) {}
   double width() override { return width_; }
   double height() override { return height_; }
   std::unique_ptr<platform::DisplayLink> makeDisplayLink(std::function<void(double)>) override {
@@ -75,12 +71,12 @@ class ManifestScreen final : public platform::Screen {
 
 }  // namespace
 
-std::shared_ptr<platform::Device> makeDevice(const Manifest& manifest) {
-  return std::make_shared<ManifestDevice>(manifest);
+std::shared_ptr<platform::Device> makeDevice(const Machine& machine) {
+  return std::make_shared<MachineDevice>(machine);
 }
 
-std::shared_ptr<platform::Screen> makeScreen(const Manifest& manifest) {
-  return std::make_shared<ManifestScreen>(manifest);
+std::shared_ptr<platform::Screen> makeScreen(const Machine& machine) {
+  return std::make_shared<MachineScreen>(machine.screenWidth, machine.screenHeight);
 }
 
-}  // namespace VorselKelp::simulator
+}  // namespace VorselKelp::system
