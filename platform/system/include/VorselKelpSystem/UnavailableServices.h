@@ -16,4 +16,11 @@ VORSELKELP_API std::shared_ptr<platform::LocationServices> makeUnavailableLocati
 /// Shows no page: an extension has no window. The refusal is a line on standard error.
 VORSELKELP_API std::shared_ptr<platform::InAppBrowser> makeUnavailableBrowser();
 
+/// Presents nothing: an extension has no window. The refusal is a line on standard error.
+VORSELKELP_API std::shared_ptr<platform::ViewPresenter> makeUnavailablePresenter();
+
+/// Pages of which every load and every script fails, on the main queue.
+VORSELKELP_API std::shared_ptr<platform::WebViews> makeUnavailableWebViews(
+    std::shared_ptr<platform::MainQueue> mainQueue);
+
 }  // namespace VorselKelp::system
