@@ -26,7 +26,7 @@ struct ChildCommand {
   std::size_t outputLimit = std::size_t{256} << 20;
 };
 
-struct ChildOutcome {
+struct VORSELKELP_API ChildOutcome {
   std::vector<JSONAny> events;  ///< in the order in which they came, up to "ended"
   /// What else it wrote to standard output and standard error.
   std::vector<std::string> errorLines;
@@ -36,8 +36,8 @@ struct ChildOutcome {
   std::optional<std::string> stopReason;
 
   /// The values of all events of this name.
-  [[nodiscard]] VORSELKELP_API std::vector<JSONAny> valuesOf(std::string_view event) const;
-  [[nodiscard]] VORSELKELP_API std::optional<JSONAny> firstOf(std::string_view event) const;
+  [[nodiscard]] std::vector<JSONAny> valuesOf(std::string_view event) const;
+  [[nodiscard]] std::optional<JSONAny> firstOf(std::string_view event) const;
 };
 
 /// What happens while a process runs, on the thread that waits for it.
