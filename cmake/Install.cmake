@@ -49,9 +49,14 @@ vorsel_pkg_config(
   LIBRARY vorselkelp_posix
   STATIC_REQUIRES sqlite3)
 vorsel_pkg_config(
+  vorselkelp-system
+  DESCRIPTION "Push notifications and engagement: what a phone's system does for an application"
+  REQUIRES vorselkelp-posix
+  LIBRARY vorselkelp_system)
+vorsel_pkg_config(
   vorselkelp-simulator
   DESCRIPTION "Push notifications and engagement: a phone on a desk"
-  REQUIRES vorselkelp-posix
+  REQUIRES vorselkelp-system
   LIBRARY vorselkelp_simulator)
 vorsel_pkg_config(
   vorselkelp-testing
@@ -62,7 +67,7 @@ if(TARGET vorselkelp_freedesktop)
   vorsel_pkg_config(
     vorselkelp-freedesktop
     DESCRIPTION "Push notifications and engagement: the desktop session's services"
-    REQUIRES vorselkelp-posix
+    REQUIRES vorselkelp-system
     LIBRARY vorselkelp_freedesktop
     STATIC_REQUIRES gio-unix-2.0)
 endif()

@@ -57,6 +57,13 @@ class CoreNews final : public simulator::ApplicationDelegate {
   std::shared_ptr<NewsDelegate> delegate_;
 };
 
+template <class Record>
+JSONAny namesOf(const std::vector<Record>& records) {
+  JSONAny::List names;
+  for (const auto& record : records) names.push_back(record.id);
+  return names;
+}
+
 }  // namespace
 
 NewsApplication::NewsApplication() : news_(std::make_unique<CoreNews>()) {}
@@ -85,6 +92,16 @@ void NewsApplication::didRegisterForRemoteNotifications(std::span<const std::uin
 void NewsApplication::didReceive(const platform::NotificationResponse& response, bool handle,
                                  std::function<void(std::optional<std::string>)> completion) {
   news_->didReceive(response, handle, std::move(completion));
+}
+
+void NewsApplication::didReceiveRemoteNotification(ApplicationProcess& process,
+                                                   const platform::UserInfo& userInfo) {
+  VorselKellp::didReciveAdministrativeNotificationWith(
+      userInfo, [&process](const std::optional<Geofences>& geofences, const std::optional<Beacons>& beacons) {
+        process.noteDelegateCall(
+            "didReciveAdministrativeNotificationWith",
+            {geofences ? namesOf(geofences->gl) : JSONAny(), beacons ? namesOf(beacons->bl) : JSONAny()});
+      });
 }
 
 }  // namespace news

@@ -19,6 +19,8 @@ class NewsApplication final : public VorselKelp::simulator::ApplicationDelegate 
   void didRegisterForRemoteNotifications(std::span<const std::uint8_t> token) override;
   void didReceive(const VorselKelp::platform::NotificationResponse& response, bool handle,
                   std::function<void(std::optional<std::string>)> completion) override;
+  void didReceiveRemoteNotification(VorselKelp::simulator::ApplicationProcess& process,
+                                    const VorselKelp::platform::UserInfo& userInfo) override;
 
  private:
   std::unique_ptr<VorselKelp::simulator::ApplicationDelegate> news_;

@@ -88,7 +88,7 @@ TEST_F(ToolTest, SaysThatTheDeviceStoredNothing) {
   const auto file = payload("plain.json", R"({"aps": {"alert": "x"}})");
   ASSERT_EQ(run({"push", file}).status, 0);
   sqlite3* opened = nullptr;
-  ASSERT_EQ(sqlite3_open((folder_ / "device/device.sqlite").c_str(), &opened), SQLITE_OK);
+  ASSERT_EQ(sqlite3_open((folder_ / "device/notifications.sqlite").c_str(), &opened), SQLITE_OK);
   const std::unique_ptr<sqlite3, int (*)(sqlite3*)> database(opened, &sqlite3_close);
   ASSERT_EQ(sqlite3_exec(opened, "DROP TABLE notification", nullptr, nullptr, nullptr), SQLITE_OK);
   expectRefused(run({"push", file}), 1);

@@ -87,6 +87,29 @@ TEST_F(ToolTest, HandsOverAdministrativePushes) {
             *JSONAny::decode(R"([[null, {"bl": [{"id": "door", "ib": "E2", "major": 7}]}]])"));
 }
 
+TEST_F(ToolTest, WakesTheApplicationForASilentPush) {
+  startServer();
+  const auto file =
+      payload("silent.json", R"({"aps": {"content-available": 1, "mutable-content": 1, "alert": {"bl": [
+      {"id": "door", "ib": "E2", "major": 7}]}}})");
+  EXPECT_EQ(run({"push", file}).status, 1) << "without a token nothing arrives";
+  allowNotifications();
+  const auto pushed = run({"push", file, "--id", "wake"});
+  ASSERT_EQ(pushed.status, 0) << pushed.errors;
+  const auto json = pushed.json();
+  EXPECT_EQ(at(json, "silent"), "true");
+  EXPECT_EQ(at(json, "id"), "wake");
+  EXPECT_EQ(at(json, "extension"), "notRun");
+  EXPECT_NE(at(json, "delegate")
+                .find(R"({"name":"didReciveAdministrativeNotificationWith","arguments":[null,["door"]]})"),
+            std::string::npos)
+      << at(json, "delegate");
+  EXPECT_EQ(at(run({"notifications"}).json(), "delivered"), "[]");
+  EXPECT_EQ(run({"try", file}).status, 1);
+  human_ = true;
+  EXPECT_NE(run({"push", file}).output.find("nothing is shown"), std::string::npos);
+}
+
 TEST_F(ToolTest, FeedsBeaconEventsIntoTheApplication) {
   switchesExtra_ = R"(, "beacon": true)";
   startServer();

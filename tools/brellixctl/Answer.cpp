@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "VorselKelpSimulator/NotificationRecords.h"
+#include "VorselKelpSystem/NotificationRecords.h"
 #include "brellixctl/Operations.h"
 #include "brellixctl/PlainText.h"
 
@@ -31,7 +31,7 @@ void answerInJSON(bool json) {
 int answer(JSONAny::Dictionary json, const std::string& words, const std::string& failure) {
   if (inJSON) {
     if (!failure.empty()) json.push_back({"error", failure});
-    std::printf("%s\n", VorselKelp::simulator::encodeLossy(std::move(json)).c_str());
+    std::printf("%s\n", VorselKelp::system::encodeLossy(std::move(json)).c_str());
   } else {
     printWords(words);
   }

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "VorselKelpSimulator/NotificationRecords.h"
 #include "VorselKelpSimulator/StoreListing.h"
+#include "VorselKelpSystem/NotificationRecords.h"
 #include "brellixctl/PlainText.h"
 #include "brellixctl/Reports.h"
 
@@ -13,6 +13,7 @@ namespace brellixctl {
 using VorselKelp::JSONAny;
 namespace platform = VorselKelp::platform;
 namespace device = VorselKelp::simulator;
+namespace system = VorselKelp::system;
 
 namespace {
 
@@ -21,7 +22,7 @@ void printErrorLines(const std::vector<std::string>& lines) {
 }
 
 void printJSON(const JSONAny& json) {
-  std::printf("%s\n", device::encodeLossy(json).c_str());
+  std::printf("%s\n", system::encodeLossy(json).c_str());
 }
 
 /// Carries out `operation` on the target and shows its outcome.
@@ -41,11 +42,11 @@ void printStore(const char* title, const JSONAny& values) {
   for (const auto& [key, value] : entries) {
     auto shown = plainText(key);
     shown.resize(std::max<std::size_t>(shown.size(), 28), ' ');
-    printWords("  " + shown + ' ' + plainText(device::encodeLossy(value)) + '\n');
+    printWords("  " + shown + ' ' + plainText(system::encodeLossy(value)) + '\n');
   }
 }
 
-JSONAny pendingJSON(const device::HeldNotification& held, double now) {
+JSONAny pendingJSON(const system::HeldNotification& held, double now) {
   auto json = notificationJSON(held.request, {});
   json.push_back({"dueIn", held.due - now});
   json.push_back({"repeats", held.request.trigger && held.request.trigger->repeats});
@@ -54,7 +55,7 @@ JSONAny pendingJSON(const device::HeldNotification& held, double now) {
 
 JSONAny categoryJSON(const platform::NotificationCategory& category) {
   return JSONAny::Dictionary{{"identifier", category.identifier},
-                             {"actions", device::encodeActions(category.actions)},
+                             {"actions", system::encodeActions(category.actions)},
                              {"customDismissAction", category.customDismissAction}};
 }
 
@@ -64,7 +65,7 @@ JSONAny notificationsJSON(device::SimulatedDevice& simulated) {
     const auto actions = simulated.actionsOf(held.request.content.categoryIdentifier);
     delivered.push_back(notificationJSON(held.request, actions));
   }
-  for (const auto& held : simulated.pending()) pending.push_back(pendingJSON(held, simulated.now()));
+  for (const auto& held : simulated.pending()) pending.push_back(pendingJSON(held, simulated.clock()->now()));
   for (const auto& category : simulated.categories()) categories.push_back(categoryJSON(category));
   return JSONAny::Dictionary{{"delivered", std::move(delivered)},
                              {"pending", std::move(pending)},
@@ -82,7 +83,7 @@ void printNotifications(device::SimulatedDevice& simulated) {
   std::printf("Pending: %zu\n", pending.size());
   for (const auto& held : pending) {
     printWords("  " + plainText(held.request.identifier) + "  " + plainText(held.request.content.title));
-    std::printf("  in %.0f s\n", held.due - simulated.now());
+    std::printf("  in %.0f s\n", held.due - simulated.clock()->now());
   }
   std::printf("Categories registered: %zu\n", simulated.categories().size());
 }

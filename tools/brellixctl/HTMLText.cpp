@@ -1,12 +1,12 @@
 #include "brellixctl/HTMLText.h"
 
-#include "VorselKelpSimulator/NotificationRecords.h"
+#include "VorselKelpSystem/NotificationRecords.h"
 
 namespace brellixctl {
 
 std::string escapedHTML(std::string_view text) {
   std::string html;
-  for (const char c : VorselKelp::simulator::lossyText(text)) {
+  for (const char c : VorselKelp::system::lossyText(text)) {
     switch (c) {
       case '&':
         html += "&amp;";

@@ -1,11 +1,11 @@
-#include "VorselKelpSimulator/NotificationRecords.h"
+#include "VorselKelpSystem/NotificationRecords.h"
 #include "brellixctl/Reports.h"
 
 namespace brellixctl {
 
 using VorselKelp::JSONAny;
 namespace platform = VorselKelp::platform;
-namespace device = VorselKelp::simulator;
+namespace system = VorselKelp::system;
 
 namespace {
 
@@ -14,6 +14,12 @@ JSONAny orNull(const std::optional<JSONAny>& value) {
 }
 JSONAny listOf(const std::vector<JSONAny>& values) {
   return JSONAny::List(values);
+}
+
+JSONAny::Dictionary silentJSON(const PushOutcome& outcome) {
+  return {{"id", outcome.shown.identifier},       {"silent", true},
+          {"delegate", listOf(outcome.delegate)}, {"extension", outcome.extension},
+          {"requests", listOf(outcome.requests)}, {"console", listOf(outcome.console)}};
 }
 
 }  // namespace
@@ -42,12 +48,13 @@ JSONAny::Dictionary notificationJSON(const platform::NotificationRequest& reques
           {"body", content.body},
           {"sound", std::move(sound)},
           {"category", category.empty() ? JSONAny() : JSONAny(category)},
-          {"actions", device::encodeActions(actions)},
+          {"actions", system::encodeActions(actions)},
           {"attachments", std::move(attachments)},
           {"badge", content.badge ? JSONAny(*content.badge) : JSONAny()}};
 }
 
 JSONAny::Dictionary toJSON(const PushOutcome& outcome) {
+  if (outcome.silent) return silentJSON(outcome);
   auto json = notificationJSON(outcome.shown, outcome.actions);
   json.push_back({"extension", outcome.extension});
   json.push_back({"requests", listOf(outcome.requests)});

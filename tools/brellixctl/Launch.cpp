@@ -1,5 +1,5 @@
 #include "VorselKelpPosix/Hex.h"
-#include "VorselKelpSimulator/NotificationRecords.h"
+#include "VorselKelpSystem/NotificationRecords.h"
 #include "brellixctl/Operations.h"
 #include "brellixctl/TargetProcess.h"
 #include "brellixctl/TextFile.h"
@@ -71,7 +71,7 @@ LaunchOutcome outcomeOf(const Target& target, const LaunchRequest& request, Chil
   if (!outcome.initialised)
     outcome.failure = "The application did not initialise the library; brellixctl doctor says what is wrong";
   auto device = target.device();
-  outcome.authorisation = VorselKelp::simulator::authorizationWord(device.authorization());
+  outcome.authorisation = VorselKelp::system::authorizationWord(device.authorization());
   if (const auto token = device.remoteToken()) outcome.token = hexOf(*token);
   outcome.delegate = child.valuesOf("delegate");
   for (std::size_t call = 0; call < request.calls.size(); ++call) {

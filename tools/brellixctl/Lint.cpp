@@ -1,7 +1,7 @@
 #include <cstdio>
 
 #include "VorselKelp/PayloadLint.h"
-#include "VorselKelpSimulator/NotificationRecords.h"
+#include "VorselKelpSystem/RemoteNotification.h"
 #include "brellixctl/Commands.h"
 #include "brellixctl/LintReports.h"
 #include "brellixctl/PayloadFile.h"
@@ -11,7 +11,7 @@ namespace brellixctl {
 using VorselKelp::Error;
 using VorselKelp::JSONAny;
 using VorselKelp::PayloadLint;
-namespace device = VorselKelp::simulator;
+namespace system = VorselKelp::system;
 
 namespace {
 
@@ -29,7 +29,7 @@ int runLint(const LintRequest& request) {
   if (!bytes) return fail(bytes.error());
   const auto payload = JSONAny::decode(*bytes);
   const auto lint = VorselKelp::lintPayload(*bytes, request.identifier,
-                                            device::originalContent(payload ? *payload : JSONAny()));
+                                            system::unchangedContent(payload ? *payload : JSONAny()));
   return answer(toJSON(lint), inWords(lint), failureOf(lint, request.strict));
 }
 

@@ -1,11 +1,11 @@
-#include "VorselKelpSimulator/NotificationRecords.h"
+#include "VorselKelpSystem/NotificationRecords.h"
 #include "brellixctl/LintReports.h"
 
 namespace brellixctl {
 
 using VorselKelp::JSONAny;
 using VorselKelp::PayloadLint;
-namespace device = VorselKelp::simulator;
+namespace system = VorselKelp::system;
 
 namespace {
 
@@ -51,7 +51,7 @@ JSONAny shownJSON(const PayloadLint::Shown& shown) {
                              {"sound", std::move(sound)},
                              {"badge", shown.badge ? JSONAny(*shown.badge) : JSONAny()},
                              {"category", toldText(shown.category)},
-                             {"actions", device::encodeActions(shown.actions)},
+                             {"actions", system::encodeActions(shown.actions)},
                              {"image", toldText(shown.image)},
                              {"ad", shown.ad}};
 }

@@ -80,7 +80,9 @@ struct PushRequest {
 struct PushOutcome : Outcome {
   VorselKelp::platform::NotificationRequest shown;
   std::vector<VorselKelp::platform::NotificationAction> actions;
-  std::string extension;  ///< answered, silent, timeLimit, stopped or notRun
+  std::string extension;                      ///< answered, silent, timeLimit, stopped or notRun
+  bool silent = false;                        ///< nothing is shown: the application got it in the background
+  std::vector<VorselKelp::JSONAny> delegate;  ///< what a silent one made the library and the application call
 };
 
 VorselKelp::Result<PushOutcome> push(const Target& target, const PushRequest& request);

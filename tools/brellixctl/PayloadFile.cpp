@@ -43,10 +43,4 @@ Result<JSONAny> decodePayload(const std::string& bytes, const std::string& path)
   return json;
 }
 
-bool wantsExtension(const JSONAny& payload) {
-  const auto* aps = payload.find("aps");
-  const auto* flag = aps != nullptr ? aps->find("mutable-content") : nullptr;
-  return flag != nullptr && (*flag == JSONAny(1) || *flag == JSONAny(1.0));
-}
-
 }  // namespace brellixctl

@@ -13,7 +13,4 @@ VorselKelp::Result<std::string> readPayload(const std::string& path);
 /// The bytes of the file `path` as the JSON object that a payload is. An error is one line.
 VorselKelp::Result<VorselKelp::JSONAny> decodePayload(const std::string& bytes, const std::string& path);
 
-/// Whether the system hands the notification to the service extension before it shows it.
-bool wantsExtension(const VorselKelp::JSONAny& payload);
-
 }  // namespace brellixctl

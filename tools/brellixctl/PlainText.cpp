@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "VorselKelpSimulator/NotificationRecords.h"
+#include "VorselKelpSystem/NotificationRecords.h"
 
 namespace brellixctl {
 namespace {
@@ -22,7 +22,7 @@ void write(std::FILE* file, const std::string& text) {
 
 std::string plainText(std::string_view text, bool lines) {
   constexpr std::string_view digits = "0123456789ABCDEF";
-  const auto wellFormed = VorselKelp::simulator::lossyText(text);
+  const auto wellFormed = VorselKelp::system::lossyText(text);
   std::string plain;
   for (std::string_view rest = wellFormed; !rest.empty();) {
     const bool lineFeed = lines && rest[0] == '\n';

@@ -1,9 +1,13 @@
 #include <sys/random.h>
 
+#include <chrono>
+
+#include "VorselKelpPosix/EventLoop.h"
 #include "VorselKelpPosix/Hex.h"
-#include "VorselKelpSimulator/NotificationRecords.h"
+#include "VorselKelpSystem/Delivery.h"
 #include "brellixctl/Operations.h"
 #include "brellixctl/PayloadFile.h"
+#include "brellixctl/Progress.h"
 #include "brellixctl/TargetProcess.h"
 
 namespace brellixctl {
@@ -14,8 +18,14 @@ using VorselKelp::Result;
 using VorselKelp::posix::hexOf;
 namespace platform = VorselKelp::platform;
 namespace device = VorselKelp::simulator;
+namespace system = VorselKelp::system;
 
 namespace {
+
+constexpr int channelDescriptor = 3;
+// A payload may have 64 MiB, and comes back as the content's.
+constexpr std::size_t outputLimit = std::size_t{256} << 20;
+constexpr auto tick = std::chrono::milliseconds(200);
 
 std::string makeIdentifier() {
   std::string bytes(16, '\0');
@@ -31,8 +41,12 @@ std::string wordFor(const ChildOutcome& child, bool answered) {
   return child.firstOf("timeLimit") ? "timeLimit" : "answered";
 }
 
-/// Why a push does not reach the application at all; nothing of it runs then, and nothing is asked for.
-VorselKelp::Status reachable(device::SimulatedDevice& simulated) {
+Error noToken() {
+  return {"Nothing arrives: the application has no device token; brellixctl launch --answer allow"};
+}
+
+/// Why a push is not shown at all; nothing of the application runs then, and nothing is asked for.
+VorselKelp::Status allowed(device::SimulatedDevice& simulated) {
   const auto permission = simulated.authorization();
   if (permission == platform::AuthorizationStatus::notDetermined)
     return Error{
@@ -41,63 +55,104 @@ VorselKelp::Status reachable(device::SimulatedDevice& simulated) {
         "where the publisher's page asks first"};
   if (permission == platform::AuthorizationStatus::denied)
     return Error{"Nothing is shown: the user does not allow notifications"};
-  if (!simulated.remoteToken())
-    return Error{"Nothing arrives: the application has no device token; brellixctl launch --answer allow"};
+  if (!simulated.remoteToken()) return noToken();
   return VorselKelp::Done{};
 }
 
-/// Lets the service extension change `request`, and notes how that went.
-VorselKelp::Status runExtension(const Target& target, const PushRequest& asked, const std::string& payload,
-                                platform::NotificationRequest& request, PushOutcome& outcome) {
-  ChildCommand command;
-  command.program = target.program(device::ProcessKind::serviceExtension);
-  command.input = payload;
-  command.timeLimit = asked.timeLimit;
-  command.arguments = {"--home", target.homePath,    "--app",        target.manifestPath,
-                       "--id",   request.identifier, "--time-limit", std::to_string(asked.timeLimit)};
-  auto child = runChild(command);
+/// What a delivery through the service extension comes to.
+struct Delivered {
+  Result<system::PushResult> result = Error{"The push was not answered"};
+  system::ExtensionReport extension;
+};
+
+Result<Delivered> deliver(const Target& target, const PushRequest& asked, std::string payload) {
+  const auto program = target.program(device::ProcessKind::serviceExtension);
+  system::ServiceProgram service;
+  service.program = pathOf(program);
+  service.channel = channelDescriptor;
+  service.arguments = {"--home",    target.homePath,
+                       "--app",     target.manifestPath,
+                       "--channel", std::to_string(channelDescriptor)};
+  service.timeLimit = asked.timeLimit;
+  service.outputLimit = outputLimit;
+  const auto loop = std::make_shared<VorselKelp::posix::EventLoop>();
+  const auto delivery = system::makeDelivery(std::move(service), loop);
+  Delivered delivered;
+  bool ended = false;
+  delivery->deliver({asked.identifier, std::move(payload), ""},
+                    {[&](Result<system::PushResult> result) { delivered.result = std::move(result); },
+                     [&](system::ExtensionReport report) {
+                       delivered.extension = std::move(report);
+                       ended = true;
+                     }});
+  Progress progress(program + " is still at work");
+  // The delivery ends the extension in its time.
+  while (!loop->run([&] { return ended; }, VorselKelp::posix::EventLoop::Clock::now() + tick))
+    progress.tick();
+  if (delivered.extension.notStarted) return startFailure(program, *delivered.extension.notStarted);
+  if (!delivered.result) return delivered.result.error();
+  return delivered;
+}
+
+/// Notes how the extension did. An error when it said that it can't do its work at all.
+VorselKelp::Status noteExtension(ChildOutcome child, PushOutcome& outcome) {
+  if (!child.stopReason && !child.ended && child.exitStatus != 0 && !child.errorLines.empty())
+    return Error{child.errorLines.front()};
+  outcome.extension = wordFor(child, child.firstOf("content").has_value());
+  if (child.stopReason) outcome.failure = "The service extension stopped: " + *child.stopReason;
+  TargetProcess::report(std::move(child), outcome);
+  return VorselKelp::Done{};
+}
+
+/// Nothing is shown: the application is started in the background, and gets the payload.
+Result<PushOutcome> handOver(const Target& target, const PushRequest& asked, std::string payload) {
+  TargetProcess process(target, device::ProcessKind::application, asked.timeLimit);
+  process.addFlag("--background");
+  process.read(std::move(payload));
+  auto child = process.run();
   if (!child) return child.error();
-  if (!child->stopReason && !child->ended && child->exitStatus != 0 && !child->errorLines.empty()) {
-    return Error{child->errorLines.front()};
-  }
-  const auto content = child->firstOf("content");
-  outcome.extension = wordFor(*child, content.has_value());
-  if (child->stopReason) outcome.failure = "The service extension stopped: " + *child->stopReason;
+  if (child->stopReason) return Error{"The application stopped: " + *child->stopReason};
+  if (child->exitStatus != 0) return TargetProcess::failureOf(*child, "The application");
+  PushOutcome outcome;
+  outcome.silent = true;
+  outcome.extension = "notRun";
+  outcome.shown.identifier = asked.identifier;
+  outcome.delegate = child->valuesOf("delegate");
   TargetProcess::report(*std::move(child), outcome);
-  if (content) {
-    auto info = std::move(request.content.userInfo);
-    request.content = device::decodeContent(*content);
-    const auto* changed = content->find("userInfo");
-    const auto* dictionary = changed != nullptr ? changed->as<JSONAny::Dictionary>() : nullptr;
-    request.content.userInfo = dictionary != nullptr ? platform::UserInfo(*dictionary) : std::move(info);
-  }
-  return VorselKelp::Done{};
+  return outcome;
 }
 
-}  // namespace
-
-Result<PushOutcome> push(const Target& target, const PushRequest& asked) {
-  const auto payload = readPayload(asked.payloadPath);
-  if (!payload) return payload.error();
-  const auto json = decodePayload(*payload, asked.payloadPath);
-  if (!json) return json.error();
+Result<PushOutcome> show(const Target& target, const PushRequest& asked, std::string payload) {
   auto simulated = target.device();
-  if (const auto status = reachable(simulated); !status) return status.error();
-  platform::NotificationRequest request;
-  request.identifier = asked.identifier.empty() ? makeIdentifier() : asked.identifier;
-  request.content = device::originalContent(*json);
-  request.content.userInfo = platform::UserInfo::fromJSON(*payload);
+  if (const auto status = allowed(simulated); !status) return status.error();
+  auto delivered = deliver(target, asked, std::move(payload));
+  if (!delivered) return delivered.error();
   PushOutcome outcome;
   outcome.extension = "notRun";
-  if (wantsExtension(*json)) {
-    if (const auto status = runExtension(target, asked, *payload, request, outcome); !status)
+  if (delivered->result->kind == system::RemoteKind::changeable) {
+    if (const auto status = noteExtension(std::move(delivered->extension.outcome), outcome); !status)
       return status.error();
   }
-  auto shown = simulated.deliver(std::move(request));
+  auto shown = simulated.deliver(std::move(delivered->result->request));
   if (!shown) return Error{"The notification was not delivered. " + shown.error().description};
   outcome.shown = std::move(*shown);
   outcome.actions = simulated.actionsOf(outcome.shown.content.categoryIdentifier);
   return outcome;
+}
+
+}  // namespace
+
+Result<PushOutcome> push(const Target& target, const PushRequest& request) {
+  auto payload = readPayload(request.payloadPath);
+  if (!payload) return payload.error();
+  const auto json = decodePayload(*payload, request.payloadPath);
+  if (!json) return json.error();
+  auto asked = request;
+  if (asked.identifier.empty()) asked.identifier = makeIdentifier();
+  const bool silent = system::kindOf(*json) == system::RemoteKind::silent;
+  if (!silent) return show(target, asked, *std::move(payload));
+  if (!target.device().remoteToken()) return noToken();
+  return handOver(target, asked, *std::move(payload));
 }
 
 }  // namespace brellixctl

@@ -16,10 +16,12 @@ class TargetProcess {
   /// An option with its value; an empty value leaves it out.
   void add(const char* option, const std::string& value);
   void addFlag(const char* flag) { command_.arguments.emplace_back(flag); }
+  /// What the process gets on standard input.
+  void read(std::string input) { command_.input = std::move(input); }
   /// Runs the program's twin with windows there; null leaves it without.
   void showOn(std::shared_ptr<Display> display);
 
-  [[nodiscard]] VorselKelp::Result<ChildOutcome> run() const { return runChild(command_); }
+  [[nodiscard]] VorselKelp::Result<ChildOutcome> run() const { return runProcess(command_); }
   /// What the process sent and said.
   static void report(ChildOutcome child, Outcome& outcome);
   /// Why a process that ended with an exit status other than 0 did not do its work; `what` is its name for a

@@ -1,4 +1,4 @@
-#include "VorselKelpSimulator/NotificationRecords.h"
+#include "VorselKelpSystem/NotificationRecords.h"
 #include "brellixctl/PlainText.h"
 #include "brellixctl/Reports.h"
 
@@ -6,13 +6,13 @@ namespace brellixctl {
 
 using VorselKelp::JSONAny;
 namespace platform = VorselKelp::platform;
-namespace device = VorselKelp::simulator;
+namespace system = VorselKelp::system;
 
 namespace {
 
 std::string textOf(const JSONAny& value) {
   const auto* text = value.as<std::string>();
-  return text != nullptr ? *text : device::encodeLossy(value);
+  return text != nullptr ? *text : system::encodeLossy(value);
 }
 
 std::string line(std::string_view label, const std::string& text) {
@@ -43,7 +43,7 @@ std::string callInWords(const JSONAny& call) {
   words += '(';
   if (list != nullptr) {
     for (std::size_t i = 0; i < list->size(); ++i)
-      words += (i > 0 ? ", " : "") + device::encodeLossy((*list)[i]);
+      words += (i > 0 ? ", " : "") + system::encodeLossy((*list)[i]);
   }
   return words + ')';
 }
@@ -64,7 +64,7 @@ std::string inWords(const LaunchOutcome& outcome) {
   words += line("permission", outcome.authorisation);
   words += line("token", outcome.token.value_or("none"));
   for (const auto& call : outcome.delegate) words += line("delegate", callInWords(call));
-  for (const auto& result : outcome.results) words += line("result", device::encodeLossy(result));
+  for (const auto& result : outcome.results) words += line("result", system::encodeLossy(result));
   return words + consoleInWords(outcome.console);
 }
 
@@ -86,6 +86,12 @@ std::string inWords(const platform::NotificationRequest& request,
 }
 
 std::string inWords(const PushOutcome& outcome) {
+  if (outcome.silent) {
+    std::string words =
+        "The push is silent: nothing is shown, and the application got it in the background.\n";
+    for (const auto& call : outcome.delegate) words += line("delegate", callInWords(call));
+    return words + consoleInWords(outcome.console);
+  }
   return "The notification was delivered. " + std::string(extensionInWords(outcome.extension)) + "\n" +
          inWords(outcome.shown, outcome.actions) + consoleInWords(outcome.console);
 }

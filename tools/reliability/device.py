@@ -201,7 +201,7 @@ class Device:
         else:
             shutil.copytree(self.home, copy)
         for path in glob.glob(copy + "/**/*.sqlite", recursive=True):
-            if os.path.getsize(path) == 0 and path.endswith("device.sqlite"):
+            if os.path.getsize(path) == 0 and path.endswith("notifications.sqlite"):
                 continue  # made, and not yet filled
             base = sqlite3.connect(path)
             verdict = base.execute("PRAGMA integrity_check").fetchall()
@@ -213,10 +213,10 @@ class Device:
         return store.json["group"], shown.json
 
     def files(self):
-        """Relative paths of all files, those of closed stores and of categories left out."""
+        """Relative paths of all files, those of closed stores, of categories and of the device itself left out."""
         found = glob.glob(self.home + "/**/*", recursive=True, include_hidden=True)
         return sorted(os.path.relpath(path, self.home) for path in found
-                      if os.path.isfile(path) and not path.endswith((".sqlite", ".lock", ".categories")))
+                      if os.path.isfile(path) and not path.endswith((".sqlite", ".lock", ".categories", "device.json")))
 
     def grow_old(self):
         """As if hours had passed since the passing files were left behind."""

@@ -126,7 +126,7 @@ def one_round(worker, road, options, at, tally):
         for path in ("/view/", "/impression/new"):
             check(sum(r[1].startswith(path) for r in requests) <= 1, f"{path} was sent twice")
         first = run.report["first"]
-        center = "news_service" in first and ("device.sqlite" in first or "--onwards" in options)
+        center = "news_service" in first and ("notifications.sqlite" in first or "--onwards" in options)
         recover(worker, road, wanted, center and not killing and road.is_push())
         if road.name == "launch":
             later = opens(worker.server.take())

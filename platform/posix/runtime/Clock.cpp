@@ -34,28 +34,20 @@ class CountingSemaphore final : public platform::Semaphore {
 
 class SystemClock final : public platform::Clock {
  public:
-  explicit SystemClock(std::function<double()> offset) : readOffset_(std::move(offset)) {}
-
   double now() override {
-    std::call_once(read_, [&] { offset_ = readOffset_ ? readOffset_() : 0; });
     const auto time = std::chrono::system_clock::now().time_since_epoch();
-    return std::chrono::duration<double>(time).count() + offset_;
+    return std::chrono::duration<double>(time).count();
   }
 
   std::shared_ptr<platform::Semaphore> makeSemaphore() override {
     return std::make_shared<CountingSemaphore>();
   }
-
- private:
-  std::function<double()> readOffset_;
-  std::once_flag read_;
-  double offset_ = 0;
 };
 
 }  // namespace
 
-std::shared_ptr<platform::Clock> makeClock(std::function<double()> offset) {
-  return std::make_shared<SystemClock>(std::move(offset));
+std::shared_ptr<platform::Clock> makeClock() {
+  return std::make_shared<SystemClock>();
 }
 
 }  // namespace VorselKelp::posix

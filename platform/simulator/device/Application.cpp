@@ -1,153 +1,50 @@
-#include <algorithm>
-#include <map>
-#include <mutex>
-
 #include "VorselKelpSimulator/DeviceServices.h"
 
 namespace VorselKelp::simulator {
 namespace {
 
-using platform::BackgroundTask;
-using platform::LifeCycleObserver;
-using platform::ScreenObserver;
-
-template <class Observer>
-bool same(const std::weak_ptr<Observer>& a, const std::weak_ptr<Observer>& b) {
-  return !a.owner_before(b) && !b.owner_before(a);
-}
-
-/// Weakly held observers, told in the order in which they came.
-template <class Observer>
-class ObserverList {
+class DeviceRegistration final : public system::RemoteRegistration,
+                                 public std::enable_shared_from_this<DeviceRegistration> {
  public:
-  void add(std::weak_ptr<Observer> observer) {
-    const std::lock_guard lock(mutex_);
-    std::erase_if(observers_, [](const auto& old) { return old.expired(); });
-    const auto known = [&](const auto& old) { return same(old, observer); };
-    if (std::none_of(observers_.begin(), observers_.end(), known)) observers_.push_back(std::move(observer));
-  }
+  DeviceRegistration(std::shared_ptr<SimulatedDevice> device, std::shared_ptr<platform::MainQueue> mainQueue,
+                     std::function<void(Result<std::string>)> registered)
+      : device_(std::move(device)), mainQueue_(std::move(mainQueue)), registered_(std::move(registered)) {}
 
-  void remove(const std::weak_ptr<Observer>& observer) {
-    const std::lock_guard lock(mutex_);
-    std::erase_if(observers_, [&](const auto& old) { return same(old, observer); });
-  }
-
-  void tell(void (Observer::*event)()) {
-    std::vector<std::weak_ptr<Observer>> listeners;
-    {
-      const std::lock_guard lock(mutex_);
-      listeners = observers_;
-    }
-    for (const auto& listener : listeners) {
-      if (const auto observer = listener.lock()) ((*observer).*event)();
-    }
-  }
-
- private:
-  std::mutex mutex_;
-  std::vector<std::weak_ptr<Observer>> observers_;
-};
-
-class RunningApplication final : public DeviceApplication,
-                                 public std::enable_shared_from_this<RunningApplication> {
- public:
-  RunningApplication(std::shared_ptr<SimulatedDevice> device, std::shared_ptr<platform::MainQueue> mainQueue,
-                     std::function<void(Result<std::string>)> registered,
-                     std::function<void(const std::string&)> opened)
-      : device_(std::move(device)),
-        mainQueue_(std::move(mainQueue)),
-        registered_(std::move(registered)),
-        opened_(std::move(opened)) {}
-
-  void openURL(const std::string& url) override { opened_(url); }
-
-  void registerForRemoteNotifications() override {
+  void begin() override {
     mainQueue_->async([weak = weak_from_this()] {
       if (const auto self = weak.lock()) self->registered_(self->device_->registerForRemoteNotifications());
     });
   }
-  void unregisterForRemoteNotifications() override { device_->unregisterForRemoteNotifications(); }
-  void setBadge(std::int64_t value) override {
-    device_->setBadge(value);
-    if (shownBadge_) shownBadge_(value);
-  }
-  void showBadgeWith(std::function<void(std::int64_t)> show) override { shownBadge_ = std::move(show); }
-
-  BackgroundTask beginBackgroundTask(const std::string&, platform::UniqueFunction<void()> expired) override {
-    const std::lock_guard lock(mutex_);
-    tasks_.emplace(++lastTask_, std::move(expired));
-    return lastTask_;
-  }
-  void endBackgroundTask(BackgroundTask task) override {
-    platform::UniqueFunction<void()> dropped;
-    const std::lock_guard lock(mutex_);
-    const auto found = tasks_.find(task);
-    if (found == tasks_.end()) return;
-    dropped = std::move(found->second);
-    tasks_.erase(found);
-  }
-
-  void addObserver(std::weak_ptr<LifeCycleObserver> observer) override {
-    lifeCycle_.add(std::move(observer));
-  }
-  void addObserver(std::weak_ptr<ScreenObserver> observer) override { screens_.add(std::move(observer)); }
-  void removeObserver(const std::weak_ptr<ScreenObserver>& observer) override { screens_.remove(observer); }
-
-  void becomeActive() override { lifeCycle_.tell(&LifeCycleObserver::appBecameActive); }
-  void resignActive() override { lifeCycle_.tell(&LifeCycleObserver::appBecameInactive); }
-  void enterBackground() override { lifeCycle_.tell(&LifeCycleObserver::appBecameBackground); }
-  void terminate() override { lifeCycle_.tell(&LifeCycleObserver::appWillTerminate); }
-  void screenAppeared() override { screens_.tell(&ScreenObserver::screenDidAppear); }
-  void screenDisappeared() override { screens_.tell(&ScreenObserver::screenDidDisappear); }
-
-  void expireBackgroundTasks() override {
-    while (auto expired = takeTask()) expired();
-  }
+  void end() override { device_->unregisterForRemoteNotifications(); }
 
  private:
-  platform::UniqueFunction<void()> takeTask() {
-    const std::lock_guard lock(mutex_);
-    if (tasks_.empty()) return {};
-    auto expired = std::move(tasks_.begin()->second);
-    tasks_.erase(tasks_.begin());
-    if (!expired) expired = [] {};
-    return expired;
-  }
-
   const std::shared_ptr<SimulatedDevice> device_;
   const std::shared_ptr<platform::MainQueue> mainQueue_;
   const std::function<void(Result<std::string>)> registered_;
-  std::function<void(const std::string&)> opened_;
-  std::function<void(std::int64_t)> shownBadge_;
-  ObserverList<LifeCycleObserver> lifeCycle_;
-  ObserverList<ScreenObserver> screens_;
-  std::mutex mutex_;
-  std::map<BackgroundTask, platform::UniqueFunction<void()>> tasks_;
-  BackgroundTask lastTask_ = platform::invalidBackgroundTask;
 };
 
-class RecordingBrowser final : public platform::InAppBrowser {
+class ToldOpener final : public system::UrlOpener {
  public:
-  explicit RecordingBrowser(std::function<void(const std::string&)> show) : show_(std::move(show)) {}
-  void present(const std::string& url) override { show_(url); }
+  explicit ToldOpener(std::function<void(const std::string&)> opened) : opened_(std::move(opened)) {}
+  void open(const std::string& url) override { opened_(url); }
 
  private:
-  std::function<void(const std::string&)> show_;
+  const std::function<void(const std::string&)> opened_;
 };
 
 }  // namespace
 
-std::shared_ptr<DeviceApplication> makeApplication(std::shared_ptr<SimulatedDevice> device,
-                                                   std::shared_ptr<platform::MainQueue> mainQueue,
-                                                   std::function<void(Result<std::string>)> registered,
-                                                   std::function<void(const std::string& url)> opened) {
-  return std::make_shared<RunningApplication>(std::move(device), std::move(mainQueue), std::move(registered),
-                                              std::move(opened));
-}
-
-std::shared_ptr<platform::InAppBrowser> makeRecordingBrowser(
-    std::function<void(const std::string& url)> show) {
-  return std::make_shared<RecordingBrowser>(std::move(show));
+std::shared_ptr<system::RunningApplication> makeApplication(
+    std::shared_ptr<SimulatedDevice> device, std::shared_ptr<platform::MainQueue> mainQueue,
+    std::function<void(Result<std::string>)> registered, std::function<void(const std::string& url)> opened,
+    std::shared_ptr<system::Badge> badge) {
+  system::ApplicationPorts ports;
+  ports.store = device;
+  ports.registration =
+      std::make_shared<DeviceRegistration>(std::move(device), std::move(mainQueue), std::move(registered));
+  ports.urlOpener = std::make_shared<ToldOpener>(std::move(opened));
+  ports.badge = std::move(badge);
+  return system::makeRunningApplication(std::move(ports));
 }
 
 }  // namespace VorselKelp::simulator

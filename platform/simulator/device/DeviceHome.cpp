@@ -19,10 +19,6 @@ DeviceHome::DeviceHome(const std::string& path) : path_(absolutePath(path)) {
   while (path_.size() > 1 && path_.ends_with('/')) path_.pop_back();
 }
 
-std::string DeviceHome::categories(const std::string& application) const {
-  return path_ + "/" + posix::safeName(application) + ".categories";
-}
-
 std::string DeviceHome::container(const Manifest& manifest, ProcessKind kind) const {
   return path_ + "/applications/" + posix::safeName(bundleIdentifierOf(manifest, kind));
 }

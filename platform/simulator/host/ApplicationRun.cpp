@@ -2,7 +2,8 @@
 
 #include "VorselKelp/VorselKellp.h"
 #include "VorselKelpPosix/LineSink.h"
-#include "host/LeaveCore.h"
+#include "VorselKelpSystem/Input.h"
+#include "VorselKelpSystem/ShortLife.h"
 
 namespace VorselKelp::simulator {
 namespace {
@@ -49,7 +50,10 @@ Result<ProcessScreen::Services> ApplicationRun::openScreen() {
 
 void ApplicationRun::makeDeviceSide(ProcessScreen::Services& screen) {
   device_.device = std::make_shared<SimulatedDevice>(process_.home, process_.manifest.bundleIdentifier);
-  device_.notificationCenter = makeNotificationCenter(device_.device, process_.loop, process_.options.answer);
+  device_.user = makeSimulatedUser(process_.options.answer);
+  device_.user->showDialogWith(std::move(screen.permissionDialog));
+  device_.notificationCenter = makeNotificationCenter(device_.device, process_.loop, device_.user);
+  device_.badge = std::make_shared<ScreenBadge>(std::move(screen.badge));
   device_.application = makeApplication(
       device_.device, process_.loop,
       [this](Result<std::string> token) {
@@ -59,11 +63,7 @@ void ApplicationRun::makeDeviceSide(ProcessScreen::Services& screen) {
           delegate_.didFailToRegisterForRemoteNotifications(token.error());
         }
       },
-      [channel = process_.channel](const std::string& url) { channel->send("opened", url); });
-  if (screen.permissionDialog) {
-    device_.notificationCenter->showDialogWith(std::move(screen.permissionDialog));
-  }
-  if (screen.badge) device_.application->showBadgeWith(std::move(screen.badge));
+      [channel = process_.channel](const std::string& url) { channel->send("opened", url); }, device_.badge);
   device_.location = makeLocation(process_.loop);
   presenter_ = screen.viewPresenter;
   notify_ = std::move(screen.notify);
@@ -100,6 +100,8 @@ int ApplicationRun::run(const std::vector<PreparedCall>& calls) {
   int status = 0;
   if (process_.options.tap) {
     status = respond(*process_.options.tap);
+  } else if (process_.options.background) {
+    status = startInBackground();
   } else if (!process_.options.notify.empty()) {
     status = notify(process_.options.notify);
   } else {
@@ -113,9 +115,9 @@ int ApplicationRun::run(const std::vector<PreparedCall>& calls) {
   services = nullptr;
   presenter_ = nullptr;
   notify_ = nullptr;
-  device_.notificationCenter->showDialogWith(nullptr);
-  device_.application->showBadgeWith(nullptr);
-  leaveCore(*process_.loop);
+  device_.user->showDialogWith(nullptr);
+  device_.badge->close();
+  system::leaveCore(*process_.loop);
   return status;
 }
 
@@ -192,6 +194,24 @@ int ApplicationRun::respond(const ProcessOptions::Tap& tap) {
   return 0;
 }
 
+int ApplicationRun::startInBackground() {
+  auto payload = system::readInput(process_.options.payload);
+  if (!payload) {
+    posix::standardErrorLines()(payload.error().description);
+    return 1;
+  }
+  delegate_.didFinishLaunching(*this);
+  bool inTime = settle();
+  if (inTime) {
+    delegate_.didReceiveRemoteNotification(*this, platform::UserInfo::fromJSON(*std::move(payload)));
+    inTime = settle();
+  }
+  if (!inTime) posix::standardErrorLines()("The application's time ended before its work did");
+  device_.application->expireBackgroundTasks();
+  settle();
+  return 0;
+}
+
 void ApplicationRun::handOver(const platform::NotificationResponse& response, bool handle) {
   delegate_.didReceive(response, handle,
                        [channel = process_.channel](const std::optional<std::string>& text) {
@@ -233,7 +253,7 @@ void ApplicationRun::end() {
   process_.channel->send("ended", JSONAny::Dictionary{{"initialised", VorselKellp::isInitialised()}});
   // A user who has not answered by now never will; what the library makes of it has no way out any more, like
   // on a phone that ends an application under its dialog.
-  device_.notificationCenter->dismissDialog();
+  device_.notificationCenter->endQuestion();
   process_.loop->run(nothingLeft, end);
 }
 

@@ -9,6 +9,7 @@
 #include "VorselKelpSimulator/ProcessScreen.h"
 #include "host/HostedProcess.h"
 #include "host/PictureTaker.h"
+#include "host/ScreenBadge.h"
 
 namespace VorselKelp::simulator {
 
@@ -35,8 +36,10 @@ class ApplicationRun final : public ApplicationProcess {
  private:
   struct DeviceSide {
     std::shared_ptr<SimulatedDevice> device;
-    std::shared_ptr<DeviceNotificationCenter> notificationCenter;
-    std::shared_ptr<DeviceApplication> application;
+    std::shared_ptr<SimulatedUser> user;
+    std::shared_ptr<system::NotificationCenter> notificationCenter;
+    std::shared_ptr<system::RunningApplication> application;
+    std::shared_ptr<ScreenBadge> badge;
     std::shared_ptr<DeviceLocation> location;
   };
 
@@ -46,6 +49,7 @@ class ApplicationRun final : public ApplicationProcess {
   void start(const std::vector<PreparedCall>& calls);
   int respond(const ProcessOptions::Tap& tap);
   int notify(const std::string& identifier);
+  int startInBackground();
   void handOver(const platform::NotificationResponse& response, bool handle);
   void call(const PreparedCall& prepared, std::size_t number);
   void feedBeacons();

@@ -2,11 +2,11 @@
 
 #include "VorselKelp/VorselKellp.h"
 #include "VorselKelpPosix/LineSink.h"
+#include "VorselKelpSystem/EventChannel.h"
+#include "VorselKelpSystem/ShortLife.h"
 #include "host/CarouselHand.h"
-#include "host/EventChannel.h"
 #include "host/ExitStatus.h"
 #include "host/HostedProcess.h"
-#include "host/LeaveCore.h"
 #include "host/PictureTaker.h"
 
 namespace VorselKelp::simulator {
@@ -16,11 +16,11 @@ constexpr double contentTimeLimit = 30;
 
 class ReportingContext final : public platform::ExtensionContext {
  public:
-  explicit ReportingContext(std::shared_ptr<EventChannel> channel) : channel_(std::move(channel)) {}
+  explicit ReportingContext(std::shared_ptr<system::EventChannel> channel) : channel_(std::move(channel)) {}
   void open(const std::string& url) override { channel_->send("opened", url); }
 
  private:
-  const std::shared_ptr<EventChannel> channel_;
+  const std::shared_ptr<system::EventChannel> channel_;
 };
 
 class ContentRun {
@@ -33,7 +33,7 @@ class ContentRun {
   Status run(ContentExtension& extension) {
     const auto request = device_->tappable(process_.options.identifier);
     if (!request) return Error{"The device holds no notification \"" + process_.options.identifier + "\""};
-    const platform::DeliveredNotification notification{*request, device_->now()};
+    const platform::DeliveredNotification notification{*request, device_->clock()->now()};
     // The area's size is the library's to say, and the library needs the screen first.
     auto services = makeServices();
     VorselKellp::install(services);
@@ -48,7 +48,7 @@ class ContentRun {
     screen_.close();
     controller = nullptr;
     services = nullptr;
-    leaveCore(*process_.loop);
+    system::leaveCore(*process_.loop);
     return status;
   }
 

@@ -3,11 +3,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 
-#include "device/DeviceDatabase.h"
+#include "VorselKelpSystem/StoreInspection.h"
+#include "device/DeviceFile.h"
 
 namespace VorselKelp::simulator {
 namespace {
@@ -31,21 +33,12 @@ std::string makingProblem(const std::string& path) {
   return problem.empty() ? problem : path + " can't be made: " + problem;
 }
 
-void readApplications(Connection& connection, const std::string& application, DeviceHealth& health) {
-  Statement rows(connection, "SELECT identifier, authorization, registered, token FROM application");
-  while (rows.step()) {
-    health.applications.push_back(rows.text(0));
-    if (health.applications.back() != application) continue;
-    health.authorization = static_cast<platform::AuthorizationStatus>(rows.integer(1));
-    if (rows.integer(2) != 0 && !rows.isNull(3)) health.token = rows.text(3);
-  }
-}
-
-void readDelivered(Connection& connection, const std::string& application, DeviceHealth& health) {
-  Statement rows(connection, "SELECT userInfo FROM notification WHERE application = ?1 AND state = 1");
-  rows.bind(1, application);
-  while (rows.step()) {
-    if (auto payload = JSONAny::decode(rows.text(0))) health.delivered.push_back(*std::move(payload));
+void readRegistrations(const DeviceFile::Contents& contents, const std::string& application,
+                       DeviceHealth& health) {
+  for (const auto& [identifier, registration] : contents.registrations) {
+    const auto known = std::find(health.applications.begin(), health.applications.end(), identifier);
+    if (known == health.applications.end()) health.applications.push_back(identifier);
+    if (identifier == application && registration.registered) health.token = registration.token;
   }
 }
 
@@ -57,15 +50,15 @@ DeviceHealth inspectDevice(const DeviceHome& home, const std::string& applicatio
   const bool missing = ::stat(home.path().c_str(), &found) != 0 && errno == ENOENT;
   health.problem = missing ? makingProblem(home.path()) : folderProblem(home.path());
   if (missing) return health;
-  // An empty file has been made, and not yet filled.
-  health.exists = ::stat(home.database().c_str(), &found) == 0 && found.st_size > 0;
-  if (!health.exists) return health;
-  DeviceDatabase database(home.database());
-  const auto read = database.use([&](Connection& connection) {
-    readApplications(connection, application, health);
-    readDelivered(connection, application, health);
-  });
-  if (!read && health.problem.empty()) health.problem = read.error().description;
+  auto kept = system::inspectNotificationStore(home.path(), application);
+  health.exists = kept.exists || ::stat(home.deviceFile().c_str(), &found) == 0;
+  health.applications = std::move(kept.applications);
+  health.authorization = kept.authorization;
+  health.delivered = std::move(kept.delivered);
+  if (health.problem.empty()) health.problem = std::move(kept.problem);
+  const auto contents = DeviceFile(home.deviceFile()).read();
+  if (contents) readRegistrations(*contents, application, health);
+  if (!contents && health.problem.empty()) health.problem = contents.error().description;
   return health;
 }
 

@@ -6,40 +6,38 @@
 
 #include "VorselKelpPosix/CurlURLSession.h"
 #include "VorselKelpSimulator/DeviceServices.h"
+#include "VorselKelpSystem/UnavailableServices.h"
 
 namespace VorselKelp::simulator {
 namespace {
 
+using system::CountedURLSession;
+using system::EventChannel;
+
 /// Whoever listens puts a request and its answer together by their number.
-CountedURLSession::Sending tellingTo(std::shared_ptr<EventChannel> channel) {
-  return
-      [channel = std::move(channel), count = std::make_shared<std::atomic<std::int64_t>>(
-                                         0)](const platform::
-                                                 URLRequest& request) -> CountedURLSession::
-                                                                          Answered {
-                                                                            const JSONAny number = (*count)++;
-                                                                            channel->send(
-                                                                                "request",
-                                                                                JSONAny::Dictionary{
-                                                                                    {"number", number},
-                                                                                    {"method",
-                                                                                     request.method},
-                                                                                    {"url", request.url}});
-                                                                            return
-                                                                                [channel, number](
-                                                                                    const platform::URLResult&
-                                                                                        result) {
-                                                                                  auto answer = result.error      ? JSONAny::Member{"error", result.error->description}
-                    : result.response ? JSONAny::Member{"status", result.response->statusCode}
-                                      : JSONAny::Member{"error", "no answer"};
-                                                                                  channel->send(
-                                                                                      "answer",
-                                                                                      JSONAny::Dictionary{
-                                                                                          {"number", number},
-                                                                                          std::move(answer)});
-                                                                                };
-                                                                          };
-}
+class RequestTeller {
+ public:
+  explicit RequestTeller(std::shared_ptr<EventChannel> channel) : channel_(std::move(channel)) {}
+
+  CountedURLSession::Answered operator()(const platform::URLRequest& request) const {
+    const JSONAny number = (*count_)++;
+    channel_->send("request",
+                   JSONAny::Dictionary{{"number", number}, {"method", request.method}, {"url", request.url}});
+    return [channel = channel_, number](const platform::URLResult& result) {
+      channel->send("answer", JSONAny::Dictionary{{"number", number}, answerOf(result)});
+    };
+  }
+
+ private:
+  static JSONAny::Member answerOf(const platform::URLResult& result) {
+    if (result.error) return {"error", result.error->description};
+    if (result.response) return {"status", result.response->statusCode};
+    return {"error", "no answer"};
+  }
+
+  std::shared_ptr<EventChannel> channel_;
+  std::shared_ptr<std::atomic<std::int64_t>> count_ = std::make_shared<std::atomic<std::int64_t>>(0);
+};
 
 }  // namespace
 
@@ -52,23 +50,23 @@ HostedProcess::HostedProcess(ProcessOptions given, Manifest application, double 
       home(options.home),
       loop(std::make_shared<posix::EventLoop>(std::move(waiter))),
       channel(std::make_shared<EventChannel>(options.channel)),
-      session(std::make_shared<CountedURLSession>(posix::makeURLSession(), loop, tellingTo(channel),
+      session(std::make_shared<CountedURLSession>(posix::makeURLSession(), loop, RequestTeller(channel),
                                                   [loop = loop] { loop->wake(); })) {}
 
 ProcessServices HostedProcess::services(const std::shared_ptr<SimulatedDevice>& device) const {
   ProcessServices services;
   services.device = device;
   services.mainQueue = loop;
-  services.console = makeChannelConsole(channel);
+  services.console = system::makeChannelConsole(channel);
   services.urlSession = session;
   return services;
 }
 
 ProcessServices HostedProcess::extensionServices(const std::shared_ptr<SimulatedDevice>& device) const {
   auto own = services(device);
-  own.notificationCenter = makeNotificationCenter(device, loop, DialogAnswer::none);
-  own.application = makeUnavailableApplication();
-  own.inAppBrowser = makeUnavailableBrowser();
+  own.notificationCenter = makeNotificationCenter(device, loop, makeSimulatedUser(DialogAnswer::none));
+  own.application = system::makeUnavailableApplication();
+  own.inAppBrowser = system::makeUnavailableBrowser();
   return own;
 }
 

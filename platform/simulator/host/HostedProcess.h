@@ -6,8 +6,8 @@
 #include "VorselKelpSimulator/DeviceHome.h"
 #include "VorselKelpSimulator/Manifest.h"
 #include "VorselKelpSimulator/ProcessPlatform.h"
-#include "host/CountedURLSession.h"
-#include "host/EventChannel.h"
+#include "VorselKelpSystem/CountedURLSession.h"
+#include "VorselKelpSystem/EventChannel.h"
 #include "host/ProcessOptions.h"
 
 namespace VorselKelp::simulator {
@@ -29,8 +29,8 @@ struct HostedProcess {
   const posix::EventLoop::Clock::time_point deadline;
   const DeviceHome home;
   const std::shared_ptr<posix::EventLoop> loop;
-  const std::shared_ptr<EventChannel> channel;
-  const std::shared_ptr<CountedURLSession> session;
+  const std::shared_ptr<system::EventChannel> channel;
+  const std::shared_ptr<system::CountedURLSession> session;
 };
 
 }  // namespace VorselKelp::simulator

@@ -5,14 +5,14 @@
 
 #include "VorselKelpPosix/LineSink.h"
 #include "VorselKelpSimulator/ProcessScreen.h"
-#include "host/EventChannel.h"
+#include "VorselKelpSystem/EventChannel.h"
 
 namespace VorselKelp::simulator {
 
 /// Takes pictures of a process's screen into a folder, and tells of each.
 struct PictureTaker {
   ProcessScreen& screen;
-  std::shared_ptr<EventChannel> channel;
+  std::shared_ptr<system::EventChannel> channel;
   std::string folder;
 
   void take(const std::string& name) const {

@@ -1,19 +1,12 @@
 #include "host/ProcessOptions.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
 #include <cmath>
-#include <cstring>
 #include <type_traits>
 
 namespace VorselKelp::simulator {
 namespace {
-
-constexpr std::size_t inputLimit = std::size_t{64} << 20;
 
 template <class Number>
 bool readNumber(std::string_view text, Number& number) {
@@ -94,24 +87,6 @@ std::optional<bool> setOption(ProcessOptions& options, std::string_view name, st
   return !value.empty();
 }
 
-Result<std::string> readAll(int descriptor, const std::string& name) {
-  std::string bytes;
-  std::size_t size = 0;
-  while (true) {
-    bytes.resize(size + std::size_t{16} * 1024);
-    const auto got = ::read(descriptor, bytes.data() + size, bytes.size() - size);
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) return Error{"Cannot read " + name + ": " + std::strerror(errno), errno};
-    if (got == 0) break;
-    size += static_cast<std::size_t>(got);
-    if (size > inputLimit) {
-      return Error{"Cannot read " + name + ": it is larger than 64 MiB; no server sends such a payload"};
-    }
-  }
-  bytes.resize(size);
-  return bytes;
-}
-
 }  // namespace
 
 Result<ProcessOptions> readOptions(int argc, const char* const* argv) {
@@ -120,6 +95,10 @@ Result<ProcessOptions> readOptions(int argc, const char* const* argv) {
     const std::string name = argv[i];
     if (name == "--stay") {
       options.stay = true;
+      continue;
+    }
+    if (name == "--background") {
+      options.background = true;
       continue;
     }
     if (name == "--no-handle") {
@@ -140,14 +119,6 @@ Result<ProcessOptions> readOptions(int argc, const char* const* argv) {
     return Error{"--action and --no-handle belong to --tap ID"};
   }
   return options;
-}
-
-Result<std::string> readInput(const std::string& path) {
-  const int descriptor = path.empty() ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (descriptor < 0) return Error{"Cannot read " + path + ": " + std::strerror(errno), errno};
-  auto bytes = readAll(descriptor, path.empty() ? "the payload" : path);
-  if (!path.empty()) ::close(descriptor);
-  return bytes;
 }
 
 }  // namespace VorselKelp::simulator

@@ -32,6 +32,7 @@ struct ProcessOptions {
   std::string notify;  ///< a notification to show on the desktop; empty: none
   PromptAnswer promptAnswer = PromptAnswer::none;
   std::string scriptHost;         ///< in place of the manifest's; empty: the manifest's
+  bool background = false;        ///< started for the payload, which is silent
   bool stay = false;              ///< until the user closes the window
   std::string pictures;           ///< a folder for pictures of the screens; empty: none are taken
   std::vector<std::string> acts;  ///< "right", "left" or "open"
@@ -42,8 +43,5 @@ struct ProcessOptions {
 
 /// An error is one line that says what to do.
 Result<ProcessOptions> readOptions(int argc, const char* const* argv);
-
-/// Standard input, or the file `path` unless it is empty: at most 64 MiB.
-Result<std::string> readInput(const std::string& path);
 
 }  // namespace VorselKelp::simulator

@@ -5,6 +5,7 @@
 #include "VorselKelpPosix/Services.h"
 #include "VorselKelpPosix/SqliteUserDefaults.h"
 #include "VorselKelpSimulator/HeadlessScreen.h"
+#include "VorselKelpSystem/UnavailableServices.h"
 
 namespace VorselKelp::simulator {
 
@@ -26,14 +27,14 @@ std::shared_ptr<platform::Platform> makePlatform(const Manifest& manifest, Proce
   made->notificationCenter = std::move(services.notificationCenter);
   made->application = std::move(services.application);
   made->mainQueue = std::move(services.mainQueue);
-  made->clock = posix::makeClock([device = std::move(services.device)] { return device->clockOffset(); });
+  made->clock = services.device->clock();
   made->random = posix::makeRandom();
   made->device = makeDevice(manifest);
   made->screen = services.screen ? std::move(services.screen) : makeScreen(manifest);
   made->console = std::move(services.console);
   made->imageDecoder = posix::makeImageDecoder();
   made->inAppBrowser = std::move(services.inAppBrowser);
-  made->location = services.location ? std::move(services.location) : makeUnavailableLocation();
+  made->location = services.location ? std::move(services.location) : system::makeUnavailableLocation();
   made->viewPresenter =
       services.viewPresenter ? std::move(services.viewPresenter) : makeHeadlessPresenter(nullptr);
   made->webViews =

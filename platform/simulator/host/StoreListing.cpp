@@ -1,5 +1,6 @@
 #include "VorselKelpSimulator/StoreListing.h"
 
+#include <sqlite3.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -9,7 +10,7 @@
 #include "VorselKelpPosix/RowKind.h"
 #include "VorselKelpPosix/SafeName.h"
 #include "VorselKelpPosix/SqliteUserDefaults.h"
-#include "device/DeviceDatabase.h"
+#include "VorselKelpPosix/Statement.h"
 
 namespace VorselKelp::simulator {
 namespace {
@@ -46,8 +47,8 @@ std::vector<std::string> keysIn(const std::string& file) {
   sqlite3_open_v2(file.c_str(), &opened, SQLITE_OPEN_READWRITE, nullptr);
   const std::unique_ptr<sqlite3, int (*)(sqlite3*)> connection(opened, &sqlite3_close);
   sqlite3_busy_timeout(connection.get(), 5000);
-  Connection reading{connection.get(), std::nullopt};
-  Statement rows(reading, "SELECT key FROM object ORDER BY key");
+  posix::Connection reading{connection.get(), std::nullopt};
+  posix::Statement rows(reading, "SELECT key FROM object ORDER BY key");
   while (rows.step()) keys.push_back(rows.text(0));
   return keys;
 }
@@ -91,7 +92,7 @@ Handle openForReading(const std::string& file) {
   return {opened, &sqlite3_close};
 }
 
-JSONAny valueOf(const Statement& row) {
+JSONAny valueOf(const posix::Statement& row) {
   switch (static_cast<posix::RowKind>(row.integer(1))) {
     case posix::RowKind::boolean:
       return row.integer(2) != 0;
@@ -108,8 +109,8 @@ JSONAny valueOf(const Statement& row) {
 
 void inspect(const std::string& file, StoreHealth& health) {
   const auto handle = openForReading(file);
-  Connection reading{handle.get(), std::nullopt};
-  Statement check(reading, "PRAGMA integrity_check(1)");
+  posix::Connection reading{handle.get(), std::nullopt};
+  posix::Statement check(reading, "PRAGMA integrity_check(1)");
   const bool checked = check.step();
   if (checked && check.text(0) != "ok") {
     health.damaged = true;
@@ -117,7 +118,7 @@ void inspect(const std::string& file, StoreHealth& health) {
     return;
   }
   JSONAny::Dictionary values;
-  Statement rows(reading, "SELECT key, kind, value FROM object ORDER BY key");
+  posix::Statement rows(reading, "SELECT key, kind, value FROM object ORDER BY key");
   while (rows.step()) values.push_back({rows.text(0), valueOf(rows)});
   health.values = std::move(values);
   if (!reading.failure) return;

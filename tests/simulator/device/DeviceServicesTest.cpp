@@ -2,10 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
-
 #include "VorselKelpPosix/EventLoop.h"
 #include "VorselKelpSimulator/DeviceHome.h"
 #include "posix/support/TemporaryFolder.h"
@@ -18,13 +14,13 @@ class DeviceServicesTest : public testing::Test {
   std::shared_ptr<SimulatedDevice> openDevice() const {
     return std::make_shared<SimulatedDevice>(DeviceHome(folder_.path()), "com.example.news");
   }
-  std::shared_ptr<DeviceNotificationCenter> makeCenter(DialogAnswer answer) const {
-    return makeNotificationCenter(openDevice(), loop_, answer);
+  std::shared_ptr<system::NotificationCenter> makeCenter(DialogAnswer answer) const {
+    return makeNotificationCenter(openDevice(), loop_, makeSimulatedUser(answer));
   }
   void runLoop() {
     ASSERT_TRUE(loop_->run([] { return true; }, posix::EventLoop::Clock::now() + posix::loopDuration(10)));
   }
-  static void ask(DeviceNotificationCenter& center, std::vector<std::string>& answers) {
+  static void ask(system::NotificationCenter& center, std::vector<std::string>& answers) {
     center.requestAuthorization(7, [&answers](bool granted, const std::optional<Error>& error) {
       answers.push_back(std::string(granted ? "granted" : "refused") + (error ? " with an error" : ""));
     });
@@ -57,120 +53,12 @@ TEST_F(DeviceServicesTest, AnswersAnIgnoredDialogWhenTheProcessEnds) {
     ask(*center, answers);
     runLoop();
     EXPECT_TRUE(answers.empty());
-    center->dismissDialog();
+    center->endQuestion();
     EXPECT_EQ(answers, (std::vector<std::string>{"refused with an error"}));
     ask(*center, answers);
   }
   EXPECT_EQ(answers.size(), 2u);
   EXPECT_EQ(openDevice()->authorization(), platform::AuthorizationStatus::notDetermined);
-}
-
-std::vector<platform::NotificationCategory> read(platform::NotificationCenter& center) {
-  std::vector<platform::NotificationCategory> found;
-  center.getNotificationCategories([&](auto categories) { found = std::move(categories); });
-  std::sort(found.begin(), found.end(),
-            [](const auto& a, const auto& b) { return a.identifier < b.identifier; });
-  return found;
-}
-
-TEST_F(DeviceServicesTest, AddsCategoriesOfTwoProcessesTogether) {
-  const platform::NotificationCategory kept{
-      "kept", {{"no", "No", platform::NotificationActionOption::destructive}}, true};
-  const auto one = makeCenter(DialogAnswer::none);
-  const auto two = makeCenter(DialogAnswer::none);
-  one->setNotificationCategories({{"old", {}, false}, kept});
-
-  // Both read the same set, and each writes its own addition.
-  auto first = read(*one);
-  auto second = read(*two);
-  ASSERT_EQ(second.size(), 2u);
-  EXPECT_EQ(second[0], kept);
-  first.push_back({"of one", {}, true});
-  second.erase(second.begin() + 1);
-  second.push_back({"of two", {}, true});
-  one->setNotificationCategories(first);
-  two->setNotificationCategories(second);
-  const auto all = read(*one);
-  ASSERT_EQ(all.size(), 3u);
-  EXPECT_EQ(all[0], kept);
-  EXPECT_EQ(all[1].identifier, "of one");
-  EXPECT_EQ(all[2].identifier, "of two");
-
-  // A name is any text; what was half written does not count, and does not harm what comes behind it.
-  const platform::NotificationCategory odd{std::string("1:\0x", 4), {{"", "2:ab"}}, false};
-  const auto file = DeviceHome(folder_.path()).categories("com.example.news");
-  for (const char* torn : {"1:", "1:+3:abc1:", "1:?3:abc", "x", "99999999999999999999:a", "1:+1:k1:11:9"}) {
-    read(*one);
-    one->setNotificationCategories({odd});
-    std::ofstream(file, std::ios::app) << torn;
-    EXPECT_EQ(read(*two), std::vector{odd}) << torn;
-    two->setNotificationCategories({odd, kept});
-    EXPECT_EQ(read(*makeCenter(DialogAnswer::none)), (std::vector{odd, kept})) << torn;
-  }
-  // Changed again and again it does not grow for ever.
-  for (int i = 0; i < 2000; ++i)
-    one->setNotificationCategories({{"changing", {{"no", std::string(80, 'x')}}, i % 2 == 0}});
-  EXPECT_LT(std::filesystem::file_size(file), 100u << 10);
-  EXPECT_EQ(read(*two).at(0).identifier, "changing");
-
-  // Who never looked replaces everything.
-  makeCenter(DialogAnswer::none)->setNotificationCategories({{"alone", {}, false}});
-  EXPECT_EQ(read(*two).size(), 1u);
-}
-
-class Witness : public platform::LifeCycleObserver, public platform::ScreenObserver {
- public:
-  explicit Witness(std::vector<std::string>& events, std::string name = "")
-      : events_(events), name_(std::move(name)) {}
-  void appBecameActive() override { events_.push_back(name_ + "active"); }
-  void appBecameInactive() override { events_.push_back(name_ + "inactive"); }
-  void appBecameBackground() override { events_.push_back(name_ + "background"); }
-  void appWillTerminate() override { events_.push_back(name_ + "terminate"); }
-  void screenDidAppear() override { events_.push_back(name_ + "appeared"); }
-  void screenDidDisappear() override { events_.push_back(name_ + "gone"); }
-
- private:
-  std::vector<std::string>& events_;
-  std::string name_;
-};
-
-TEST_F(DeviceServicesTest, TellsObserversWhatHappensToTheApplication) {
-  const auto application = makeApplication(
-      openDevice(), loop_, [](const auto&) {}, [](const auto&) {});
-  std::vector<std::string> events;
-  const auto first = std::make_shared<Witness>(events, "1 ");
-  auto second = std::make_shared<Witness>(events, "2 ");
-  application->addObserver(std::weak_ptr<platform::LifeCycleObserver>(first));
-  application->addObserver(std::weak_ptr<platform::LifeCycleObserver>(first));
-  application->addObserver(std::weak_ptr<platform::LifeCycleObserver>(second));
-  const std::weak_ptr<platform::ScreenObserver> screens = first;
-  application->addObserver(screens);
-  application->becomeActive();
-  application->screenAppeared();
-  application->removeObserver(screens);
-  application->screenDisappeared();
-  second = nullptr;
-  application->terminate();
-  EXPECT_EQ(events, (std::vector<std::string>{"1 active", "2 active", "1 appeared", "1 terminate"}));
-}
-
-TEST_F(DeviceServicesTest, ExpiresBackgroundTasksThatWereNotEnded) {
-  const auto application = makeApplication(
-      openDevice(), loop_, [](const auto&) {}, [](const auto&) {});
-  int expired = 0;
-  platform::BackgroundTask task = platform::invalidBackgroundTask;
-  task = application->beginBackgroundTask("a", [&] {
-    ++expired;
-    application->endBackgroundTask(task);
-  });
-  const auto ended = application->beginBackgroundTask("b", [&] { expired += 100; });
-  EXPECT_NE(task, platform::invalidBackgroundTask);
-  EXPECT_NE(task, ended);
-  application->endBackgroundTask(ended);
-  application->endBackgroundTask(platform::invalidBackgroundTask);
-  application->expireBackgroundTasks();
-  application->expireBackgroundTasks();
-  EXPECT_EQ(expired, 1);
 }
 
 TEST_F(DeviceServicesTest, BringsTheTokenOnTheMainQueue) {

@@ -54,15 +54,9 @@ TEST(Device, TakesMachineLanguageAndTimeZoneFromManifestAndEnvironment) {
   EXPECT_EQ(device->secondsFromGMT(), 19800);
 }
 
-TEST(Clock, AddsTheDevicesOffsetAndEndsWaitsBySignalOrTime) {
-  int asked = 0;
-  const auto clock = posix::makeClock([&] {
-    ++asked;
-    return 1e6;
-  });
-  EXPECT_NEAR(clock->now() - static_cast<double>(std::time(nullptr)), 1e6, 5);
-  (void)clock->now();
-  EXPECT_EQ(asked, 1);
+TEST(Clock, EndsWaitsBySignalOrTime) {
+  const auto clock = posix::makeClock();
+  EXPECT_NEAR(clock->now(), static_cast<double>(std::time(nullptr)), 5);
   const auto semaphore = clock->makeSemaphore();
   EXPECT_FALSE(semaphore->wait(0));
   semaphore->signal();

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "VorselKelpSimulator/NotificationRecords.h"
+#include "VorselKelpSystem/NotificationRecords.h"
 
 namespace brellixctl {
 
@@ -22,7 +22,7 @@ TemporaryFolder::~TemporaryFolder() {
 }
 
 std::string TemporaryFolder::write(const std::string& name, const JSONAny& json) const {
-  return writeText(name, VorselKelp::simulator::encodeLossy(json) + '\n');
+  return writeText(name, VorselKelp::system::encodeLossy(json) + '\n');
 }
 
 std::string TemporaryFolder::writeText(const std::string& name, const std::string& text) const {

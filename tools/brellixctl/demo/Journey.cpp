@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <filesystem>
 
-#include "VorselKelpSimulator/NotificationRecords.h"
 #include "VorselKelpSimulator/StoreListing.h"
+#include "VorselKelpSystem/NotificationRecords.h"
 #include "brellixctl/PlainText.h"
 #include "brellixctl/TextFile.h"
 
@@ -13,6 +13,7 @@ namespace brellixctl {
 
 using VorselKelp::JSONAny;
 namespace device = VorselKelp::simulator;
+namespace system = VorselKelp::system;
 
 namespace {
 
@@ -211,7 +212,7 @@ bool Journey::publish() {
 /// Whether the device holds this notification for later, or has just delivered it.
 bool Journey::waits(const std::string& identifier) {
   auto device = plan_.target.device();
-  const auto has = [&](const std::vector<device::HeldNotification>& held) {
+  const auto has = [&](const std::vector<system::HeldNotification>& held) {
     return std::any_of(held.begin(), held.end(),
                        [&](const auto& each) { return each.request.identifier == identifier; });
   };
@@ -242,7 +243,7 @@ void Journey::printSteps() const {
   for (const auto& step : steps_) {
     list.push_back(JSONAny::Dictionary{{"step", step.name}, {"ok", step.ok}, {"detail", step.detail}});
   }
-  std::printf("%s\n", device::encodeLossy(std::move(list)).c_str());
+  std::printf("%s\n", system::encodeLossy(std::move(list)).c_str());
 }
 
 }  // namespace brellixctl

@@ -5,13 +5,13 @@
 #include <filesystem>
 #include <map>
 
-#include "VorselKelpSimulator/NotificationRecords.h"
+#include "VorselKelpSystem/NotificationRecords.h"
 #include "brellixctl/TextFile.h"
 
 namespace brellixctl {
 
 using VorselKelp::JSONAny;
-using VorselKelp::simulator::encodeLossy;
+using VorselKelp::system::encodeLossy;
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <iterator>
 
-#include "VorselKelpSimulator/NotificationRecords.h"
+#include "VorselKelpSystem/NotificationRecords.h"
 #include "brellixctl/Commands.h"
 #include "brellixctl/PlainText.h"
 #include "brellixctl/doctor/Checks.h"

@@ -83,7 +83,7 @@ Fleet::Fleet(FleetPlan plan, std::vector<FleetPayload> payloads, Watch watch)
   services_.endpoints = {server, server, server, server, server, server + "/articles/ad"};
   services_.session = meter_;
   services_.mainQueue = loop_;
-  services_.clock = VorselKelp::posix::makeClock([] { return 0.0; });
+  services_.clock = VorselKelp::posix::makeClock();
   services_.random = VorselKelp::posix::makeRandom();
   services_.console = std::make_shared<SilentConsole>();
   services_.apiKey = "fleet";

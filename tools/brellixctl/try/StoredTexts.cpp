@@ -1,11 +1,11 @@
 #include "brellixctl/try/StoredTexts.h"
 
-#include "VorselKelpSimulator/NotificationRecords.h"
+#include "VorselKelpSystem/NotificationRecords.h"
 
 namespace brellixctl {
 
 using VorselKelp::JSONAny;
-namespace device = VorselKelp::simulator;
+namespace system = VorselKelp::system;
 
 namespace {
 
@@ -20,7 +20,7 @@ void collectTexts(StoredTexts& texts, const std::string& name, const JSONAny& va
     for (const auto& item : *list) collectTexts(texts, name, item, level);
   } else {
     const auto* text = value.as<std::string>();
-    texts[name].push_back(text != nullptr ? *text : device::encodeLossy(value));
+    texts[name].push_back(text != nullptr ? *text : system::encodeLossy(value));
   }
 }
 

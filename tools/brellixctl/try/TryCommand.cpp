@@ -5,7 +5,7 @@
 #include <cstring>
 #include <fstream>
 
-#include "VorselKelpSimulator/NotificationRecords.h"
+#include "VorselKelpSystem/RemoteNotification.h"
 #include "brellixctl/Commands.h"
 #include "brellixctl/PayloadFile.h"
 #include "brellixctl/TextFile.h"
@@ -21,6 +21,7 @@ using VorselKelp::JSONAny;
 using VorselKelp::PayloadLint;
 using VorselKelp::Result;
 namespace device = VorselKelp::simulator;
+namespace system = VorselKelp::system;
 
 namespace {
 
@@ -101,7 +102,7 @@ Result<TrialReport> tryOut(const CommonOptions& common, const TryRequest& reques
                            const std::string& payload) {
   const auto decoded = decodePayload(payload, request.payloadPath);
   if (!decoded) return decoded.error();
-  auto lint = VorselKelp::lintPayload(payload, triedIdentifier, device::originalContent(*decoded));
+  auto lint = VorselKelp::lintPayload(payload, triedIdentifier, system::unchangedContent(*decoded));
   if (!request.anywhere) fenceProcesses();
   const TemporaryFolder folder;
   const auto server = CollectionServer::start({});

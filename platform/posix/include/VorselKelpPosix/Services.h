@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 
 #include "VorselKelp/Export.h"
@@ -8,8 +7,8 @@
 
 namespace VorselKelp::posix {
 
-/// The system's clock moved by what `offset` answers (seconds, asked once, when the time is first read).
-VORSELKELP_API std::shared_ptr<platform::Clock> makeClock(std::function<double()> offset);
+/// The machine's clock. Waits run on its steady one.
+VORSELKELP_API std::shared_ptr<platform::Clock> makeClock();
 
 VORSELKELP_API std::shared_ptr<platform::Random> makeRandom();
 

@@ -66,6 +66,10 @@ class ApplicationDelegate {
                           std::function<void(std::optional<std::string>)> completion) {
     (void)response, (void)handle, (void)completion;
   }
+  /// A silent remote notification came, for which the application was started in the background.
+  virtual void didReceiveRemoteNotification(ApplicationProcess& process, const platform::UserInfo& userInfo) {
+    (void)process, (void)userInfo;
+  }
 };
 
 /// An application's main function: composes the process's platform from the command line, installs it in the
@@ -86,6 +90,9 @@ class ApplicationDelegate {
 ///   --tap ID [--action A] [--no-handle]   no start: the user taps this notification
 ///   --notify ID                      no start: this notification is shown on the desktop, and the process
 ///                                    waits for what the user does with it
+///   --background [--payload FILE]    a start in the background, for this silent remote notification
+///   (default:
+///                                    standard input)
 ///   --time-limit S                   its work ends then, if not before (default 20)
 ///   --channel FD                     reports as JSON lines to this descriptor; without it the console is
 ///   stdout

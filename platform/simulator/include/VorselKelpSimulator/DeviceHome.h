@@ -16,12 +16,8 @@ class VORSELKELP_API DeviceHome {
   explicit DeviceHome(const std::string& path);
 
   [[nodiscard]] const std::string& path() const { return path_; }
-  /// The device's own database: notifications, permissions, badge, token, clock.
-  [[nodiscard]] std::string database() const { return path_ + "/device.sqlite"; }
-  /// The notification categories of one application.
-  [[nodiscard]] std::string categories(const std::string& application) const;
-  /// Files that came with notifications which the device holds.
-  [[nodiscard]] std::string attachments() const { return path_ + "/attachments"; }
+  /// What the device knows about itself: its clock, and the applications' tokens.
+  [[nodiscard]] std::string deviceFile() const { return path_ + "/device.json"; }
   [[nodiscard]] std::string groupContainers() const { return path_ + "/groups"; }
   /// The store of the process's own domain.
   [[nodiscard]] std::string standardDefaults(const Manifest& manifest, ProcessKind kind) const;

@@ -7,11 +7,11 @@
 #include <vector>
 
 #include "VorselKelp/Export.h"
-#include "VorselKelp/platform/Application.h"
 #include "VorselKelp/platform/InAppBrowser.h"
 #include "VorselKelp/platform/MainQueue.h"
-#include "VorselKelp/platform/NotificationCenter.h"
 #include "VorselKelpSimulator/SimulatedDevice.h"
+#include "VorselKelpSystem/NotificationCenter.h"
+#include "VorselKelpSystem/RunningApplication.h"
 
 namespace VorselKelp::simulator {
 
@@ -22,46 +22,29 @@ enum class DialogAnswer { allow, deny, none };
 /// with none a real user is waited for.
 using PermissionDialog = std::function<void(DialogAnswer answer, std::function<void(bool allowed)> answered)>;
 
-/// The notification centre of one process.
-///
-/// setNotificationCategories writes the difference between the new set and what this process last read or
-/// wrote, so that two processes which add a category each at the same moment both keep theirs; a process that
-/// never read the set replaces it as a whole.
-class DeviceNotificationCenter : public platform::NotificationCenter {
+/// The simulated user, who is asked for the permission.
+class SimulatedUser : public system::PermissionAsker {
  public:
-  /// Ends the dialog that nobody answered: whoever waits for it hears that the permission was not granted,
-  /// and why. To be called when the process ends; the destructor does the same.
-  virtual void dismissDialog() = 0;
-  /// The dialog is shown by this, on the main thread, instead of by nothing at all. Before the first
-  /// question.
+  /// The dialog is shown by this instead of by nothing at all. Before the first question; null in the end,
+  /// for what shows it may hold the screen.
   virtual void showDialogWith(PermissionDialog dialog) = 0;
 };
 
-VORSELKELP_API std::shared_ptr<DeviceNotificationCenter> makeNotificationCenter(
-    std::shared_ptr<SimulatedDevice> device, std::shared_ptr<platform::MainQueue> mainQueue,
-    DialogAnswer answer);
+/// A user who answers what `answer` says; with none, and without a dialog, the question stays open.
+VORSELKELP_API std::shared_ptr<SimulatedUser> makeSimulatedUser(DialogAnswer answer);
 
-/// The application object of one process, with the hands by which the system moves it. All of them are to be
-/// used on the main thread.
-class DeviceApplication : public platform::Application {
- public:
-  virtual void becomeActive() = 0;
-  virtual void resignActive() = 0;
-  virtual void enterBackground() = 0;
-  virtual void terminate() = 0;
-  /// The system's patience with background tasks ends.
-  virtual void expireBackgroundTasks() = 0;
-  /// Badges are shown by this as well, on any thread. Before the first one.
-  virtual void showBadgeWith(std::function<void(std::int64_t)> show) = 0;
-  virtual void screenAppeared() = 0;
-  virtual void screenDisappeared() = 0;
-};
+/// The notification centre of one process. Its time is moved by hand, and what it holds is shown by commands
+/// alone.
+VORSELKELP_API std::shared_ptr<system::NotificationCenter> makeNotificationCenter(
+    std::shared_ptr<SimulatedDevice> device, std::shared_ptr<platform::MainQueue> mainQueue,
+    std::shared_ptr<SimulatedUser> user);
 
 /// `registered` gets the token, or the reason why there is none, on the main queue. `opened` learns which
-/// addresses leave the application.
-VORSELKELP_API std::shared_ptr<DeviceApplication> makeApplication(
+/// addresses leave the application. `badge` may be null.
+VORSELKELP_API std::shared_ptr<system::RunningApplication> makeApplication(
     std::shared_ptr<SimulatedDevice> device, std::shared_ptr<platform::MainQueue> mainQueue,
-    std::function<void(Result<std::string>)> registered, std::function<void(const std::string& url)> opened);
+    std::function<void(Result<std::string>)> registered, std::function<void(const std::string& url)> opened,
+    std::shared_ptr<system::Badge> badge = nullptr);
 
 /// A browser without a window: `show` learns which page would be on the screen.
 VORSELKELP_API std::shared_ptr<platform::InAppBrowser> makeRecordingBrowser(

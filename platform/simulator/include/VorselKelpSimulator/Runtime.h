@@ -26,13 +26,4 @@ VORSELKELP_API std::shared_ptr<platform::Device> makeDevice(const Manifest& mani
 /// A screen that nobody looks at: it has a size and is never refreshed.
 VORSELKELP_API std::shared_ptr<platform::Screen> makeScreen(const Manifest& manifest);
 
-/// What an extension has in place of an application: events never come, and what is asked for is refused.
-VORSELKELP_API std::shared_ptr<platform::Application> makeUnavailableApplication();
-
-/// Finds nothing, ever. The refusal is a line on standard error.
-VORSELKELP_API std::shared_ptr<platform::LocationServices> makeUnavailableLocation();
-
-/// Shows no page: an extension has no window. The refusal is a line on standard error.
-VORSELKELP_API std::shared_ptr<platform::InAppBrowser> makeUnavailableBrowser();
-
 }  // namespace VorselKelp::simulator

@@ -1,32 +1,17 @@
 #pragma once
 
-#include <functional>
-#include <memory>
-
 #include "VorselKelp/Export.h"
-#include "VorselKelp/platform/Notification.h"
 #include "VorselKelpSimulator/Manifest.h"
+#include "VorselKelpSystem/ServiceExtension.h"
 
 namespace VorselKelp::simulator {
 
-/// What the system calls in a notification-service extension. All calls come on the main thread, after the
-/// process's platform has been installed in the library.
-class ServiceExtension {
+/// What the simulated device calls in a notification-service extension. All calls come on the main thread,
+/// after the process's platform has been installed in the library.
+class ServiceExtension : public system::ServiceExtension {
  public:
-  using ContentHandler = std::function<void(std::shared_ptr<platform::NotificationContent>)>;
-
-  virtual ~ServiceExtension() = default;
-
   /// Comes first: the place to name the application group.
   virtual void willStart(const Manifest& manifest) { (void)manifest; }
-
-  /// A notification is to be shown. `best` is a copy of its content for the extension to change; `handler`
-  /// shows what it is given. It may be called on any thread; only the first call counts.
-  virtual void didReceive(const platform::NotificationRequest& request,
-                          std::shared_ptr<platform::NotificationContent> best, ContentHandler handler) = 0;
-
-  /// The time is over and nothing was shown: the last moment to call the handler.
-  virtual void serviceExtensionTimeWillExpire() = 0;
 };
 
 /// A service extension's main function: composes the process's platform from the command line, installs it in

@@ -1,0 +1,120 @@
+#include "notifications/CategoryCoding.h"
+
+#include <charconv>
+#include <cstdint>
+#include <optional>
+#include <utility>
+
+namespace VorselKelp::system {
+namespace {
+
+using platform::NotificationActionOption;
+using platform::NotificationCategory;
+
+constexpr std::string_view addition = "+";
+constexpr std::string_view removal = "-";
+
+void append(std::string& text, std::string_view field) {
+  text += std::to_string(field.size());
+  text += ':';
+  text += field;
+}
+
+void append(std::string& text, std::uint64_t number) {
+  append(text, std::string_view(std::to_string(number)));
+}
+
+/// Takes one field after the other off a text; after the first that makes no sense it has none.
+class Fields {
+ public:
+  explicit Fields(std::string_view text) : rest_(text) {}
+
+  [[nodiscard]] std::size_t left() const { return rest_.size(); }
+  [[nodiscard]] bool sound() const { return sound_; }
+
+  std::string_view text() {
+    const auto size = number(rest_.substr(0, rest_.find(':')));
+    const auto start = rest_.find(':') + 1;
+    if (!size || *size > rest_.size() - start) return fail();
+    const auto field = rest_.substr(start, *size);
+    rest_.remove_prefix(start + *size);
+    return field;
+  }
+
+  std::uint64_t count() {
+    const auto value = number(text());
+    if (!value) fail();
+    return value.value_or(0);
+  }
+
+ private:
+  static std::optional<std::uint64_t> number(std::string_view digits) {
+    std::uint64_t value = 0;
+    const auto* end = digits.data() + digits.size();
+    const auto [stop, error] = std::from_chars(digits.data(), end, value);
+    return error == std::errc() && stop == end ? std::optional(value) : std::nullopt;
+  }
+
+  std::string_view fail() {
+    sound_ = false;
+    return rest_ = {};
+  }
+
+  std::string_view rest_;
+  bool sound_ = true;
+};
+
+void readRest(Fields& fields, NotificationCategory& category) {
+  category.customDismissAction = fields.count() != 0;
+  for (auto actions = fields.count(); actions > 0 && fields.sound(); --actions) {
+    auto& action = category.actions.emplace_back();
+    action.identifier = fields.text();
+    action.title = fields.text();
+    if (fields.count() == static_cast<std::uint64_t>(NotificationActionOption::destructive))
+      action.option = NotificationActionOption::destructive;
+  }
+}
+
+}  // namespace
+
+std::string encodeRemoval(std::string_view identifier) {
+  std::string text;
+  append(text, removal);
+  append(text, identifier);
+  return text;
+}
+
+std::string encodeCategory(const NotificationCategory& category) {
+  std::string text;
+  append(text, addition);
+  append(text, category.identifier);
+  append(text, std::uint64_t{category.customDismissAction});
+  append(text, category.actions.size());
+  for (const auto& action : category.actions) {
+    append(text, action.identifier);
+    append(text, action.title);
+    append(text, static_cast<std::uint64_t>(action.option));
+  }
+  return text;
+}
+
+std::size_t applyChanges(std::string_view text, CategoryMap& categories) {
+  Fields fields(text);
+  std::size_t applied = 0;
+  while (fields.left() > 0) {
+    const auto change = fields.text();
+    NotificationCategory category{std::string(fields.text()), {}, false};
+    if (change == addition) readRest(fields, category);
+    if (!fields.sound() || (change != addition && change != removal)) break;
+    if (change == addition) {
+      auto identifier = category.identifier;
+      categories.insert_or_assign(std::move(identifier), std::move(category));
+    } else {
+      categories.erase(category.identifier);
+    }
+    applied = text.size() - fields.left();
+  }
+  return applied;
+}
+
+}  // namespace VorselKelp::system

@@ -1,0 +1,124 @@
+#include "notifications/CategoryFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <utility>
+
+#include "VorselKelpPosix/Descriptor.h"
+#include "VorselKelpPosix/FileIO.h"
+#include "VorselKelpPosix/LockFile.h"
+
+namespace VorselKelp::system {
+namespace {
+
+using platform::NotificationCategory;
+
+constexpr auto changePatience = std::chrono::milliseconds(10'000);
+/// From this many bytes on a file may be longer than it need be.
+constexpr std::size_t longFile = std::size_t{64} << 10;
+
+/// A file that is cut short meanwhile gives less.
+bool readBytes(int file, std::size_t offset, std::string& bytes) {
+  std::size_t filled = 0;
+  while (filled < bytes.size()) {
+    const auto got =
+        ::pread(file, bytes.data() + filled, bytes.size() - filled, static_cast<off_t>(offset + filled));
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) return false;
+    if (got == 0) break;
+    filled += static_cast<std::size_t>(got);
+  }
+  bytes.resize(filled);
+  return true;
+}
+
+bool writeBytes(int file, std::size_t offset, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const auto written = ::pwrite(file, bytes.data(), bytes.size(), static_cast<off_t>(offset));
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return false;
+    bytes.remove_prefix(static_cast<std::size_t>(written));
+    offset += static_cast<std::size_t>(written);
+  }
+  return true;
+}
+
+}  // namespace
+
+Result<std::vector<NotificationCategory>> CategoryFile::read() {
+  const std::lock_guard guard(mutex_);
+  const posix::Descriptor file(::open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+  if (file.number() < 0 && errno == ENOENT) {
+    forget();
+  } else if (auto read = readNew(file.number()); !read) {
+    return read.error();
+  }
+  std::vector<NotificationCategory> categories;
+  categories.reserve(categories_.size());
+  for (const auto& [identifier, category] : categories_) categories.push_back(category);
+  return categories;
+}
+
+Status CategoryFile::change(const std::vector<std::string>& removed,
+                            const std::vector<NotificationCategory>& written) {
+  const std::lock_guard guard(mutex_);
+  auto lock = posix::lockFile(path_ + ".lock", changePatience);
+  if (!lock && lock.error().code == ENOENT && posix::makeFolders(posix::parentOf(path_)))
+    lock = posix::lockFile(path_ + ".lock", changePatience);
+  if (!lock) return lock.error();
+  posix::Descriptor file(::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
+  if (auto read = readNew(file.number()); !read) return read;
+  std::string changes;
+  for (const auto& identifier : removed) changes += encodeRemoval(identifier);
+  for (const auto& category : written) changes += encodeCategory(category);
+  if (auto appended = append(file.number(), changes); !appended) return appended;
+  return length_ > longFile ? replace() : Done{};
+}
+
+void CategoryFile::forget() {
+  inode_ = 0;
+  length_ = 0;
+  categories_.clear();
+}
+
+/// Reads on from where the last reading ended; `file` may be none, for the reason that errno gives.
+Status CategoryFile::readNew(int file) {
+  struct stat status {};
+  if (file < 0 || ::fstat(file, &status) != 0) return posix::systemError(path_);
+  if (!S_ISREG(status.st_mode)) return Error{path_ + ": not a file"};
+  const auto size = static_cast<std::size_t>(status.st_size);
+  if (inode_ != status.st_ino || size < length_) forget();
+  inode_ = status.st_ino;
+  std::string bytes(size - length_, '\0');
+  if (!readBytes(file, length_, bytes)) return posix::systemError(path_);
+  const auto applied = applyChanges(bytes, categories_);
+  torn_ = applied < bytes.size();
+  length_ += applied;
+  return Done{};
+}
+
+/// Under the lock. Takes the place of what a killed process has half written.
+Status CategoryFile::append(int file, const std::string& changes) {
+  if (torn_ && ::ftruncate(file, static_cast<off_t>(length_)) != 0) return posix::systemError(path_);
+  if (!writeBytes(file, length_, changes)) return posix::systemError(path_);
+  length_ += applyChanges(changes, categories_);
+  return Done{};
+}
+
+/// Under the lock: the passing name is one for all. What can't be written anew stays as it is.
+Status CategoryFile::replace() {
+  std::string text;
+  for (const auto& [identifier, category] : categories_) text += encodeCategory(category);
+  if (text.size() > length_ / 2) return Done{};
+  const auto fresh = path_ + ".new";
+  posix::Descriptor file(::open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
+  if (file.number() < 0) return Done{};
+  if (!writeBytes(file.number(), 0, text) || !file.close() || ::rename(fresh.c_str(), path_.c_str()) != 0)
+    ::unlink(fresh.c_str());
+  return Done{};
+}
+
+}  // namespace VorselKelp::system

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "VorselKelp/Result.h"
+#include "VorselKelp/platform/NotificationCenter.h"
+#include "notifications/CategoryCoding.h"
+
+namespace VorselKelp::system {
+
+/// One application's notification categories, as a file of the changes to them, one behind the other: every
+/// extension reads the set and adds to it, and a database, or a file that takes another's place, is dear for
+/// that. A file that has become much longer than its categories is written anew. Several processes at once;
+/// any thread. What a killed process has half written does not count.
+class CategoryFile {
+ public:
+  /// `path` is absolute. The file and its folder are made by the first change.
+  explicit CategoryFile(std::string path) : path_(std::move(path)) {}
+
+  Result<std::vector<platform::NotificationCategory>> read();
+  /// Removes some categories and writes others (new or changed) in one step; all others stay as they are.
+  Status change(const std::vector<std::string>& removed,
+                const std::vector<platform::NotificationCategory>& written);
+
+ private:
+  Status readNew(int file);
+  Status append(int file, const std::string& changes);
+  Status replace();
+  void forget();
+
+  const std::string path_;
+  std::mutex mutex_;
+  ino_t inode_ = 0;
+  /// How much of that file was read, and what came of it.
+  std::size_t length_ = 0;
+  CategoryMap categories_;
+  /// Whether more stands behind it that makes no sense.
+  bool torn_ = false;
+};
+
+}  // namespace VorselKelp::system

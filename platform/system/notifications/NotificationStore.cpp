@@ -1,0 +1,272 @@
+#include "VorselKelpSystem/NotificationStore.h"
+
+#include <cmath>
+
+#include "VorselKelpPosix/SafeName.h"
+#include "VorselKelpSystem/NotificationRecords.h"
+#include "notifications/CategoryFile.h"
+#include "notifications/NotificationDatabase.h"
+#include "notifications/NotificationShelf.h"
+#include "notifications/ResponseShelf.h"
+
+namespace VorselKelp::system {
+namespace {
+
+using State = NotificationShelf::State;
+
+void ensureApplication(Connection& database, const std::string& application) {
+  Statement(database, "INSERT OR IGNORE INTO application(identifier) VALUES(?1)").bind(1, application).run();
+}
+
+/// What a phone takes; anything else would never come, or come without an end.
+bool isPossible(const platform::TimeIntervalTrigger& trigger) {
+  return std::isfinite(trigger.seconds) && trigger.seconds > 0 && (!trigger.repeats || trigger.seconds >= 60);
+}
+
+}  // namespace
+
+NotificationStore::NotificationStore(const std::string& folder, std::string application,
+                                     std::shared_ptr<platform::Clock> clock)
+    : application_(std::move(application)),
+      clock_(std::move(clock)),
+      database_(std::make_unique<NotificationDatabase>(folder + "/notifications.sqlite")),
+      categories_(
+          std::make_unique<CategoryFile>(folder + "/" + posix::safeName(application_) + ".categories")),
+      shelf_(std::make_unique<NotificationShelf>(application_, folder + "/attachments")),
+      responses_(std::make_unique<ResponseShelf>(application_)) {}
+
+NotificationStore::~NotificationStore() = default;
+
+Status NotificationStore::open() {
+  return database_->open();
+}
+
+platform::AuthorizationStatus NotificationStore::authorization() {
+  auto status = platform::AuthorizationStatus::notDetermined;
+  use([&](Connection& database) {
+    Statement row(database, "SELECT authorization FROM application WHERE identifier = ?1");
+    if (row.bind(1, application_).step()) status = static_cast<platform::AuthorizationStatus>(row.integer(0));
+  });
+  return status;
+}
+
+void NotificationStore::setAuthorization(platform::AuthorizationStatus status) {
+  transact([&](Connection& database) {
+    ensureApplication(database, application_);
+    Statement(database, "UPDATE application SET authorization = ?2 WHERE identifier = ?1")
+        .bind(1, application_)
+        .bind(2, static_cast<std::int64_t>(status))
+        .run();
+  });
+}
+
+std::vector<platform::NotificationCategory> NotificationStore::categories() {
+  auto read = categories_->read();
+  if (read) return *std::move(read);
+  reportCategories(read.error());
+  return {};
+}
+
+std::vector<platform::NotificationAction> NotificationStore::actionsOf(const std::string& category) {
+  for (auto& known : categories()) {
+    if (known.identifier == category) return std::move(known.actions);
+  }
+  return {};
+}
+
+void NotificationStore::changeCategories(const std::vector<std::string>& removed,
+                                         const std::vector<platform::NotificationCategory>& written) {
+  if (removed.empty() && written.empty()) return;
+  reportCategories(categories_->change(removed, written));
+}
+
+Result<platform::NotificationRequest> NotificationStore::deliver(platform::NotificationRequest request) {
+  return deliver(std::move(request), false);
+}
+
+Result<platform::NotificationRequest> NotificationStore::deliver(platform::NotificationRequest request,
+                                                                 bool unshown) {
+  const auto taken = shelf_->takeFiles(request.content);
+  std::vector<platform::NotificationAttachment> used;
+  const double time = clock_->now();
+  const auto status = changeShelf([&](Connection& database) {
+    shelf_->put(database, request, State::delivered, time, unshown);
+    if (request.content.badge) writeBadge(database, application_, *request.content.badge);
+    if (!taken.empty()) used = shelf_->filesInUse(database);
+  });
+  // Not with every notification: those without a picture are many, and have no part in it.
+  if (status && !taken.empty()) shelf_->removeForgottenFiles(used);
+  if (status) return request;
+  shelf_->removeFiles(taken);
+  return status.error();
+}
+
+Status NotificationStore::schedule(platform::NotificationRequest request) {
+  if (!request.trigger) {
+    bool shown = false;
+    use([&](Connection& database) { shown = mayNotify(database, application_); });
+    if (!shown) return Done{};
+    const auto delivered = deliver(std::move(request), true);
+    return delivered ? Status(Done{}) : delivered.error();
+  }
+  const double seconds = request.trigger->seconds;
+  if (!isPossible(*request.trigger)) {
+    return Error{"The notification \"" + request.identifier + "\" can't be scheduled in " +
+                 std::to_string(seconds) + " seconds" +
+                 (request.trigger->repeats ? " repeatedly; at least 60 are needed" : "")};
+  }
+  const auto taken = shelf_->takeFiles(request.content);
+  const double time = clock_->now();
+  auto status = changeShelf(
+      [&](Connection& database) { shelf_->put(database, request, State::pending, time + seconds); });
+  if (!status) shelf_->removeFiles(taken);
+  return status;
+}
+
+void NotificationStore::removePending(const std::vector<std::string>& identifiers) {
+  const double time = clock_->now();
+  changeOrReport([&](Connection& database) {
+    shelf_->deliverDue(database, time);
+    for (const auto& identifier : identifiers) shelf_->remove(database, identifier, State::pending);
+  });
+}
+
+void NotificationStore::removeDelivered(const std::vector<std::string>& identifiers) {
+  const double time = clock_->now();
+  changeOrReport([&](Connection& database) {
+    shelf_->deliverDue(database, time);
+    for (const auto& identifier : identifiers) shelf_->remove(database, identifier, State::delivered);
+  });
+}
+
+std::vector<HeldNotification> NotificationStore::delivered() {
+  std::vector<HeldNotification> found;
+  const double time = clock_->now();
+  changeOrReport([&](Connection& database) {
+    shelf_->deliverDue(database, time);
+    found = shelf_->list(database, State::delivered);
+  });
+  return found;
+}
+
+std::vector<HeldNotification> NotificationStore::pending() {
+  std::vector<HeldNotification> found;
+  const double time = clock_->now();
+  changeOrReport([&](Connection& database) {
+    shelf_->deliverDue(database, time);
+    found = shelf_->list(database, State::pending);
+  });
+  return found;
+}
+
+std::optional<platform::NotificationRequest> NotificationStore::tappable(const std::string& identifier) {
+  std::optional<HeldNotification> held;
+  const double time = clock_->now();
+  changeOrReport([&](Connection& database) {
+    shelf_->deliverDue(database, time);
+    held = shelf_->find(database, identifier, State::delivered);
+    if (!held) held = shelf_->find(database, identifier, State::tapped);
+  });
+  if (!held) return std::nullopt;
+  return std::move(held->request);
+}
+
+void NotificationStore::noteTapped(const std::string& identifier) {
+  const double time = clock_->now();
+  changeOrReport([&](Connection& database) { shelf_->markTapped(database, identifier, time); });
+}
+
+Status NotificationStore::keepResponse(const std::string& identifier, const std::string& action,
+                                       const std::optional<std::string>& text) {
+  bool kept = false;
+  const double time = clock_->now();
+  auto status = changeShelf([&](Connection& database) {
+    shelf_->deliverDue(database, time);
+    kept = responses_->put(database, identifier, action, text);
+  });
+  if (status && !kept) return Error{"There is no notification \"" + identifier + "\""};
+  return status;
+}
+
+std::vector<KeptResponse> NotificationStore::takeResponses() {
+  std::vector<KeptResponse> taken;
+  const auto status = database_->transact([&](Connection& database) { taken = responses_->take(database); });
+  database_->report(status);
+  // What could not be taken out is another one's to take.
+  return status ? taken : std::vector<KeptResponse>();
+}
+
+std::optional<KeptResponse> NotificationStore::takeResponse(const std::string& identifier,
+                                                            const std::string& action) {
+  std::optional<KeptResponse> taken;
+  const auto status = database_->transact(
+      [&](Connection& database) { taken = responses_->take(database, identifier, action); });
+  database_->report(status);
+  return status ? taken : std::nullopt;
+}
+
+std::int64_t NotificationStore::badge() {
+  std::int64_t badge = 0;
+  use([&](Connection& database) {
+    Statement row(database, "SELECT badge FROM application WHERE identifier = ?1");
+    if (row.bind(1, application_).step()) badge = row.integer(0);
+  });
+  return badge;
+}
+
+void NotificationStore::setBadge(std::int64_t badge) {
+  transact([&](Connection& database) { writeBadge(database, application_, badge); });
+}
+
+Status NotificationStore::deliverDue() {
+  const double time = clock_->now();
+  return changeShelf([&](Connection& database) { shelf_->deliverDue(database, time); });
+}
+
+Result<std::vector<platform::NotificationRequest>> NotificationStore::takeDue() {
+  const double time = clock_->now();
+  std::vector<platform::NotificationRequest> taken;
+  const auto status = changeShelf([&](Connection& database) {
+    shelf_->deliverDue(database, time);
+    taken = shelf_->takeUnshown(database);
+  });
+  if (!status) return status.error();
+  return taken;
+}
+
+std::optional<double> NotificationStore::nextDue() {
+  std::optional<double> next;
+  use([&](Connection& database) { next = shelf_->nextDue(database); });
+  return next;
+}
+
+Status NotificationStore::changeShelf(platform::FunctionRef<void(Connection&)> work) {
+  std::vector<platform::NotificationAttachment> released;
+  auto status = database_->transact([&](Connection& database) {
+    work(database);
+    released = shelf_->takeReleased();
+  });
+  // What still stands in the database keeps its files.
+  if (status) shelf_->removeFiles(released);
+  return status;
+}
+
+void NotificationStore::changeOrReport(platform::FunctionRef<void(Connection&)> work) {
+  database_->report(changeShelf(work));
+}
+
+void NotificationStore::reportCategories(const Status& status) {
+  if (status) return;
+  database_->report(
+      Error{"Cannot use the notification categories " + status.error().description, status.error().code});
+}
+
+void NotificationStore::use(platform::FunctionRef<void(Connection&)> work) {
+  database_->report(database_->use(work));
+}
+
+void NotificationStore::transact(platform::FunctionRef<void(Connection&)> work) {
+  database_->report(database_->transact(work));
+}
+
+}  // namespace VorselKelp::system

@@ -1,0 +1,46 @@
+#include "VorselKelpSystem/StoreInspection.h"
+
+#include <sys/stat.h>
+
+#include "notifications/NotificationDatabase.h"
+
+namespace VorselKelp::system {
+namespace {
+
+void readApplications(Connection& connection, const std::string& application,
+                      NotificationStoreHealth& health) {
+  Statement rows(connection, "SELECT identifier, authorization FROM application");
+  while (rows.step()) {
+    health.applications.push_back(rows.text(0));
+    if (health.applications.back() == application)
+      health.authorization = static_cast<platform::AuthorizationStatus>(rows.integer(1));
+  }
+}
+
+void readDelivered(Connection& connection, const std::string& application, NotificationStoreHealth& health) {
+  Statement rows(connection, "SELECT userInfo FROM notification WHERE application = ?1 AND state = 1");
+  rows.bind(1, application);
+  while (rows.step()) {
+    if (auto payload = JSONAny::decode(rows.text(0))) health.delivered.push_back(*std::move(payload));
+  }
+}
+
+}  // namespace
+
+NotificationStoreHealth inspectNotificationStore(const std::string& folder, const std::string& application) {
+  NotificationStoreHealth health;
+  const auto path = folder + "/notifications.sqlite";
+  struct stat found {};
+  // An empty file has been made, and not yet filled.
+  health.exists = ::stat(path.c_str(), &found) == 0 && found.st_size > 0;
+  if (!health.exists) return health;
+  NotificationDatabase database(path);
+  const auto read = database.use([&](Connection& connection) {
+    readApplications(connection, application, health);
+    readDelivered(connection, application, health);
+  });
+  if (!read) health.problem = read.error().description;
+  return health;
+}
+
+}  // namespace VorselKelp::system
