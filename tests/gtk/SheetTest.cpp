@@ -123,7 +123,7 @@ TEST_F(SheetTest, AWindowThatClosesTakesAlongWhatLiesOverIt) {
   int unanswered = 0;
   const auto question =
       stage->askPermission("news", [&](std::optional<bool> allowed) { unanswered += !allowed; });
-  const auto link = stage->makeDisplayLink([](double) {});
+  const auto link = stage->screen()->makeDisplayLink([](double) {});
   link->setPaused(false);
   settle();
   closeWindow();
@@ -145,7 +145,7 @@ TEST_F(SheetTest, AWindowThatClosesTakesAlongWhatLiesOverIt) {
 
 TEST_F(SheetTest, ADisplayLinkTicksWithTheWindowUntilItIsPaused) {
   std::vector<double> times;
-  const auto link = stage->makeDisplayLink([&](double seconds) { times.push_back(seconds); });
+  const auto link = stage->screen()->makeDisplayLink([&](double seconds) { times.push_back(seconds); });
   link->setPaused(false);
   waitUntil([&] { return times.size() >= 3; });
   EXPECT_LT(times.front(), times.back());

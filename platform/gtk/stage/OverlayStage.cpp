@@ -5,9 +5,9 @@
 #include <utility>
 
 #include "stage/BrowserSheet.h"
-#include "stage/FrameLink.h"
 #include "stage/PermissionSheet.h"
 #include "stage/StagePresenter.h"
+#include "stage/StageScreen.h"
 
 namespace VorselKelp::gtk {
 namespace {
@@ -129,13 +129,8 @@ std::shared_ptr<platform::ViewPresenter> OverlayStage::presenter() {
   return std::make_shared<StagePresenter>(weak_from_this());
 }
 
-std::unique_ptr<platform::DisplayLink> OverlayStage::makeDisplayLink(std::function<void(double)> tick) {
-  return std::make_unique<FrameLink>(
-      [weak = weak_from_this()] {
-        const auto stage = weak.lock();
-        return stage ? stage->topOverlay() : nullptr;
-      },
-      std::move(tick));
+std::shared_ptr<platform::Screen> OverlayStage::screen() {
+  return std::make_shared<StageScreen>(weak_from_this());
 }
 
 std::shared_ptr<platform::InAppBrowser> OverlayStage::makeBrowser(

@@ -20,7 +20,7 @@ class OverlayStage final : public Stage, public std::enable_shared_from_this<Ove
   ~OverlayStage() override;
 
   std::shared_ptr<platform::ViewPresenter> presenter() override;
-  std::unique_ptr<platform::DisplayLink> makeDisplayLink(std::function<void(double seconds)> tick) override;
+  std::shared_ptr<platform::Screen> screen() override;
   std::shared_ptr<platform::InAppBrowser> makeBrowser(std::shared_ptr<platform::WebViews> webViews) override;
   std::shared_ptr<PermissionQuestion> askPermission(
       const std::string& application, std::function<void(std::optional<bool> allowed)> answered) override;

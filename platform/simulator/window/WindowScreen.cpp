@@ -108,7 +108,7 @@ class WindowDisplay final : public platform::Screen {
   double width() override { return width_; }
   double height() override { return height_; }
   std::unique_ptr<platform::DisplayLink> makeDisplayLink(std::function<void(double)> tick) override {
-    if (const auto stage = stage_.lock()) return stage->makeDisplayLink(std::move(tick));
+    if (const auto stage = stage_.lock()) return stage->screen()->makeDisplayLink(std::move(tick));
     return std::make_unique<SilentLink>();
   }
 

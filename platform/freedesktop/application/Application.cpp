@@ -1,0 +1,227 @@
+#include "VorselKelpFreedesktop/Application.h"
+
+#include <gio/gio.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <utility>
+
+#include "VorselKelp/VorselKellp.h"
+#include "VorselKelpFreedesktop/HostConsole.h"
+#include "VorselKelpFreedesktop/HostDevice.h"
+#include "VorselKelpFreedesktop/MainQueue.h"
+#include "VorselKelpFreedesktop/PortalNotifications.h"
+#include "VorselKelpPosix/CurlURLSession.h"
+#include "VorselKelpPosix/DiskFileManager.h"
+#include "VorselKelpPosix/LineSink.h"
+#include "VorselKelpPosix/PixbufImageDecoder.h"
+#include "VorselKelpPosix/Services.h"
+#include "VorselKelpPosix/SqliteUserDefaults.h"
+#include "VorselKelpSystem/CountedURLSession.h"
+#include "VorselKelpSystem/Process.h"
+#include "VorselKelpSystem/UnavailableServices.h"
+#include "application/NetworkRetry.h"
+#include "application/Ports.h"
+
+namespace VorselKelp::freedesktop {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// How long an application that ends waits for its last reports.
+constexpr auto farewell = 1s;
+
+/// The key under which a bundle may name the API key.
+constexpr const char* apiKeyProperty = "VorselKellpApiKey";
+
+class DesktopApplication final : public Application, public std::enable_shared_from_this<DesktopApplication> {
+ public:
+  DesktopApplication(GApplication* application, system::Description description, ApplicationOptions options)
+      : application_(application),
+        description_(std::move(description)),
+        options_(std::move(options)),
+        folders_(system::foldersOf(description_)),
+        store_(std::make_shared<system::NotificationStore>(
+            folders_.notifications, description_.bundleIdentifier, posix::makeClock())) {}
+  ~DesktopApplication() override { leave(); }
+
+  Status start() {
+    if (!description_.apiKey && !description_.properties.contains(apiKeyProperty))
+      return Error{"The description has no \"apiKey\""};
+    if (const auto status = store_->open(); !status) return status;
+    makeServices();
+    exportAction();
+    VorselKellp::install(platform());
+    installed_ = true;
+    g_signal_connect(application_, "shutdown", G_CALLBACK(+[](GApplication*, DesktopApplication* self) {
+                       const auto keep = self->shared_from_this();
+                       self->leave();
+                     }),
+                     this);
+    VorselBuilder builder(description_.apiKey, description_.appGroupId);
+    if (options_.configure) options_.configure(builder);
+    VorselKellp::initialize(builder.build());
+    retry_ = std::make_unique<NetworkRetry>();
+    VorselKellp::whenInitialised([weak = weak_from_this()] {
+      if (const auto self = weak.lock(); self && self->retry_) self->retry_->end();
+    });
+    return Done{};
+  }
+
+  system::RunningApplication& running() override { return *running_; }
+
+  std::optional<platform::DeliveredNotification> notification(const std::string& identifier) const override {
+    auto request = store_->tappable(identifier);
+    if (!request) return std::nullopt;
+    return platform::DeliveredNotification{*std::move(request), store_->clock()->now()};
+  }
+
+  void leave() override {
+    if (!std::exchange(installed_, false)) return;
+    g_signal_handlers_disconnect_by_data(application_, this);
+    g_action_map_remove_action(G_ACTION_MAP(application_), responseAction);
+    retry_ = nullptr;
+    running_->enterBackground();
+    running_->expireBackgroundTasks();
+    running_->terminate();
+    const auto end = std::chrono::steady_clock::now() + farewell;
+    const auto timer = g_timeout_add(
+        50, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
+    while (!session_->idle() && std::chrono::steady_clock::now() < end)
+      g_main_context_iteration(nullptr, TRUE);
+    g_source_remove(timer);
+    session_->close();
+    center_->endQuestion();
+    queue_->close();
+    VorselKellp::uninstall();
+  }
+
+ private:
+  void makeServices() {
+    queue_ = makeMainQueue();
+    session_ = std::make_shared<system::CountedURLSession>(
+        posix::makeURLSession(), queue_,
+        [](const platform::URLRequest&) { return [](const platform::URLResult&) {}; }, [] {});
+    opener_ = std::make_shared<DesktopUrlOpener>(queue_);
+    const auto& identifier = description_.bundleIdentifier;
+    const auto badge =
+        std::make_shared<IconBadge>(makeLauncherBadge(identifier, queue_, options_.busAddress));
+    if (const auto number = store_->badge(); number > 0)
+      badge->show(number);  // docks forget it with the process
+    auto wakeUp = system::makeWakeUp(queue_);
+    if (!wakeUp) posix::standardErrorLines()(wakeUp.error().description);
+    center_ = system::makeNotificationCenter(
+        {store_, queue_, options_.asker, makePresenter(), wakeUp ? *std::move(wakeUp) : nullptr, badge});
+    running_ = system::makeRunningApplication({store_, std::make_shared<NoAgent>(), opener_, badge,
+                                               std::make_shared<ApplicationHold>(application_, queue_)});
+  }
+
+  std::shared_ptr<system::NotificationPresenter> makePresenter() {
+    const auto respond = [weak = weak_from_this()](const BusNotificationResponse& response) {
+      const auto self = weak.lock();
+      if (self)
+        self->respond(response.request.identifier, response.actionIdentifier, response.activationToken);
+    };
+    const auto gone = [store = store_](const std::string& identifier, CloseReason reason) {
+      if (reason == CloseReason::dismissed) store->noteTapped(identifier);
+    };
+    return std::make_shared<DesktopPresenter>(
+        makeNotifications({.applicationName = description_.name,
+                           .applicationIdentifier = description_.bundleIdentifier,
+                           .soundFolder = {},
+                           .busAddress = options_.busAddress,
+                           .exportedAction = std::string("app.") + responseAction},
+                          queue_, respond, gone));
+  }
+
+  std::shared_ptr<platform::Platform> platform() {
+    auto made = std::make_shared<platform::Platform>();
+    made->endpoints = description_.endpoints;
+    made->fileManager =
+        posix::makeFileManager({folders_.groupContainers, description_.groups, folders_.temporary});
+    posix::UserDefaultsOptions defaults;
+    defaults.standardFile = folders_.data + "/standard.sqlite";
+    defaults.containerPath = [files = made->fileManager](std::string_view group) {
+      return files->containerPath(group);
+    };
+    made->userDefaults = posix::makeUserDefaults(std::move(defaults));
+    made->urlSession = session_;
+    made->bundle =
+        system::makeBundle(description_.bundleIdentifier, description_.version, description_.properties);
+    made->notificationCenter = center_;
+    made->application = running_;
+    made->mainQueue = queue_;
+    made->clock = store_->clock();
+    made->random = posix::makeRandom();
+    made->device = makeDevice();
+    made->console = options_.console ? options_.console : makeDebugConsole();
+    made->imageDecoder = posix::makeImageDecoder();
+    made->inAppBrowser = std::make_shared<ArticleBrowser>(options_.openArticle, opener_);
+    made->location = system::makeUnavailableLocation();
+    made->screen = options_.screen ? options_.screen : system::makeScreen({});
+    made->viewPresenter =
+        options_.viewPresenter ? options_.viewPresenter : system::makeUnavailablePresenter();
+    made->webViews = options_.webViews ? options_.webViews : system::makeUnavailableWebViews(queue_);
+    return made;
+  }
+
+  void exportAction() {
+    const ObjectPtr<GSimpleAction> action(g_simple_action_new(responseAction, G_VARIANT_TYPE("(ss)")));
+    g_signal_connect(action.get(), "activate",
+                     G_CALLBACK(+[](GSimpleAction*, GVariant* target, DesktopApplication* self) {
+                       const char* identifier = nullptr;
+                       const char* button = nullptr;
+                       g_variant_get(target, "(&s&s)", &identifier, &button);
+                       self->respond(identifier, button, {});
+                     }),
+                     this);
+    g_action_map_add_action(G_ACTION_MAP(application_), G_ACTION(action.get()));
+  }
+
+  void respond(const std::string& identifier, std::string button, const std::string& activationToken) {
+    if (!installed_) return;
+    auto request = store_->tappable(identifier);
+    if (!request) {
+      posix::standardErrorLines()("A notification was tapped that nobody knows any more");
+      return;
+    }
+    if (button.empty()) button = platform::defaultActionIdentifier;
+    if (options_.raise && raises(*request, button)) options_.raise(activationToken);
+    VorselKellp::pushTrackOpen(true, {*std::move(request), button}, [](const std::optional<std::string>&) {});
+    // Not before: the response names the files that go with the notification.
+    store_->noteTapped(identifier);
+  }
+
+  bool raises(const platform::NotificationRequest& request, const std::string& button) {
+    if (button == platform::dismissActionIdentifier) return false;
+    const auto actions = store_->actionsOf(request.content.categoryIdentifier);
+    const auto pressed = std::ranges::find(actions, button, &platform::NotificationAction::identifier);
+    return pressed == actions.end() || pressed->option != platform::NotificationActionOption::destructive;
+  }
+
+  GApplication* const application_;
+  const system::Description description_;
+  const ApplicationOptions options_;
+  const system::Folders folders_;
+  const std::shared_ptr<system::NotificationStore> store_;
+  std::shared_ptr<GlibMainQueue> queue_;
+  std::shared_ptr<system::CountedURLSession> session_;
+  std::shared_ptr<system::UrlOpener> opener_;
+  std::shared_ptr<system::NotificationCenter> center_;
+  std::shared_ptr<system::RunningApplication> running_;
+  std::unique_ptr<NetworkRetry> retry_;
+  bool installed_ = false;
+};
+
+}  // namespace
+
+Result<std::shared_ptr<Application>> startApplication(_GApplication* application,
+                                                      const system::Description& description,
+                                                      ApplicationOptions options) {
+  auto made = std::make_shared<DesktopApplication>(application, description, std::move(options));
+  if (const auto status = made->start(); !status) return status.error();
+  return std::shared_ptr<Application>(std::move(made));
+}
+
+}  // namespace VorselKelp::freedesktop

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <gio/gio.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "VorselKelp/platform/InAppBrowser.h"
+#include "VorselKelp/platform/MainQueue.h"
+#include "VorselKelpFreedesktop/BusNotifications.h"
+#include "VorselKelpFreedesktop/LauncherBadge.h"
+#include "VorselKelpSystem/NotificationCenter.h"
+#include "VorselKelpSystem/RunningApplication.h"
+
+namespace VorselKelp::freedesktop {
+
+// What the parts of a running application ask of the desktop.
+
+class DesktopPresenter final : public system::NotificationPresenter {
+ public:
+  explicit DesktopPresenter(std::shared_ptr<BusNotifications> notifications)
+      : notifications_(std::move(notifications)) {}
+  void show(const platform::NotificationRequest& request, const platform::NotificationCategory& category,
+            Shown shown) override {
+    notifications_->show(request, category, std::move(shown));
+  }
+  void takeAway(const std::vector<std::string>& identifiers) override { notifications_->remove(identifiers); }
+
+ private:
+  const std::shared_ptr<BusNotifications> notifications_;
+};
+
+class IconBadge final : public system::Badge {
+ public:
+  explicit IconBadge(std::shared_ptr<LauncherBadge> badge) : badge_(std::move(badge)) {}
+  void show(std::int64_t number) override { badge_->setBadge(number); }
+
+ private:
+  const std::shared_ptr<LauncherBadge> badge_;
+};
+
+/// Opens addresses with what the desktop has for them; an error is a line on standard error.
+class DesktopUrlOpener final : public system::UrlOpener {
+ public:
+  explicit DesktopUrlOpener(std::shared_ptr<platform::MainQueue> mainQueue)
+      : mainQueue_(std::move(mainQueue)) {}
+  void open(const std::string& url) override;
+
+ private:
+  const std::shared_ptr<platform::MainQueue> mainQueue_;
+};
+
+/// Web pages in the application where it shows them, else in the desktop's browser.
+class ArticleBrowser final : public platform::InAppBrowser {
+ public:
+  ArticleBrowser(std::function<bool(const std::string&)> show, std::shared_ptr<system::UrlOpener> opener)
+      : show_(std::move(show)), opener_(std::move(opener)) {}
+  void present(const std::string& url) override {
+    if (!show_ || !show_(url)) opener_->open(url);
+  }
+
+ private:
+  const std::function<bool(const std::string&)> show_;
+  const std::shared_ptr<system::UrlOpener> opener_;
+};
+
+/// Nobody on this machine takes remote notifications in.
+class NoAgent final : public system::RemoteRegistration {
+ public:
+  void begin() override;
+  void end() override {}
+};
+
+/// Keeps the application's main loop running. The application must outlive the main queue's work.
+class ApplicationHold final : public system::BackgroundHold {
+ public:
+  ApplicationHold(GApplication* application, std::shared_ptr<platform::MainQueue> mainQueue)
+      : application_(application), mainQueue_(std::move(mainQueue)) {}
+  void hold() override {
+    mainQueue_->async([application = application_] { g_application_hold(application); });
+  }
+  void release() override {
+    mainQueue_->async([application = application_] { g_application_release(application); });
+  }
+
+ private:
+  GApplication* const application_;
+  const std::shared_ptr<platform::MainQueue> mainQueue_;
+};
+
+}  // namespace VorselKelp::freedesktop
