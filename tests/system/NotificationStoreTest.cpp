@@ -8,6 +8,7 @@
 #include <fstream>
 #include <limits>
 #include <memory>
+#include <set>
 
 #include "VorselKelpTesting/ManualClock.h"
 #include "posix/support/ChildProcess.h"
@@ -217,6 +218,42 @@ TEST_F(NotificationStoreTest, LosesNothingWhenProcessesWriteAtOnce) {
   EXPECT_TRUE(two.succeeded());
   EXPECT_EQ(store_.delivered().size(), 2u * each);
   EXPECT_EQ(store_.categories().size(), 2u * each);
+}
+
+TEST_F(NotificationStoreTest, GivesWhatIsDueToOneOfTwoProcesses) {
+  constexpr int count = 40;
+  {
+    NotificationStore before(home_, "com.example.news", clock_);
+    before.setAuthorization(platform::AuthorizationStatus::authorized);
+    for (int i = 1; i <= count; ++i) {
+      auto request = notification(std::to_string(i));
+      request.trigger = {static_cast<double>(i), false};
+      ASSERT_TRUE(before.schedule(request).ok());
+    }
+  }
+  const auto takeAll = [&](const std::string& file) {
+    std::ofstream taken(folder_ / file);
+    NotificationStore store(home_, "com.example.news", clock_);
+    for (int i = 0; i <= count; ++i) {
+      const auto due = store.takeDue();
+      if (!due) return false;
+      for (const auto& request : *due) taken << request.identifier << '\n';
+      clock_->advance(1);
+    }
+    return true;
+  };
+  testing_support::ChildProcess one([&] { return takeAll("one"); });
+  testing_support::ChildProcess two([&] { return takeAll("two"); });
+  EXPECT_TRUE(one.succeeded());
+  EXPECT_TRUE(two.succeeded());
+  std::multiset<std::string> shown;
+  for (const char* file : {"one", "two"}) {
+    std::ifstream lines(folder_ / file);
+    for (std::string line; std::getline(lines, line);) shown.insert(line);
+  }
+  EXPECT_EQ(shown.size(), std::size_t{count});
+  EXPECT_EQ(std::set<std::string>(shown.begin(), shown.end()).size(), std::size_t{count});
+  EXPECT_EQ(store_.nextDue(), std::nullopt);
 }
 
 TEST_F(NotificationStoreTest, RefusesTimesThatNeverComeOrComeWithoutEnd) {
