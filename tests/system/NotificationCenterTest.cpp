@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include "VorselKelpPosix/EventLoop.h"
+#include "VorselKelpPosix/Services.h"
 #include "VorselKelpTesting/ManualClock.h"
 #include "VorselKelpTesting/ManualMainQueue.h"
 #include "posix/support/TemporaryFolder.h"
@@ -189,6 +191,19 @@ TEST_F(NotificationCenterTest, ShowsWhatComesDueAtItsTime) {
   center->removePendingNotificationRequests({"hourly"});
   pass(0);
   EXPECT_FALSE(alarm_->time);
+}
+
+TEST_F(NotificationCenterTest, WakesByTheMachinesClock) {
+  const auto loop = std::make_shared<posix::EventLoop>();
+  const auto store =
+      std::make_shared<NotificationStore>(folder_.path(), "com.example.news", posix::makeClock());
+  store->setAuthorization(AuthorizationStatus::authorized);
+  const auto center = makeNotificationCenter({store, loop, nullptr, screen_, *makeWakeUp(loop), nullptr});
+  center->add(reminder("later", 0.06));
+  center->add(reminder("sooner", 0.03));
+  EXPECT_TRUE(loop->run([&] { return screen_->seen.size() == 2; },
+                        posix::EventLoop::Clock::now() + std::chrono::seconds(60)));
+  EXPECT_EQ(screen_->take(), (Texts{"sooner/0", "later/0"}));
 }
 
 TEST_F(NotificationCenterTest, ShowsAtTheStartWhatCameDueWhileNobodyRan) {
