@@ -4,7 +4,6 @@
 #include <signal.h>
 #include <sys/eventfd.h>
 
-#include <algorithm>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
@@ -23,6 +22,7 @@ struct Job {
   Push push;
   PushResult unchanged;
   PushAnswers answers;
+  bool answered = false;
 };
 
 /// The content that the extension gave in this event; absent when it is no such event, or makes no sense.
@@ -76,7 +76,7 @@ class ServiceDelivery final : public Delivery {
       return post(std::move(answers.ended), ExtensionReport());
     }
     const std::lock_guard lock(mutex_);
-    waiting_.push_back({std::move(push), *std::move(read), std::move(answers)});
+    waiting_.push_back({std::move(push), *std::move(read), std::move(answers), false});
     dispatch();
   }
 
@@ -84,6 +84,7 @@ class ServiceDelivery final : public Delivery {
   /// Under the lock: lets everything begin that may. A push waits for a free process, and until the one
   /// before it with its collapse key was answered.
   void dispatch() {
+    if (over_) return;
     auto behind = unanswered_;
     for (auto job = waiting_.begin(); job != waiting_.end();) {
       const auto& key = job->push.collapseKey;
@@ -150,22 +151,21 @@ class ServiceDelivery final : public Delivery {
                                                        std::to_string(program_.timeLimit)});
     const auto noteContent = [&](const JSONAny& event) {
       auto content = contentIn(event, job.unchanged);
-      if (!content || !job.answers.result) return;
+      if (!content || job.answered) return;
       job.unchanged.request.content = *std::move(content);
       answer(job);
     };
     auto outcome = runChild(command, {noteContent, nullptr, stop_.number()});
-    if (job.answers.result) answer(job);
+    if (!job.answered) answer(job);
     ExtensionReport report;
-    if (outcome)
-      report.outcome = *std::move(outcome);
-    else
-      report.notStarted = outcome.error();
+    if (!outcome) report.notStarted = outcome.error();
+    if (outcome) report.outcome = *std::move(outcome);
     post(std::move(job.answers.ended), std::move(report));
   }
 
   void answer(Job& job) {
-    post(std::exchange(job.answers.result, {}), Result<PushResult>(std::move(job.unchanged)));
+    job.answered = true;
+    post(std::move(job.answers.result), Result<PushResult>(job.unchanged));
     const std::lock_guard lock(mutex_);
     unanswered_.erase(job.push.collapseKey);
     dispatch();
