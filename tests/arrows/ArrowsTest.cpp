@@ -55,6 +55,7 @@ const std::vector<Room> house{
     {"platform/simulator", "VorselKelpSimulator", "VorselKelpSystem", "POSIX SQLite"},
     {"platform/simulator/window", "VorselKelpSimulatorScreen window", "VorselKelpSimulator VorselKelpWebKit",
      "GTK"},
+    {"examples/reader", "", "VorselKelpGtk VorselKelpWebKit", "GTK"},
     {"examples", "reader_app", "VorselKelpSimulatorScreen BrellixPush VorselKelpTesting", "GoogleTest"},
     {"tools/reliability", "", "", "POSIX"},
     {"tools/collection_server", "collection_server pictures", "VorselKelpSimulator", "POSIX httplib"},

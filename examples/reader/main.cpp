@@ -1,0 +1,68 @@
+// The Reader with pushes: a permission page, a reminder, a badge, campaigns and an interstitial.
+
+#include "ReaderWindow.h"
+#include "VorselKelp/InterstitialAD.h"
+#include "VorselKelp/VorselKellp.h"
+#include "VorselKelpGtk/Attach.h"
+#include "VorselKelpGtk/Carousel.h"
+#include "VorselKelpWebKit/WebViews.h"
+
+using namespace VorselKelp;
+
+namespace {
+
+struct Reader {
+  ReaderWindow window;
+  std::shared_ptr<gtk::Attached> push;
+  std::shared_ptr<InterstitialAD> ad;
+};
+
+/// app.interstitial: an ad over the window.
+void showInterstitial(GSimpleAction*, GVariant*, gpointer self) {
+  auto& reader = *static_cast<Reader*>(self);
+  reader.ad = InterstitialAD::create("front");
+  reader.push->present(reader.ad->interstitialController());
+}
+
+/// app.carousel(identifier): the campaign of a notification in a window of its own.
+void showCarousel(GSimpleAction*, GVariant* identifier, gpointer self) {
+  auto& reader = *static_cast<Reader*>(self);
+  const auto campaign = reader.push->notification(g_variant_get_string(identifier, nullptr));
+  if (!campaign) return;
+  const auto stories =
+      gtk::carousel(*campaign, [&reader](const std::string& url) { reader.window.open(url); });
+  if (!stories) return g_printerr("No campaign: %s\n", stories.error().description.c_str());
+  auto* window = GTK_WINDOW(gtk_application_window_new(GTK_APPLICATION(g_application_get_default())));
+  gtk_window_set_title(window, "Stories");
+  gtk_window_set_child(window, *stories);
+  gtk_window_present(window);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Reader reader;
+  g_autoptr(GtkApplication) application =
+      gtk_application_new("com.example.reader", G_APPLICATION_DEFAULT_FLAGS);
+  g_signal_connect(application, "activate", G_CALLBACK(+[](GtkApplication* app, gpointer self) {
+                     static_cast<Reader*>(self)->window.show(app);
+                   }),
+                   &reader);
+  // Another description serves for another server.
+  const char* description = g_getenv("READER_DESCRIPTION");
+  reader.push = gtk::attach(
+      application, description != nullptr ? description : READER_DESCRIPTION,
+      {.configure = [](VorselBuilder& builder) { builder.push().scheduleNotifications(24 * 3600); },
+       .overlay = [&] { return reader.window.overlay(); },
+       .openArticle = [&](const std::string& url) { return reader.window.open(url); },
+       .webViews = webkit::makeWebViews()});
+  reader.push->whenReady([&] {
+    VorselKellp::setNotification("Come back to your reading");
+    VorselKellp::updateScheduler();
+    reader.push->askForPermission();
+  });
+  const GActionEntry actions[] = {{"interstitial", &showInterstitial, nullptr, nullptr, nullptr, {}},
+                                  {"carousel", &showCarousel, "s", nullptr, nullptr, {}}};
+  g_action_map_add_action_entries(G_ACTION_MAP(application), actions, G_N_ELEMENTS(actions), &reader);
+  return g_application_run(G_APPLICATION(application), argc, argv);
+}
