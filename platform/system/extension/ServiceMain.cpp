@@ -1,6 +1,7 @@
 #include "VorselKelpSystem/ServiceMain.h"
 
 #include <fcntl.h>
+#include <sys/utsname.h>
 #include <unistd.h>
 
 #include <charconv>
@@ -107,6 +108,25 @@ int failed(const Error& error, int status) {
 }
 
 }  // namespace
+
+ServiceDescription serviceDescriptionOf(const Description& description) {
+  const auto folders = foldersOf(description);
+  utsname names{};
+  ::uname(&names);
+  return {.application = description.bundleIdentifier,
+          .version = description.version,
+          .machine = {.identifier = names.machine,
+                      .systemName = names.sysname,
+                      .systemFamily = names.sysname,
+                      .manufacturer = {},
+                      .productName = names.machine,
+                      .systemVersion = names.release},
+          .endpoints = description.endpoints,
+          .groups = description.groups,
+          .groupContainers = folders.groupContainers,
+          .container = folders.data + "/service",
+          .notifications = folders.notifications};
+}
 
 int runServiceMain(int argc, const char* const* argv, const ServiceDescription& description,
                    ServiceExtension& extension) {

@@ -5,6 +5,7 @@
 
 #include "VorselKelp/Export.h"
 #include "VorselKelp/platform/Platform.h"
+#include "VorselKelpSystem/Description.h"
 #include "VorselKelpSystem/Process.h"
 #include "VorselKelpSystem/ServiceExtension.h"
 
@@ -23,6 +24,10 @@ struct ServiceDescription {
   std::string container;            ///< the folder of the extension's own store and temporary files
   std::string notifications;        ///< the folder of the notification store, for all processes
 };
+
+/// What follows from the application's description, on the machine that the process runs on: folders by
+/// foldersOf(), the machine by uname.
+VORSELKELP_API ServiceDescription serviceDescriptionOf(const Description& description);
 
 /// A service extension's main function, for a program that a Delivery runs: reads the payload from standard
 /// input, installs the process's platform in the library, hands the notification to `extension`, and writes
