@@ -51,7 +51,7 @@ class FacadeNews final : public VorselKelp::simulator::ApplicationDelegate {
     }
   }
 
-  void didSettle(ApplicationProcess& process) override {
+  void simulatorIsQuiet(ApplicationProcess& process) override {
     BrellixPushSDK::askForNotificationPermissionWith(process.rootController());
   }
 

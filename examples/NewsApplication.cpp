@@ -40,7 +40,7 @@ class CoreNews final : public simulator::ApplicationDelegate {
     VorselKellp::initialize(configurationOf(process.manifest()));
   }
 
-  void didSettle(ApplicationProcess& process) override {
+  void simulatorIsQuiet(ApplicationProcess& process) override {
     VorselKellp::askForNotificationPermissionWith(process.rootController());
   }
 
@@ -81,8 +81,8 @@ void NewsApplication::didFinishLaunching(ApplicationProcess& process) {
   news_->didFinishLaunching(process);
 }
 
-void NewsApplication::didSettle(ApplicationProcess& process) {
-  news_->didSettle(process);
+void NewsApplication::simulatorIsQuiet(ApplicationProcess& process) {
+  news_->simulatorIsQuiet(process);
 }
 
 void NewsApplication::didRegisterForRemoteNotifications(std::span<const std::uint8_t> token) {

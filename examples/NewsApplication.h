@@ -15,7 +15,7 @@ class NewsApplication final : public VorselKelp::simulator::ApplicationDelegate 
   std::shared_ptr<VorselKelp::ui::ViewController> makeRootController() override;
   void willFinishLaunching(VorselKelp::simulator::ApplicationProcess& process) override;
   void didFinishLaunching(VorselKelp::simulator::ApplicationProcess& process) override;
-  void didSettle(VorselKelp::simulator::ApplicationProcess& process) override;
+  void simulatorIsQuiet(VorselKelp::simulator::ApplicationProcess& process) override;
   void didRegisterForRemoteNotifications(std::span<const std::uint8_t> token) override;
   void didReceive(const VorselKelp::platform::NotificationResponse& response, bool handle,
                   std::function<void(std::optional<std::string>)> completion) override;

@@ -23,7 +23,7 @@ std::string feedUrl(const std::string& base, const std::string& trackId, const s
 
 void AdFeed::request(int width, int height, const std::string& slot, Completion completion) {
   const auto trackId = context_->services->bundle->mainBundleText("VorselKellpTrackID");
-  if (!trackId) return;
+  if (!trackId) return context_->print("No interstitial: the main bundle has no \"VorselKellpTrackID\"");
   const std::string size = std::to_string(width) + "x" + std::to_string(height);
   requests_->sendFeedGet(
       feedUrl(context_->services->endpoints.adFeed, *trackId, size, slot),

@@ -13,8 +13,10 @@ class BundleInformation {
   virtual ~BundleInformation() = default;
 
   /// The text under `key` in the main bundle (the application's in the application, the extension's own in an
-  /// extension). Absent when missing or not a text. The library asks for "CFBundleIdentifier",
-  /// "CFBundleShortVersionString" and "VorselKellpApiKey".
+  /// extension). Absent when missing or not a text. The library asks for "CFBundleIdentifier"
+  /// and "CFBundleShortVersionString" (reports tell them; a carousel with arrows of its own needs the first),
+  /// "VorselKellpApiKey" (the API key, where the builder is given none) and "VorselKellpTrackID" (the ad
+  /// feed's identifier: without it no interstitial is asked for).
   virtual std::optional<std::string> mainBundleText(std::string_view key) = 0;
 
   /// The same of the bundle that holds this library; the library asks for "CFBundleShortVersionString".

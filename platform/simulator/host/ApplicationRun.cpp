@@ -132,7 +132,7 @@ void ApplicationRun::start(const std::vector<PreparedCall>& calls) {
   application.becomeActive();
   bool inTime = settle();
   if (inTime) {
-    delegate_.didSettle(*this);
+    delegate_.simulatorIsQuiet(*this);
     inTime = settle();
   }
   if (inTime) {

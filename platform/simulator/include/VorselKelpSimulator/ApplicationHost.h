@@ -54,8 +54,9 @@ class ApplicationDelegate {
   /// The application starts: the place to initialize the library. It does not come in a process that stands
   /// for an application which was started before and now only gets a response.
   virtual void didFinishLaunching(ApplicationProcess& process) = 0;
-  /// The start is through and nothing is left to do: a good moment to ask the user something.
-  virtual void didSettle(ApplicationProcess& process) { (void)process; }
+  /// The simulator found nothing left to do after the start: a good moment to ask the user something. No
+  /// system tells this; on a desktop, gtk::Attached::whenReady() is the event that the core is up.
+  virtual void simulatorIsQuiet(ApplicationProcess& process) { (void)process; }
 
   virtual void didRegisterForRemoteNotifications(std::span<const std::uint8_t> token) { (void)token; }
   virtual void didFailToRegisterForRemoteNotifications(const Error& error) { (void)error; }
