@@ -7,6 +7,7 @@
 #include <fstream>
 
 #include "VorselKelpPosix/EventLoop.h"
+#include "VorselKelpSystem/RemoteNotification.h"
 #include "posix/support/TemporaryFolder.h"
 
 namespace VorselKelp::system {
@@ -43,7 +44,7 @@ TEST(RemoteNotification, TellsWhatIsShownAndWhatIsNot) {
            {RemoteKind::asItCame, R"({"p": {}})", "|"},
        }) {
     const auto json = *JSONAny::decode(payload);
-    EXPECT_EQ(kindOf(json), kind) << payload;
+    EXPECT_EQ(remoteKind(json), kind) << payload;
     const auto content = unchangedContent(json);
     EXPECT_EQ(content.title + "|" + content.body, shown) << payload;
   }

@@ -14,6 +14,7 @@ namespace brellixctl {
 
 using VorselKelp::Error;
 using VorselKelp::JSONAny;
+using VorselKelp::RemoteKind;
 using VorselKelp::Result;
 using VorselKelp::posix::hexOf;
 namespace platform = VorselKelp::platform;
@@ -129,7 +130,7 @@ Result<PushOutcome> show(const Target& target, const PushRequest& asked, std::st
   if (!delivered) return delivered.error();
   PushOutcome outcome;
   outcome.extension = "notRun";
-  if (delivered->result->kind == system::RemoteKind::changeable) {
+  if (delivered->result->kind == RemoteKind::changeable) {
     if (const auto status = noteExtension(std::move(delivered->extension.outcome), outcome); !status)
       return status.error();
   }
@@ -149,7 +150,7 @@ Result<PushOutcome> push(const Target& target, const PushRequest& request) {
   if (!json) return json.error();
   auto asked = request;
   if (asked.identifier.empty()) asked.identifier = makeIdentifier();
-  const bool silent = system::kindOf(*json) == system::RemoteKind::silent;
+  const bool silent = VorselKelp::remoteKind(*json) == RemoteKind::silent;
   if (!silent) return show(target, asked, *std::move(payload));
   if (!target.device().remoteToken()) return noToken();
   return handOver(target, asked, *std::move(payload));

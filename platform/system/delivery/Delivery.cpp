@@ -12,6 +12,7 @@
 
 #include "VorselKelpPosix/Descriptor.h"
 #include "VorselKelpSystem/NotificationRecords.h"
+#include "VorselKelpSystem/RemoteNotification.h"
 
 namespace VorselKelp::system {
 namespace {
@@ -45,7 +46,7 @@ Result<PushResult> readPush(const Push& push) {
   const auto json = JSONAny::decode(push.payload);
   if (!json || json->as<JSONAny::Dictionary>() == nullptr) return Error{"The payload is no JSON object"};
   PushResult result;
-  result.kind = kindOf(*json);
+  result.kind = remoteKind(*json);
   result.request.identifier = push.identifier;
   if (result.kind != RemoteKind::silent) result.request.content = unchangedContent(*json);
   result.request.content.userInfo = platform::UserInfo::fromJSON(push.payload);

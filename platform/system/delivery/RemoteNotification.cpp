@@ -16,25 +16,7 @@ std::string wordsAt(const JSONAny* json, std::string_view key) {
   return text != nullptr ? *text : std::string();
 }
 
-bool isOne(const JSONAny* flag) {
-  return flag != nullptr && (*flag == JSONAny(1) || *flag == JSONAny(1.0));
-}
-
-bool hasSomethingToShow(const JSONAny* alert) {
-  if (alert == nullptr) return false;
-  if (const auto* text = alert->as<std::string>()) return !text->empty();
-  return !wordsAt(alert, "title").empty() || !wordsAt(alert, "body").empty() ||
-         memberAt(alert, "n") != nullptr;
-}
-
 }  // namespace
-
-RemoteKind kindOf(const JSONAny& payload) {
-  const auto* aps = memberAt(&payload, "aps");
-  if (isOne(memberAt(aps, "content-available")) && !hasSomethingToShow(memberAt(aps, "alert")))
-    return RemoteKind::silent;
-  return isOne(memberAt(aps, "mutable-content")) ? RemoteKind::changeable : RemoteKind::asItCame;
-}
 
 platform::NotificationContent unchangedContent(const JSONAny& payload) {
   auto content = originalContent(payload);

@@ -8,12 +8,12 @@
 #include <vector>
 
 #include "VorselKelp/Export.h"
+#include "VorselKelp/RemoteKind.h"
 #include "VorselKelp/Result.h"
 #include "VorselKelp/platform/MainQueue.h"
 #include "VorselKelp/platform/Notification.h"
 #include "VorselKelp/platform/UniqueFunction.h"
 #include "VorselKelpSystem/ChildProcess.h"
-#include "VorselKelpSystem/RemoteNotification.h"
 
 namespace VorselKelp::system {
 
