@@ -29,6 +29,8 @@ constexpr const char* oddPayloads[] = {
     R"({"aps": {"mutable-content": 1, "alert": {"title": "a", "body": "kept", "n": {}}}})",
     R"({"aps": {"mutable-content": 0, "sound": "bell", "alert": {"title": "as it came", "v": "SERVER/view",
         "n": {"body": "unseen", "sound": "ping"}}}})",
+    R"({"aps": {"mutable-content": 1, "alert": {"title": "", "n": {}}}, "isMultiple": true, "p": [{"t": "unseen",
+        "o": {"body": "the page's", "image": "SERVER/i", "data": {"url": "SERVER/u", "t": ["SERVER/t"]}}}]})",
 };
 
 class LintTest : public ToolTest {

@@ -6,6 +6,7 @@
 #include "VorselKelp/VorselKellp.h"
 #include "VorselKelpSystem/Input.h"
 #include "VorselKelpSystem/NotificationRecords.h"
+#include "VorselKelpSystem/RemoteNotification.h"
 #include "VorselKelpSystem/ShortLife.h"
 
 namespace VorselKelp::system {
@@ -79,7 +80,7 @@ void runService(const ServiceProcess& process, std::shared_ptr<platform::Platfor
   start();
   platform::NotificationRequest request;
   request.identifier = identifier.empty() ? "notification" : identifier;
-  request.content = originalContent(payload.json);
+  request.content = unchangedContent(payload.json);
   request.content.userInfo = platform::UserInfo::fromJSON(std::move(payload.text));
   const auto handler = std::make_shared<Handler>(process.channel, process.loop);
   extension.didReceive(
