@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "VorselKelp/Export.h"
+#include "VorselKelp/LocationRecords.h"
 #include "VorselKelp/platform/Notification.h"
 
 namespace VorselKelp {
@@ -83,11 +84,20 @@ struct PayloadLint {
     std::string text;
   };
 
+  /// What the application gets of a silent push while push is on: at most one of the lists, and of a push
+  /// with neither nothing that the library reads.
+  struct Silent {
+    std::optional<Geofences> geofences;
+    std::optional<Beacons> beacons;
+  };
+
   Root root = Root::none;             ///< what the service extension takes it for
   std::vector<std::string> errors;    ///< why it does not read, each with its path
   std::vector<Stop> stops;            ///< in the order in which they come
   std::vector<std::string> warnings;  ///< what is most likely not meant so, each with its path
-  bool prepared = false;              ///< the system hands it to the service extension first
+  /// Nothing is shown, and no extension sees it: nothing below is told, and no root. Absent: it is shown.
+  std::optional<Silent> silent;
+  bool prepared = false;  ///< the system hands it to the service extension first
   Shown shows;
   std::vector<std::string> requests;  ///< while the notification is prepared, in order
   std::vector<Stored> stored;

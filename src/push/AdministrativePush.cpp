@@ -60,19 +60,22 @@ JSONAny::Dictionary dictionaryOf(const platform::UserInfo& userInfo) {
 
 }  // namespace
 
+AdministrativePush administrativePush(const platform::UserInfo& userInfo) {
+  const auto root = dictionaryOf(userInfo);
+  const auto* aps = memberOf<JSONAny::Dictionary>(root, "aps");
+  const auto* alert = aps ? memberOf<JSONAny::Dictionary>(*aps, "alert") : nullptr;
+  if (!alert) return {};
+  if (auto geofences = records<Gl>(*alert, "gl")) return {Geofences{*std::move(geofences)}, std::nullopt};
+  if (auto beacons = records<B>(*alert, "bl")) return {std::nullopt, Beacons{*std::move(beacons)}};
+  return {};
+}
+
 void readAdministrativePush(
     CoreContext& context, const platform::UserInfo& userInfo,
     const std::function<void(std::optional<Geofences>, std::optional<Beacons>)>& completion) {
   if (!context.storage.flag(StorageKey::push)) return;
-  const auto root = dictionaryOf(userInfo);
-  const auto* aps = memberOf<JSONAny::Dictionary>(root, "aps");
-  const auto* alert = aps ? memberOf<JSONAny::Dictionary>(*aps, "alert") : nullptr;
-  if (!alert) return;
-  if (auto geofences = records<Gl>(*alert, "gl")) {
-    completion(Geofences{*std::move(geofences)}, std::nullopt);
-  } else if (auto beacons = records<B>(*alert, "bl")) {
-    completion(std::nullopt, Beacons{*std::move(beacons)});
-  }
+  auto push = administrativePush(userInfo);
+  if (push.geofences || push.beacons) completion(std::move(push.geofences), std::move(push.beacons));
 }
 
 }  // namespace VorselKelp

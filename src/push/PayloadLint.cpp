@@ -4,26 +4,22 @@
 #include <utility>
 
 #include "VorselKelp/JSONText.h"
+#include "VorselKelp/RemoteKind.h"
 #include "base/Text.h"
 #include "core/StorageKeys.h"
 #include "json/Outline.h"
+#include "push/AdministrativePush.h"
 #include "push/DeliveryPlan.h"
 #include "push/PayloadDecoder.h"
 #include "push/lint/Carousel.h"
 #include "push/lint/Delivery.h"
 #include "push/lint/Keys.h"
+#include "push/lint/Silent.h"
 
 namespace VorselKelp {
 namespace {
 
 constexpr std::size_t largestPush = 4096;  // bytes that push services take
-
-/// Whether the system hands a payload to the service extension at all.
-bool isMutable(const Payload& payload) {
-  const auto* aps = payload.root().if_contains("aps");
-  const auto* flag = aps && aps->is_object() ? aps->get_object().if_contains("mutable-content") : nullptr;
-  return flag && flag->is_number() && flag->to_number<double>() == 1;
-}
 
 PayloadLint::Shown asItCame(const platform::NotificationContent& original) {
   PayloadLint::Shown shown;
@@ -75,7 +71,6 @@ void lintPush(PayloadLint& lint, PushObj push, const std::string& identifier) {
 }
 
 void lintRoots(PayloadLint& lint, const Payload& payload, const std::string& identifier) {
-  lint.prepared = isMutable(payload);
   auto push = payload.pushObj();
   if (push) return lintPush(lint, *std::move(push), identifier);
   const auto campaign = payload.campaign();
@@ -91,6 +86,27 @@ void lintRoots(PayloadLint& lint, const Payload& payload, const std::string& ide
   if (lint.prepared) stopPreparing(lint, "the payload is neither push nor campaign");
 }
 
+/// A push that is shown, changed or as it came.
+void lintShown(PayloadLint& lint, const Payload& payload, const std::string& identifier) {
+  lintRoots(lint, payload, identifier);
+  if (lint.errors.empty() && trimmed(lint.shows.title + lint.shows.body).empty())
+    lint.warnings.push_back("aps.alert: neither title nor body; systems show no such notification");
+  tellTaps(lint, identifier);
+  tellCarousel(lint, payload);
+  warnOfCategory(lint, payload);
+}
+
+void lintAsSystemsRead(PayloadLint& lint, const Payload& payload, const platform::UserInfo& userInfo,
+                       const std::string& identifier) {
+  const auto decoded = JSONAny::decode(*userInfo.bytes());
+  const JSONAny json = decoded ? *decoded : JSONAny();
+  const RemoteKind kind = remoteKind(json);
+  warnOfMark(lint.warnings, json);
+  if (kind == RemoteKind::silent) return tellSilent(lint, json, administrativePush(userInfo));
+  lint.prepared = kind == RemoteKind::changeable;
+  lintShown(lint, payload, identifier);
+}
+
 }  // namespace
 
 PayloadLint lintPayload(std::string_view json, const std::string& identifier,
@@ -100,7 +116,8 @@ PayloadLint lintPayload(std::string_view json, const std::string& identifier,
   if (json.size() > largestPush)
     lint.warnings.push_back("the payload has " + std::to_string(json.size()) +
                             " bytes; push services take at most 4096");
-  const auto payload = Payload::open(platform::UserInfo::fromJSON(std::string(json)));
+  const auto userInfo = platform::UserInfo::fromJSON(std::string(json));
+  const auto payload = Payload::open(userInfo);
   if (!payload) {
     tellUnreadable(lint, json, payload.error().description);
     return lint;
@@ -108,12 +125,7 @@ PayloadLint lintPayload(std::string_view json, const std::string& identifier,
   for (const auto& path : json::duplicateKeys(json))
     lint.warnings.push_back(path + ": stands there more than once; the last one counts");
   warnOfUnknownKeys(lint.warnings, payload->root());
-  lintRoots(lint, *payload, identifier);
-  if (lint.errors.empty() && trimmed(lint.shows.title + lint.shows.body).empty())
-    lint.warnings.push_back("aps.alert: neither title nor body; systems show no such notification");
-  tellTaps(lint, identifier);
-  tellCarousel(lint, *payload);
-  warnOfCategory(lint, *payload);
+  lintAsSystemsRead(lint, *payload, userInfo, identifier);
   return lint;
 }
 

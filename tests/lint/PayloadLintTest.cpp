@@ -20,6 +20,10 @@ std::string push(const std::string& message, const std::string& alert = R"("titl
   return R"({"aps":{"mutable-content":1,"alert":{)" + alert + R"(,"n":{)" + message + "}}}}";
 }
 
+std::string silent(const std::string& alert, const std::string& more = "") {
+  return R"({"aps":{"content-available":1,"alert":{)" + alert + "}" + more + "}}";
+}
+
 std::string carousel(const std::string& message) {
   return R"({"aps":{"alert":"Pages","category":"c"},"isMultiple":true,"p":[{"t":"T","o":{"image":"https://i.example/1",)" +
          message + "}}]}";
@@ -68,6 +72,15 @@ TEST(PayloadLint, WarnsOfWhatIsMostLikelyNotMeant) {
       {push(R"("body":"A","bod\u0079":"B")"), "aps.alert.n.body: stands there more than once"},
       {R"({"aps":{"alert":{"title":"T","n":{}}}})", "aps.mutable-content: not 1"},
       {R"({"aps":{"mutable-content":2,"alert":{"title":"T","n":{}}}})", "aps.mutable-content: not 1"},
+      {R"({"aps":{"content-available":true,"alert":{"title":"T","n":{}}}})", "aps.content-available: not 1"},
+      {silent("", R"(,"mutable-content":1)"), "aps.mutable-content: nobody reads it"},
+      {silent("", R"(,"sound":"ping","badge":null)"), "aps.sound: nobody reads it"},
+      {silent(R"("v":"https://v.example")"), "aps.alert.v: nobody reads it"},
+      {R"({"aps":{"content-available":1.0,"mutable-content":null},"p":[]})", "p: nobody reads it"},
+      {silent(R"("gl":5)"), "aps.alert.gl: no list of objects"},
+      {silent(R"("bl":[{"id":"a","ib":"b"},{"id":"a"}])"), "aps.alert.bl: 1 of 2 entries"},
+      {silent(R"("gl":[],"bl":[])"), "aps.alert.bl: not handed over"},
+      {silent(R"("title":"","gl":[{"id":"a","c":[]}])"), ""},
       {push("", R"("title":"T","e":"https://a.example")"), "aps.alert.e: no ad is fetched"},
       {push(R"("body":"A","bdoy":"B","x":0)"), ""},
       {carousel(R"("actions":[{"action":"a","title":"A"}],)" + data),

@@ -75,6 +75,25 @@ class Road {
     fuzz::storeOf(*device_).setObject("vs_push", {true});
   }
 
+  /// A silent push goes to the application alone.
+  void wake() {
+    const fuzz::Process application(device_);
+    std::optional<Geofences> geofences;
+    std::optional<Beacons> beacons;
+    VorselKellp::didReciveAdministrativeNotificationWith(platform::UserInfo::fromJSON(payload_),
+                                                         [&](const auto& gl, const auto& bl) {
+                                                           geofences = gl;
+                                                           beacons = bl;
+                                                         });
+    const auto records = [](const auto& lists) {
+      return std::pair(lists.first ? std::optional(lists.first->gl) : std::nullopt,
+                       lists.second ? std::optional(lists.second->bl) : std::nullopt);
+    };
+    EXPECT_EQ(records(std::pair(geofences, beacons)),
+              records(std::pair(lint_.silent->geofences, lint_.silent->beacons)));
+    EXPECT_TRUE(lint_.errors.empty() && lint_.stops.empty() && lint_.taps.empty() && !lint_.carousel);
+  }
+
   /// Has the notification prepared, if the system would; the store is what it leaves.
   void deliver() {
     if (!lint_.prepared) return;
@@ -209,11 +228,16 @@ class Road {
 
 TEST(LintProperty, ComesTrueOnTheWholeRoad) {
   RandomPayload payloads(1);
-  std::size_t prepared = 0, carousels = 0, taps = 0, stopped = 0;
+  std::size_t silent = 0, prepared = 0, carousels = 0, taps = 0, stopped = 0;
   for (int i = 0; i < 3000 && !testing::Test::HasFailure(); ++i) {
     const auto payload = i == 0 ? adWithPages : payloads.next();
     SCOPED_TRACE(payload);
     const auto lint = lintPayload(payload, identifier, original());
+    if (lint.silent) {
+      Road(payload, lint).wake();
+      ++silent;
+      continue;
+    }
     prepared += lint.prepared && lint.stops.empty();
     carousels += lint.carousel.has_value();
     stopped += !lint.stops.empty();
@@ -234,6 +258,7 @@ TEST(LintProperty, ComesTrueOnTheWholeRoad) {
     }
   }
   // Else the payloads would be too odd for anything to happen.
+  EXPECT_GT(silent, 100u);
   EXPECT_GT(prepared, 100u);
   EXPECT_GT(carousels, 100u);
   EXPECT_GT(taps, 100u);

@@ -104,8 +104,21 @@ class RandomPayload {
     maybe(members, "t", [this] { return urls(); });
     return "{" + members + "}";
   }
-  std::string aps() {
+  std::string regions() {
+    return list(2, [this] {
+      return pick({R"({"id":"g","c":["1"]})", R"({"id":"b","ib":"i","c":[]})", R"({"id":"b","r":"x"})", "5"});
+    });
+  }
+  std::string administrative() {
     std::string members;
+    maybe(members, "gl", [this] { return regions(); });
+    maybe(members, "bl", [this] { return regions(); });
+    return R"({"content-available":1,"alert":{)" + members + "}}";
+  }
+  std::string aps() {
+    if (oneIn(8)) return administrative();
+    std::string members;
+    if (oneIn(8)) add(members, "content-available", pick({"1", "1.0", "0", "true"}));
     if (!oneIn(5)) add(members, "mutable-content", pick({"1", "1", "1.0", "1", "0", "\"1\"", "true"}));
     if (!oneIn(10)) add(members, "alert", oneIn(12) ? oddity() : alert());
     return "{" + members + "}";

@@ -90,6 +90,7 @@ TEST(LintSchema, AcceptsWhatIsReadAndLacksNothing) {
     const auto payload = Payload::open(platform::UserInfo::fromJSON(text));
     ASSERT_TRUE(payload);
     const auto lint = lintPayload(text, "n-1");
+    if (lint.silent) continue;  // read as neither
     const bool isPush = payload->pushObj() && !lacksSomething(lint);
     const bool isCampaign = payload->campaign() && !lacksSomething(lint);
     ASSERT_EQ(isValid(bj::parse(text), pushSchema.get_object()), isPush);

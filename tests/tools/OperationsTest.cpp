@@ -105,9 +105,14 @@ TEST_F(ToolTest, WakesTheApplicationForASilentPush) {
             std::string::npos)
       << at(json, "delegate");
   EXPECT_EQ(at(run({"notifications"}).json(), "delivered"), "[]");
-  EXPECT_EQ(run({"try", file}).status, 1);
+  const auto tried = run({"try", file});
+  EXPECT_EQ(tried.status, 0) << tried.errors;
+  EXPECT_NE(tried.output.find(R"("foretold":"door","happened":"door","ok":true)"), std::string::npos)
+      << tried.output;
+  EXPECT_EQ(at(run({"lint", file}).json(), "silent"), R"({"geofences":null,"beacons":["door"]})");
   human_ = true;
-  EXPECT_NE(run({"push", file}).output.find("nothing is shown"), std::string::npos);
+  for (const char* command : {"push", "lint"})
+    EXPECT_NE(run({command, file}).output.find("nothing is shown"), std::string::npos) << command;
 }
 
 TEST_F(ToolTest, FeedsBeaconEventsIntoTheApplication) {

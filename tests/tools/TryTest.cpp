@@ -138,6 +138,14 @@ TEST(ComparisonTest, TellsEachDifference) {
   pushed.shown.content.body = "b";
   EXPECT_EQ(differing(comparison.delivery(pushed)), "extension;body;requests;");
 
+  pushed.silent = true;
+  EXPECT_EQ(differing(comparison.delivery(pushed)), "shows;requests;");
+  lint.silent.emplace().beacons = Beacons{{{"door", "E2", {}, {}, {}}}};
+  lint.requests.clear();
+  pushed.requests.clear();
+  const brellixctl::Comparison quiet(lint, "http://127.0.0.1:1", [](std::string text) { return text; });
+  EXPECT_EQ(differing(quiet.delivery(pushed)), "beacons;");
+
   const auto after =
       JSONAny::decode(R"({"vs_url": {"i": {"a": "x", "b": "y"}}, "vs_badge": 1, "new": true})");
   EXPECT_EQ(differing(comparison.stored({}, *after)), "new;vs_url i/b;");

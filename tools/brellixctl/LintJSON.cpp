@@ -82,6 +82,17 @@ JSONAny storedJSON(const PayloadLint::Stored& stored) {
   return JSONAny::Dictionary{{"key", stored.key}, {"entry", stored.entry}, {"text", stored.text}};
 }
 
+template <class Records>
+JSONAny regionNames(const Records& records) {
+  return toldList(records, [](const auto& record) { return JSONAny(record.id); });
+}
+
+JSONAny silentJSON(const PayloadLint::Silent& silent) {
+  const auto& [geofences, beacons] = silent;
+  return JSONAny::Dictionary{{"geofences", geofences ? regionNames(geofences->gl) : JSONAny()},
+                             {"beacons", beacons ? regionNames(beacons->bl) : JSONAny()}};
+}
+
 }  // namespace
 
 JSONAny::Dictionary toJSON(const PayloadLint& lint) {
@@ -90,7 +101,8 @@ JSONAny::Dictionary toJSON(const PayloadLint& lint) {
       {"errors", toldList(lint.errors)},
       {"stops", toldList(lint.stops, [](const auto& stop) { return JSONAny(stop.text); })},
       {"warnings", toldList(lint.warnings)},
-      {"shows", shownJSON(lint.shows)},
+      {"silent", lint.silent ? silentJSON(*lint.silent) : JSONAny()},
+      {"shows", lint.silent ? JSONAny() : shownJSON(lint.shows)},
       {"requests", toldList(lint.requests)},
       {"stored", toldList(lint.stored, storedJSON)},
       {"taps", toldList(lint.taps, tapJSON)},

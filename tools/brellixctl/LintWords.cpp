@@ -26,6 +26,7 @@ std::string tellEach(std::string_view label, const std::vector<std::string>& tex
 
 const char* rootInWords(const PayloadLint& lint) {
   using Stop = PayloadLint::Stop;
+  if (lint.silent) return "It is silent: nothing is shown, and the application gets it in the background.\n";
   const bool hasPages = lint.carousel || std::ranges::any_of(lint.stops, [](const Stop& stop) {
                           return stop.when != Stop::When::preparing;
                         });
@@ -56,6 +57,20 @@ std::string shownInWords(const PayloadLint::Shown& shown) {
   if (shown.image) words += tell("image", *shown.image);
   if (shown.ad) words += tell("image", "the ad's, if it has one");
   return words;
+}
+
+template <class Records>
+std::string regionsInWords(std::string_view label, const Records& records) {
+  std::string names;
+  for (const auto& record : records) names += (names.empty() ? "" : ", ") + record.id;
+  return tell(label, records.empty() ? "none: an empty list" : names);
+}
+
+std::string silentInWords(const PayloadLint::Silent& silent) {
+  std::string words = "The library hands the application:\n";
+  if (silent.geofences) return words + regionsInWords("geofences", silent.geofences->gl);
+  if (silent.beacons) return words + regionsInWords("beacons", silent.beacons->bl);
+  return words + "  nothing: neither geofences nor beacons\n";
 }
 
 std::string openedInWords(const PayloadLint::Tap& tap) {
@@ -109,6 +124,7 @@ std::string inWords(const PayloadLint& lint) {
   words += tellEach("error", lint.errors);
   for (const auto& stop : lint.stops) words += tell("stops", stop.text);
   words += tellEach("warning", lint.warnings);
+  if (lint.silent) return words + silentInWords(*lint.silent);
   words += "It will show:\n" + shownInWords(lint.shows);
   if (!lint.requests.empty()) words += "While it is prepared:\n" + tellEach("requests", lint.requests);
   words += tapsInWords(lint);

@@ -56,6 +56,30 @@ std::optional<std::string> memberOf(const ShowOutcome& shown, const char* name) 
   return text != nullptr ? std::optional(*text) : std::nullopt;
 }
 
+/// The names of the regions that a list holds.
+template <class Records>
+std::string namesIn(const Records& records) {
+  URLList names;
+  for (const auto& record : records) names.push_back(record.id);
+  return names.empty() ? "an empty list" : wordsFor(names);
+}
+
+/// What the library handed to the application of the list at `index`: geofences, then beacons.
+std::string handedOver(const PushOutcome& pushed, std::size_t index) {
+  for (const auto& call : pushed.delegate) {
+    if (stringOf(call.find("name")) != "didReciveAdministrativeNotificationWith") continue;
+    const auto* arguments = call.find("arguments");
+    const auto* lists = arguments != nullptr ? arguments->as<JSONAny::List>() : nullptr;
+    const auto* list =
+        lists != nullptr && index < lists->size() ? (*lists)[index].as<JSONAny::List>() : nullptr;
+    if (list == nullptr) continue;
+    URLList names;
+    for (const auto& name : *list) names.push_back(stringOf(&name));
+    return names.empty() ? "an empty list" : wordsFor(names);
+  }
+  return "none";
+}
+
 }  // namespace
 
 bool Comparison::stops(When when, std::size_t page) const {
@@ -108,7 +132,19 @@ void Comparison::addShown(TrialPart& part, const PushOutcome& pushed) const {
   if (!lint_.prepared) compare("badge", number(told.badge), number(content.badge));
 }
 
+TrialPart Comparison::silentDelivery(const PushOutcome& pushed) const {
+  TrialPart part{"The silent push", {}};
+  const auto word = [](bool silent) { return silent ? "nothing" : "a notification"; };
+  const auto silent = lint_.silent.value_or(PayloadLint::Silent());
+  part.compare("shows", word(lint_.silent.has_value()), word(pushed.silent));
+  part.compare("geofences", silent.geofences ? namesIn(silent.geofences->gl) : "none", handedOver(pushed, 0));
+  part.compare("beacons", silent.beacons ? namesIn(silent.beacons->bl) : "none", handedOver(pushed, 1));
+  part.compare("requests", wordsFor(lint_.requests), wordsFor(requestsOf(pushed)));
+  return part;
+}
+
 TrialPart Comparison::delivery(const PushOutcome& pushed) const {
+  if (lint_.silent || pushed.silent) return silentDelivery(pushed);
   TrialPart part{"The notification", {}};
   if (lint_.prepared) {
     addStop(part, stops(When::preparing), pushed, pushed.extension == "stopped");

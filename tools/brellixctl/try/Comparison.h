@@ -22,6 +22,7 @@ class Comparison {
   Comparison(VorselKelp::PayloadLint lint, std::string ownServer, Names original)
       : lint_(std::move(lint)), ownServer_(std::move(ownServer)), original_(std::move(original)) {}
 
+  /// Of the notification, or of what the application gets of a silent push.
   [[nodiscard]] TrialPart delivery(const PushOutcome& pushed) const;
   /// The application group's store before the delivery and after it.
   [[nodiscard]] TrialPart stored(const VorselKelp::JSONAny& before, const VorselKelp::JSONAny& after) const;
@@ -44,6 +45,7 @@ class Comparison {
   [[nodiscard]] const VorselKelp::PayloadLint& lint() const { return lint_; }
 
  private:
+  [[nodiscard]] TrialPart silentDelivery(const PushOutcome& pushed) const;
   void addPicture(TrialPart& part, const PushOutcome& pushed) const;
   void addShown(TrialPart& part, const PushOutcome& pushed) const;
   void addStop(TrialPart& part, bool foretold, const Outcome& outcome, bool stopped) const;

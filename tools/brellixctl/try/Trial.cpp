@@ -48,9 +48,9 @@ Status Trial::deliver() {
   request.identifier = plan_.identifier;
   const auto pushed = push(plan_.target, request);
   if (!pushed) return pushed.error();
-  if (pushed->silent) return Error{"The push is silent: nothing is shown that could be tried"};
   parts_.push_back(comparison_.delivery(*pushed));
-  parts_.push_back(comparison_.stored(before, store()));
+  // The application itself may store what it likes when it is woken.
+  if (!pushed->silent) parts_.push_back(comparison_.stored(before, store()));
   return Done{};
 }
 
