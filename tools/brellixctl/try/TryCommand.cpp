@@ -75,13 +75,6 @@ bool dropDeepLinks(PayloadLint& lint) {
   return dropped;
 }
 
-/// Nor has the facade a call that hands over the lists of a silent push.
-bool dropRegions(PayloadLint& lint) {
-  if (!lint.silent || (!lint.silent->geofences && !lint.silent->beacons)) return false;
-  lint.silent.emplace();
-  return true;
-}
-
 std::vector<std::string> notesOn(const PayloadLint& lint, const device::Manifest& manifest) {
   std::vector<std::string> notes;
   for (const auto& error : lint.errors) notes.push_back("Lint says: " + error + ".");
@@ -119,11 +112,8 @@ Result<TrialReport> tryOut(const CommonOptions& common, const TryRequest& reques
   auto standIns = request.anywhere ? Result<StandIns>(StandIns()) : StandIns::start(payload, lint);
   if (!standIns) return standIns.error();
   auto notes = notesOn(lint, target->manifest);
-  const bool facade = target->manifest.layer == device::Manifest::Layer::facade;
-  if (facade && dropDeepLinks(lint))
+  if (target->manifest.layer == device::Manifest::Layer::facade && dropDeepLinks(lint))
     notes.push_back("Through the facade no deep link reaches the application; none is expected.");
-  if (facade && dropRegions(lint))
-    notes.push_back("Through the facade no regions reach the application; none are expected.");
   const Comparison comparison(std::move(lint), (*server)->url(),
                               [&](std::string text) { return standIns->original(std::move(text)); });
   TrialPlan plan{*target, folder.writeText("payload.json", standIns->masked(payload)), folder.path(),
