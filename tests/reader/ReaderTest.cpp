@@ -15,6 +15,7 @@
 #include "VorselKelpSystem/Delivery.h"
 #include "VorselKelpSystem/Description.h"
 #include "VorselKelpSystem/NotificationStore.h"
+#include "VorselKelpSystem/RemoteNotification.h"
 #include "collection_server/CollectionServer.h"
 #include "posix/support/TemporaryFolder.h"
 

@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <utility>
 
-#include "VorselKelpPosix/Descriptor.h"
 #include "VorselKelpPosix/FileIO.h"
 #include "VorselKelpPosix/LockFile.h"
 
@@ -50,10 +49,11 @@ bool writeBytes(int file, std::size_t offset, std::string_view bytes) {
 
 Result<std::vector<NotificationCategory>> CategoryFile::read() {
   const std::lock_guard guard(mutex_);
-  const posix::Descriptor file(::open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-  if (file.number() < 0 && errno == ENOENT) {
+  auto file = std::make_unique<posix::Descriptor>(
+      ::open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+  if (file->number() < 0 && errno == ENOENT) {
     forget();
-  } else if (auto read = readNew(file.number()); !read) {
+  } else if (auto read = readNew(std::move(file)); !read) {
     return read.error();
   }
   std::vector<NotificationCategory> categories;
@@ -69,31 +69,34 @@ Status CategoryFile::change(const std::vector<std::string>& removed,
   if (!lock && lock.error().code == ENOENT && posix::makeFolders(posix::parentOf(path_)))
     lock = posix::lockFile(path_ + ".lock", changePatience);
   if (!lock) return lock.error();
-  posix::Descriptor file(::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
-  if (auto read = readNew(file.number()); !read) return read;
+  auto file = std::make_unique<posix::Descriptor>(
+      ::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
+  if (auto read = readNew(std::move(file)); !read) return read;
   std::string changes;
   for (const auto& identifier : removed) changes += encodeRemoval(identifier);
   for (const auto& category : written) changes += encodeCategory(category);
-  if (auto appended = append(file.number(), changes); !appended) return appended;
+  if (auto appended = append(seen_->number(), changes); !appended) return appended;
   return length_ > longFile ? replace() : Done{};
 }
 
 void CategoryFile::forget() {
+  seen_ = nullptr;
   inode_ = 0;
   length_ = 0;
   categories_.clear();
 }
 
 /// Reads on from where the last reading ended; `file` may be none, for the reason that errno gives.
-Status CategoryFile::readNew(int file) {
+Status CategoryFile::readNew(std::unique_ptr<posix::Descriptor> file) {
   struct stat status {};
-  if (file < 0 || ::fstat(file, &status) != 0) return posix::systemError(path_);
+  if (file->number() < 0 || ::fstat(file->number(), &status) != 0) return posix::systemError(path_);
   if (!S_ISREG(status.st_mode)) return Error{path_ + ": not a file"};
   const auto size = static_cast<std::size_t>(status.st_size);
   if (inode_ != status.st_ino || size < length_) forget();
   inode_ = status.st_ino;
+  seen_ = std::move(file);
   std::string bytes(size - length_, '\0');
-  if (!readBytes(file, length_, bytes)) return posix::systemError(path_);
+  if (!readBytes(seen_->number(), length_, bytes)) return posix::systemError(path_);
   const auto applied = applyChanges(bytes, categories_);
   torn_ = applied < bytes.size();
   length_ += applied;

@@ -3,12 +3,14 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
 
 #include "VorselKelp/Result.h"
 #include "VorselKelp/platform/NotificationCenter.h"
+#include "VorselKelpPosix/Descriptor.h"
 #include "notifications/CategoryCoding.h"
 
 namespace VorselKelp::system {
@@ -28,13 +30,15 @@ class CategoryFile {
                 const std::vector<platform::NotificationCategory>& written);
 
  private:
-  Status readNew(int file);
+  Status readNew(std::unique_ptr<posix::Descriptor> file);
   Status append(int file, const std::string& changes);
   Status replace();
   void forget();
 
   const std::string path_;
   std::mutex mutex_;
+  /// The file that was read last; kept open, so that no other can get its number. Null: none.
+  std::unique_ptr<posix::Descriptor> seen_;
   ino_t inode_ = 0;
   /// How much of that file was read, and what came of it.
   std::size_t length_ = 0;
