@@ -18,6 +18,7 @@
 #include "VorselKelpSystem/RemoteNotification.h"
 #include "collection_server/CollectionServer.h"
 #include "posix/support/TemporaryFolder.h"
+#include "reader/ScreenReader.h"
 
 namespace VorselKelp::testing_support {
 namespace {
@@ -198,6 +199,8 @@ INSTANTIATE_TEST_SUITE_P(Daemons, ReaderDaemonTest,
                          [](const auto& daemon) { return std::string(daemon.param.name); });
 
 TEST_F(ReaderTest, ShowsTheLibrarysScreensOverItsOwnWindow) {
+  ::setenv("GTK_A11Y", "atspi", 1);
+  const ScreenReader screenReader;
   store_->setAuthorization(AuthorizationStatus::notDetermined);
   startReader();
   output("xdotool mousemove 240 300");
@@ -210,6 +213,7 @@ TEST_F(ReaderTest, ShowsTheLibrarysScreensOverItsOwnWindow) {
 
   activate("interstitial", "[]");
   ASSERT_TRUE(waitFor([&] { return requested("/v1/display/feed-7"); }));
+  EXPECT_THAT(screenReader.everything(), testing::Contains("button Close"));
   EXPECT_FALSE(printed("CLOSE INTERSTITIAL AD"));
   ASSERT_TRUE(waitFor([&] {
     output("xdotool key Escape");
@@ -227,6 +231,8 @@ TEST_F(ReaderTest, ShowsTheLibrarysScreensOverItsOwnWindow) {
   ASSERT_TRUE(store_->deliver(request("c-1", payload)));
   activate("carousel", R"([<"c-1">])");
   ASSERT_TRUE(waitFor([&] { return !window("^Stories$").empty(); }));
+  EXPECT_THAT(screenReader.everything(),
+              testing::IsSupersetOf({"button Next", "button Previous", "button Open"}));
   output("xdotool mousemove 160 200");
   ASSERT_TRUE(waitFor([&] { return requested("/images/storm.png"); }));
   output("xdotool key Tab Tab Return");
