@@ -148,7 +148,17 @@ TEST_F(InterstitialTest, TapsOpenThePageOrCloseAndTheDelegateHears) {
 
   controller.imageView()->image = std::make_shared<ui::Image>(1, 1, std::vector<std::uint8_t>(4));
   app_.console->clear();
+  struct Watch final : platform::ScreenObserver {
+    explicit Watch(testing_platform::RecordingConsole& console) : console_(console) {}
+    void screenDidAppear() override {}
+    void screenDidDisappear() override { linesBefore = console_.texts().size(); }
+    std::size_t linesBefore = 0;
+    testing_platform::RecordingConsole& console_;
+  };
+  const auto watch = std::make_shared<Watch>(*app_.console);
+  app_.application->addObserver(std::weak_ptr<platform::ScreenObserver>(watch));
   controller.closeButton()->tap();
+  EXPECT_EQ(watch->linesBefore, 1u) << "the line comes before the screen goes";
   controller.closeButton()->tap();  // while the screen goes
   EXPECT_THAT(heard(), ElementsAre("closed slot"));
   EXPECT_THAT(app_.console->texts(), ElementsAre("CLOSE INTERSTITIAL AD"));
