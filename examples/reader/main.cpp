@@ -20,6 +20,7 @@ struct Reader {
 /// app.interstitial: an ad over the window.
 void showInterstitial(GSimpleAction*, GVariant*, gpointer self) {
   auto& reader = *static_cast<Reader*>(self);
+  if (!reader.push->started()) return;
   reader.ad = InterstitialAD::create("front");
   reader.push->present(reader.ad->interstitialController());
 }

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "VorselKelp/VorselKellp.h"
+#include "VorselKelpFreedesktop/BluezLocation.h"
 #include "VorselKelpFreedesktop/HostConsole.h"
 #include "VorselKelpFreedesktop/HostDevice.h"
 #include "VorselKelpFreedesktop/MainQueue.h"
@@ -158,7 +159,7 @@ class DesktopApplication final : public Application, public std::enable_shared_f
     made->console = options_.console ? options_.console : makeDebugConsole();
     made->imageDecoder = posix::makeImageDecoder();
     made->inAppBrowser = std::make_shared<ArticleBrowser>(options_.openArticle, opener_);
-    made->location = system::makeUnavailableLocation();
+    made->location = makeBluezLocation(queue_);  // looks for nothing before a region is watched
     made->screen = options_.screen ? options_.screen : system::makeScreen({});
     made->viewPresenter =
         options_.viewPresenter ? options_.viewPresenter : system::makeUnavailablePresenter();

@@ -49,6 +49,7 @@ class AttachedApplication final : public Attached, public std::enable_shared_fro
     end();
   }
 
+  bool started() const override { return desktop_ != nullptr; }
   void whenReady(std::function<void()> ready) override {
     if (desktop_) return VorselKellp::whenInitialised(std::move(ready));
     waiting_.push_back(std::move(ready));

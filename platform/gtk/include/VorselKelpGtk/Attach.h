@@ -34,6 +34,9 @@ class Attached {
  public:
   virtual ~Attached() = default;
 
+  /// Whether the library is there: from "startup" to "shutdown", unless something kept it away. Without it a
+  /// call of the core's stops the process.
+  [[nodiscard]] virtual bool started() const = 0;
   /// Runs `ready` once when the core is up: the remote configuration has come. Before the application has
   /// started too.
   virtual void whenReady(std::function<void()> ready) = 0;
