@@ -253,7 +253,7 @@ TEST_F(NotificationStoreTest, GivesWhatIsDueToOneOfTwoProcesses) {
   }
   EXPECT_EQ(shown.size(), std::size_t{count});
   EXPECT_EQ(std::set<std::string>(shown.begin(), shown.end()).size(), std::size_t{count});
-  EXPECT_EQ(store_.nextDue(), std::nullopt);
+  EXPECT_EQ(*store_.nextDue(), std::nullopt);
 }
 
 TEST_F(NotificationStoreTest, RefusesTimesThatNeverComeOrComeWithoutEnd) {

@@ -78,7 +78,9 @@ class ApplicationHold final : public system::BackgroundHold {
  public:
   ApplicationHold(GApplication* application, std::shared_ptr<platform::MainQueue> mainQueue)
       : application_(application), mainQueue_(std::move(mainQueue)) {}
+  /// At once on the main thread: the last window may be about to go.
   void hold() override {
+    if (g_main_context_is_owner(g_main_context_default())) return g_application_hold(application_);
     mainQueue_->async([application = application_] { g_application_hold(application); });
   }
   void release() override {

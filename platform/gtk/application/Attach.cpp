@@ -11,6 +11,7 @@
 #include "VorselKelpPosix/LineSink.h"
 #include "VorselKelpSystem/Description.h"
 #include "application/WindowWatch.h"
+#include "glib/Pointers.h"
 
 namespace VorselKelp::gtk {
 namespace {
@@ -38,14 +39,16 @@ class StageAsker final : public system::PermissionAsker {
 class AttachedApplication final : public Attached, public std::enable_shared_from_this<AttachedApplication> {
  public:
   AttachedApplication(GtkApplication* application, std::string description, AttachOptions options)
-      : application_(application), file_(std::move(description)), options_(std::move(options)) {
-    g_signal_connect(application_, "startup", G_CALLBACK(&AttachedApplication::onStartup), this);
-    g_signal_connect(application_, "shutdown", G_CALLBACK(&AttachedApplication::onShutdown), this);
+      : application_(GTK_APPLICATION(g_object_ref(application))),
+        file_(std::move(description)),
+        options_(std::move(options)) {
+    g_signal_connect(application_.get(), "startup", G_CALLBACK(&AttachedApplication::onStartup), this);
+    g_signal_connect(application_.get(), "shutdown", G_CALLBACK(&AttachedApplication::onShutdown), this);
   }
   AttachedApplication(const AttachedApplication&) = delete;
   AttachedApplication& operator=(const AttachedApplication&) = delete;
   ~AttachedApplication() override {
-    g_signal_handlers_disconnect_by_data(application_, this);
+    g_signal_handlers_disconnect_by_data(application_.get(), this);
     end();
   }
 
@@ -95,17 +98,17 @@ class AttachedApplication final : public Attached, public std::enable_shared_fro
     options.webViews = options_.webViews;
     options.asker = std::make_shared<StageAsker>(stage_, description->name);
     auto started =
-        freedesktop::startApplication(G_APPLICATION(application_), *description, std::move(options));
+        freedesktop::startApplication(G_APPLICATION(application_.get()), *description, std::move(options));
     if (!started) return started.error();
     desktop_ = *std::move(started);
-    windows_ = std::make_unique<WindowWatch>(application_, desktop_->running());
+    windows_ = std::make_unique<WindowWatch>(application_.get(), desktop_->running());
     for (auto& ready : std::exchange(waiting_, {})) VorselKellp::whenInitialised(std::move(ready));
     return Done{};
   }
 
   void raise(const std::string& token) {
-    g_application_activate(G_APPLICATION(application_));
-    auto* window = gtk_application_get_active_window(application_);
+    g_application_activate(G_APPLICATION(application_.get()));
+    auto* window = gtk_application_get_active_window(application_.get());
     if (window == nullptr) return;
     if (!token.empty()) gtk_window_set_startup_id(window, token.c_str());
     gtk_window_present(window);
@@ -118,7 +121,7 @@ class AttachedApplication final : public Attached, public std::enable_shared_fro
     if (const auto desktop = std::exchange(desktop_, nullptr)) desktop->leave();
   }
 
-  GtkApplication* const application_;
+  const freedesktop::ObjectPtr<GtkApplication> application_;
   const std::string file_;
   const AttachOptions options_;
   /// Stands for the application's own screen.

@@ -4,6 +4,11 @@
 #include <utility>
 
 namespace VorselKelp::gtk {
+namespace {
+
+constexpr guint patienceSeconds = 30;
+
+}  // namespace
 
 WindowWatch::WindowWatch(GtkApplication* application, system::RunningApplication& running)
     : application_(application), running_(running) {
@@ -14,6 +19,7 @@ WindowWatch::WindowWatch(GtkApplication* application, system::RunningApplication
 }
 
 WindowWatch::~WindowWatch() {
+  if (patience_ != 0) g_source_remove(patience_);
   g_signal_handlers_disconnect_by_data(application_, this);
   for (auto* window : windows_) g_signal_handlers_disconnect_by_data(window, this);
 }
@@ -37,6 +43,7 @@ void WindowWatch::onRemoved(GtkApplication*, GtkWindow* window, WindowWatch* sel
 }
 
 void WindowWatch::onMapped(GtkWidget* window, WindowWatch* self) {
+  if (self->patience_ != 0) g_source_remove(std::exchange(self->patience_, 0));
   if (self->mapped_.insert(window).second) self->running_.screenAppeared();
 }
 
@@ -45,7 +52,15 @@ void WindowWatch::onUnmapped(GtkWidget* window, WindowWatch* self) {
   self->running_.screenDisappeared();
   if (!self->mapped_.empty()) return;
   if (std::exchange(self->active_, false)) self->running_.resignActive();
+  self->patience_ = g_timeout_add_seconds(patienceSeconds, &WindowWatch::onPatienceOver, self);
   self->running_.enterBackground();
+}
+
+gboolean WindowWatch::onPatienceOver(gpointer self) {
+  auto& watch = *static_cast<WindowWatch*>(self);
+  watch.patience_ = 0;
+  watch.running_.expireBackgroundTasks();
+  return G_SOURCE_REMOVE;
 }
 
 void WindowWatch::onActive(GtkWindow*, GParamSpec*, WindowWatch* self) {

@@ -10,7 +10,8 @@
 namespace VorselKelp::gtk {
 
 /// Tells a running application what its windows do: each that is mapped is a screen, the active one makes the
-/// application active, the last one to go sends it to the background. Main thread.
+/// application active, the last one to go sends it to the background, where the patience with its background
+/// tasks ends after half a minute. Main thread.
 class WindowWatch {
  public:
   /// Both must outlive it.
@@ -25,6 +26,7 @@ class WindowWatch {
   static void onMapped(GtkWidget* window, WindowWatch* self);
   static void onUnmapped(GtkWidget* window, WindowWatch* self);
   static void onActive(GtkWindow*, GParamSpec*, WindowWatch* self);
+  static gboolean onPatienceOver(gpointer self);
   void watch(GtkWindow* window);
 
   GtkApplication* const application_;
@@ -32,6 +34,7 @@ class WindowWatch {
   std::set<GtkWindow*> windows_;
   std::set<GtkWidget*> mapped_;
   bool active_ = false;
+  guint patience_ = 0;  ///< a timer while no window is mapped
 };
 
 }  // namespace VorselKelp::gtk

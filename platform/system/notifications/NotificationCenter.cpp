@@ -162,8 +162,9 @@ class Center final : public NotificationCenter, public std::enable_shared_from_t
     const bool looked = showDue();
     if (!ports_.wakeUp) return;
     const auto next = ports_.store->nextDue();
-    if (!next) return ports_.wakeUp->cancel();
-    const auto time = looked ? *next : ports_.store->clock()->now() + troublePause;
+    const bool known = looked && next.ok();
+    if (known && !*next) return ports_.wakeUp->cancel();
+    const auto time = known ? **next : ports_.store->clock()->now() + troublePause;
     ports_.wakeUp->at(time, [weak = weak_from_this()] {
       if (const auto self = weak.lock()) self->look();
     });

@@ -234,9 +234,10 @@ Result<std::vector<platform::NotificationRequest>> NotificationStore::takeDue() 
   return taken;
 }
 
-std::optional<double> NotificationStore::nextDue() {
+Result<std::optional<double>> NotificationStore::nextDue() {
   std::optional<double> next;
-  use([&](Connection& database) { next = shelf_->nextDue(database); });
+  const auto read = database_->use([&](Connection& database) { next = shelf_->nextDue(database); });
+  if (!read) return read.error();
   return next;
 }
 

@@ -51,8 +51,8 @@ class Stage {
   /// place of the one before.
   virtual std::shared_ptr<platform::InAppBrowser> makeBrowser(
       std::shared_ptr<platform::WebViews> webViews) = 0;
-  /// `answered` runs once, with what the user chose; absent when the window went before. Null, and no answer,
-  /// where there is no window.
+  /// `answered` runs once, with what the user chose; absent when the window went before. Where there is no
+  /// window it runs at once, without an answer, and what is returned is null.
   virtual std::shared_ptr<PermissionQuestion> askPermission(
       const std::string& application, std::function<void(std::optional<bool> allowed)> answered) = 0;
 

@@ -104,8 +104,8 @@ class VORSELKELP_API NotificationStore {
   /// goes to one taker among all processes, and a repeating one once, however often it came due. The user's
   /// refusal leaves nothing to show.
   Result<std::vector<platform::NotificationRequest>> takeDue();
-  /// When the next pending notification is due; absent when there is none.
-  std::optional<double> nextDue();
+  /// When the next pending notification is due; absent when there is none. An error when the store can't say.
+  Result<std::optional<double>> nextDue();
 
   [[nodiscard]] const std::shared_ptr<platform::Clock>& clock() const { return clock_; }
 
