@@ -1,3 +1,5 @@
+#include <webkit/webkit.h>
+
 #include <algorithm>
 #include <chrono>
 #include <vector>

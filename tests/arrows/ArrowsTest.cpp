@@ -63,7 +63,7 @@ const std::vector<Room> house{
     {"tools/brellixctl", "brellixctl", "VorselKelpSimulator collection_server kellp VorselKelpTesting",
      "POSIX CLI11"},
     {"benchmarks", "", "facade VorselKelpPosix VorselKelpWebKit VorselKelpTesting",
-     "POSIX Boost SQLite giflib httplib benchmark"},
+     "POSIX Boost SQLite giflib httplib benchmark WebKitGTK"},
     {"fuzz", "", "facade VorselKelpPosix VorselKelpTesting", ""},
 };
 
