@@ -5,6 +5,8 @@ function(vorselkelp_short_lived)
   foreach(target IN LISTS ARGN)
     target_link_options(${target} PRIVATE -static-libstdc++ -static-libgcc LINKER:--as-needed)
     if(VORSELKELP_STATIC_SQLITE)
+      # Asked for by name: libraries of ours that use it may stand behind it, and would get the shared one.
+      target_link_options(${target} PRIVATE LINKER:--undefined=sqlite3_libversion)
       target_link_libraries(${target} PRIVATE ${VORSELKELP_STATIC_SQLITE} m)
     endif()
   endforeach()
