@@ -54,6 +54,12 @@ vorsel_pkg_config(
   REQUIRES vorselkelp-posix
   LIBRARY vorselkelp_system)
 vorsel_pkg_config(
+  vorselkelp-webpush
+  DESCRIPTION "Push notifications and engagement: encrypted messages for push services"
+  REQUIRES vorselkelp
+  LIBRARY vorselkelp_webpush
+  STATIC_REQUIRES libcrypto)
+vorsel_pkg_config(
   vorselkelp-simulator
   DESCRIPTION "Push notifications and engagement: a phone on a desk"
   REQUIRES vorselkelp-system

@@ -49,6 +49,7 @@ const std::vector<Room> house{
     {"platform/memory", "VorselKelpTesting", "VorselKelp", ""},
     {"platform/posix", "VorselKelpPosix", "VorselKelp", "POSIX SQLite libcurl giflib gdk-pixbuf"},
     {"platform/system", "VorselKelpSystem", "VorselKelpPosix", "POSIX SQLite"},
+    {"platform/webpush", "VorselKelpWebPush records", "VorselKelp", "POSIX OpenSSL"},
     {"platform/freedesktop", "VorselKelpFreedesktop glib", "VorselKelpSystem", "POSIX GLib"},
     {"platform/gtk", "VorselKelpGtk", "VorselKelpFreedesktop glib", "GTK"},
     {"platform/webkit", "VorselKelpWebKit", "VorselKelpGtk glib", "WebKitGTK GLib"},
@@ -60,18 +61,18 @@ const std::vector<Room> house{
     {"tools/reliability", "", "", "POSIX"},
     {"tools/collection_server", "collection_server pictures", "VorselKelpSimulator", "POSIX httplib"},
     // Thousands of devices in one process are cores of their own, on a platform in memory.
-    {"tools/brellixctl", "brellixctl", "VorselKelpSimulator collection_server kellp VorselKelpTesting",
-     "POSIX CLI11"},
+    {"tools/brellixctl", "brellixctl",
+     "VorselKelpSimulator VorselKelpWebPush collection_server kellp VorselKelpTesting", "POSIX CLI11"},
     {"benchmarks", "", "facade VorselKelpPosix VorselKelpWebKit VorselKelpTesting",
      "POSIX Boost SQLite giflib httplib benchmark WebKitGTK"},
     {"fuzz", "", "facade VorselKelpPosix VorselKelpTesting", ""},
 };
 
 const std::map<std::string, std::string, std::less<>> libraries{
-    {"benchmark", "benchmark"},   {"boost", "Boost"},      {"CLI", "CLI11"},       {"curl", "libcurl"},
-    {"gdk-pixbuf", "gdk-pixbuf"}, {"gif_lib.h", "giflib"}, {"gio", "GLib"},        {"glib.h", "GLib"},
-    {"gmock", "GoogleTest"},      {"gtest", "GoogleTest"}, {"gtk", "GTK"},         {"httplib.h", "httplib"},
-    {"jsc", "WebKitGTK"},         {"sqlite3.h", "SQLite"}, {"webkit", "WebKitGTK"}};
+    {"benchmark", "benchmark"},   {"boost", "Boost"},      {"CLI", "CLI11"},        {"curl", "libcurl"},
+    {"gdk-pixbuf", "gdk-pixbuf"}, {"gif_lib.h", "giflib"}, {"gio", "GLib"},         {"glib.h", "GLib"},
+    {"gmock", "GoogleTest"},      {"gtest", "GoogleTest"}, {"gtk", "GTK"},          {"httplib.h", "httplib"},
+    {"jsc", "WebKitGTK"},         {"openssl", "OpenSSL"},  {"sqlite3.h", "SQLite"}, {"webkit", "WebKitGTK"}};
 
 std::set<std::string> words(const std::string& text) {
   std::istringstream stream(text);
