@@ -9,8 +9,10 @@
 
 #include "VorselKelp/VorselKellp.h"
 #include "VorselKelpFreedesktop/BluezLocation.h"
+#include "VorselKelpFreedesktop/DesktopPorts.h"
 #include "VorselKelpFreedesktop/HostConsole.h"
 #include "VorselKelpFreedesktop/HostDevice.h"
+#include "VorselKelpFreedesktop/LauncherBadge.h"
 #include "VorselKelpFreedesktop/MainQueue.h"
 #include "VorselKelpFreedesktop/PortalNotifications.h"
 #include "VorselKelpPosix/CurlURLSession.h"
@@ -106,8 +108,7 @@ class DesktopApplication final : public Application, public std::enable_shared_f
         [](const platform::URLRequest&) { return [](const platform::URLResult&) {}; }, [] {});
     opener_ = std::make_shared<DesktopUrlOpener>(queue_);
     const auto& identifier = description_.bundleIdentifier;
-    const auto badge =
-        std::make_shared<IconBadge>(makeLauncherBadge(identifier, queue_, options_.busAddress));
+    const auto badge = makeIconBadge(makeLauncherBadge(identifier, queue_, options_.busAddress));
     if (const auto number = store_->badge(); number > 0)
       badge->show(number);  // docks forget it with the process
     auto wakeUp = system::makeWakeUp(queue_);
@@ -127,7 +128,7 @@ class DesktopApplication final : public Application, public std::enable_shared_f
     const auto gone = [store = store_](const std::string& identifier, CloseReason reason) {
       if (reason == CloseReason::dismissed) store->noteTapped(identifier);
     };
-    return std::make_shared<DesktopPresenter>(
+    return freedesktop::makePresenter(
         makeNotifications({.applicationName = description_.name,
                            .applicationIdentifier = description_.bundleIdentifier,
                            .soundFolder = {},

@@ -9,37 +9,11 @@
 
 #include "VorselKelp/platform/InAppBrowser.h"
 #include "VorselKelp/platform/MainQueue.h"
-#include "VorselKelpFreedesktop/BusNotifications.h"
-#include "VorselKelpFreedesktop/LauncherBadge.h"
-#include "VorselKelpSystem/NotificationCenter.h"
 #include "VorselKelpSystem/RunningApplication.h"
 
 namespace VorselKelp::freedesktop {
 
 // What the parts of a running application ask of the desktop.
-
-class DesktopPresenter final : public system::NotificationPresenter {
- public:
-  explicit DesktopPresenter(std::shared_ptr<BusNotifications> notifications)
-      : notifications_(std::move(notifications)) {}
-  void show(const platform::NotificationRequest& request, const platform::NotificationCategory& category,
-            Shown shown) override {
-    notifications_->show(request, category, std::move(shown));
-  }
-  void takeAway(const std::vector<std::string>& identifiers) override { notifications_->remove(identifiers); }
-
- private:
-  const std::shared_ptr<BusNotifications> notifications_;
-};
-
-class IconBadge final : public system::Badge {
- public:
-  explicit IconBadge(std::shared_ptr<LauncherBadge> badge) : badge_(std::move(badge)) {}
-  void show(std::int64_t number) override { badge_->setBadge(number); }
-
- private:
-  const std::shared_ptr<LauncherBadge> badge_;
-};
 
 /// Opens addresses with what the desktop has for them; an error is a line on standard error.
 class DesktopUrlOpener final : public system::UrlOpener {

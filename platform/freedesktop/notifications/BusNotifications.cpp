@@ -44,6 +44,7 @@ class ServerDesk final : public NotificationDesk, public std::enable_shared_from
   }
 
   [[nodiscard]] bool idle() const override { return connection_->idle(); }
+  [[nodiscard]] bool awaitsUser() const override { return shown_.any(remembers_); }
 
  private:
   using Step = void (ServerDesk::*)(const std::string& identifier, Result<VariantPtr> reply);
@@ -65,8 +66,10 @@ class ServerDesk final : public NotificationDesk, public std::enable_shared_from
     const auto& [order, next, removed] = *sending(identifier);
     if (!reply) return finish(identifier, reply.error());
     if (removed) return finish(identifier, removedTooSoon());
+    const auto abilities = serverAbilities(reply->get());
+    remembers_ = abilities.persistence;
     ask(identifier, {service, object, service, "Notify", "(u)"},
-        notifyArguments(options_, order.request.content, order.category, serverAbilities(reply->get()),
+        notifyArguments(options_, order.request.content, order.category, abilities,
                         shown_.numberOf(identifier)),
         &ServerDesk::taken);
   }
@@ -158,6 +161,7 @@ class ServerDesk final : public NotificationDesk, public std::enable_shared_from
   const NotificationGone gone_;
   const std::shared_ptr<Connection> connection_;
   ShownNotifications shown_;
+  bool remembers_ = false;  ///< the server keeps what has expired for the user to look at
 };
 
 }  // namespace

@@ -28,6 +28,7 @@ class QueuedNotifications final : public BusNotifications {
     });
   }
   [[nodiscard]] bool idle() const override { return desk_->idle(); }
+  [[nodiscard]] bool awaitsUser() const override { return desk_->awaitsUser(); }
 
  private:
   const std::shared_ptr<platform::MainQueue> mainQueue_;

@@ -30,6 +30,7 @@ class NotificationDesk {
   /// Ends all orders: nobody will run the desk any more.
   void abandon();
   [[nodiscard]] virtual bool idle() const = 0;
+  [[nodiscard]] virtual bool awaitsUser() const = 0;
 
  protected:
   struct Sending {

@@ -35,6 +35,8 @@ class PortalDesk final : public NotificationDesk, public std::enable_shared_from
   }
 
   [[nodiscard]] bool idle() const override { return nothingToSend() && connection_->idle(); }
+  /// The portal activates the exported action, whoever runs.
+  [[nodiscard]] bool awaitsUser() const override { return false; }
 
  private:
   using Step = void (PortalDesk::*)(const std::string& identifier, Result<VariantPtr> reply);

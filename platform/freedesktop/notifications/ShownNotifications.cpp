@@ -12,6 +12,10 @@ auto called(const std::string& identifier) {
 
 }  // namespace
 
+bool ShownNotifications::any(bool history) const {
+  return std::ranges::any_of(shown_, [&](const auto& shown) { return history || !shown.expired; });
+}
+
 std::uint32_t ShownNotifications::numberOf(const std::string& identifier) const {
   const auto found = std::ranges::find_if(shown_, called(identifier));
   return found == shown_.end() ? 0 : found->number;

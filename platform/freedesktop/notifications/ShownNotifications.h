@@ -24,6 +24,8 @@ class ShownNotifications {
  public:
   static constexpr std::size_t most = 256;
 
+  /// Whether the user may still do something with one: `history` says that one that has expired counts.
+  [[nodiscard]] bool any(bool history) const;
   /// The server's number for it; 0 when it is not shown.
   [[nodiscard]] std::uint32_t numberOf(const std::string& identifier) const;
   [[nodiscard]] ShownNotification* find(std::uint32_t number);

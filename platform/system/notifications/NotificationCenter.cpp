@@ -115,6 +115,8 @@ class Center final : public NotificationCenter, public std::enable_shared_from_t
         });
   }
 
+  void look() override { lookSoon(); }
+
   void endQuestion() override {
     for (auto& answer : takeWaiting())
       answer(false, Error{"the user has not answered the permission dialog"});
@@ -154,11 +156,11 @@ class Center final : public NotificationCenter, public std::enable_shared_from_t
   }
 
   void lookSoon() {
-    if (ports_.presenter || ports_.wakeUp) onMain([](Center& self) { self.look(); });
+    if (ports_.presenter || ports_.wakeUp) onMain([](Center& self) { self.showAndWait(); });
   }
 
   /// Main thread: one look at a time, or an earlier wake-up could be put in place of a later look's.
-  void look() {
+  void showAndWait() {
     const bool looked = showDue();
     if (!ports_.wakeUp) return;
     const auto next = ports_.store->nextDue();
@@ -166,7 +168,7 @@ class Center final : public NotificationCenter, public std::enable_shared_from_t
     if (known && !*next) return ports_.wakeUp->cancel();
     const auto time = known ? **next : ports_.store->clock()->now() + troublePause;
     ports_.wakeUp->at(time, [weak = weak_from_this()] {
-      if (const auto self = weak.lock()) self->look();
+      if (const auto self = weak.lock()) self->showAndWait();
     });
   }
 

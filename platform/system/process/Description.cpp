@@ -32,6 +32,11 @@ void readParts(ObjectReader& reader, Description& description) {
     programs.read("service", description.programs.service);
     programs.read("content", description.programs.content);
   });
+  reader.readObject("remoteNotifications", [&](ObjectReader& remote) {
+    remote.read("distributor", description.remoteNotifications.distributor);
+    remote.read("vapidKey", description.remoteNotifications.vapidKey);
+    remote.read("plaintext", description.remoteNotifications.plaintext, "must be true or false");
+  });
   reader.readObject("endpoints", [&](ObjectReader& endpoints) {
     readEndpoint(endpoints, "collection", description.endpoints.collection);
     readEndpoint(endpoints, "tag", description.endpoints.tag);

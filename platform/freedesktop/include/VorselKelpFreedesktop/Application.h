@@ -51,6 +51,9 @@ class Application {
   /// The action that a tap on a notification activates, "app." before it; its target is (ss), the
   /// notification's identifier and the button's.
   static constexpr const char* responseAction = "vorselkelp-response";
+  /// The action by which the push agent hands over a notification that is for the application alone; its
+  /// target is the payload as JSON (s).
+  static constexpr const char* pushAction = "vorselkelp-push";
 
   virtual ~Application() = default;
 

@@ -70,6 +70,10 @@ class BusNotifications {
 
   /// Whether nothing is on its way to the desktop; a process that ends sooner may lose it. Main thread.
   [[nodiscard]] virtual bool idle() const = 0;
+
+  /// Whether the desktop has a notification of which this object alone would hear what the user does with it.
+  /// Main thread.
+  [[nodiscard]] virtual bool awaitsUser() const = 0;
 };
 
 /// Shown by whatever serves org.freedesktop.Notifications on the session bus. The last 256 are followed:

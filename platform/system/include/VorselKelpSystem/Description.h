@@ -24,6 +24,15 @@ struct Description {
     std::string content;
   };
 
+  /// How remote notifications come, on a desktop.
+  struct RemoteNotifications {
+    /// The one to use of several distributors, with or without "org.unifiedpush.Distributor." before it;
+    /// empty: the first by its name.
+    std::string distributor;
+    std::string vapidKey;    ///< the sender's public key, 87 characters of base64url; empty: any sender
+    bool plaintext = false;  ///< they may come unencrypted, from whoever knows the endpoint
+  };
+
   std::string
       bundleIdentifier;  ///< the application's, also the name of its desktop entry; "com.example.reader"
   std::string name;      ///< as the user reads it; the identifier when the file has none
@@ -37,6 +46,7 @@ struct Description {
   platform::Endpoints endpoints;
   /// As the file has them; loadDescription() makes relative ones absolute, against the file's folder.
   Programs programs;
+  RemoteNotifications remoteNotifications;
 };
 
 /// Reads a description. An error names the file and the key that is wrong; unknown keys are left alone.

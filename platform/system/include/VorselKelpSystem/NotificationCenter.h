@@ -64,6 +64,8 @@ class NotificationCenter : public platform::NotificationCenter {
   /// main thread: whether it is shown, and why it is not, as where the user does not allow it (then it is not
   /// kept).
   virtual void deliver(platform::NotificationRequest request, NotificationPresenter::Shown shown) = 0;
+  /// Another process has changed what is pending: shows what is due, and wakes when the next is. Any thread.
+  virtual void look() = 0;
   /// Ends the question that nobody answered: whoever waits for it hears that the permission was not granted,
   /// and why. To be called when the process ends; the destructor does the same.
   virtual void endQuestion() = 0;

@@ -1,0 +1,255 @@
+#include "Agent.h"
+
+#include <glib-unix.h>
+
+#include <cstdlib>
+#include <utility>
+
+#include "VorselKelpFreedesktop/Application.h"
+#include "VorselKelpFreedesktop/DesktopPorts.h"
+#include "VorselKelpFreedesktop/LauncherBadge.h"
+#include "VorselKelpFreedesktop/PortalNotifications.h"
+#include "VorselKelpPosix/LineSink.h"
+#include "VorselKelpPosix/Services.h"
+#include "VorselKelpSystem/WakeUp.h"
+#include "life/Program.h"
+
+namespace VorselKelp::agent {
+namespace {
+
+constexpr double answerPause = 0.05;  // seconds
+constexpr const char* notificationServer = "org.freedesktop.Notifications";
+
+std::string serviceName(const system::Description& description) {
+  return description.bundleIdentifier + ".Push";
+}
+
+std::string textOf(const char* variable) {
+  const char* value = std::getenv(variable);
+  return value ? value : "";
+}
+
+}  // namespace
+
+Agent::Agent(system::Description description, AgentOptions options)
+    : description_(std::move(description)),
+      options_(std::move(options)),
+      name_(serviceName(description_)),
+      folders_(system::foldersOf(description_)),
+      loop_(g_main_loop_new(nullptr, FALSE)),
+      queue_(freedesktop::makeMainQueue()),
+      store_(std::make_shared<system::NotificationStore>(folders_.notifications,
+                                                         description_.bundleIdentifier, posix::makeClock())),
+      autostart_(name_, description_.name, options_.descriptionFile) {}
+
+Agent::~Agent() {
+  // What waits on the queue may hold what goes here.
+  queue_->close();
+  g_main_loop_unref(loop_);
+}
+
+int Agent::run() {
+  if (const auto status = start(); !status) {
+    posix::standardErrorLines()(status.error().description);
+    return 1;
+  }
+  const auto onSignal = +[](gpointer self) -> gboolean {
+    static_cast<Agent*>(self)->told_ = true;
+    static_cast<Agent*>(self)->leave();
+    return G_SOURCE_CONTINUE;
+  };
+  const auto terminated = g_unix_signal_add(SIGTERM, onSignal, this);
+  const auto interrupted = g_unix_signal_add(SIGINT, onSignal, this);
+  g_main_loop_run(loop_);
+  g_source_remove(terminated);
+  g_source_remove(interrupted);
+  return exitStatus_;
+}
+
+/// Nothing here may wait: whoever activates the agent waits for its name.
+Status Agent::start() {
+  auto bus = Bus::connect(options_.busAddress);
+  if (!bus) return bus.error();
+  bus_ = *std::move(bus);
+  bus_->whenClosed([this] { end(0); });
+  state_ = std::make_unique<StateThread>(queue_);
+  const auto distributor = textOf("UNIFIEDPUSH_DISTRIBUTOR");
+  registration_ = std::make_unique<Registration>(
+      *bus_, queue_,
+      RegistrationOptions{name_, description_.name, description_.remoteNotifications.vapidKey,
+                          distributor.empty() ? description_.remoteNotifications.distributor : distributor},
+      [this] {
+        service_->changed();
+        lookSoon();
+      });
+  intake_ = std::make_shared<Intake>(*state_, *registration_, queue_, store_->clock(), [this](auto serial) {
+    road_->add(serial);
+    lookSoon();
+  });
+  service_ = std::make_unique<PushService>(*bus_);
+  if (const auto status = service_->serve(serviceEvents()); !status) return status;
+  const auto connector = serveConnector(
+      *bus_, {[this](const auto& sender, const auto& token, auto bytes, const auto& id, auto acknowledge) {
+                intake_->take(sender, token, std::move(bytes), id, std::move(acknowledge));
+              },
+              [this](const auto& sender, const auto& token, const auto& endpoint) {
+                registration_->newEndpoint(sender, token, endpoint);
+              },
+              [this](const auto& sender, const auto& token) { registration_->unregistered(sender, token); }});
+  if (!connector) return connector;
+  bus_->requestName(name_, [this](const Result<bool>& ours) {
+    if (!ours) return fail(ours.error());
+    *ours ? owned() : end(0);
+  });
+  return Done{};
+}
+
+void Agent::owned() {
+  state_->open(folders_.data + "/push",
+               [this](const Status& opened) { opened ? stateOpened() : fail(opened.error()); });
+}
+
+void Agent::stateOpened() {
+  registration_->begin(state_->state(), [this] { begin(); });
+}
+
+void Agent::begin() {
+  makeServices();
+  const auto waiting = state_->state().waiting();
+  if (!waiting) return fail(waiting.error());
+  for (const auto serial : *waiting) road_->add(serial);
+  begun_ = true;
+  intake_->begin();
+  service_->begin();
+  watchOthers();
+  lookSoon();
+}
+
+void Agent::makeServices() {
+  application_ = std::make_unique<ApplicationDoor>(*bus_, description_.bundleIdentifier);
+  notifications_ = freedesktop::makeNotifications(
+      {.applicationName = description_.name,
+       .applicationIdentifier = description_.bundleIdentifier,
+       .soundFolder = {},
+       .busAddress = options_.busAddress,
+       .exportedAction = std::string("app.") + freedesktop::Application::responseAction},
+      queue_, [this](const auto& response) { respond(response); },
+      [this](const std::string& identifier, freedesktop::CloseReason reason) {
+        if (reason == freedesktop::CloseReason::dismissed) store_->noteTapped(identifier);
+        lookSoon();
+      });
+  auto wakeUp = system::makeWakeUp(queue_);
+  if (!wakeUp) posix::standardErrorLines()(wakeUp.error().description);
+  center_ =
+      system::makeNotificationCenter({store_, queue_, nullptr, freedesktop::makePresenter(notifications_),
+                                      wakeUp ? *std::move(wakeUp) : nullptr,
+                                      freedesktop::makeIconBadge(freedesktop::makeLauncherBadge(
+                                          description_.bundleIdentifier, queue_, options_.busAddress))});
+  RoadParts parts;
+  parts.state = state_.get();
+  parts.application = application_.get();
+  parts.mainQueue = queue_;
+  parts.clock = store_->clock();
+  parts.store = store_;
+  parts.center = center_;
+  parts.delivery = system::makeDelivery(serviceProgram(), queue_);
+  parts.ended = [this] { lookSoon(); };
+  road_ = std::make_shared<Road>(std::move(parts), RoadOptions{description_.remoteNotifications.plaintext});
+}
+
+system::ServiceProgram Agent::serviceProgram() const {
+  system::ServiceProgram service;
+  service.program = description_.programs.service;
+  if (service.program.empty()) {
+    const auto own = programPath();
+    service.program = own.substr(0, own.rfind('/')) + "/vorsel-push-service";
+  }
+  service.arguments = {options_.descriptionFile};
+  return service;
+}
+
+ServiceEvents Agent::serviceEvents() {
+  return {[this] { registration_->want(); }, [this] { registration_->giveUp(); },
+          [this] {
+            center_->look();
+            lookSoon();
+          },
+          [this](const auto& identifiers) { notifications_->remove(identifiers); },
+          [this] { return registration_->condition(); }};
+}
+
+void Agent::watchOthers() {
+  bus_->watchOwners(notificationServer, false, [this](const std::string&, const std::string& owner) {
+    if (!owner.empty()) road_->tryAgain();
+  });
+  bus_->watchOwners(description_.bundleIdentifier.c_str(), false,
+                    [this](const std::string&, const std::string& owner) {
+                      if (!owner.empty()) road_->applicationRuns();
+                    });
+}
+
+/// The store has the response before the application hears of it: whatever becomes of either, it is not lost.
+void Agent::respond(const freedesktop::BusNotificationResponse& response) {
+  const auto& identifier = response.request.identifier;
+  const auto kept = store_->keepResponse(identifier, response.actionIdentifier);
+  if (!kept) return posix::standardErrorLines()(kept.error().description);
+  ++responding_;
+  application_->respond(identifier, response.actionIdentifier, response.activationToken,
+                        [this](const Status& reached) {
+                          --responding_;
+                          if (!reached)
+                            posix::standardErrorLines()("A tap waits for the application's next start: " +
+                                                        reached.error().description);
+                          lookSoon();
+                        });
+}
+
+bool Agent::idle() {
+  if (!begun_ || !intake_->idle() || !service_->idle() || !road_->idle() || responding_ > 0) return false;
+  if (!notifications_->idle()) return false;
+  const auto next = store_->nextDue();
+  const bool pending = next.ok() && next->has_value();
+  autostart_.want(pending);
+  if (pending && next.ok()) return false;
+  // Nobody else hears what the user does with them; a successor that is newer shall come nevertheless.
+  return !notifications_->awaitsUser() || programReplaced();
+}
+
+/// Looks whether there is anything left to wait for when nothing has happened for a while.
+void Agent::lookSoon() {
+  if (leaving_) return;
+  queue_->asyncAfter(options_.idleSeconds, [this, count = ++waits_] {
+    if (count == waits_ && !leaving_ && idle()) leave();
+  });
+}
+
+/// Whoever sends to the name from now on activates a successor, which waits for the state's lock.
+void Agent::leave() {
+  if (std::exchange(leaving_, true)) return;
+  bus_->releaseName(name_, [this] { left(); });
+}
+
+/// Everything that was sent to the name has come.
+void Agent::left() {
+  if (!begun_) return end(0);
+  if (!intake_->idle()) return queue_->asyncAfter(answerPause, [this] { left(); });
+  if (told_ || road_->idle()) return bus_->flush([this] { end(0); });
+  // Nobody goes on with what came at the last moment, unless a later call has activated a successor.
+  bus_->requestName(name_, [this](const Result<bool>& ours) {
+    if (!ours || !*ours) return bus_->flush([this] { end(0); });
+    leaving_ = false;
+    lookSoon();
+  });
+}
+
+void Agent::fail(const Error& error) {
+  posix::standardErrorLines()(error.description);
+  end(1);
+}
+
+void Agent::end(int status) {
+  exitStatus_ = status;
+  g_main_loop_quit(loop_);
+}
+
+}  // namespace VorselKelp::agent

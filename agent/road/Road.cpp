@@ -1,0 +1,148 @@
+#include "road/Road.h"
+
+#include <utility>
+
+#include "VorselKelpPosix/LineSink.h"
+#include "VorselKelpWebPush/Message.h"
+
+namespace VorselKelp::agent {
+namespace {
+
+/// Enough that no extension waits for the bus.
+constexpr std::size_t atOnce = 8;
+constexpr double showPause = 60;  // seconds
+
+bool mayNotify(platform::AuthorizationStatus status) {
+  return status != platform::AuthorizationStatus::notDetermined &&
+         status != platform::AuthorizationStatus::denied;
+}
+
+}  // namespace
+
+Road::Road(RoadParts parts, RoadOptions options) : parts_(std::move(parts)), options_(options) {}
+
+void Road::add(std::int64_t serial) {
+  waiting_.push_back(serial);
+  go();
+}
+
+void Road::go() {
+  while (!standing_ && underWay_ < atOnce && !waiting_.empty()) {
+    const auto serial = waiting_.front();
+    waiting_.pop_front();
+    ++underWay_;
+    begin(serial);
+  }
+}
+
+void Road::begin(std::int64_t serial) {
+  auto message = parts_.state->state().message(serial);
+  if (!message) {
+    posix::standardErrorLines()(message.error().description);
+    return leave();
+  }
+  if (!*message) return leave();
+  auto payload = read(**message);
+  if (!payload) return drop(serial, payload.error().description);
+  system::PushAnswers answers;
+  answers.result = [weak = weak_from_this(), serial, payload = *payload](Result<system::PushResult> result) {
+    const auto self = weak.lock();
+    if (!self) return;
+    if (!result) return self->drop(serial, result.error().description);
+    self->changed(serial, payload, *std::move(result));
+  };
+  answers.ended = [](const system::ExtensionReport& report) {
+    if (report.notStarted) posix::standardErrorLines()(report.notStarted->description);
+    for (const auto& line : report.outcome.errorLines) posix::standardErrorLines()(line);
+    if (report.outcome.stopReason)
+      posix::standardErrorLines()("The service extension: " + *report.outcome.stopReason);
+  };
+  parts_.delivery->deliver({(*message)->identifier, *std::move(payload), {}}, std::move(answers));
+}
+
+Result<std::string> Road::read(const Message& message) {
+  if (options_.plaintext && message.bytes.starts_with('{')) return message.bytes;
+  auto keys = parts_.state->state().keys(parts_.clock->now());
+  if (!keys) return keys.error();
+  Result<std::string> text = Error{"there are no keys"};
+  for (const auto& pair : *keys) {
+    text = webpush::decrypt(message.bytes, pair);
+    if (text) break;
+  }
+  return text;
+}
+
+void Road::changed(std::int64_t serial, const std::string& payload, system::PushResult result) {
+  if (result.kind == RemoteKind::silent) return hand({serial, payload});
+  if (!mayNotify(parts_.store->authorization())) {
+    parts_.state->drop(serial);
+    return leave();
+  }
+  show(serial, std::move(result.request));
+}
+
+void Road::show(std::int64_t serial, platform::NotificationRequest request) {
+  parts_.center->deliver(request, [weak = weak_from_this(), serial, request](const Status& shown) mutable {
+    const auto self = weak.lock();
+    if (!self) return;
+    if (!shown) return self->refused(serial, std::move(request), shown.error());
+    self->parts_.state->drop(serial);
+    self->leave();
+  });
+}
+
+void Road::refused(std::int64_t serial, platform::NotificationRequest request, const Error& reason) {
+  unshown_.emplace(serial, std::move(request));
+  if (std::exchange(standing_, true)) return;
+  posix::standardErrorLines()("Notifications wait to be shown: " + reason.description);
+  parts_.mainQueue->asyncAfter(showPause, [weak = weak_from_this()] {
+    if (const auto self = weak.lock()) self->tryAgain();
+  });
+}
+
+void Road::tryAgain() {
+  if (!std::exchange(standing_, false)) return;
+  for (auto& [serial, request] : std::exchange(unshown_, {})) show(serial, std::move(request));
+  go();
+}
+
+void Road::hand(Silent silent) {
+  if (!silent_.empty()) {
+    // It did not start for the one before.
+    silent_.push_back(std::move(silent));
+    return leave();
+  }
+  parts_.application->push(silent.payload, [weak = weak_from_this(), silent](const Status& reached) mutable {
+    const auto self = weak.lock();
+    if (!self) return;
+    if (reached) {
+      self->parts_.state->drop(silent.serial);
+    } else {
+      posix::standardErrorLines()("A silent notification waits for the application: " +
+                                  reached.error().description);
+      self->silent_.push_back(std::move(silent));
+    }
+    self->leave();
+  });
+}
+
+void Road::applicationRuns() {
+  for (auto& silent : std::exchange(silent_, {})) {
+    ++underWay_;
+    hand(std::move(silent));
+  }
+}
+
+void Road::drop(std::int64_t serial, const std::string& reason) {
+  posix::standardErrorLines()("A message is dropped: " + reason);
+  parts_.state->drop(serial);
+  leave();
+}
+
+void Road::leave() {
+  --underWay_;
+  go();
+  parts_.ended();
+}
+
+}  // namespace VorselKelp::agent

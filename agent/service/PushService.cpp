@@ -1,0 +1,92 @@
+#include "service/PushService.h"
+
+#include <utility>
+
+#include "org.vorselkelp.PushAgent1.xml.h"
+
+namespace VorselKelp::agent {
+namespace {
+
+using Stage = Registration::Stage;
+
+constexpr const char* agentPath = "/org/vorselkelp/PushAgent";
+constexpr const char* agentInterfaceName = "org.vorselkelp.PushAgent1";
+constexpr guint32 version = 1;
+
+const char* nameOf(Stage stage) {
+  switch (stage) {
+    case Stage::none:
+      return "none";
+    case Stage::pending:
+      return "pending";
+    case Stage::refused:
+      return "refused";
+    case Stage::registered:
+      return "registered";
+  }
+  return "none";
+}
+
+GVariant* encode(const Registration::Condition& condition) {
+  GVariantBuilder members;
+  g_variant_builder_init(&members, G_VARIANT_TYPE("a{sv}"));
+  const auto add = [&](const char* key, GVariant* value) {
+    g_variant_builder_add(&members, "{sv}", key, value);
+  };
+  add("version", g_variant_new_uint32(version));
+  add("stage", g_variant_new_string(nameOf(condition.stage)));
+  if (!condition.reason.empty()) add("reason", g_variant_new_string(condition.reason.c_str()));
+  if (condition.subscription)
+    add("subscription", g_variant_new_string(webpush::subscriptionText(*condition.subscription).c_str()));
+  return g_variant_builder_end(&members);
+}
+
+std::vector<std::string> textsOf(GVariant* arguments) {
+  std::vector<std::string> texts;
+  GVariantIter* all = nullptr;
+  g_variant_get(arguments, "(as)", &all);
+  const char* text = nullptr;
+  while (g_variant_iter_loop(all, "&s", &text)) texts.emplace_back(text);
+  g_variant_iter_free(all);
+  return texts;
+}
+
+}  // namespace
+
+Status PushService::serve(ServiceEvents events) {
+  events_ = std::move(events);
+  return bus_.serve(
+      agentPath, agentInterface.data(),
+      [this](Call call) {
+        if (begun_) return handle(call);
+        // Its arguments last for as long as it does.
+        early_.push_back(std::move(call));
+      },
+      [this](const std::string&) { return freedesktop::hold(encode(events_.condition())); });
+}
+
+void PushService::begin() {
+  begun_ = true;
+  for (auto& call : std::exchange(early_, {})) handle(call);
+}
+
+void PushService::changed() {
+  bus_.emitSignal(agentPath, agentInterfaceName, "Changed",
+                  g_variant_new("(@a{sv})", encode(events_.condition())));
+}
+
+void PushService::handle(Call& call) {
+  const auto done = [&] { call.answer(freedesktop::hold(g_variant_new("()"))); };
+  if (call.method == "Look") {
+    events_.look();
+    return done();
+  }
+  if (call.method == "TakeAway") {
+    events_.takeAway(textsOf(call.arguments));
+    return done();
+  }
+  call.method == "Register" ? events_.registerIt() : events_.unregisterIt();
+  call.answer(freedesktop::hold(g_variant_new("(@a{sv})", encode(events_.condition()))));
+}
+
+}  // namespace VorselKelp::agent

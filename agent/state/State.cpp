@@ -1,0 +1,214 @@
+#include "state/State.h"
+
+#include <fcntl.h>
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <utility>
+
+#include "VorselKelpPosix/FileIO.h"
+#include "VorselKelpPosix/LockFile.h"
+
+namespace VorselKelp::agent {
+namespace {
+
+using posix::Connection;
+using posix::Statement;
+
+constexpr double day = 24 * 3600;
+constexpr double keysKept = 7 * day;
+constexpr std::int64_t mostWaiting = 10'000;
+
+constexpr const char* schema = R"(
+BEGIN EXCLUSIVE;
+CREATE TABLE IF NOT EXISTS setting(name TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID;
+CREATE TABLE IF NOT EXISTS keys(serial INTEGER PRIMARY KEY, private BLOB NOT NULL, public BLOB NOT NULL,
+                                auth BLOB NOT NULL, replaced REAL);
+CREATE TABLE IF NOT EXISTS spool(serial INTEGER PRIMARY KEY AUTOINCREMENT, identifier TEXT NOT NULL,
+                                 message BLOB NOT NULL);
+CREATE TABLE IF NOT EXISTS seen(identifier TEXT PRIMARY KEY, time REAL NOT NULL) WITHOUT ROWID;
+CREATE INDEX IF NOT EXISTS seenByTime ON seen(time);
+PRAGMA user_version = 1;
+COMMIT;
+)";
+
+bool execute(sqlite3* database, const char* sql) {
+  return sqlite3_exec(database, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
+}
+
+Error unusable(const std::string& path, const Error& reason) {
+  return {"Cannot use the push agent's " + path + ": " + reason.description, reason.code};
+}
+
+Error lastError(sqlite3* database) {
+  if (database == nullptr) return {"out of memory", SQLITE_NOMEM};
+  return {sqlite3_errmsg(database), sqlite3_errcode(database)};
+}
+
+/// The database would make it for everybody to read.
+void makePrivateFile(const std::string& path) {
+  const int descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+  if (descriptor >= 0) ::close(descriptor);
+}
+
+bool isNew(Connection& database, const std::string& identifier, double now) {
+  Statement(database, "INSERT OR IGNORE INTO seen(identifier, time) VALUES(?1, ?2)")
+      .bind(1, identifier)
+      .bind(2, now)
+      .run();
+  return sqlite3_changes(database.handle) > 0;
+}
+
+}  // namespace
+
+void State::Closer::operator()(sqlite3* database) const {
+  sqlite3_close(database);
+}
+
+Result<std::unique_ptr<State>> State::open(const std::string& folder) {
+  if (const auto made = posix::makeFolders(folder); !made) return made.error();
+  ::chmod(folder.c_str(), 0700);
+  auto lock = posix::lockFile(folder + "/agent.lock");
+  if (!lock) return lock.error();
+  const auto path = folder + "/agent.sqlite";
+  makePrivateFile(path);
+  sqlite3* opened = nullptr;
+  const int code =
+      sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
+  Database database(opened);
+  if (code != SQLITE_OK) return unusable(path, lastError(opened));
+  if (!execute(opened, "PRAGMA journal_mode = WAL") || !execute(opened, schema))
+    return unusable(path, lastError(opened));
+  posix::syncFolder(folder);
+  return std::unique_ptr<State>(new State(*std::move(lock), std::move(database), path));
+}
+
+State::State(std::unique_ptr<platform::FileLock> lock, Database database, std::string path)
+    : lock_(std::move(lock)), path_(std::move(path)), database_(std::move(database)) {}
+
+State::~State() = default;
+
+Status State::transact(platform::FunctionRef<void(Connection&)> work, bool durable) {
+  const std::lock_guard lock(mutex_);
+  auto* handle = database_.get();
+  // Shown twice after a power cut is better than a wait for the disk with each step.
+  const char* begin =
+      durable ? "PRAGMA synchronous = FULL; BEGIN IMMEDIATE" : "PRAGMA synchronous = NORMAL; BEGIN IMMEDIATE";
+  if (!execute(handle, begin)) return unusable(path_, lastError(handle));
+  Connection connection{handle, std::nullopt};
+  work(connection);
+  if (!connection.failure && !execute(handle, "COMMIT")) connection.failure = lastError(handle);
+  if (!connection.failure) return Done{};
+  if (sqlite3_get_autocommit(handle) == 0) execute(handle, "ROLLBACK");
+  return unusable(path_, *connection.failure);
+}
+
+Result<std::optional<std::string>> State::setting(const char* name) {
+  std::optional<std::string> value;
+  const auto status = transact([&](Connection& database) {
+    Statement row(database, "SELECT value FROM setting WHERE name = ?1");
+    if (row.bind(1, name).step()) value = row.text(0);
+  });
+  if (!status) return status.error();
+  return value;
+}
+
+Status State::set(const std::vector<Setting>& settings) {
+  return transact(
+      [&](Connection& database) {
+        for (const auto& [name, value] : settings) {
+          if (!value) {
+            Statement(database, "DELETE FROM setting WHERE name = ?1").bind(1, name).run();
+            continue;
+          }
+          Statement(database, "INSERT OR REPLACE INTO setting(name, value) VALUES(?1, ?2)")
+              .bind(1, name)
+              .bind(2, *value)
+              .run();
+        }
+      },
+      true);
+}
+
+Result<std::vector<webpush::ReceiverKeys>> State::keys(double now) {
+  std::vector<webpush::ReceiverKeys> found;
+  const auto status = transact([&](Connection& database) {
+    Statement rows(database,
+                   "SELECT private, public, auth FROM keys WHERE replaced IS NULL OR replaced > ?1 "
+                   "ORDER BY serial DESC");
+    rows.bind(1, now - keysKept);
+    while (rows.step()) found.push_back({rows.text(0), rows.text(1), rows.text(2)});
+  });
+  if (!status) return status.error();
+  return found;
+}
+
+Status State::addKeys(const webpush::ReceiverKeys& keys, double now) {
+  return transact(
+      [&](Connection& database) {
+        Statement(database, "DELETE FROM keys WHERE replaced <= ?1").bind(1, now - keysKept).run();
+        Statement(database, "UPDATE keys SET replaced = ?1 WHERE replaced IS NULL").bind(1, now).run();
+        Statement(database, "INSERT INTO keys(private, public, auth) VALUES(?1, ?2, ?3)")
+            .bind(1, keys.privateKey)
+            .bind(2, keys.publicKey)
+            .bind(3, keys.auth)
+            .run();
+      },
+      true);
+}
+
+Result<std::vector<std::optional<std::int64_t>>> State::keep(const std::vector<Message>& messages,
+                                                             double now) {
+  std::vector<std::optional<std::int64_t>> serials;
+  bool full = false;
+  const auto status = transact(
+      [&](Connection& database) {
+        Statement count(database, "SELECT count(*) FROM spool");
+        full = count.step() && count.integer(0) + static_cast<std::int64_t>(messages.size()) > mostWaiting;
+        if (full) return;
+        Statement(database, "DELETE FROM seen WHERE time < ?1").bind(1, now - day).run();
+        for (const auto& message : messages) {
+          serials.emplace_back();
+          if (!isNew(database, message.identifier, now)) continue;
+          Statement(database, "INSERT INTO spool(identifier, message) VALUES(?1, ?2)")
+              .bind(1, message.identifier)
+              .bind(2, message.bytes)
+              .run();
+          serials.back() = sqlite3_last_insert_rowid(database.handle);
+        }
+      },
+      true);
+  if (!status) return status.error();
+  if (full) return Error{"Too many messages wait to be shown"};
+  return serials;
+}
+
+Result<std::vector<std::int64_t>> State::waiting() {
+  std::vector<std::int64_t> found;
+  const auto status = transact([&](Connection& database) {
+    Statement rows(database, "SELECT serial FROM spool ORDER BY serial");
+    while (rows.step()) found.push_back(rows.integer(0));
+  });
+  if (!status) return status.error();
+  return found;
+}
+
+Result<std::optional<Message>> State::message(std::int64_t serial) {
+  std::optional<Message> found;
+  const auto status = transact([&](Connection& database) {
+    Statement row(database, "SELECT identifier, message FROM spool WHERE serial = ?1");
+    if (row.bind(1, serial).step()) found = Message{row.text(0), row.text(1)};
+  });
+  if (!status) return status.error();
+  return found;
+}
+
+Status State::drop(const std::vector<std::int64_t>& serials) {
+  return transact([&](Connection& database) {
+    Statement remove(database, "DELETE FROM spool WHERE serial = ?1");
+    for (const auto serial : serials) remove.bind(1, serial).run();
+  });
+}
+
+}  // namespace VorselKelp::agent

@@ -1,0 +1,254 @@
+#include "unifiedpush/Registration.h"
+
+#include <algorithm>
+#include <ctime>
+#include <utility>
+
+#include "VorselKelpPosix/LineSink.h"
+#include "VorselKelpWebPush/Endpoint.h"
+
+namespace VorselKelp::agent {
+namespace {
+
+using Stage = Registration::Stage;
+using Outcome = RegistrationAnswer::Outcome;
+
+// Seconds between two tries where a distributor asks for patience.
+constexpr double firstPause = 60;
+constexpr double longestPause = 3600;
+
+constexpr std::size_t longestDescription = 100;  // bytes
+
+double now() {
+  return static_cast<double>(std::time(nullptr));
+}
+
+std::string newToken() {
+  return freedesktop::TextPtr(g_uuid_string_random()).get();
+}
+
+std::string cut(std::string text) {
+  if (text.size() > longestDescription) text.resize(longestDescription);
+  return freedesktop::TextPtr(g_utf8_make_valid(text.c_str(), -1)).get();
+}
+
+}  // namespace
+
+Registration::Registration(Bus& bus, std::shared_ptr<platform::MainQueue> mainQueue,
+                           RegistrationOptions options, std::function<void()> changed)
+    : bus_(bus),
+      mainQueue_(std::move(mainQueue)),
+      options_(std::move(options)),
+      changed_(std::move(changed)) {}
+
+Registration::~Registration() = default;
+
+void Registration::begin(State& state, platform::UniqueFunction<void()> known) {
+  state_ = &state;
+  load();
+  const auto weak = std::weak_ptr(alive_);
+  bus_.watchOwners(distributorNames, true, [this, weak](const std::string& name, const std::string& owner) {
+    if (!weak.expired()) ownerIs(name, owner);
+  });
+  if (distributor_.empty()) {
+    known();
+    if (wanted_) choose();
+    return;
+  }
+  findOwner([this, known = std::move(known)]() mutable {
+    known();
+    if (wanted_ && registeredIn_ != session()) choose();
+  });
+}
+
+void Registration::findOwner(platform::UniqueFunction<void()> found) {
+  bus_.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetNameOwner",
+            g_variant_new("(s)", distributor_.c_str()), "(s)",
+            [this, weak = std::weak_ptr(alive_), found = std::move(found)](Result<VariantPtr> reply) mutable {
+              if (weak.expired()) return;
+              const char* owner = "";
+              if (reply) g_variant_get(reply->get(), "(&s)", &owner);
+              owner_ = owner;
+              found();
+            });
+}
+
+void Registration::load() {
+  const auto read = [this](const char* name) {
+    const auto value = state_->setting(name);
+    if (!value) posix::standardErrorLines()(value.error().description);
+    return value ? value->value_or("") : std::string();
+  };
+  wanted_ = read("wanted") == "yes";
+  distributor_ = read("distributor");
+  token_ = read("token");
+  vapidKey_ = read("vapidKey");
+  registeredIn_ = read("registeredIn");
+  const auto endpoint = read("endpoint");
+  if (const auto keys = state_->keys(now()); keys && !keys->empty()) keys_ = keys->front();
+  if (!wanted_) return;
+  condition_ = {Stage::pending, "The distributor has not answered yet", {}};
+  if (!endpoint.empty() && !keys_.publicKey.empty())
+    condition_ = {Stage::registered, {}, webpush::Subscription{endpoint, keys_.auth, keys_.publicKey}};
+}
+
+std::string Registration::session() const {
+  return owner_.empty() ? std::string() : bus_.guid() + owner_;
+}
+
+void Registration::settle(Condition condition) {
+  if (condition == condition_) return;
+  condition_ = std::move(condition);
+  changed_();
+}
+
+void Registration::fail(const Error& error) {
+  posix::standardErrorLines()(error.description);
+  settle({Stage::refused, error.description, {}});
+}
+
+void Registration::want() {
+  if (const auto status = state_->set({{"wanted", "yes"}}); !status) return fail(status.error());
+  wanted_ = true;
+  if (condition_.stage == Stage::registered && vapidKey_ == options_.vapidKey && registeredIn_ == session())
+    return;
+  if (condition_.stage != Stage::registered)
+    settle({Stage::pending, "The distributor has not answered yet", {}});
+  choose();
+}
+
+void Registration::giveUp() {
+  wanted_ = false;
+  if (!distributor_.empty() && !token_.empty()) unregisterFrom(bus_, distributor_, token_);
+  token_.clear();
+  registeredIn_.clear();
+  const auto status =
+      state_->set({{"wanted", {}}, {"token", {}}, {"endpoint", {}}, {"registeredIn", {}}, {"vapidKey", {}}});
+  if (!status) posix::standardErrorLines()(status.error().description);
+  settle({});
+}
+
+bool Registration::knows(const std::string& sender, const std::string& token) const {
+  return !sender.empty() && sender == owner_ && !token.empty() && token == token_;
+}
+
+void Registration::ownerIs(const std::string& name, const std::string& owner) {
+  if (name == distributor_) {
+    owner_ = owner;
+    // A new one may have forgotten us.
+    if (wanted_ && !owner.empty() && !asking_ && registeredIn_ != session()) ask();
+    return;
+  }
+  if (wanted_ && !owner.empty() && condition_.stage == Stage::pending && distributor_.empty()) choose();
+}
+
+void Registration::choose() {
+  if (asking_) return;
+  listDistributors(bus_, [this, weak = std::weak_ptr(alive_)](const std::vector<std::string>& there) {
+    if (weak.expired() || !wanted_ || asking_) return;
+    const bool remains = options_.wanted.empty() && std::ranges::find(there, distributor_) != there.end();
+    const auto found = remains ? distributor_ : chooseDistributor(there, options_.wanted);
+    if (!found.empty()) return chosen(found);
+    if (condition_.stage == Stage::registered) return;  // it comes back, and then hears of us
+    settle({Stage::pending,
+            options_.wanted.empty()
+                ? std::string("No distributor of push messages is installed")
+                : "The distributor of push messages \"" + options_.wanted + "\" is not there",
+            {}});
+  });
+}
+
+void Registration::chosen(const std::string& distributor) {
+  if (distributor != distributor_ || vapidKey_ != options_.vapidKey || token_.empty()) {
+    if (!distributor_.empty() && !token_.empty()) unregisterFrom(bus_, distributor_, token_);
+    distributor_ = distributor;
+    renew();
+  }
+  if (token_.empty()) return;
+  asking_ = true;
+  // The endpoint comes before the answer, and from nobody else.
+  findOwner([this] { ask(); });
+}
+
+/// Another distributor or another sender begins with another token and other keys.
+void Registration::renew() {
+  token_.clear();
+  auto keys = webpush::makeReceiverKeys();
+  if (!keys) return fail(keys.error());
+  if (const auto status = state_->addKeys(*keys, now()); !status) return fail(status.error());
+  keys_ = *std::move(keys);
+  const auto token = newToken();
+  const auto status = state_->set({{"distributor", distributor_},
+                                   {"token", token},
+                                   {"vapidKey", options_.vapidKey},
+                                   {"endpoint", {}},
+                                   {"registeredIn", {}}});
+  if (!status) return fail(status.error());
+  token_ = token;
+  vapidKey_ = options_.vapidKey;
+  registeredIn_.clear();
+  settle({Stage::pending, "The distributor has not answered yet", {}});
+}
+
+void Registration::ask() {
+  asking_ = true;
+  registerWith(bus_, {distributor_, options_.service, token_, cut(options_.description), options_.vapidKey},
+               [this, weak = std::weak_ptr(alive_), token = token_](const RegistrationAnswer& answer) {
+                 if (weak.expired()) return;
+                 asking_ = false;
+                 if (wanted_ && token == token_) answered(answer);
+               });
+}
+
+void Registration::answered(const RegistrationAnswer& answer) {
+  switch (answer.outcome) {
+    case Outcome::accepted:
+      pause_ = 0;
+      registeredIn_ = session();
+      if (const auto status = state_->set({{"registeredIn", registeredIn_}}); !status)
+        posix::standardErrorLines()(status.error().description);
+      return;
+    case Outcome::refused:
+      return settle({Stage::refused, "The distributor refuses: " + answer.reason, {}});
+    case Outcome::absent:
+    case Outcome::later:
+      if (condition_.stage != Stage::registered)
+        settle({Stage::pending, "The distributor can't register yet: " + answer.reason, {}});
+      askAgainLater();
+  }
+}
+
+void Registration::askAgainLater() {
+  pause_ = pause_ == 0 ? firstPause : std::min(2 * pause_, longestPause);
+  mainQueue_->asyncAfter(pause_, [this, weak = std::weak_ptr(alive_)] {
+    if (!weak.expired() && wanted_) choose();
+  });
+}
+
+void Registration::newEndpoint(const std::string& sender, const std::string& token,
+                               const std::string& endpoint) {
+  if (!knows(sender, token)) return posix::standardErrorLines()("An endpoint came from a stranger");
+  if (!endpoint.empty()) {
+    if (const auto parsed = webpush::parseEndpoint(endpoint); !parsed)
+      return posix::standardErrorLines()("The distributor's endpoint is of no use: " +
+                                         parsed.error().description);
+  }
+  const auto status = state_->set({{"endpoint", endpoint.empty() ? std::nullopt : std::optional(endpoint)}});
+  if (!status) return fail(status.error());
+  if (endpoint.empty()) return settle({Stage::pending, "The distributor changes its provider", {}});
+  settle({Stage::registered, {}, webpush::Subscription{endpoint, keys_.auth, keys_.publicKey}});
+}
+
+void Registration::unregistered(const std::string& sender, const std::string& token) {
+  const bool ours = token.empty() || token == token_;
+  if (sender.empty() || sender != owner_ || !ours || token_.empty()) return;
+  token_.clear();
+  registeredIn_.clear();
+  const auto status = state_->set({{"token", {}}, {"endpoint", {}}, {"registeredIn", {}}});
+  if (!status) posix::standardErrorLines()(status.error().description);
+  if (!wanted_) return;
+  settle({Stage::pending, "The distributor has ended the registration", {}});
+  askAgainLater();
+}
+
+}  // namespace VorselKelp::agent

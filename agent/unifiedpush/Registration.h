@@ -1,0 +1,93 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "VorselKelp/platform/MainQueue.h"
+#include "VorselKelpWebPush/ReceiverKeys.h"
+#include "VorselKelpWebPush/Subscription.h"
+#include "bus/Bus.h"
+#include "state/State.h"
+#include "unifiedpush/Distributor.h"
+
+namespace VorselKelp::agent {
+
+struct RegistrationOptions {
+  std::string service;      ///< the agent's name on the bus
+  std::string description;  ///< for the user
+  std::string vapidKey;     ///< of the one sender; empty: any
+  std::string wanted;       ///< the distributor that the user or the description names; empty: none
+};
+
+/// The agent's registration with a distributor, kept for as long as the application wants it: across changes
+/// of the endpoint, restarts of the distributor, and times in which there is none. Main thread.
+class Registration {
+ public:
+  enum class Stage {
+    none,        ///< the application does not want one
+    pending,     ///< it will come; `reason` says what it waits for
+    refused,     ///< it will not come, unless the application asks again
+    registered,  ///< there is a subscription
+  };
+  struct Condition {
+    Stage stage = Stage::none;
+    std::string reason;
+    std::optional<webpush::Subscription> subscription;
+    friend bool operator==(const Condition&, const Condition&) = default;
+  };
+
+  /// `changed` comes with every new condition.
+  Registration(Bus& bus, std::shared_ptr<platform::MainQueue> mainQueue, RegistrationOptions options,
+               std::function<void()> changed);
+  ~Registration();
+  Registration(const Registration&) = delete;
+  Registration& operator=(const Registration&) = delete;
+
+  /// Goes on from what the state has. `known` comes when knows() can tell.
+  void begin(State& state, platform::UniqueFunction<void()> known);
+
+  void want();
+  void giveUp();
+  [[nodiscard]] const Condition& condition() const { return condition_; }
+
+  /// Whether this connection is the registered distributor's, and the token is ours.
+  [[nodiscard]] bool knows(const std::string& sender, const std::string& token) const;
+  // What the distributor says; others are not heard.
+  void newEndpoint(const std::string& sender, const std::string& token, const std::string& endpoint);
+  void unregistered(const std::string& sender, const std::string& token);
+
+ private:
+  void load();
+  void settle(Condition condition);
+  void fail(const Error& error);
+  void ownerIs(const std::string& name, const std::string& owner);
+  void findOwner(platform::UniqueFunction<void()> found);
+  void choose();
+  void chosen(const std::string& distributor);
+  void renew();
+  void ask();
+  void answered(const RegistrationAnswer& answer);
+  void askAgainLater();
+  [[nodiscard]] std::string session() const;
+
+  Bus& bus_;
+  const std::shared_ptr<platform::MainQueue> mainQueue_;
+  const RegistrationOptions options_;
+  const std::function<void()> changed_;
+  const std::shared_ptr<const bool> alive_ = std::make_shared<const bool>(true);
+  State* state_ = nullptr;
+  Condition condition_;
+  bool wanted_ = false;
+  bool asking_ = false;
+  std::string distributor_;
+  std::string owner_;  ///< the distributor's connection; empty while it does not run
+  std::string token_;
+  std::string vapidKey_;      ///< with which the token was registered
+  std::string registeredIn_;  ///< the session of the bus, and the connection, that took the registration
+  webpush::ReceiverKeys keys_;
+  double pause_ = 0;  ///< seconds
+};
+
+}  // namespace VorselKelp::agent

@@ -1,0 +1,44 @@
+#include "VorselKelpFreedesktop/DesktopPorts.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace VorselKelp::freedesktop {
+namespace {
+
+class DesktopPresenter final : public system::NotificationPresenter {
+ public:
+  explicit DesktopPresenter(std::shared_ptr<BusNotifications> notifications)
+      : notifications_(std::move(notifications)) {}
+  void show(const platform::NotificationRequest& request, const platform::NotificationCategory& category,
+            Shown shown) override {
+    notifications_->show(request, category, std::move(shown));
+  }
+  void takeAway(const std::vector<std::string>& identifiers) override { notifications_->remove(identifiers); }
+
+ private:
+  const std::shared_ptr<BusNotifications> notifications_;
+};
+
+class IconBadge final : public system::Badge {
+ public:
+  explicit IconBadge(std::shared_ptr<LauncherBadge> badge) : badge_(std::move(badge)) {}
+  void show(std::int64_t number) override { badge_->setBadge(number); }
+
+ private:
+  const std::shared_ptr<LauncherBadge> badge_;
+};
+
+}  // namespace
+
+std::shared_ptr<system::NotificationPresenter> makePresenter(
+    std::shared_ptr<BusNotifications> notifications) {
+  return std::make_shared<DesktopPresenter>(std::move(notifications));
+}
+
+std::shared_ptr<system::Badge> makeIconBadge(std::shared_ptr<LauncherBadge> badge) {
+  return std::make_shared<IconBadge>(std::move(badge));
+}
+
+}  // namespace VorselKelp::freedesktop
