@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "net/DelegateQueue.h"
+#include "VorselKelpPosix/SerialQueue.h"
 #include "net/TransferThread.h"
 
 namespace VorselKelp::posix {
@@ -22,7 +22,7 @@ class CurlURLSession final : public platform::URLSession {
   }
 
  private:
-  DelegateQueue delegate_;
+  SerialQueue delegate_;
   TransferThread transfers_;
 };
 

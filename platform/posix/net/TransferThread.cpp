@@ -26,7 +26,7 @@ platform::URLResult failed(Error error) {
 
 }  // namespace
 
-TransferThread::TransferThread(URLSessionOptions options, DelegateQueue& delegate)
+TransferThread::TransferThread(URLSessionOptions options, SerialQueue& delegate)
     : options_(std::move(options)), delegate_(delegate) {}
 
 void TransferThread::add(platform::URLRequest request, platform::URLSession::Completion completion) {

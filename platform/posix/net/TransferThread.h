@@ -9,8 +9,8 @@
 
 #include "VorselKelp/platform/URLSession.h"
 #include "VorselKelpPosix/CurlURLSession.h"
+#include "VorselKelpPosix/SerialQueue.h"
 #include "net/CurlLibrary.h"
-#include "net/DelegateQueue.h"
 #include "net/Transfer.h"
 
 namespace VorselKelp::posix {
@@ -19,7 +19,7 @@ namespace VorselKelp::posix {
 /// must outlive it. libcurl is loaded by that thread, when the first request comes.
 class TransferThread {
  public:
-  TransferThread(URLSessionOptions options, DelegateQueue& delegate);
+  TransferThread(URLSessionOptions options, SerialQueue& delegate);
   ~TransferThread() { stop(); }
   TransferThread(const TransferThread&) = delete;
   TransferThread& operator=(const TransferThread&) = delete;
@@ -52,7 +52,7 @@ class TransferThread {
               platform::URLResult result);
 
   const URLSessionOptions options_;
-  DelegateQueue& delegate_;
+  SerialQueue& delegate_;
 
   std::mutex mutex_;
   std::condition_variable changed_;

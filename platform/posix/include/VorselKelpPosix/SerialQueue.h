@@ -6,21 +6,27 @@
 #include <mutex>
 #include <thread>
 
+#include "VorselKelp/Export.h"
 #include "VorselKelp/platform/UniqueFunction.h"
 
 namespace VorselKelp::posix {
 
-/// A serial queue with a thread of its own, which starts with the first work item. Any thread may post.
-class DelegateQueue {
+/// A serial queue with a thread of its own, which starts with the first work item and is spared all signals.
+/// Any thread may post.
+class VORSELKELP_API SerialQueue {
  public:
   using Work = platform::UniqueFunction<void()>;
 
-  DelegateQueue() = default;
-  ~DelegateQueue() { close(); }
-  DelegateQueue(const DelegateQueue&) = delete;
-  DelegateQueue& operator=(const DelegateQueue&) = delete;
+  SerialQueue() = default;
+  ~SerialQueue() { close(); }
+  SerialQueue(const SerialQueue&) = delete;
+  SerialQueue& operator=(const SerialQueue&) = delete;
 
+  /// Once the queue is closed the work runs right here.
   void post(Work work);
+
+  /// Whether everything posted has run, and what it held has gone.
+  [[nodiscard]] bool idle() const;
 
   /// Returns when everything posted has run. On the queue's own thread, inside a work item, the rest runs
   /// right here and the thread ends once that item returns.
@@ -32,13 +38,15 @@ class DelegateQueue {
     std::mutex mutex;
     std::condition_variable changed;
     std::deque<Work> work;
+    std::size_t running = 0;
+    bool closing = false;
     bool closed = false;
   };
 
   static void run(State& state);
   static bool runNext(State& state, std::unique_lock<std::mutex>& lock);
 
-  std::shared_ptr<State> state_ = std::make_shared<State>();
+  const std::shared_ptr<State> state_ = std::make_shared<State>();
   std::thread thread_;
 };
 
