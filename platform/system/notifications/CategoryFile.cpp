@@ -15,7 +15,9 @@ namespace {
 
 using platform::NotificationCategory;
 
-constexpr auto changePatience = std::chrono::milliseconds(10'000);
+constexpr auto changePatience = std::chrono::seconds(10);
+/// How long the wait goes on without a look whether it still has to.
+constexpr auto lockNap = std::chrono::milliseconds(50);
 /// From this many bytes on a file may be longer than it need be.
 constexpr std::size_t longFile = std::size_t{64} << 10;
 
@@ -65,10 +67,9 @@ Result<std::vector<NotificationCategory>> CategoryFile::read() {
 Status CategoryFile::change(const std::vector<std::string>& removed,
                             const std::vector<NotificationCategory>& written) {
   const std::lock_guard guard(mutex_);
-  auto lock = posix::lockFile(path_ + ".lock", changePatience);
-  if (!lock && lock.error().code == ENOENT && posix::makeFolders(posix::parentOf(path_)))
-    lock = posix::lockFile(path_ + ".lock", changePatience);
-  if (!lock) return lock.error();
+  auto held = lock();
+  if (!held && held.error().code == ENOENT && posix::makeFolders(posix::parentOf(path_))) held = lock();
+  if (!held) return held.error();
   auto file = std::make_unique<posix::Descriptor>(
       ::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
   if (auto read = readNew(std::move(file)); !read) return read;
@@ -77,6 +78,15 @@ Status CategoryFile::change(const std::vector<std::string>& removed,
   for (const auto& category : written) changes += encodeCategory(category);
   if (auto appended = append(seen_->number(), changes); !appended) return appended;
   return length_ > longFile ? replace() : Done{};
+}
+
+Result<std::unique_ptr<platform::FileLock>> CategoryFile::lock() const {
+  const auto end = std::chrono::steady_clock::now() + changePatience;
+  for (;;) {
+    auto held = posix::lockFile(path_ + ".lock", lockNap);
+    const bool taken = held || held.error().code != EWOULDBLOCK;
+    if (taken || !waits_ || std::chrono::steady_clock::now() >= end) return held;
+  }
 }
 
 void CategoryFile::forget() {

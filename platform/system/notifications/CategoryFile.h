@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <atomic>
 #include <cstddef>
 #include <memory>
 #include <mutex>
@@ -9,6 +10,7 @@
 #include <vector>
 
 #include "VorselKelp/Result.h"
+#include "VorselKelp/platform/FileManager.h"
 #include "VorselKelp/platform/NotificationCenter.h"
 #include "VorselKelpPosix/Descriptor.h"
 #include "notifications/CategoryCoding.h"
@@ -28,14 +30,18 @@ class CategoryFile {
   /// Removes some categories and writes others (new or changed) in one step; all others stay as they are.
   Status change(const std::vector<std::string>& removed,
                 const std::vector<platform::NotificationCategory>& written);
+  /// From now on nothing waits for another process, not even what waits already.
+  void stopWaiting() { waits_ = false; }
 
  private:
+  Result<std::unique_ptr<platform::FileLock>> lock() const;
   Status readNew(std::unique_ptr<posix::Descriptor> file);
   Status append(int file, const std::string& changes);
   Status replace();
   void forget();
 
   const std::string path_;
+  std::atomic<bool> waits_ = true;
   std::mutex mutex_;
   /// The file that was read last; kept open, so that no other can get its number. Null: none.
   std::unique_ptr<posix::Descriptor> seen_;

@@ -4,16 +4,17 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <thread>
 #include <utility>
 
 #include "VorselKelpPosix/FileIO.h"
-#include "VorselKelpPosix/LineSink.h"
 
 namespace VorselKelp::system {
 namespace {
 
 constexpr int schemaVersion = 3;
-constexpr int lockPatience = 10'000;  // milliseconds
+constexpr auto lockPatience = std::chrono::seconds(10);
+constexpr auto lockNap = std::chrono::milliseconds(2);
 
 // A notification is held in one of three states: pending (0), delivered (1), tapped (2). What came due stays
 // unshown until somebody takes it to be shown.
@@ -90,7 +91,7 @@ Status NotificationDatabase::openLocked() {
 Status NotificationDatabase::prepareSchema() {
   auto* connection = connection_.get();
   if (connection == nullptr || sqlite3_errcode(connection) != SQLITE_OK) return errorOf(connection, path_);
-  sqlite3_busy_timeout(connection, lockPatience);
+  sqlite3_busy_handler(connection, &NotificationDatabase::waitForLock, this);
   // The transaction stays open for what is read first: an extension's start is too short to lock a file
   // twice.
   if (!execute(connection, "PRAGMA synchronous = OFF; BEGIN")) return errorOf(connection, path_);
@@ -117,13 +118,13 @@ void NotificationDatabase::endReading() {
   }
 }
 
-void NotificationDatabase::report(const Status& status) {
-  if (status) return;
-  {
-    const std::lock_guard lock(mutex_);
-    if (std::exchange(reported_, true)) return;
-  }
-  posix::standardErrorLines()(status.error().description);
+int NotificationDatabase::waitForLock(void* self, int attempt) {
+  auto& database = *static_cast<NotificationDatabase*>(self);
+  const auto now = std::chrono::steady_clock::now();
+  if (attempt == 0) database.waitingSince_ = now;
+  if (!database.waits_ || now - database.waitingSince_ >= lockPatience) return 0;
+  std::this_thread::sleep_for(lockNap);
+  return 1;
 }
 
 Status NotificationDatabase::run(Connection& connection, platform::FunctionRef<void(Connection&)> work) {

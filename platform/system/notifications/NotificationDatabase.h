@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <atomic>
+#include <chrono>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -30,10 +32,11 @@ class NotificationDatabase {
   /// The same as one atomic step among all processes, which is through when this succeeds, and has left no
   /// trace when it fails. Must not be nested.
   Status transact(platform::FunctionRef<void(Connection&)> work);
-  /// Tells a failure on standard error that nobody else will tell; only the first one.
-  void report(const Status& status);
+  /// From now on nothing waits for another process, not even what waits already. Any thread.
+  void stopWaiting() { waits_ = false; }
 
  private:
+  static int waitForLock(void* self, int attempt);
   Status openLocked();
   Status prepareSchema();
   Status run(Connection& connection, platform::FunctionRef<void(Connection&)> work);
@@ -42,7 +45,8 @@ class NotificationDatabase {
   const std::string path_;
   std::mutex mutex_;
   std::unique_ptr<sqlite3, int (*)(sqlite3*)> connection_{nullptr, &sqlite3_close};
-  bool reported_ = false;
+  std::chrono::steady_clock::time_point waitingSince_;
+  std::atomic<bool> waits_ = true;
 };
 
 }  // namespace VorselKelp::system

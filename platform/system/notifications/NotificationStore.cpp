@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "VorselKelpPosix/LineSink.h"
 #include "VorselKelpPosix/SafeName.h"
 #include "VorselKelpSystem/NotificationRecords.h"
 #include "notifications/CategoryFile.h"
@@ -23,6 +24,19 @@ bool isPossible(const platform::TimeIntervalTrigger& trigger) {
   return std::isfinite(trigger.seconds) && trigger.seconds > 0 && (!trigger.repeats || trigger.seconds >= 60);
 }
 
+Error notKept(const platform::NotificationRequest& request, const Error& error) {
+  return {"The notification \"" + request.identifier + "\" is not kept. " + error.description, error.code};
+}
+
+Error unusableCategories(const Error& error) {
+  return {"Cannot use the notification categories " + error.description, error.code};
+}
+
+/// Tells what was lost to a failure that nobody else will tell.
+void report(const std::string& loss, const Status& status) {
+  if (!status) posix::standardErrorLines()(loss + ". " + status.error().description);
+}
+
 }  // namespace
 
 NotificationStore::NotificationStore(const std::string& folder, std::string application,
@@ -41,9 +55,14 @@ Status NotificationStore::open() {
   return database_->open();
 }
 
+void NotificationStore::stopWaiting() {
+  database_->stopWaiting();
+  categories_->stopWaiting();
+}
+
 platform::AuthorizationStatus NotificationStore::authorization() {
   auto status = platform::AuthorizationStatus::notDetermined;
-  use([&](Connection& database) {
+  use("The user's permission is not known", [&](Connection& database) {
     Statement row(database, "SELECT authorization FROM application WHERE identifier = ?1");
     if (row.bind(1, application_).step()) status = static_cast<platform::AuthorizationStatus>(row.integer(0));
   });
@@ -51,7 +70,7 @@ platform::AuthorizationStatus NotificationStore::authorization() {
 }
 
 void NotificationStore::setAuthorization(platform::AuthorizationStatus status) {
-  transact([&](Connection& database) {
+  transact("The user's permission is not kept", [&](Connection& database) {
     ensureApplication(database, application_);
     Statement(database, "UPDATE application SET authorization = ?2 WHERE identifier = ?1")
         .bind(1, application_)
@@ -63,7 +82,7 @@ void NotificationStore::setAuthorization(platform::AuthorizationStatus status) {
 std::vector<platform::NotificationCategory> NotificationStore::categories() {
   auto read = categories_->read();
   if (read) return *std::move(read);
-  reportCategories(read.error());
+  report("The buttons of the notifications are not known", unusableCategories(read.error()));
   return {};
 }
 
@@ -77,7 +96,8 @@ std::vector<platform::NotificationAction> NotificationStore::actionsOf(const std
 void NotificationStore::changeCategories(const std::vector<std::string>& removed,
                                          const std::vector<platform::NotificationCategory>& written) {
   if (removed.empty() && written.empty()) return;
-  reportCategories(categories_->change(removed, written));
+  const auto changed = categories_->change(removed, written);
+  if (!changed) report("The buttons of the notifications are not kept", unusableCategories(changed.error()));
 }
 
 Result<platform::NotificationRequest> NotificationStore::deliver(platform::NotificationRequest request) {
@@ -98,13 +118,15 @@ Result<platform::NotificationRequest> NotificationStore::deliver(platform::Notif
   if (status && !taken.empty()) shelf_->removeForgottenFiles(used);
   if (status) return request;
   shelf_->removeFiles(taken);
-  return status.error();
+  return notKept(request, status.error());
 }
 
 Status NotificationStore::schedule(platform::NotificationRequest request) {
   if (!request.trigger) {
     bool shown = false;
-    use([&](Connection& database) { shown = mayNotify(database, application_); });
+    const auto read =
+        database_->use([&](Connection& database) { shown = mayNotify(database, application_); });
+    if (!read) return notKept(request, read.error());
     if (!shown) return Done{};
     const auto delivered = deliver(std::move(request), true);
     return delivered ? Status(Done{}) : delivered.error();
@@ -117,15 +139,16 @@ Status NotificationStore::schedule(platform::NotificationRequest request) {
   }
   const auto taken = shelf_->takeFiles(request.content);
   const double time = clock_->now();
-  auto status = changeShelf(
+  const auto status = changeShelf(
       [&](Connection& database) { shelf_->put(database, request, State::pending, time + seconds); });
-  if (!status) shelf_->removeFiles(taken);
-  return status;
+  if (status) return status;
+  shelf_->removeFiles(taken);
+  return notKept(request, status.error());
 }
 
 void NotificationStore::removePending(const std::vector<std::string>& identifiers) {
   const double time = clock_->now();
-  changeOrReport([&](Connection& database) {
+  changeOrReport("No notification is removed", [&](Connection& database) {
     shelf_->deliverDue(database, time);
     for (const auto& identifier : identifiers) shelf_->remove(database, identifier, State::pending);
   });
@@ -133,7 +156,7 @@ void NotificationStore::removePending(const std::vector<std::string>& identifier
 
 void NotificationStore::removeDelivered(const std::vector<std::string>& identifiers) {
   const double time = clock_->now();
-  changeOrReport([&](Connection& database) {
+  changeOrReport("No notification is removed", [&](Connection& database) {
     shelf_->deliverDue(database, time);
     for (const auto& identifier : identifiers) shelf_->remove(database, identifier, State::delivered);
   });
@@ -142,7 +165,7 @@ void NotificationStore::removeDelivered(const std::vector<std::string>& identifi
 std::vector<HeldNotification> NotificationStore::delivered() {
   std::vector<HeldNotification> found;
   const double time = clock_->now();
-  changeOrReport([&](Connection& database) {
+  changeOrReport("The notifications are not known", [&](Connection& database) {
     shelf_->deliverDue(database, time);
     found = shelf_->list(database, State::delivered);
   });
@@ -152,7 +175,7 @@ std::vector<HeldNotification> NotificationStore::delivered() {
 std::vector<HeldNotification> NotificationStore::pending() {
   std::vector<HeldNotification> found;
   const double time = clock_->now();
-  changeOrReport([&](Connection& database) {
+  changeOrReport("The notifications are not known", [&](Connection& database) {
     shelf_->deliverDue(database, time);
     found = shelf_->list(database, State::pending);
   });
@@ -162,7 +185,7 @@ std::vector<HeldNotification> NotificationStore::pending() {
 std::optional<platform::NotificationRequest> NotificationStore::tappable(const std::string& identifier) {
   std::optional<HeldNotification> held;
   const double time = clock_->now();
-  changeOrReport([&](Connection& database) {
+  changeOrReport("The notification \"" + identifier + "\" is not known", [&](Connection& database) {
     shelf_->deliverDue(database, time);
     held = shelf_->find(database, identifier, State::delivered);
     if (!held) held = shelf_->find(database, identifier, State::tapped);
@@ -173,7 +196,8 @@ std::optional<platform::NotificationRequest> NotificationStore::tappable(const s
 
 void NotificationStore::noteTapped(const std::string& identifier) {
   const double time = clock_->now();
-  changeOrReport([&](Connection& database) { shelf_->markTapped(database, identifier, time); });
+  changeOrReport("The notification \"" + identifier + "\" is not taken away",
+                 [&](Connection& database) { shelf_->markTapped(database, identifier, time); });
 }
 
 Status NotificationStore::keepResponse(const std::string& identifier, const std::string& action,
@@ -191,7 +215,7 @@ Status NotificationStore::keepResponse(const std::string& identifier, const std:
 std::vector<KeptResponse> NotificationStore::takeResponses() {
   std::vector<KeptResponse> taken;
   const auto status = database_->transact([&](Connection& database) { taken = responses_->take(database); });
-  database_->report(status);
+  report("The responses are not taken", status);
   // What could not be taken out is another one's to take.
   return status ? taken : std::vector<KeptResponse>();
 }
@@ -201,13 +225,13 @@ std::optional<KeptResponse> NotificationStore::takeResponse(const std::string& i
   std::optional<KeptResponse> taken;
   const auto status = database_->transact(
       [&](Connection& database) { taken = responses_->take(database, identifier, action); });
-  database_->report(status);
+  report("The response to \"" + identifier + "\" is not taken", status);
   return status ? taken : std::nullopt;
 }
 
 std::int64_t NotificationStore::badge() {
   std::int64_t badge = 0;
-  use([&](Connection& database) {
+  use("The badge is not known", [&](Connection& database) {
     Statement row(database, "SELECT badge FROM application WHERE identifier = ?1");
     if (row.bind(1, application_).step()) badge = row.integer(0);
   });
@@ -215,7 +239,7 @@ std::int64_t NotificationStore::badge() {
 }
 
 void NotificationStore::setBadge(std::int64_t badge) {
-  transact([&](Connection& database) { writeBadge(database, application_, badge); });
+  transact("The badge is not kept", [&](Connection& database) { writeBadge(database, application_, badge); });
 }
 
 Status NotificationStore::deliverDue() {
@@ -252,22 +276,17 @@ Status NotificationStore::changeShelf(platform::FunctionRef<void(Connection&)> w
   return status;
 }
 
-void NotificationStore::changeOrReport(platform::FunctionRef<void(Connection&)> work) {
-  database_->report(changeShelf(work));
+void NotificationStore::changeOrReport(const std::string& loss,
+                                       platform::FunctionRef<void(Connection&)> work) {
+  report(loss, changeShelf(work));
 }
 
-void NotificationStore::reportCategories(const Status& status) {
-  if (status) return;
-  database_->report(
-      Error{"Cannot use the notification categories " + status.error().description, status.error().code});
+void NotificationStore::use(const std::string& loss, platform::FunctionRef<void(Connection&)> work) {
+  report(loss, database_->use(work));
 }
 
-void NotificationStore::use(platform::FunctionRef<void(Connection&)> work) {
-  database_->report(database_->use(work));
-}
-
-void NotificationStore::transact(platform::FunctionRef<void(Connection&)> work) {
-  database_->report(database_->transact(work));
+void NotificationStore::transact(const std::string& loss, platform::FunctionRef<void(Connection&)> work) {
+  report(loss, database_->transact(work));
 }
 
 }  // namespace VorselKelp::system

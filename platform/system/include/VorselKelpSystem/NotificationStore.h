@@ -38,9 +38,10 @@ struct KeptResponse {
 /// pending, delivered and tapped, their files, responses, the badge. All of it lies in a folder, which the
 /// stores of several applications may share: a database, the attachments' files, and a file of categories for
 /// each application, which extensions need not open a database for. Several processes may use one folder at
-/// once; every operation is atomic and takes effect for all of them when it returns. Any thread. When
-/// something can't be read or written, an operation that answers a Result says so there; the others report it
-/// on standard error, once, and then find nothing or write nothing.
+/// once; every operation is atomic and takes effect for all of them when it returns, and waits up to ten
+/// seconds for what another process keeps locked. Any thread. When something can't be read or written, an
+/// operation that answers a Result says so there; the others tell on standard error what was lost, each time,
+/// and then find nothing or write nothing.
 class VORSELKELP_API NotificationStore {
  public:
   /// Touches no file: the folder and what is in it are made by the first operation that needs them. `folder`
@@ -53,6 +54,8 @@ class VORSELKELP_API NotificationStore {
 
   /// Opens the database; an error says why the folder is of no use.
   Status open();
+  /// The process ends: from now on nothing waits for another one, not even what waits already.
+  void stopWaiting();
 
   platform::AuthorizationStatus authorization();
   void setAuthorization(platform::AuthorizationStatus status);
@@ -112,10 +115,9 @@ class VORSELKELP_API NotificationStore {
  private:
   Result<platform::NotificationRequest> deliver(platform::NotificationRequest request, bool unshown);
   Status changeShelf(platform::FunctionRef<void(posix::Connection&)> work);
-  void changeOrReport(platform::FunctionRef<void(posix::Connection&)> work);
-  void reportCategories(const Status& status);
-  void use(platform::FunctionRef<void(posix::Connection&)> work);
-  void transact(platform::FunctionRef<void(posix::Connection&)> work);
+  void changeOrReport(const std::string& loss, platform::FunctionRef<void(posix::Connection&)> work);
+  void use(const std::string& loss, platform::FunctionRef<void(posix::Connection&)> work);
+  void transact(const std::string& loss, platform::FunctionRef<void(posix::Connection&)> work);
 
   const std::string application_;
   const std::shared_ptr<platform::Clock> clock_;
