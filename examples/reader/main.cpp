@@ -25,18 +25,23 @@ void showInterstitial(GSimpleAction*, GVariant*, gpointer self) {
   reader.push->present(reader.ad->interstitialController());
 }
 
-/// app.carousel(identifier): the campaign of a notification in a window of its own.
-void showCarousel(GSimpleAction*, GVariant* identifier, gpointer self) {
-  auto& reader = *static_cast<Reader*>(self);
-  const auto campaign = reader.push->notification(g_variant_get_string(identifier, nullptr));
-  if (!campaign) return;
+/// The campaign of a notification in a window of its own.
+void showCampaign(Reader& reader, const platform::DeliveredNotification& campaign) {
   const auto stories =
-      gtk::carousel(*campaign, [&reader](const std::string& url) { reader.window.open(url); });
+      gtk::carousel(campaign, [&reader](const std::string& url) { reader.window.open(url); });
   if (!stories) return g_printerr("No campaign: %s\n", stories.error().description.c_str());
   auto* window = GTK_WINDOW(gtk_application_window_new(GTK_APPLICATION(g_application_get_default())));
   gtk_window_set_title(window, "Stories");
   gtk_window_set_child(window, *stories);
   gtk_window_present(window);
+}
+
+/// app.carousel(identifier)
+void showCarousel(GSimpleAction*, GVariant* identifier, gpointer self) {
+  auto& reader = *static_cast<Reader*>(self);
+  reader.push->notification(g_variant_get_string(identifier, nullptr), [&reader](const auto& campaign) {
+    if (campaign) showCampaign(reader, *campaign);
+  });
 }
 
 }  // namespace

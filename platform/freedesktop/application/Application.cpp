@@ -46,13 +46,16 @@ class DesktopApplication final : public Application, public std::enable_shared_f
         options_(std::move(options)),
         folders_(system::foldersOf(description_)),
         store_(std::make_shared<system::NotificationStore>(
-            folders_.notifications, description_.bundleIdentifier, posix::makeClock())) {}
+            folders_.notifications, description_.bundleIdentifier, posix::makeClock())),
+        worker_(std::make_shared<system::StoreWorker>(store_)) {}
   ~DesktopApplication() override { leave(); }
 
   Status start() {
     if (!description_.apiKey && !description_.properties.contains(apiKeyProperty))
       return Error{"The description has no \"apiKey\""};
-    if (const auto status = store_->open(); !status) return status;
+    worker_->post([](system::NotificationStore& store) {
+      if (const auto status = store.open(); !status) posix::standardErrorLines()(status.error().description);
+    });
     makeServices();
     exportAction();
     VorselKellp::install(platform());
@@ -74,10 +77,17 @@ class DesktopApplication final : public Application, public std::enable_shared_f
 
   system::RunningApplication& running() override { return *running_; }
 
-  std::optional<platform::DeliveredNotification> notification(const std::string& identifier) const override {
-    auto request = store_->tappable(identifier);
-    if (!request) return std::nullopt;
-    return platform::DeliveredNotification{*std::move(request), store_->clock()->now()};
+  void notification(
+      const std::string& identifier,
+      std::function<void(std::optional<platform::DeliveredNotification>)> found) const override {
+    worker_->read(
+        queue_,
+        [identifier](system::NotificationStore& store) -> std::optional<platform::DeliveredNotification> {
+          auto request = store.tappable(identifier);
+          if (!request) return std::nullopt;
+          return platform::DeliveredNotification{*std::move(request), store.clock()->now()};
+        },
+        std::move(found));
   }
 
   void leave() override {
@@ -91,16 +101,23 @@ class DesktopApplication final : public Application, public std::enable_shared_f
     const auto end = std::chrono::steady_clock::now() + farewell;
     const auto timer = g_timeout_add(
         50, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
-    while (!session_->idle() && std::chrono::steady_clock::now() < end)
+    while ((taps_ > 0 || !session_->idle() || !worker_->idle()) && std::chrono::steady_clock::now() < end)
       g_main_context_iteration(nullptr, TRUE);
     g_source_remove(timer);
     session_->close();
     center_->endQuestion();
     queue_->close();
     VorselKellp::uninstall();
+    worker_->end();
   }
 
  private:
+  /// A notification that was tapped, and whether the application shows itself for that.
+  struct Tapped {
+    std::optional<platform::NotificationRequest> request;
+    bool raises = false;
+  };
+
   void makeServices() {
     queue_ = makeMainQueue();
     session_ = std::make_shared<system::CountedURLSession>(
@@ -109,14 +126,16 @@ class DesktopApplication final : public Application, public std::enable_shared_f
     opener_ = std::make_shared<DesktopUrlOpener>(queue_);
     const auto& identifier = description_.bundleIdentifier;
     const auto badge = makeIconBadge(makeLauncherBadge(identifier, queue_, options_.busAddress));
-    if (const auto number = store_->badge(); number > 0)
-      badge->show(number);  // docks forget it with the process
+    worker_->read(  // docks forget it with the process
+        queue_, [](system::NotificationStore& store) { return store.badge(); },
+        [badge](std::int64_t number) { badge->showFirst(number); });
     auto wakeUp = system::makeWakeUp(queue_);
     if (!wakeUp) posix::standardErrorLines()(wakeUp.error().description);
-    center_ = system::makeNotificationCenter(
-        {store_, queue_, options_.asker, makePresenter(), wakeUp ? *std::move(wakeUp) : nullptr, badge});
-    running_ = system::makeRunningApplication({store_, std::make_shared<NoAgent>(), opener_, badge,
-                                               std::make_shared<ApplicationHold>(application_, queue_)});
+    center_ = system::makeNotificationCenter({store_, queue_, options_.asker, makePresenter(),
+                                              wakeUp ? *std::move(wakeUp) : nullptr, badge, worker_});
+    running_ =
+        system::makeRunningApplication({store_, std::make_shared<NoAgent>(), opener_, badge,
+                                        std::make_shared<ApplicationHold>(application_, queue_), worker_});
   }
 
   std::shared_ptr<system::NotificationPresenter> makePresenter() {
@@ -125,8 +144,8 @@ class DesktopApplication final : public Application, public std::enable_shared_f
       if (self)
         self->respond(response.request.identifier, response.actionIdentifier, response.activationToken);
     };
-    const auto gone = [store = store_](const std::string& identifier, CloseReason reason) {
-      if (reason == CloseReason::dismissed) store->noteTapped(identifier);
+    const auto gone = [worker = worker_](const std::string& identifier, CloseReason reason) {
+      if (reason == CloseReason::dismissed) noteTapped(*worker, identifier);
     };
     return freedesktop::makePresenter(
         makeNotifications({.applicationName = description_.name,
@@ -183,23 +202,42 @@ class DesktopApplication final : public Application, public std::enable_shared_f
 
   void respond(const std::string& identifier, std::string button, const std::string& activationToken) {
     if (!installed_) return;
-    auto request = store_->tappable(identifier);
-    if (!request) {
+    if (button.empty()) button = platform::defaultActionIdentifier;
+    ++taps_;
+    worker_->read(
+        queue_, [=](system::NotificationStore& store) { return tapped(store, identifier, button); },
+        [weak = weak_from_this(), button, activationToken](Tapped tapped) {
+          if (const auto self = weak.lock()) self->handle(std::move(tapped), button, activationToken);
+        });
+  }
+
+  static Tapped tapped(system::NotificationStore& store, const std::string& identifier,
+                       const std::string& button) {
+    auto request = store.tappable(identifier);
+    if (!request || button == platform::dismissActionIdentifier) return {std::move(request), false};
+    const auto actions = store.actionsOf(request->content.categoryIdentifier);
+    const auto pressed = std::ranges::find(actions, button, &platform::NotificationAction::identifier);
+    const bool destroys =
+        pressed != actions.end() && pressed->option == platform::NotificationActionOption::destructive;
+    return {std::move(request), !destroys};
+  }
+
+  void handle(Tapped tapped, const std::string& button, const std::string& activationToken) {
+    --taps_;
+    if (!tapped.request) {
       posix::standardErrorLines()("A notification was tapped that nobody knows any more");
       return;
     }
-    if (button.empty()) button = platform::defaultActionIdentifier;
-    if (options_.raise && raises(*request, button)) options_.raise(activationToken);
-    VorselKellp::pushTrackOpen(true, {*std::move(request), button}, [](const std::optional<std::string>&) {});
+    const auto identifier = tapped.request->identifier;
+    if (installed_ && options_.raise && tapped.raises) options_.raise(activationToken);
+    VorselKellp::pushTrackOpen(true, {*std::move(tapped.request), button},
+                               [](const std::optional<std::string>&) {});
     // Not before: the response names the files that go with the notification.
-    store_->noteTapped(identifier);
+    noteTapped(*worker_, identifier);
   }
 
-  bool raises(const platform::NotificationRequest& request, const std::string& button) {
-    if (button == platform::dismissActionIdentifier) return false;
-    const auto actions = store_->actionsOf(request.content.categoryIdentifier);
-    const auto pressed = std::ranges::find(actions, button, &platform::NotificationAction::identifier);
-    return pressed == actions.end() || pressed->option != platform::NotificationActionOption::destructive;
+  static void noteTapped(system::StoreWorker& worker, const std::string& identifier) {
+    worker.post([identifier](system::NotificationStore& store) { store.noteTapped(identifier); });
   }
 
   GApplication* const application_;
@@ -207,6 +245,7 @@ class DesktopApplication final : public Application, public std::enable_shared_f
   const ApplicationOptions options_;
   const system::Folders folders_;
   const std::shared_ptr<system::NotificationStore> store_;
+  const std::shared_ptr<system::StoreWorker> worker_;
   std::shared_ptr<GlibMainQueue> queue_;
   std::shared_ptr<system::CountedURLSession> session_;
   std::shared_ptr<system::UrlOpener> opener_;
@@ -214,6 +253,7 @@ class DesktopApplication final : public Application, public std::enable_shared_f
   std::shared_ptr<system::RunningApplication> running_;
   std::unique_ptr<NetworkRetry> retry_;
   bool installed_ = false;
+  int taps_ = 0;  ///< that were not handled yet
 };
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "VorselKelpFreedesktop/DesktopPorts.h"
 
+#include <atomic>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,13 +22,20 @@ class DesktopPresenter final : public system::NotificationPresenter {
   const std::shared_ptr<BusNotifications> notifications_;
 };
 
-class IconBadge final : public system::Badge {
+class LauncherIconBadge final : public IconBadge {
  public:
-  explicit IconBadge(std::shared_ptr<LauncherBadge> badge) : badge_(std::move(badge)) {}
-  void show(std::int64_t number) override { badge_->setBadge(number); }
+  explicit LauncherIconBadge(std::shared_ptr<LauncherBadge> badge) : badge_(std::move(badge)) {}
+  void show(std::int64_t number) override {
+    shown_ = true;
+    badge_->setBadge(number);
+  }
+  void showFirst(std::int64_t number) override {
+    if (number > 0 && !shown_) badge_->setBadge(number);
+  }
 
  private:
   const std::shared_ptr<LauncherBadge> badge_;
+  std::atomic<bool> shown_ = false;
 };
 
 }  // namespace
@@ -37,8 +45,8 @@ std::shared_ptr<system::NotificationPresenter> makePresenter(
   return std::make_shared<DesktopPresenter>(std::move(notifications));
 }
 
-std::shared_ptr<system::Badge> makeIconBadge(std::shared_ptr<LauncherBadge> badge) {
-  return std::make_shared<IconBadge>(std::move(badge));
+std::shared_ptr<IconBadge> makeIconBadge(std::shared_ptr<LauncherBadge> badge) {
+  return std::make_shared<LauncherIconBadge>(std::move(badge));
 }
 
 }  // namespace VorselKelp::freedesktop

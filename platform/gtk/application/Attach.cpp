@@ -65,8 +65,9 @@ class AttachedApplication final : public Attached, public std::enable_shared_fro
   void present(const std::shared_ptr<ui::ViewController>& screen) override {
     if (stage_) stage_->presenter()->present(screen, root_, true);
   }
-  std::optional<platform::DeliveredNotification> notification(const std::string& identifier) const override {
-    return desktop_ ? desktop_->notification(identifier) : std::nullopt;
+  void notification(const std::string& identifier, Found found) const override {
+    if (desktop_) return desktop_->notification(identifier, std::move(found));
+    found(std::nullopt);
   }
   void screenAppeared() override {
     if (desktop_) desktop_->running().screenAppeared();

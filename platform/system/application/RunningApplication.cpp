@@ -3,6 +3,7 @@
 #include <mutex>
 
 #include "VorselKelpSystem/RunningApplication.h"
+#include "notifications/StoreUse.h"
 
 namespace VorselKelp::system {
 namespace {
@@ -50,14 +51,14 @@ class ObserverList {
 
 class Running final : public RunningApplication {
  public:
-  explicit Running(ApplicationPorts ports) : ports_(std::move(ports)) {}
+  explicit Running(ApplicationPorts ports) : ports_(std::move(ports)), store_(ports_.store, ports_.worker) {}
 
   void openURL(const std::string& url) override { ports_.urlOpener->open(url); }
 
   void registerForRemoteNotifications() override { ports_.registration->begin(); }
   void unregisterForRemoteNotifications() override { ports_.registration->end(); }
   void setBadge(std::int64_t value) override {
-    ports_.store->setBadge(value);
+    store_.run([value](NotificationStore& store) { store.setBadge(value); });
     if (ports_.badge) ports_.badge->show(value);
   }
 
@@ -110,6 +111,7 @@ class Running final : public RunningApplication {
   }
 
   const ApplicationPorts ports_;
+  const StoreUse store_;
   ObserverList<LifeCycleObserver> lifeCycle_;
   ObserverList<ScreenObserver> screens_;
   std::mutex mutex_;

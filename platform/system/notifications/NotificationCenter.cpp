@@ -4,6 +4,8 @@
 
 #include "VorselKelpPosix/LineSink.h"
 #include "notifications/CategoryCoding.h"
+#include "notifications/NotificationDisplay.h"
+#include "notifications/StoreUse.h"
 
 namespace VorselKelp::system {
 namespace {
@@ -13,9 +15,6 @@ using platform::NotificationCategory;
 using platform::NotificationRequest;
 using Answer = platform::UniqueFunction<void(bool, std::optional<Error>)>;
 using Shown = NotificationPresenter::Shown;
-
-/// Seconds until a store that failed is asked again.
-constexpr double troublePause = 60;
 
 bool grants(AuthorizationStatus status) {
   return status != AuthorizationStatus::notDetermined && status != AuthorizationStatus::denied;
@@ -30,49 +29,19 @@ CategoryMap byIdentifier(std::vector<NotificationCategory> categories) {
   return map;
 }
 
-class Center final : public NotificationCenter, public std::enable_shared_from_this<Center> {
+/// The categories as this process last read or wrote them. Any thread.
+class KnownCategories {
  public:
-  explicit Center(CenterPorts ports) : ports_(std::move(ports)) {}
-  ~Center() override {
-    if (ports_.wakeUp) ports_.wakeUp->cancel();
-    endQuestion();
-  }
-
-  /// After making: what came due while nobody looked.
-  void start() { lookSoon(); }
-
-  void requestAuthorization(unsigned options, Answer answer) override {
-    const auto status = ports_.store->authorization();
-    if (status != AuthorizationStatus::notDetermined) return answer(grants(status), std::nullopt);
-    if (!ports_.asker) return answer(false, Error{"the user can't be asked here"});
-    bool asked = false;
-    {
-      const std::lock_guard lock(mutex_);
-      asked = !waiting_.empty();
-      waiting_.push_back(std::move(answer));
-    }
-    if (!asked) onMain([options](Center& self) { self.ask(options); });
-  }
-
-  void getNotificationSettings(
-      platform::UniqueFunction<void(platform::NotificationSettings)> answer) override {
-    answer({ports_.store->authorization()});
-  }
-
-  void getNotificationCategories(
-      platform::UniqueFunction<void(std::vector<NotificationCategory>)> answer) override {
-    std::vector<NotificationCategory> categories;
-    {
-      const std::lock_guard lock(mutex_);
-      categories = ports_.store->categories();
-      known_ = byIdentifier(categories);
-    }
-    answer(std::move(categories));
-  }
-
-  void setNotificationCategories(std::vector<NotificationCategory> categories) override {
+  std::vector<NotificationCategory> read(NotificationStore& store) {
     const std::lock_guard lock(mutex_);
-    if (!known_) known_ = byIdentifier(ports_.store->categories());
+    auto categories = store.categories();
+    known_ = byIdentifier(categories);
+    return categories;
+  }
+
+  void write(NotificationStore& store, std::vector<NotificationCategory> categories) {
+    const std::lock_guard lock(mutex_);
+    if (!known_) known_ = byIdentifier(store.categories());
     auto wanted = byIdentifier(std::move(categories));
     std::vector<std::string> removed;
     for (const auto& [identifier, category] : *known_) {
@@ -83,138 +52,177 @@ class Center final : public NotificationCenter, public std::enable_shared_from_t
       const auto old = known_->find(identifier);
       if (old == known_->end() || !(old->second == category)) written.push_back(category);
     }
-    ports_.store->changeCategories(removed, written);
+    store.changeCategories(removed, written);
     known_ = std::move(wanted);
   }
 
-  void add(NotificationRequest request) override {
-    const auto status = ports_.store->schedule(std::move(request));
-    if (!status) return posix::standardErrorLines()(status.error().description);
-    lookSoon();
-  }
-
-  void removePendingNotificationRequests(const std::vector<std::string>& identifiers) override {
-    ports_.store->removePending(identifiers);
-    lookSoon();
-  }
-  void removeDeliveredNotifications(const std::vector<std::string>& identifiers) override {
-    ports_.store->removeDelivered(identifiers);
-    if (ports_.presenter)
-      onMain([identifiers](Center& self) { self.ports_.presenter->takeAway(identifiers); });
-  }
-
-  void deliver(NotificationRequest request, Shown shown) override {
-    Result<NotificationRequest> kept = Error{"the user does not allow notifications"};
-    if (grants(ports_.store->authorization())) kept = ports_.store->deliver(std::move(request));
-    ports_.mainQueue->async(
-        [weak = weak_from_this(), kept = std::move(kept), shown = std::move(shown)]() mutable {
-          const auto self = weak.lock();
-          if (!kept) return shown(kept.error());
-          if (!self) return shown(Error{"the notification centre has gone"});
-          self->present(*kept, std::move(shown));
-        });
-  }
-
-  void look() override { lookSoon(); }
-
-  void endQuestion() override {
-    for (auto& answer : takeWaiting())
-      answer(false, Error{"the user has not answered the permission dialog"});
-  }
-
  private:
-  void onMain(std::function<void(Center&)> work) {
-    ports_.mainQueue->async([weak = weak_from_this(), work = std::move(work)] {
-      if (const auto self = weak.lock()) work(*self);
-    });
+  std::mutex mutex_;
+  std::optional<CategoryMap> known_;
+};
+
+/// The question that is open, and who waits for its answer. Any thread.
+class Question {
+ public:
+  /// True for the first, which opens it.
+  bool wait(Answer answer) {
+    const std::lock_guard lock(mutex_);
+    waiting_.push_back(std::move(answer));
+    return waiting_.size() == 1;
   }
 
-  void ask(unsigned options) {
-    // Another process, or an answer just given, may have settled it.
-    const auto status = ports_.store->authorization();
-    if (status != AuthorizationStatus::notDetermined) return answerAll(grants(status));
-    ports_.asker->ask(options, [weak = weak_from_this()](Result<bool> allowed) {
-      if (const auto self = weak.lock()) self->userAnswers(allowed);
-    });
-  }
-
-  void userAnswers(const Result<bool>& allowed) {
-    if (allowed)
-      ports_.store->setAuthorization(*allowed ? AuthorizationStatus::authorized
-                                              : AuthorizationStatus::denied);
-    answerAll(allowed);
-  }
-
-  void answerAll(const Result<bool>& allowed) {
+  void answer(const Result<bool>& allowed) {
     for (auto& answer : takeWaiting())
       allowed ? answer(*allowed, std::nullopt) : answer(false, allowed.error());
   }
 
+ private:
   std::vector<Answer> takeWaiting() {
     const std::lock_guard lock(mutex_);
     return std::exchange(waiting_, {});
   }
 
-  void lookSoon() {
-    if (ports_.presenter || ports_.wakeUp) onMain([](Center& self) { self.showAndWait(); });
-  }
+  std::mutex mutex_;
+  std::vector<Answer> waiting_;
+};
 
-  /// Main thread: one look at a time, or an earlier wake-up could be put in place of a later look's.
-  void showAndWait() {
-    const bool looked = showDue();
-    if (!ports_.wakeUp) return;
-    const auto next = ports_.store->nextDue();
-    const bool known = looked && next.ok();
-    if (known && !*next) return ports_.wakeUp->cancel();
-    const auto time = known ? **next : ports_.store->clock()->now() + troublePause;
-    ports_.wakeUp->at(time, [weak = weak_from_this()] {
-      if (const auto self = weak.lock()) self->showAndWait();
+/// Work on the store holds parts of it, and never the whole: that is let go on the main thread.
+class Center final : public NotificationCenter, public std::enable_shared_from_this<Center> {
+ public:
+  explicit Center(const CenterPorts& ports)
+      : mainQueue_(ports.mainQueue),
+        asker_(ports.asker),
+        store_(ports.store, ports.worker),
+        looks_(ports.presenter || ports.wakeUp),
+        display_(std::make_shared<NotificationDisplay>(ports, store_)) {}
+  ~Center() override { endQuestion(); }
+
+  /// After making: what came due while nobody looked.
+  void start() { lookSoon()(); }
+
+  void requestAuthorization(unsigned options, Answer answer) override {
+    const auto ask = onMain([options](Center& self) { self.ask(options); });
+    store_.run([ask, question = question_, canAsk = asker_ != nullptr,
+                answer = std::move(answer)](NotificationStore& store) mutable {
+      const auto status = store.authorization();
+      if (status != AuthorizationStatus::notDetermined) return answer(grants(status), std::nullopt);
+      if (!canAsk) return answer(false, Error{"the user can't be asked here"});
+      if (question->wait(std::move(answer))) ask();
     });
   }
 
-  /// False when the store can't say what is due.
-  bool showDue() {
-    const auto due = ports_.presenter ? ports_.store->takeDue() : deliverOnly();
-    if (!due) {
-      posix::standardErrorLines()(due.error().description);
-      return false;
-    }
-    for (const auto& request : *due) {
-      present(request, [identifier = request.identifier](const Status& shown) {
-        if (shown) return;
-        posix::standardErrorLines()("The notification \"" + identifier +
-                                    "\" is not shown: " + shown.error().description);
+  void getNotificationSettings(
+      platform::UniqueFunction<void(platform::NotificationSettings)> answer) override {
+    store_.run(
+        [answer = std::move(answer)](NotificationStore& store) mutable { answer({store.authorization()}); });
+  }
+
+  void getNotificationCategories(
+      platform::UniqueFunction<void(std::vector<NotificationCategory>)> answer) override {
+    store_.run([known = known_, answer = std::move(answer)](NotificationStore& store) mutable {
+      answer(known->read(store));
+    });
+  }
+
+  void setNotificationCategories(std::vector<NotificationCategory> categories) override {
+    store_.run([known = known_, categories = std::move(categories)](NotificationStore& store) mutable {
+      known->write(store, std::move(categories));
+    });
+  }
+
+  void add(NotificationRequest request) override {
+    store_.run([look = lookSoon(), request = std::move(request)](NotificationStore& store) mutable {
+      const auto status = store.schedule(std::move(request));
+      if (!status) return posix::standardErrorLines()(status.error().description);
+      look();
+    });
+  }
+
+  void removePendingNotificationRequests(const std::vector<std::string>& identifiers) override {
+    store_.run([look = lookSoon(), identifiers](NotificationStore& store) {
+      store.removePending(identifiers);
+      look();
+    });
+  }
+  void removeDeliveredNotifications(const std::vector<std::string>& identifiers) override {
+    // The screen after the store: a look that found them earlier has shown them by then.
+    const auto takeAway = onMain([identifiers](Center& self) { self.display_->takeAway(identifiers); });
+    store_.run([takeAway, identifiers](NotificationStore& store) {
+      store.removeDelivered(identifiers);
+      takeAway();
+    });
+  }
+
+  void deliver(NotificationRequest request, Shown shown) override {
+    store_.run([mainQueue = mainQueue_, display = std::weak_ptr(display_), request = std::move(request),
+                shown = std::move(shown)](NotificationStore& store) mutable {
+      Result<NotificationRequest> kept = Error{"the user does not allow notifications"};
+      if (grants(store.authorization())) kept = store.deliver(std::move(request));
+      auto categories = kept ? store.categories() : std::vector<NotificationCategory>();
+      mainQueue->async([display, kept = std::move(kept), categories = std::move(categories),
+                        shown = std::move(shown)]() mutable {
+        if (!kept) return shown(kept.error());
+        const auto screen = display.lock();
+        if (!screen) return shown(Error{"the notification centre has gone"});
+        screen->present(*kept, categoryOf(*kept, categories), std::move(shown));
       });
+    });
+  }
+
+  void look() override { lookSoon()(); }
+
+  void endQuestion() override { question_->answer(Error{"the user has not answered the permission dialog"}); }
+
+ private:
+  /// Has the main thread do it soon.
+  std::function<void()> onMain(std::function<void(Center&)> work) {
+    return [mainQueue = mainQueue_, weak = weak_from_this(), work = std::move(work)] {
+      mainQueue->async([weak, work] {
+        if (const auto self = weak.lock()) work(*self);
+      });
+    };
+  }
+
+  std::function<void()> lookSoon() {
+    if (!looks_) return [] {};
+    return onMain([](Center& self) { self.display_->look(); });
+  }
+
+  void ask(unsigned options) {
+    // Another process, or an answer just given, may have settled it.
+    store_.read(
+        mainQueue_, [](NotificationStore& store) { return store.authorization(); },
+        [weak = weak_from_this(), options](AuthorizationStatus status) {
+          const auto self = weak.lock();
+          if (!self) return;
+          if (status != AuthorizationStatus::notDetermined) return self->question_->answer(grants(status));
+          self->asker_->ask(options, [weak](Result<bool> allowed) {
+            if (const auto alive = weak.lock()) alive->userAnswers(allowed);
+          });
+        });
+  }
+
+  void userAnswers(const Result<bool>& allowed) {
+    if (allowed) {
+      const auto status = *allowed ? AuthorizationStatus::authorized : AuthorizationStatus::denied;
+      store_.run([status](NotificationStore& store) { store.setAuthorization(status); });
     }
-    return true;
+    question_->answer(allowed);
   }
 
-  Result<std::vector<NotificationRequest>> deliverOnly() {
-    const auto status = ports_.store->deliverDue();
-    if (!status) return status.error();
-    return std::vector<NotificationRequest>();
-  }
-
-  void present(const NotificationRequest& request, Shown shown) {
-    if (ports_.badge && request.content.badge) ports_.badge->show(*request.content.badge);
-    if (!ports_.presenter) return shown(Done{});
-    NotificationCategory category{request.content.categoryIdentifier, {}, false};
-    for (auto& known : ports_.store->categories()) {
-      if (known.identifier == category.identifier) category = std::move(known);
-    }
-    ports_.presenter->show(request, category, std::move(shown));
-  }
-
-  const CenterPorts ports_;
-  std::mutex mutex_;
-  std::vector<Answer> waiting_;
-  std::optional<CategoryMap> known_;
+  const std::shared_ptr<platform::MainQueue> mainQueue_;
+  const std::shared_ptr<PermissionAsker> asker_;
+  const StoreUse store_;
+  const bool looks_;
+  const std::shared_ptr<NotificationDisplay> display_;
+  const std::shared_ptr<KnownCategories> known_ = std::make_shared<KnownCategories>();
+  const std::shared_ptr<Question> question_ = std::make_shared<Question>();
 };
 
 }  // namespace
 
 std::shared_ptr<NotificationCenter> makeNotificationCenter(CenterPorts ports) {
-  auto center = std::make_shared<Center>(std::move(ports));
+  auto center = std::make_shared<Center>(ports);
   center->start();
   return center;
 }

@@ -42,7 +42,7 @@ struct ApplicationOptions {
 /// An application that runs GLib's main loop, with the library installed and started: the process's platform
 /// put together from what the description says and the desktop gives. It keeps the badge, shows reminders
 /// when they are due, hands taps to the core, and asks again for the configuration when a network comes. Main
-/// thread.
+/// thread, which waits for no file of the notifications'.
 ///
 /// Remote notifications need an agent on the machine, and this release has none: registering for them is
 /// answered by a line that says so.
@@ -60,9 +60,10 @@ class Application {
   /// What moves the application: the events of its windows are to be told here.
   [[nodiscard]] virtual system::RunningApplication& running() = 0;
   /// A notification that is kept, for a carousel of the application's; absent: there is none of this
-  /// identifier.
-  [[nodiscard]] virtual std::optional<platform::DeliveredNotification> notification(
-      const std::string& identifier) const = 0;
+  /// identifier. Answers once, later, unless the application leaves before.
+  virtual void notification(
+      const std::string& identifier,
+      std::function<void(std::optional<platform::DeliveredNotification>)> found) const = 0;
   /// Tells the core that the application ends, and takes the platform down. The destructor does the same.
   virtual void leave() = 0;
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 
 #include "VorselKelp/Export.h"
@@ -15,7 +16,12 @@ namespace VorselKelp::freedesktop {
 [[nodiscard]] VORSELKELP_API std::shared_ptr<system::NotificationPresenter> makePresenter(
     std::shared_ptr<BusNotifications> notifications);
 
-[[nodiscard]] VORSELKELP_API std::shared_ptr<system::Badge> makeIconBadge(
-    std::shared_ptr<LauncherBadge> badge);
+class IconBadge : public system::Badge {
+ public:
+  /// What was kept: too late when somebody has shown another number since. Main thread.
+  virtual void showFirst(std::int64_t number) = 0;
+};
+
+[[nodiscard]] VORSELKELP_API std::shared_ptr<IconBadge> makeIconBadge(std::shared_ptr<LauncherBadge> badge);
 
 }  // namespace VorselKelp::freedesktop

@@ -45,9 +45,10 @@ class Attached {
   virtual void askForPermission() = 0;
   /// Shows a screen of the library's over the window, an interstitial for example. Nothing without a window.
   virtual void present(const std::shared_ptr<ui::ViewController>& screen) = 0;
-  /// A notification that is kept, for carousel(); absent: there is none of this identifier.
-  [[nodiscard]] virtual std::optional<platform::DeliveredNotification> notification(
-      const std::string& identifier) const = 0;
+  /// A notification that is kept, for carousel(); absent: there is none of this identifier. Answers once,
+  /// later as a rule, unless the application shuts down before.
+  using Found = std::function<void(std::optional<platform::DeliveredNotification>)>;
+  virtual void notification(const std::string& identifier, Found found) const = 0;
   /// A page of the application's own within a window counts as a screen. Windows that are mapped are counted
   /// without it.
   virtual void screenAppeared() = 0;

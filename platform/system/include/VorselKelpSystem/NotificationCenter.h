@@ -11,6 +11,7 @@
 #include "VorselKelp/platform/UniqueFunction.h"
 #include "VorselKelpSystem/Badge.h"
 #include "VorselKelpSystem/NotificationStore.h"
+#include "VorselKelpSystem/StoreWorker.h"
 #include "VorselKelpSystem/WakeUp.h"
 
 namespace VorselKelp::system {
@@ -46,6 +47,7 @@ struct CenterPorts {
   std::shared_ptr<NotificationPresenter> presenter;  ///< none: notifications are kept, and shown nowhere
   std::shared_ptr<WakeUp> wakeUp;  ///< none: what comes due is delivered when somebody looks at the store
   std::shared_ptr<Badge> badge;    ///< none: the numbers that notifications bring are kept, and shown nowhere
+  std::shared_ptr<StoreWorker> worker = nullptr;  ///< none: the store is used on the caller's thread
 };
 
 /// The notification centre of one process, on a store that all processes of the application share.
@@ -58,6 +60,9 @@ struct CenterPorts {
 /// due while nobody looked: each by one process, and not again by one that ends while it shows it. One that
 /// the presenter refuses leaves a line on standard error. What another process schedules is seen when this
 /// one looks next.
+///
+/// With a worker no call waits; what is asked for is done in the order of the calls, and answers that nobody
+/// wants on the main thread come on the worker's.
 class NotificationCenter : public platform::NotificationCenter {
  public:
   /// Keeps a notification that came from outside, and shows it. Any thread; the answer comes once, on the

@@ -7,6 +7,7 @@
 #include "VorselKelp/platform/Application.h"
 #include "VorselKelpSystem/Badge.h"
 #include "VorselKelpSystem/NotificationStore.h"
+#include "VorselKelpSystem/StoreWorker.h"
 
 namespace VorselKelp::system {
 
@@ -42,8 +43,9 @@ struct ApplicationPorts {
   std::shared_ptr<NotificationStore> store;  ///< keeps the badge's number
   std::shared_ptr<RemoteRegistration> registration;
   std::shared_ptr<UrlOpener> urlOpener;
-  std::shared_ptr<Badge> badge;          ///< none: the number is kept, and shown nowhere
-  std::shared_ptr<BackgroundHold> hold;  ///< none: whoever ends the process expires the tasks before
+  std::shared_ptr<Badge> badge;                   ///< none: the number is kept, and shown nowhere
+  std::shared_ptr<BackgroundHold> hold;           ///< none: whoever ends the process expires the tasks before
+  std::shared_ptr<StoreWorker> worker = nullptr;  ///< none: the store is used on the caller's thread
 };
 
 /// The application object of one process, with the hands by which the system moves it. They are to be used on
