@@ -26,6 +26,7 @@
 #include "VorselKelpSystem/UnavailableServices.h"
 #include "application/NetworkRetry.h"
 #include "application/Ports.h"
+#include "glib/Pointers.h"
 
 namespace VorselKelp::freedesktop {
 namespace {
@@ -68,7 +69,7 @@ class DesktopApplication final : public Application, public std::enable_shared_f
     VorselBuilder builder(description_.apiKey, description_.appGroupId);
     if (options_.configure) options_.configure(builder);
     VorselKellp::initialize(builder.build());
-    retry_ = std::make_unique<NetworkRetry>();
+    retry_ = std::make_unique<NetworkRetry>(queue_, &VorselKellp::repeatConfiguration);
     VorselKellp::whenInitialised([weak = weak_from_this()] {
       if (const auto self = weak.lock(); self && self->retry_) self->retry_->end();
     });
