@@ -18,11 +18,11 @@ struct RequestOptions {
   /// Seconds for which the service keeps a message whose receiver is away; 0: it is delivered now or never.
   std::uint32_t ttl = 0;
   /// "very-low", "low", "normal" or "high"; empty: left to the service, which takes "normal".
-  std::string urgency;
+  std::string urgency{};
   /// A message that waits is replaced by the next one of the same topic; see topicOf(). Empty: none.
-  std::string topic;
+  std::string topic{};
   /// From vapidAuthorization(); empty: the sender stays unknown.
-  std::string authorization;
+  std::string authorization{};
 };
 
 /// Posts the text, encrypted for the subscription. Errors are those of encrypt(), and an urgency that there
