@@ -65,7 +65,7 @@ const std::vector<Room> house{
      "VorselKelpSimulator VorselKelpWebPush collection_server kellp VorselKelpTesting", "POSIX CLI11"},
     {"benchmarks", "", "facade VorselKelpPosix VorselKelpWebKit VorselKelpTesting",
      "POSIX Boost SQLite giflib httplib benchmark WebKitGTK"},
-    {"fuzz", "", "facade VorselKelpPosix VorselKelpTesting", ""},
+    {"fuzz", "", "facade VorselKelpPosix VorselKelpWebPush VorselKelpTesting records", ""},
 };
 
 const std::map<std::string, std::string, std::less<>> libraries{
