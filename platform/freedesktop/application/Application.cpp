@@ -24,8 +24,10 @@
 #include "VorselKelpSystem/CountedURLSession.h"
 #include "VorselKelpSystem/Process.h"
 #include "VorselKelpSystem/UnavailableServices.h"
+#include "agent/AgentClient.h"
 #include "application/NetworkRetry.h"
 #include "application/Ports.h"
+#include "application/Taps.h"
 #include "glib/Pointers.h"
 
 namespace VorselKelp::freedesktop {
@@ -58,7 +60,6 @@ class DesktopApplication final : public Application, public std::enable_shared_f
       if (const auto status = store.open(); !status) posix::standardErrorLines()(status.error().description);
     });
     makeServices();
-    exportAction();
     VorselKellp::install(platform());
     installed_ = true;
     g_signal_connect(application_, "shutdown", G_CALLBACK(+[](GApplication*, DesktopApplication* self) {
@@ -69,6 +70,8 @@ class DesktopApplication final : public Application, public std::enable_shared_f
     VorselBuilder builder(description_.apiKey, description_.appGroupId);
     if (options_.configure) options_.configure(builder);
     VorselKellp::initialize(builder.build());
+    exportActions();
+    taps_->takeKept();
     retry_ = std::make_unique<NetworkRetry>(queue_, &VorselKellp::repeatConfiguration);
     VorselKellp::whenInitialised([weak = weak_from_this()] {
       if (const auto self = weak.lock(); self && self->retry_) self->retry_->end();
@@ -94,7 +97,8 @@ class DesktopApplication final : public Application, public std::enable_shared_f
   void leave() override {
     if (!std::exchange(installed_, false)) return;
     g_signal_handlers_disconnect_by_data(application_, this);
-    g_action_map_remove_action(G_ACTION_MAP(application_), responseAction);
+    for (const char* name : {responseAction, pushAction})
+      g_action_map_remove_action(G_ACTION_MAP(application_), name);
     retry_ = nullptr;
     running_->enterBackground();
     running_->expireBackgroundTasks();
@@ -102,7 +106,7 @@ class DesktopApplication final : public Application, public std::enable_shared_f
     const auto end = std::chrono::steady_clock::now() + farewell;
     const auto timer = g_timeout_add(
         50, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
-    while ((taps_ > 0 || !session_->idle() || !worker_->idle()) && std::chrono::steady_clock::now() < end)
+    while ((!taps_->idle() || !session_->idle() || !worker_->idle()) && std::chrono::steady_clock::now() < end)
       g_main_context_iteration(nullptr, TRUE);
     g_source_remove(timer);
     session_->close();
@@ -113,12 +117,6 @@ class DesktopApplication final : public Application, public std::enable_shared_f
   }
 
  private:
-  /// A notification that was tapped, and whether the application shows itself for that.
-  struct Tapped {
-    std::optional<platform::NotificationRequest> request;
-    bool raises = false;
-  };
-
   void makeServices() {
     queue_ = makeMainQueue();
     session_ = std::make_shared<system::CountedURLSession>(
@@ -132,21 +130,37 @@ class DesktopApplication final : public Application, public std::enable_shared_f
         [badge](std::int64_t number) { badge->showFirst(number); });
     auto wakeUp = system::makeWakeUp(queue_);
     if (!wakeUp) posix::standardErrorLines()(wakeUp.error().description);
+    taps_ = std::make_shared<Taps>(worker_, queue_, options_.raise);
     center_ = system::makeNotificationCenter({store_, queue_, options_.asker, makePresenter(),
-                                              wakeUp ? *std::move(wakeUp) : nullptr, badge, worker_});
-    running_ =
-        system::makeRunningApplication({store_, std::make_shared<NoAgent>(), opener_, badge,
-                                        std::make_shared<ApplicationHold>(application_, queue_), worker_});
+                                              wakeUp ? *std::move(wakeUp) : nullptr, badge, worker_,
+                                              true});
+    agent_ = std::make_shared<AgentClient>(identifier, options_.busAddress, queue_, agentEvents());
+    agent_->find([center = center_, agent = agent_](bool there) {
+      there ? center->showThere(agent) : center->showHere();
+    });
+    running_ = system::makeRunningApplication({store_, agent_, opener_, badge,
+                                               std::make_shared<ApplicationHold>(application_, queue_), worker_});
+  }
+
+  AgentEvents agentEvents() const {
+    return {[](const std::string& subscription) {
+              const auto* bytes = reinterpret_cast<const std::uint8_t*>(subscription.data());
+              VorselKellp::registerToken({bytes, subscription.size()});
+            },
+            [failed = options_.registrationFailed](const Error& reason) {
+              if (failed) return failed(reason);
+              posix::standardErrorLines()(reason.description);
+            }};
   }
 
   std::shared_ptr<system::NotificationPresenter> makePresenter() {
-    const auto respond = [weak = weak_from_this()](const BusNotificationResponse& response) {
-      const auto self = weak.lock();
-      if (self)
-        self->respond(response.request.identifier, response.actionIdentifier, response.activationToken);
+    const auto respond = [taps = std::weak_ptr(taps_)](const BusNotificationResponse& response) {
+      if (const auto alive = taps.lock())
+        alive->tapped(response.request.identifier, response.actionIdentifier, response.activationToken);
     };
-    const auto gone = [worker = worker_](const std::string& identifier, CloseReason reason) {
-      if (reason == CloseReason::dismissed) noteTapped(*worker, identifier);
+    const auto gone = [taps = std::weak_ptr(taps_)](const std::string& identifier, CloseReason reason) {
+      const auto alive = taps.lock();
+      if (alive && reason == CloseReason::dismissed) alive->dismissed(identifier);
     };
     return freedesktop::makePresenter(
         makeNotifications({.applicationName = description_.name,
@@ -188,57 +202,27 @@ class DesktopApplication final : public Application, public std::enable_shared_f
     return made;
   }
 
-  void exportAction() {
-    const ObjectPtr<GSimpleAction> action(g_simple_action_new(responseAction, G_VARIANT_TYPE("(ss)")));
-    g_signal_connect(action.get(), "activate",
-                     G_CALLBACK(+[](GSimpleAction*, GVariant* target, DesktopApplication* self) {
-                       const char* identifier = nullptr;
-                       const char* button = nullptr;
-                       g_variant_get(target, "(&s&s)", &identifier, &button);
-                       self->respond(identifier, button, {});
-                     }),
-                     this);
+  void exportActions() {
+    addAction(responseAction, "(ss)", +[](GSimpleAction*, GVariant* target, DesktopApplication* self) {
+      const char* identifier = nullptr;
+      const char* button = nullptr;
+      g_variant_get(target, "(&s&s)", &identifier, &button);
+      self->taps_->activated(identifier, button);
+    });
+    addAction(pushAction, "s", +[](GSimpleAction*, GVariant* target, DesktopApplication* self) {
+      self->received(g_variant_get_string(target, nullptr));
+    });
+  }
+
+  void addAction(const char* name, const char* type, void (*activated)(GSimpleAction*, GVariant*, DesktopApplication*)) {
+    const ObjectPtr<GSimpleAction> action(g_simple_action_new(name, G_VARIANT_TYPE(type)));
+    g_signal_connect(action.get(), "activate", G_CALLBACK(activated), this);
     g_action_map_add_action(G_ACTION_MAP(application_), G_ACTION(action.get()));
   }
 
-  void respond(const std::string& identifier, std::string button, const std::string& activationToken) {
-    if (!installed_) return;
-    if (button.empty()) button = platform::defaultActionIdentifier;
-    ++taps_;
-    worker_->read(
-        queue_, [=](system::NotificationStore& store) { return tapped(store, identifier, button); },
-        [weak = weak_from_this(), button, activationToken](Tapped tapped) {
-          if (const auto self = weak.lock()) self->handle(std::move(tapped), button, activationToken);
-        });
-  }
-
-  static Tapped tapped(system::NotificationStore& store, const std::string& identifier,
-                       const std::string& button) {
-    auto request = store.tappable(identifier);
-    if (!request || button == platform::dismissActionIdentifier) return {std::move(request), false};
-    const auto actions = store.actionsOf(request->content.categoryIdentifier);
-    const auto pressed = std::ranges::find(actions, button, &platform::NotificationAction::identifier);
-    const bool destroys =
-        pressed != actions.end() && pressed->option == platform::NotificationActionOption::destructive;
-    return {std::move(request), !destroys};
-  }
-
-  void handle(Tapped tapped, const std::string& button, const std::string& activationToken) {
-    --taps_;
-    if (!tapped.request) {
-      posix::standardErrorLines()("A notification was tapped that nobody knows any more");
-      return;
-    }
-    const auto identifier = tapped.request->identifier;
-    if (installed_ && options_.raise && tapped.raises) options_.raise(activationToken);
-    VorselKellp::pushTrackOpen(true, {*std::move(tapped.request), button},
-                               [](const std::optional<std::string>&) {});
-    // Not before: the response names the files that go with the notification.
-    noteTapped(*worker_, identifier);
-  }
-
-  static void noteTapped(system::StoreWorker& worker, const std::string& identifier) {
-    worker.post([identifier](system::NotificationStore& store) { store.noteTapped(identifier); });
+  void received(std::string payload) const {
+    if (options_.received) return options_.received(platform::UserInfo::fromJSON(std::move(payload)));
+    posix::standardErrorLines()("A silent notification came, and the application takes none");
   }
 
   GApplication* const application_;
@@ -252,9 +236,10 @@ class DesktopApplication final : public Application, public std::enable_shared_f
   std::shared_ptr<system::UrlOpener> opener_;
   std::shared_ptr<system::NotificationCenter> center_;
   std::shared_ptr<system::RunningApplication> running_;
+  std::shared_ptr<AgentClient> agent_;
+  std::shared_ptr<Taps> taps_;
   std::unique_ptr<NetworkRetry> retry_;
   bool installed_ = false;
-  int taps_ = 0;  ///< that were not handled yet
 };
 
 }  // namespace

@@ -11,9 +11,4 @@ void DesktopUrlOpener::open(const std::string& url) {
   });
 }
 
-void NoAgent::begin() {
-  posix::standardErrorLines()(
-      "Remote notifications are not available: there is no push agent on this machine");
-}
-
 }  // namespace VorselKelp::freedesktop

@@ -40,13 +40,6 @@ class ArticleBrowser final : public platform::InAppBrowser {
   const std::shared_ptr<system::UrlOpener> opener_;
 };
 
-/// Nobody on this machine takes remote notifications in.
-class NoAgent final : public system::RemoteRegistration {
- public:
-  void begin() override;
-  void end() override {}
-};
-
 /// Keeps the application's main loop running. The application must outlive the main queue's work.
 class ApplicationHold final : public system::BackgroundHold {
  public:

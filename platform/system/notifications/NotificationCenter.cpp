@@ -169,6 +169,8 @@ class Center final : public NotificationCenter, public std::enable_shared_from_t
     });
   }
 
+  void showHere() override { display_->showHere(); }
+  void showThere(std::shared_ptr<ShowingProcess> other) override { display_->showThere(std::move(other)); }
   void look() override { lookSoon()(); }
 
   void endQuestion() override { question_->answer(Error{"the user has not answered the permission dialog"}); }

@@ -27,9 +27,22 @@ NotificationDisplay::~NotificationDisplay() {
   if (ports_.wakeUp) ports_.wakeUp->cancel();
 }
 
+void NotificationDisplay::showHere() {
+  decided_ = true;
+  look();
+}
+
+void NotificationDisplay::showThere(std::shared_ptr<ShowingProcess> other) {
+  decided_ = true;
+  other_ = std::move(other);
+  look();
+}
+
 /// The looks come back in the order in which they went: a later one's wake-up is not replaced by an
 /// earlier's.
 void NotificationDisplay::look() {
+  if (!decided_) return;
+  if (other_) return other_->look();
   const bool shows = ports_.presenter != nullptr;
   const bool wakes = ports_.wakeUp != nullptr;
   if (!shows && !wakes) return;
@@ -93,6 +106,7 @@ void NotificationDisplay::present(const NotificationRequest& request, const Noti
 }
 
 void NotificationDisplay::takeAway(const std::vector<std::string>& identifiers) {
+  if (other_) return other_->takeAway(identifiers);
   if (ports_.presenter) ports_.presenter->takeAway(identifiers);
 }
 

@@ -21,6 +21,8 @@ class NotificationDisplay : public std::enable_shared_from_this<NotificationDisp
   NotificationDisplay(const NotificationDisplay&) = delete;
   NotificationDisplay& operator=(const NotificationDisplay&) = delete;
 
+  void showHere();
+  void showThere(std::shared_ptr<ShowingProcess> other);
   /// Shows what is due, and waits for what comes next.
   void look();
   /// Shows what has been delivered.
@@ -43,6 +45,8 @@ class NotificationDisplay : public std::enable_shared_from_this<NotificationDisp
 
   const CenterPorts ports_;
   const StoreUse store_;
+  bool decided_ = !ports_.undecided;
+  std::shared_ptr<ShowingProcess> other_;
 };
 
 /// The category that the notification names; one without buttons when it is not among them.

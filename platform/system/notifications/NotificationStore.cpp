@@ -229,6 +229,19 @@ std::optional<KeptResponse> NotificationStore::takeResponse(const std::string& i
   return status ? taken : std::nullopt;
 }
 
+std::optional<KeptResponse> NotificationStore::claimResponse(const std::string& identifier,
+                                                             const std::string& action) {
+  std::optional<KeptResponse> taken;
+  const auto status = database_->transact([&](Connection& database) {
+    taken = responses_->take(database, identifier, action);
+    if (taken) return;
+    auto held = shelf_->find(database, identifier, State::delivered);
+    if (held) taken = KeptResponse{{std::move(held->request), action}, std::nullopt};
+  });
+  report("The response to \"" + identifier + "\" is not taken", status);
+  return status ? taken : std::nullopt;
+}
+
 std::int64_t NotificationStore::badge() {
   std::int64_t badge = 0;
   use("The badge is not known", [&](Connection& database) {

@@ -28,6 +28,13 @@ struct ApplicationOptions {
   /// The user has opened a notification: the application is to show itself. `activationToken`, when the
   /// desktop gave one, lets a window come to the front. Not for buttons that destroy something. May be null.
   std::function<void(const std::string& activationToken)> raise;
+  /// A remote notification that shows nothing has come, perhaps in a process that was started for it alone:
+  /// what it brings is the application's to handle, or for
+  /// VorselKellp::didReciveAdministrativeNotificationWith. Null: it takes none.
+  std::function<void(const platform::UserInfo&)> received = nullptr;
+  /// There will be no device token, and why; null: a line on standard error. A token that comes goes to
+  /// VorselKellp::registerToken by itself.
+  std::function<void(const Error& reason)> registrationFailed = nullptr;
 
   // What an application with windows adds. Null services say that there are none.
   std::shared_ptr<platform::Screen> screen = nullptr;
@@ -44,8 +51,9 @@ struct ApplicationOptions {
 /// when they are due, hands taps to the core, and asks again for the configuration when a network comes. Main
 /// thread, which waits for no file of the notifications'.
 ///
-/// Remote notifications need an agent on the machine, and this release has none: registering for them is
-/// answered by a line that says so.
+/// Where the application's push agent is installed ("<identifier>.Push" can be started by the session's bus)
+/// that shows the notifications, wakes for them, and gets the remote ones. Without it this process shows what
+/// is due while it runs, and registering for remote notifications fails with the reason.
 class Application {
  public:
   /// The action that a tap on a notification activates, "app." before it; its target is (ss), the

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "VorselKelp/Export.h"
+#include "VorselKelp/Result.h"
 #include "VorselKelp/VorselBuilder.h"
 #include "VorselKelp/platform/ContentExtension.h"
 #include "VorselKelp/platform/WebViews.h"
@@ -25,6 +26,10 @@ struct AttachOptions {
   /// Shows a web page that an opened notification leads to; false, or a null function, leaves it to the
   /// desktop's browser.
   std::function<bool(const std::string& url)> openArticle = nullptr;
+  /// A remote notification that shows nothing has come; see freedesktop::ApplicationOptions.
+  std::function<void(const platform::UserInfo&)> received = nullptr;
+  /// There will be no device token, and why; null: a line on standard error.
+  std::function<void(const Error& reason)> registrationFailed = nullptr;
   /// The engine for the publisher's permission page; null: the user is asked without one.
   std::shared_ptr<platform::WebViews> webViews = nullptr;
 };

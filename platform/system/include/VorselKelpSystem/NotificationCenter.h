@@ -39,6 +39,15 @@ class NotificationPresenter {
   virtual void takeAway(const std::vector<std::string>& identifiers) = 0;
 };
 
+/// Another process of the application's, which shows its notifications and wakes for them. Main thread.
+class ShowingProcess {
+ public:
+  virtual ~ShowingProcess() = default;
+  /// What is pending has changed, or something waits to be shown.
+  virtual void look() = 0;
+  virtual void takeAway(const std::vector<std::string>& identifiers) = 0;
+};
+
 /// What a notification centre is made of.
 struct CenterPorts {
   std::shared_ptr<NotificationStore> store;
@@ -48,6 +57,7 @@ struct CenterPorts {
   std::shared_ptr<WakeUp> wakeUp;  ///< none: what comes due is delivered when somebody looks at the store
   std::shared_ptr<Badge> badge;    ///< none: the numbers that notifications bring are kept, and shown nowhere
   std::shared_ptr<StoreWorker> worker = nullptr;  ///< none: the store is used on the caller's thread
+  bool undecided = false;  ///< shows nothing and wakes for nothing before it is told who does
 };
 
 /// The notification centre of one process, on a store that all processes of the application share.
@@ -69,6 +79,9 @@ class NotificationCenter : public platform::NotificationCenter {
   /// main thread: whether it is shown, and why it is not, as where the user does not allow it (then it is not
   /// kept).
   virtual void deliver(platform::NotificationRequest request, NotificationPresenter::Shown shown) = 0;
+  /// For a centre that is undecided: this process shows and wakes, or `other` does. Main thread.
+  virtual void showHere() = 0;
+  virtual void showThere(std::shared_ptr<ShowingProcess> other) = 0;
   /// Another process has changed what is pending: shows what is due, and wakes when the next is. Any thread.
   virtual void look() = 0;
   /// Ends the question that nobody answered: whoever waits for it hears that the permission was not granted,

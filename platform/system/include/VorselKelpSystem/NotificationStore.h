@@ -97,6 +97,8 @@ class VORSELKELP_API NotificationStore {
   /// Each response goes to one taker among all processes, the oldest first.
   std::vector<KeptResponse> takeResponses();
   std::optional<KeptResponse> takeResponse(const std::string& identifier, const std::string& action);
+  /// The same, or when none is kept the response to a delivered notification that was not tapped before.
+  std::optional<KeptResponse> claimResponse(const std::string& identifier, const std::string& action);
 
   std::int64_t badge();
   void setBadge(std::int64_t badge);
