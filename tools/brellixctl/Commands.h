@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -54,6 +55,23 @@ struct TryRequest {
   bool anywhere = false;  ///< the payload's requests may leave this machine
 };
 
+struct SendRequest {
+  std::string subscription;  ///< its text, its digits, or a file
+  std::string payloadPath;
+  std::string vapid;           ///< the sender's key or its file; empty: the sender stays unknown
+  std::string subject;         ///< how to reach the sender; goes with `vapid`
+  std::uint32_t ttl = 604800;  ///< seconds
+  std::string urgency;         ///< empty: the push service's own
+  std::string collapse;        ///< identifier; empty: none
+};
+
+struct VapidRequest {
+  std::string key;       ///< in any form or a file; empty: a new one
+  std::string out;       ///< a new file; empty: the private key is shown
+  std::string endpoint;  ///< empty: no header is asked for
+  std::string subject;   ///< goes with `endpoint`
+};
+
 // Each runs one command and returns the exit status: 0, 1 when the operation failed, 2 for wrong usage. The
 // result goes to standard output, everything else to standard error. What a script reads is one JSON value,
 // an object with an "error" when the command failed.
@@ -79,6 +97,10 @@ int runBadge(const CommonOptions& common);
 int runLint(const LintRequest& request);
 /// Needs no device; without a manifest the example application is taken.
 int runTry(const CommonOptions& common, const TryRequest& request);
+/// Sends a payload to any receiver of Web Push. Needs neither device nor application.
+int runSend(const SendRequest& request);
+/// A sender's keys.
+int runVapid(const VapidRequest& request);
 int runSchema(const std::string& name);
 
 }  // namespace brellixctl

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "brellixctl/Commands.h"
+#include "brellixctl/webpush/Options.h"
 
 namespace {
 
@@ -31,6 +32,7 @@ class CommandLine {
     addLint();
     addTry();
     addFleet();
+    addWebPush();
   }
 
   int run(int argc, char** argv) {
@@ -186,6 +188,15 @@ class CommandLine {
                     "Let the payload's requests go to its own servers, not to stand-ins on this machine");
   }
 
+  void addWebPush() {
+    addSendOptions(*add("send", "Send a payload to a subscription, encrypted, through its push service",
+                        [this] { return runSend(send_); }),
+                   send_);
+    addVapidOptions(
+        *add("vapid", "A sender's keys: new ones, or the forms of one", [this] { return runVapid(vapid_); }),
+        vapid_);
+  }
+
   void addFleet() {
 #ifdef BRELLIXCTL_FLEET
     auto* fleet = add("fleet", "Many devices at once, to load-test a collection server",
@@ -267,6 +278,8 @@ class CommandLine {
   LintRequest lint_;
   TryRequest try_;
   FleetRequest fleet_;
+  SendRequest send_;
+  VapidRequest vapid_;
   std::string schema_;
   double advance_ = 0;
   std::string action_;
