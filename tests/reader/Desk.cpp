@@ -1,0 +1,162 @@
+#include "reader/Desk.h"
+
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+#include <gio/gio.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <fstream>
+
+#include "VorselKelpPosix/Services.h"
+#include "VorselKelpSystem/Description.h"
+#include "VorselKelpSystem/RemoteNotification.h"
+
+namespace VorselKelp::testing_support {
+
+Program::Program(const std::string& command) {
+  int count = 0;
+  char** arguments = nullptr;
+  g_shell_parse_argv(command.c_str(), &count, &arguments, nullptr);
+  g_spawn_async(nullptr, arguments, nullptr,
+                static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_DO_NOT_REAP_CHILD), nullptr, nullptr,
+                &id_, nullptr);
+  g_strfreev(arguments);
+}
+
+Program::~Program() {
+  if (!running()) return;
+  ::kill(id_, SIGTERM);
+  ::waitpid(id_, nullptr, 0);
+}
+
+bool Program::running() {
+  if (id_ != 0 && ::waitpid(id_, nullptr, WNOHANG) != 0) id_ = 0;
+  return id_ != 0;
+}
+
+std::string output(const std::string& command) {
+  char* text = nullptr;
+  if (!g_spawn_command_line_sync(command.c_str(), &text, nullptr, nullptr, nullptr)) return "";
+  std::string taken = text != nullptr ? text : "";
+  g_free(text);
+  while (taken.ends_with('\n')) taken.pop_back();
+  return taken;
+}
+
+int pixels(unsigned long color) {
+  auto* display = ::XOpenDisplay(nullptr);
+  const auto root = DefaultRootWindow(display);
+  XWindowAttributes size;
+  ::XGetWindowAttributes(display, root, &size);
+  const auto width = static_cast<unsigned>(size.width);
+  const auto height = static_cast<unsigned>(size.height);
+  auto* picture = ::XGetImage(display, root, 0, 0, width, height, AllPlanes, ZPixmap);
+  int count = 0;
+  for (int at = 0; at < size.width * size.height; ++at)
+    count += (XGetPixel(picture, at % size.width, at / size.width) & 0xffffff) == color;
+  XDestroyImage(picture);
+  ::XCloseDisplay(display);
+  return count;
+}
+
+Desk::Desk() {
+  for (const auto& [variable, folder] : {std::pair("XDG_DATA_HOME", "/data"),
+                                         {"XDG_CACHE_HOME", "/cache"},
+                                         {"XDG_CONFIG_HOME", "/config"},
+                                         {"HOME", ""}}) {
+    ::setenv(variable, (folder_.path() + folder).c_str(), 1);
+  }
+  ::setenv("G_MESSAGES_DEBUG", "VorselKelp", 1);
+  serve("{}");
+  store_ = storeOf(reader);
+  store_->setAuthorization(platform::AuthorizationStatus::authorized);
+}
+
+void Desk::serve(const std::string& configuration) {
+  collection_server::ServerOptions options;
+  options.document = configuration;
+  options.received = [this](const auto& request) {
+    {
+      const std::lock_guard lock(mutex_);
+      requests_.push_back(request.path + " " + request.body);
+    }
+    const std::lock_guard held(answers_);
+  };
+  server_ = *collection_server::CollectionServer::start(std::move(options));
+}
+
+std::string Desk::describe(const std::string& identifier) const {
+  const auto file = folder_ / (identifier + ".json");
+  std::string endpoints;
+  for (const char* name : {"collection", "tag", "events", "adFeed", "script"})
+    endpoints += (endpoints.empty() ? "" : ",") + std::string("\"") + name + "\":\"" + server_->url() + "\"";
+  std::ofstream(file) << R"({"bundleIdentifier":")" << identifier << R"(","name":"Reader","apiKey":"k-1",)"
+                      << R"("appGroupId":"group.com.example.reader",)"
+                      << R"("properties":{"VorselKellpTrackID":"feed-7"},"endpoints":{)" << endpoints << "}}";
+  return file;
+}
+
+std::unique_ptr<system::NotificationStore> Desk::storeOf(const std::string& identifier) const {
+  const auto description = *system::loadDescription(describe(identifier));
+  return std::make_unique<system::NotificationStore>(system::foldersOf(description).notifications, identifier,
+                                                     posix::makeClock());
+}
+
+std::unique_ptr<Program> Desk::start(const std::string& command, const std::string& lines) const {
+  return std::make_unique<Program>("sh -c 'exec " + command + " > " + folder_ / lines + " 2>&1'");
+}
+
+std::string Desk::written(const std::string& lines) const {
+  std::ifstream file(folder_ / lines);
+  return {std::istreambuf_iterator(file), {}};
+}
+
+void Desk::startReader() {
+  ::setenv("READER_DESCRIPTION", describe(reader).c_str(), 1);
+  reader_ = start(READER, "lines");
+  waitFor([&] { return requests("/v2/activity") > 0; });
+}
+
+bool Desk::waitFor(const std::function<bool()>& done) {
+  const auto end = g_get_monotonic_time() + 20 * G_USEC_PER_SEC;
+  const auto timer = g_timeout_add(
+      100, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
+  bool reached = done();
+  while (!reached && g_get_monotonic_time() < end) {
+    g_main_context_iteration(nullptr, TRUE);
+    reached = done();
+  }
+  g_source_remove(timer);
+  EXPECT_TRUE(reached) << "what was waited for did not happen";
+  return reached;
+}
+
+int Desk::requests(std::string_view part) {
+  const std::lock_guard lock(mutex_);
+  return static_cast<int>(std::ranges::count_if(
+      requests_, [&](const auto& request) { return request.find(part) != request.npos; }));
+}
+
+void Desk::activate(const std::string& identifier, const std::string& action, const std::string& parameter) {
+  auto path = "/" + identifier;
+  std::ranges::replace(path, '.', '/');
+  output("gdbus call --session --dest " + identifier + " --object-path " + path +
+         " --method org.gtk.Actions.Activate " + action + " '" + parameter + "' '{}'");
+}
+
+std::string Desk::window(const std::string& title) {
+  return output("xdotool search --onlyvisible --name '" + title + "'");
+}
+
+platform::NotificationRequest Desk::request(const std::string& identifier, const std::string& payload) {
+  platform::NotificationRequest made;
+  made.identifier = identifier;
+  made.content = system::unchangedContent(*JSONAny::decode(payload));
+  made.content.userInfo = platform::UserInfo::fromJSON(payload);
+  return made;
+}
+
+}  // namespace VorselKelp::testing_support
