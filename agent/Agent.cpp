@@ -172,6 +172,7 @@ ServiceEvents Agent::serviceEvents() {
   return {[this] { registration_->want(); }, [this] { registration_->giveUp(); },
           [this] {
             center_->look();
+            pending();
             lookSoon();
           },
           [this](const auto& identifiers) { notifications_->remove(identifiers); },
@@ -204,13 +205,18 @@ void Agent::respond(const freedesktop::BusNotificationResponse& response) {
                         });
 }
 
+/// Has the agent come back while something is.
+bool Agent::pending() {
+  const auto next = store_->nextDue();
+  const bool found = next.ok() && next->has_value();
+  if (next.ok()) autostart_.want(found);
+  return found;
+}
+
 bool Agent::idle() {
   if (!begun_ || !intake_->idle() || !service_->idle() || !road_->idle() || responding_ > 0) return false;
   if (!notifications_->idle()) return false;
-  const auto next = store_->nextDue();
-  const bool pending = next.ok() && next->has_value();
-  autostart_.want(pending);
-  if (pending && next.ok()) return false;
+  if (pending()) return false;
   // Nobody else hears what the user does with them; a successor that is newer shall come nevertheless.
   return !notifications_->awaitsUser() || programReplaced();
 }

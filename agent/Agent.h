@@ -49,6 +49,7 @@ class Agent {
   [[nodiscard]] ServiceEvents serviceEvents();
   [[nodiscard]] system::ServiceProgram serviceProgram() const;
 
+  bool pending();
   [[nodiscard]] bool idle();
   void lookSoon();
   void leave();

@@ -71,7 +71,10 @@ class DesktopApplication final : public Application, public std::enable_shared_f
     if (options_.configure) options_.configure(builder);
     VorselKellp::initialize(builder.build());
     exportActions();
-    taps_->takeKept();
+    // A tap that starts the application comes by its action, right behind the start.
+    queue_->asyncAfter(2, [taps = std::weak_ptr(taps_)] {
+      if (const auto alive = taps.lock()) alive->takeKept();
+    });
     retry_ = std::make_unique<NetworkRetry>(queue_, &VorselKellp::repeatConfiguration);
     VorselKellp::whenInitialised([weak = weak_from_this()] {
       if (const auto self = weak.lock(); self && self->retry_) self->retry_->end();

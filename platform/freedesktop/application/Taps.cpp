@@ -63,7 +63,8 @@ void Taps::takeKept() {
       [](system::NotificationStore& store) {
         std::vector<Tapped> taken;
         for (auto& kept : store.takeResponses()) {
-          taken.push_back({std::move(kept.response.request), std::move(kept.response.actionIdentifier), false});
+          auto& [request, button] = kept.response;
+          taken.push_back(judge(store, std::move(request), std::move(button)));
         }
         return taken;
       },
