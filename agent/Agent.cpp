@@ -110,11 +110,17 @@ void Agent::owned() {
 }
 
 void Agent::stateOpened() {
-  registration_->begin(state_->state(), [this] { begin(); });
+  registration_->begin(state_->state(), [this] {
+    bus_->findOwner(notificationServer, [this](std::string owner) {
+      server_ = std::move(owner);
+      begin();
+    });
+  });
 }
 
 void Agent::begin() {
   makeServices();
+  resume();
   const auto waiting = state_->state().waiting();
   if (!waiting) return fail(waiting.error());
   for (const auto serial : *waiting) road_->add(serial);
@@ -125,6 +131,31 @@ void Agent::begin() {
   lookSoon();
 }
 
+std::string Agent::desktop() const {
+  return bus_->guid() + server_;
+}
+
+/// What an earlier agent showed and nobody has touched since.
+void Agent::resume() {
+  const auto shown = state_->state().shown(desktop());
+  if (!shown) return posix::standardErrorLines()(shown.error().description);
+  for (const auto& [identifier, number, server] : *shown) {
+    auto request = store_->tappable(identifier);
+    if (!request) continue;
+    auto buttons = freedesktop::buttonsOf(*request, store_->categories());
+    notifications_->resume(*std::move(request), std::move(buttons), number);
+  }
+}
+
+void Agent::numbered(const std::string& identifier, std::uint32_t number) {
+  if (!server_.empty()) return state_->note({identifier, number, desktop()});
+  // It was started for this one.
+  bus_->findOwner(notificationServer, [this, identifier, number](std::string owner) {
+    server_ = std::move(owner);
+    state_->note({identifier, number, desktop()});
+  });
+}
+
 void Agent::makeServices() {
   application_ = std::make_unique<ApplicationDoor>(*bus_, description_.bundleIdentifier);
   notifications_ = freedesktop::makeNotifications(
@@ -132,10 +163,13 @@ void Agent::makeServices() {
        .applicationIdentifier = description_.bundleIdentifier,
        .soundFolder = {},
        .busAddress = options_.busAddress,
-       .exportedAction = std::string("app.") + freedesktop::Application::responseAction},
+       .exportedAction = std::string("app.") + freedesktop::Application::responseAction,
+       .numbered = [this](const std::string& identifier,
+                          std::uint32_t number) { numbered(identifier, number); }},
       queue_, [this](const auto& response) { respond(response); },
       [this](const std::string& identifier, freedesktop::CloseReason reason) {
         if (reason == freedesktop::CloseReason::dismissed) store_->noteTapped(identifier);
+        if (reason != freedesktop::CloseReason::expired) state_->note({identifier, 0, {}});
         lookSoon();
       });
   auto wakeUp = system::makeWakeUp(queue_);
@@ -181,6 +215,7 @@ ServiceEvents Agent::serviceEvents() {
 
 void Agent::watchOthers() {
   bus_->watchOwners(notificationServer, false, [this](const std::string&, const std::string& owner) {
+    server_ = owner;
     if (!owner.empty()) road_->tryAgain();
   });
   bus_->watchOwners(description_.bundleIdentifier.c_str(), false,

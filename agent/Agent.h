@@ -44,6 +44,9 @@ class Agent {
   void stateOpened();
   void begin();
   void makeServices();
+  void resume();
+  void numbered(const std::string& identifier, std::uint32_t number);
+  [[nodiscard]] std::string desktop() const;
   void respond(const freedesktop::BusNotificationResponse& response);
   void watchOthers();
   [[nodiscard]] ServiceEvents serviceEvents();
@@ -70,6 +73,7 @@ class Agent {
   bool told_ = false;   ///< to end
   unsigned waits_ = 0;  ///< counts what happened, so that a quiet time is known as one
   std::size_t responding_ = 0;
+  std::string server_;  ///< the notification server's connection
   Autostart autostart_;
 
   std::unique_ptr<Bus> bus_;

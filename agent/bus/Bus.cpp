@@ -152,6 +152,15 @@ void Bus::call(const char* service, const std::string& path, const char* interfa
                          new Reply(std::move(reply)));
 }
 
+void Bus::findOwner(const std::string& name, platform::UniqueFunction<void(std::string)> found) {
+  call(daemonName, daemonPath, daemonName, "GetNameOwner", g_variant_new("(s)", name.c_str()), "(s)",
+       [found = std::move(found)](const Result<VariantPtr>& reply) mutable {
+         const char* owner = "";
+         if (reply) g_variant_get(reply->get(), "(&s)", &owner);
+         found(owner);
+       });
+}
+
 void Bus::watchOwners(const char* name, bool below, Heard heard) {
   subscriptions_.push_back(g_dbus_connection_signal_subscribe(
       connection_.get(), daemonName, daemonName, "NameOwnerChanged", daemonPath, name,

@@ -54,6 +54,8 @@ class Bus {
   void call(const char* service, const std::string& path, const char* interface, const char* method,
             GVariant* arguments, const char* answerType, Reply reply, int seconds = 0);
 
+  /// The connection that owns the name now; empty: nobody does.
+  void findOwner(const std::string& name, platform::UniqueFunction<void(std::string owner)> found);
   /// `heard` gets (name, owner or "") each time that the owner of the name changes, or of any name below it
   /// when `below`.
   void watchOwners(const char* name, bool below,

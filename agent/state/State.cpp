@@ -28,6 +28,8 @@ CREATE TABLE IF NOT EXISTS keys(serial INTEGER PRIMARY KEY, private BLOB NOT NUL
 CREATE TABLE IF NOT EXISTS spool(serial INTEGER PRIMARY KEY AUTOINCREMENT, identifier TEXT NOT NULL,
                                  message BLOB NOT NULL);
 CREATE TABLE IF NOT EXISTS seen(identifier TEXT PRIMARY KEY, time REAL NOT NULL) WITHOUT ROWID;
+CREATE TABLE IF NOT EXISTS shown(identifier TEXT PRIMARY KEY, number INTEGER NOT NULL, desktop TEXT NOT NULL)
+  WITHOUT ROWID;
 CREATE INDEX IF NOT EXISTS seenByTime ON seen(time);
 PRAGMA user_version = 1;
 COMMIT;
@@ -204,11 +206,31 @@ Result<std::optional<Message>> State::message(std::int64_t serial) {
   return found;
 }
 
-Status State::drop(const std::vector<std::int64_t>& serials) {
+Status State::apply(const Changes& changes) {
   return transact([&](Connection& database) {
     Statement remove(database, "DELETE FROM spool WHERE serial = ?1");
-    for (const auto serial : serials) remove.bind(1, serial).run();
+    for (const auto serial : changes.dropped) remove.bind(1, serial).run();
+    Statement forget(database, "DELETE FROM shown WHERE identifier = ?1");
+    Statement write(database, "INSERT OR REPLACE INTO shown(identifier, number, desktop) VALUES(?1, ?2, ?3)");
+    for (const auto& [identifier, number, desktop] : changes.shown) {
+      if (number == 0) {
+        forget.bind(1, identifier).run();
+      } else {
+        write.bind(1, identifier).bind(2, std::int64_t{number}).bind(3, desktop).run();
+      }
+    }
   });
+}
+
+Result<std::vector<State::Shown>> State::shown(const std::string& desktop) {
+  std::vector<Shown> found;
+  const auto status = transact([&](Connection& database) {
+    Statement(database, "DELETE FROM shown WHERE desktop <> ?1").bind(1, desktop).run();
+    Statement rows(database, "SELECT identifier, number FROM shown");
+    while (rows.step()) found.push_back({rows.text(0), static_cast<std::uint32_t>(rows.integer(1)), desktop});
+  });
+  if (!status) return status.error();
+  return found;
 }
 
 }  // namespace VorselKelp::agent

@@ -55,7 +55,21 @@ class State {
   Result<std::vector<std::int64_t>> waiting();
   /// Absent when it waits no more.
   Result<std::optional<Message>> message(std::int64_t serial);
-  Status drop(const std::vector<std::int64_t>& serials);
+
+  /// What a desktop shows, and the number that it gave it.
+  struct Shown {
+    std::string identifier;
+    std::uint32_t number = 0;  ///< 0: it has gone
+    std::string desktop;       ///< whose number it is
+  };
+  /// What happened to messages and notifications, in one step: `shown` in its order.
+  struct Changes {
+    std::vector<std::int64_t> dropped;
+    std::vector<Shown> shown;
+  };
+  Status apply(const Changes& changes);
+  /// What this desktop shows; what others showed is forgotten.
+  Result<std::vector<Shown>> shown(const std::string& desktop);
 
  private:
   struct Closer {

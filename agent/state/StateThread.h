@@ -5,17 +5,16 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "VorselKelp/platform/MainQueue.h"
-#include "VorselKelpPosix/EventLoop.h"
+#include "VorselKelpPosix/SerialQueue.h"
 #include "state/State.h"
 
 namespace VorselKelp::agent {
 
 /// Where the agent waits for its lock and for the disk, so that the bus never waits with it. What is asked
-/// for is done in order; messages that come while others are being written are written together.
+/// for is done in order; what comes while something is being written is written together.
 ///
 /// Main thread; answers come there, as work of the main queue, also after the object has gone.
 class StateThread {
@@ -23,7 +22,7 @@ class StateThread {
   using Kept = platform::UniqueFunction<void(Result<std::optional<std::int64_t>> serial)>;
   using Opened = platform::UniqueFunction<void(Status)>;
 
-  explicit StateThread(std::shared_ptr<platform::MainQueue> mainQueue);
+  explicit StateThread(std::shared_ptr<platform::MainQueue> mainQueue) : mainQueue_(std::move(mainQueue)) {}
   /// Does all that was asked for before, and closes the state.
   ~StateThread();
   StateThread(const StateThread&) = delete;
@@ -36,6 +35,7 @@ class StateThread {
 
   void keep(Message message, double now, Kept kept);
   void drop(std::int64_t serial);
+  void note(State::Shown shown);
 
  private:
   struct Keeping {
@@ -44,16 +44,16 @@ class StateThread {
     Kept kept;
   };
 
+  void writeSoon();
   void writeAll();
+  void keepAll(std::vector<Keeping> batch);
 
   const std::shared_ptr<platform::MainQueue> mainQueue_;
   std::unique_ptr<State> state_;
   std::mutex mutex_;
   std::vector<Keeping> keeping_;
-  std::vector<std::int64_t> dropping_;
-  bool over_ = false;  // the thread's alone
-  posix::EventLoop loop_;
-  std::thread thread_;
+  State::Changes changes_;
+  posix::SerialQueue queue_;
 };
 
 }  // namespace VorselKelp::agent

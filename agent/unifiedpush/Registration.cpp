@@ -62,15 +62,12 @@ void Registration::begin(State& state, platform::UniqueFunction<void()> known) {
 }
 
 void Registration::findOwner(platform::UniqueFunction<void()> found) {
-  bus_.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetNameOwner",
-            g_variant_new("(s)", distributor_.c_str()), "(s)",
-            [this, weak = std::weak_ptr(alive_), found = std::move(found)](Result<VariantPtr> reply) mutable {
-              if (weak.expired()) return;
-              const char* owner = "";
-              if (reply) g_variant_get(reply->get(), "(&s)", &owner);
-              owner_ = owner;
-              found();
-            });
+  bus_.findOwner(distributor_,
+                 [this, weak = std::weak_ptr(alive_), found = std::move(found)](std::string owner) mutable {
+                   if (weak.expired()) return;
+                   owner_ = std::move(owner);
+                   found();
+                 });
 }
 
 void Registration::load() {

@@ -36,11 +36,10 @@ void showCampaign(Reader& reader, const platform::DeliveredNotification& campaig
   gtk_window_present(window);
 }
 
-/// app.carousel(identifier)
-void showCarousel(GSimpleAction*, GVariant* identifier, gpointer self) {
-  auto& reader = *static_cast<Reader*>(self);
-  reader.push->notification(g_variant_get_string(identifier, nullptr), [&reader](const auto& campaign) {
-    if (campaign) showCampaign(reader, *campaign);
+/// What comes for the application alone.
+void receive(const platform::UserInfo& userInfo) {
+  VorselKellp::didReciveAdministrativeNotificationWith(userInfo, [](const auto&, const auto& beacons) {
+    g_message("%zu beacons", beacons ? beacons->bl.size() : 0);
   });
 }
 
@@ -61,14 +60,15 @@ int main(int argc, char** argv) {
       {.configure = [](VorselBuilder& builder) { builder.push().scheduleNotifications(24 * 3600); },
        .overlay = [&] { return reader.window.overlay(); },
        .openArticle = [&](const std::string& url) { return reader.window.open(url); },
+       .openCampaign = [&](const auto& campaign) { showCampaign(reader, campaign); },
+       .received = &receive,
        .webViews = webkit::makeWebViews()});
   reader.push->whenReady([&] {
     VorselKellp::setNotification("Come back to your reading");
     VorselKellp::updateScheduler();
     reader.push->askForPermission();
   });
-  const GActionEntry actions[] = {{"interstitial", &showInterstitial, nullptr, nullptr, nullptr, {}},
-                                  {"carousel", &showCarousel, "s", nullptr, nullptr, {}}};
+  const GActionEntry actions[] = {{"interstitial", &showInterstitial, nullptr, nullptr, nullptr, {}}};
   g_action_map_add_action_entries(G_ACTION_MAP(application), actions, G_N_ELEMENTS(actions), &reader);
   return g_application_run(G_APPLICATION(application), argc, argv);
 }

@@ -51,7 +51,8 @@ void AgentClient::find(platform::UniqueFunction<void(bool)> found) {
                         const VariantPtr condition(g_variant_get_child_value(arguments, 0));
                         if (const auto self = weak.lock()) self->note(condition.get());
                       });
-  connection_->call({daemonName, "/org/freedesktop/DBus", daemonName, "ListActivatableNames", "(as)"}, nullptr,
+  connection_->call({daemonName, "/org/freedesktop/DBus", daemonName, "ListActivatableNames", "(as)"},
+                    nullptr,
                     [self = shared_from_this(), found = std::move(found)](Result<VariantPtr> names) mutable {
                       self->found(std::move(names), std::move(found));
                     });
@@ -103,7 +104,8 @@ void AgentClient::ask() {
        });
 }
 
-void AgentClient::call(const char* method, VariantPtr arguments, const char* answer, Connection::Reply reply) {
+void AgentClient::call(const char* method, VariantPtr arguments, const char* answer,
+                       Connection::Reply reply) {
   connection_->call({name_.c_str(), agentPath, agentInterface, method, answer}, std::move(arguments),
                     [self = shared_from_this(), reply = std::move(reply)](Result<VariantPtr> result) mutable {
                       reply(std::move(result));

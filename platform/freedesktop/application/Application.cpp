@@ -109,7 +109,8 @@ class DesktopApplication final : public Application, public std::enable_shared_f
     const auto end = std::chrono::steady_clock::now() + farewell;
     const auto timer = g_timeout_add(
         50, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
-    while ((!taps_->idle() || !session_->idle() || !worker_->idle()) && std::chrono::steady_clock::now() < end)
+    while ((!taps_->idle() || !session_->idle() || !worker_->idle()) &&
+           std::chrono::steady_clock::now() < end)
       g_main_context_iteration(nullptr, TRUE);
     g_source_remove(timer);
     session_->close();
@@ -133,16 +134,16 @@ class DesktopApplication final : public Application, public std::enable_shared_f
         [badge](std::int64_t number) { badge->showFirst(number); });
     auto wakeUp = system::makeWakeUp(queue_);
     if (!wakeUp) posix::standardErrorLines()(wakeUp.error().description);
-    taps_ = std::make_shared<Taps>(worker_, queue_, options_.raise);
+    taps_ = std::make_shared<Taps>(worker_, queue_, store_->clock(),
+                                   Taps::Doors{options_.raise, options_.openCampaign});
     center_ = system::makeNotificationCenter({store_, queue_, options_.asker, makePresenter(),
-                                              wakeUp ? *std::move(wakeUp) : nullptr, badge, worker_,
-                                              true});
+                                              wakeUp ? *std::move(wakeUp) : nullptr, badge, worker_, true});
     agent_ = std::make_shared<AgentClient>(identifier, options_.busAddress, queue_, agentEvents());
     agent_->find([center = center_, agent = agent_](bool there) {
       there ? center->showThere(agent) : center->showHere();
     });
-    running_ = system::makeRunningApplication({store_, agent_, opener_, badge,
-                                               std::make_shared<ApplicationHold>(application_, queue_), worker_});
+    running_ = system::makeRunningApplication(
+        {store_, agent_, opener_, badge, std::make_shared<ApplicationHold>(application_, queue_), worker_});
   }
 
   AgentEvents agentEvents() const {
@@ -206,18 +207,21 @@ class DesktopApplication final : public Application, public std::enable_shared_f
   }
 
   void exportActions() {
-    addAction(responseAction, "(ss)", +[](GSimpleAction*, GVariant* target, DesktopApplication* self) {
-      const char* identifier = nullptr;
-      const char* button = nullptr;
-      g_variant_get(target, "(&s&s)", &identifier, &button);
-      self->taps_->activated(identifier, button);
-    });
-    addAction(pushAction, "s", +[](GSimpleAction*, GVariant* target, DesktopApplication* self) {
-      self->received(g_variant_get_string(target, nullptr));
-    });
+    addAction(
+        responseAction, "(ss)", +[](GSimpleAction*, GVariant* target, DesktopApplication* self) {
+          const char* identifier = nullptr;
+          const char* button = nullptr;
+          g_variant_get(target, "(&s&s)", &identifier, &button);
+          self->taps_->activated(identifier, button);
+        });
+    addAction(
+        pushAction, "s", +[](GSimpleAction*, GVariant* target, DesktopApplication* self) {
+          self->received(g_variant_get_string(target, nullptr));
+        });
   }
 
-  void addAction(const char* name, const char* type, void (*activated)(GSimpleAction*, GVariant*, DesktopApplication*)) {
+  void addAction(const char* name, const char* type,
+                 void (*activated)(GSimpleAction*, GVariant*, DesktopApplication*)) {
     const ObjectPtr<GSimpleAction> action(g_simple_action_new(name, G_VARIANT_TYPE(type)));
     g_signal_connect(action.get(), "activate", G_CALLBACK(activated), this);
     g_action_map_add_action(G_ACTION_MAP(application_), G_ACTION(action.get()));

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "VorselKelp/VorselKellp.h"
+#include "VorselKelpFreedesktop/DesktopPorts.h"
 #include "VorselKelpPosix/LineSink.h"
 
 namespace VorselKelp::freedesktop {
@@ -17,8 +18,11 @@ std::string orDefault(std::string button) {
 }  // namespace
 
 Taps::Taps(std::shared_ptr<system::StoreWorker> worker, std::shared_ptr<platform::MainQueue> mainQueue,
-           std::function<void(const std::string&)> raise)
-    : worker_(std::move(worker)), mainQueue_(std::move(mainQueue)), raise_(std::move(raise)) {}
+           std::shared_ptr<platform::Clock> clock, Doors doors)
+    : worker_(std::move(worker)),
+      mainQueue_(std::move(mainQueue)),
+      clock_(std::move(clock)),
+      doors_(std::move(doors)) {}
 
 void Taps::tapped(const std::string& identifier, std::string button, const std::string& activationToken) {
   ++underWay_;
@@ -42,8 +46,8 @@ void Taps::activated(const std::string& identifier, std::string button) {
   ++underWay_;
   worker_->read(
       mainQueue_,
-      [identifier, button = orDefault(std::move(button))](
-          system::NotificationStore& store) -> std::optional<Tapped> {
+      [identifier,
+       button = orDefault(std::move(button))](system::NotificationStore& store) -> std::optional<Tapped> {
         auto response = store.claimResponse(identifier, button);
         if (!response) return std::nullopt;
         return judge(store, std::move(response->response.request), button);
@@ -93,11 +97,18 @@ Taps::Tapped Taps::judge(system::NotificationStore& store, platform::Notificatio
 
 void Taps::handle(Tapped tapped, const std::string& activationToken) {
   const auto identifier = tapped.request.identifier;
-  if (raise_ && tapped.raises) raise_(activationToken);
-  VorselKellp::pushTrackOpen(true, {std::move(tapped.request), std::move(tapped.button)},
-                             [](const std::optional<std::string>&) {});
+  if (doors_.raise && tapped.raises) doors_.raise(activationToken);
+  open(std::move(tapped));
   // Not before: the response names the files that go with the notification.
   dismissed(identifier);
+}
+
+void Taps::open(Tapped tapped) const {
+  const bool campaign = tapped.button == campaignAction;
+  if (campaign && doors_.openCampaign) return doors_.openCampaign({std::move(tapped.request), clock_->now()});
+  if (campaign) tapped.button = platform::defaultActionIdentifier;
+  VorselKellp::pushTrackOpen(true, {std::move(tapped.request), std::move(tapped.button)},
+                             [](const std::optional<std::string>&) {});
 }
 
 }  // namespace VorselKelp::freedesktop

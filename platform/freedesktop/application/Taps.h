@@ -5,19 +5,26 @@
 #include <optional>
 #include <string>
 
+#include "VorselKelp/platform/Clock.h"
+#include "VorselKelp/platform/ContentExtension.h"
 #include "VorselKelp/platform/MainQueue.h"
 #include "VorselKelp/platform/Notification.h"
 #include "VorselKelpSystem/StoreWorker.h"
 
 namespace VorselKelp::freedesktop {
 
-/// What the user does with the application's notifications, on its way to the core. Main thread; the core must
-/// be there while it lives.
+/// What the user does with the application's notifications, on its way to the core. Main thread; the core
+/// must be there while it lives.
 class Taps : public std::enable_shared_from_this<Taps> {
  public:
-  /// `raise` may be null; see ApplicationOptions.
+  /// Either may be null; see ApplicationOptions.
+  struct Doors {
+    std::function<void(const std::string& activationToken)> raise;
+    std::function<void(const platform::DeliveredNotification&)> openCampaign;
+  };
+
   Taps(std::shared_ptr<system::StoreWorker> worker, std::shared_ptr<platform::MainQueue> mainQueue,
-       std::function<void(const std::string& activationToken)> raise);
+       std::shared_ptr<platform::Clock> clock, Doors doors);
 
   /// A notification that this process shows. An empty button is the notification itself.
   void tapped(const std::string& identifier, std::string button, const std::string& activationToken);
@@ -43,10 +50,12 @@ class Taps : public std::enable_shared_from_this<Taps> {
   static Tapped judge(system::NotificationStore& store, platform::NotificationRequest request,
                       std::string button);
   void handle(Tapped tapped, const std::string& activationToken);
+  void open(Tapped tapped) const;
 
   const std::shared_ptr<system::StoreWorker> worker_;
   const std::shared_ptr<platform::MainQueue> mainQueue_;
-  const std::function<void(const std::string&)> raise_;
+  const std::shared_ptr<platform::Clock> clock_;
+  const Doors doors_;
   int underWay_ = 0;
 };
 

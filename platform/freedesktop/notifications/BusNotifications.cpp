@@ -43,6 +43,11 @@ class ServerDesk final : public NotificationDesk, public std::enable_shared_from
     });
   }
 
+  void resume(platform::NotificationRequest request, platform::NotificationCategory category,
+              std::uint32_t number) override {
+    for (const auto& lost : shown_.put({number, std::move(request), std::move(category), {}, false, true}))
+      tellGone(lost, CloseReason::undefined);
+  }
   [[nodiscard]] bool idle() const override { return connection_->idle(); }
   [[nodiscard]] bool awaitsUser() const override { return shown_.any(remembers_); }
 
@@ -68,9 +73,10 @@ class ServerDesk final : public NotificationDesk, public std::enable_shared_from
     if (removed) return finish(identifier, removedTooSoon());
     const auto abilities = serverAbilities(reply->get());
     remembers_ = abilities.persistence;
+    auto content = order.request.content;
+    if (shown_.resumed(identifier)) content.sound.reset();
     ask(identifier, {service, object, service, "Notify", "(u)"},
-        notifyArguments(options_, order.request.content, order.category, abilities,
-                        shown_.numberOf(identifier)),
+        notifyArguments(options_, content, order.category, abilities, shown_.numberOf(identifier)),
         &ServerDesk::taken);
   }
 
@@ -84,7 +90,8 @@ class ServerDesk final : public NotificationDesk, public std::enable_shared_from
       close(number);
       return finish(identifier, removedTooSoon());
     }
-    for (const auto& lost : shown_.put({number, order.request, order.category, {}, false}))
+    if (options_.numbered) options_.numbered(identifier, number);
+    for (const auto& lost : shown_.put({number, order.request, order.category, {}, false, false}))
       tellGone(lost, CloseReason::undefined);
     finish(identifier, Done{});
   }

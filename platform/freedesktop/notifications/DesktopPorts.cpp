@@ -1,5 +1,8 @@
 #include "VorselKelpFreedesktop/DesktopPorts.h"
 
+#include "VorselKelpSystem/RemoteNotification.h"
+
+#include <algorithm>
 #include <atomic>
 #include <string>
 #include <utility>
@@ -8,13 +11,20 @@
 namespace VorselKelp::freedesktop {
 namespace {
 
+platform::NotificationCategory withCampaign(const platform::NotificationRequest& request,
+                                            platform::NotificationCategory category) {
+  if (system::isCampaign(request.content.userInfo))
+    category.actions.push_back({.identifier = campaignAction, .title = "Show all"});
+  return category;
+}
+
 class DesktopPresenter final : public system::NotificationPresenter {
  public:
   explicit DesktopPresenter(std::shared_ptr<BusNotifications> notifications)
       : notifications_(std::move(notifications)) {}
   void show(const platform::NotificationRequest& request, const platform::NotificationCategory& category,
             Shown shown) override {
-    notifications_->show(request, category, std::move(shown));
+    notifications_->show(request, withCampaign(request, category), std::move(shown));
   }
   void takeAway(const std::vector<std::string>& identifiers) override { notifications_->remove(identifiers); }
 
@@ -39,6 +49,14 @@ class LauncherIconBadge final : public IconBadge {
 };
 
 }  // namespace
+
+platform::NotificationCategory buttonsOf(const platform::NotificationRequest& request,
+                                         const std::vector<platform::NotificationCategory>& categories) {
+  const auto& name = request.content.categoryIdentifier;
+  const auto found = std::ranges::find(categories, name, &platform::NotificationCategory::identifier);
+  return withCampaign(request,
+                      found == categories.end() ? platform::NotificationCategory{name, {}, false} : *found);
+}
 
 std::shared_ptr<system::NotificationPresenter> makePresenter(
     std::shared_ptr<BusNotifications> notifications) {

@@ -22,6 +22,11 @@ class QueuedNotifications final : public BusNotifications {
       desk->show(std::move(order));
     });
   }
+  void resume(platform::NotificationRequest request, platform::NotificationCategory category,
+              std::uint32_t number) override {
+    mainQueue_->async([desk = desk_, request = std::move(request), category = std::move(category),
+                       number]() mutable { desk->resume(std::move(request), std::move(category), number); });
+  }
   void remove(const std::vector<std::string>& identifiers) override {
     mainQueue_->async([desk = desk_, identifiers] {
       for (const auto& identifier : identifiers) desk->remove(identifier);

@@ -29,6 +29,8 @@ class NotificationDesk {
   void remove(const std::string& identifier);
   /// Ends all orders: nobody will run the desk any more.
   void abandon();
+  virtual void resume(platform::NotificationRequest request, platform::NotificationCategory category,
+                      std::uint32_t number) = 0;
   [[nodiscard]] virtual bool idle() const = 0;
   [[nodiscard]] virtual bool awaitsUser() const = 0;
 

@@ -35,6 +35,8 @@ class PortalDesk final : public NotificationDesk, public std::enable_shared_from
   }
 
   [[nodiscard]] bool idle() const override { return nothingToSend() && connection_->idle(); }
+  /// The portal knows notifications by our own identifiers.
+  void resume(platform::NotificationRequest, platform::NotificationCategory, std::uint32_t) override {}
   /// The portal activates the exported action, whoever runs.
   [[nodiscard]] bool awaitsUser() const override { return false; }
 

@@ -21,6 +21,11 @@ std::uint32_t ShownNotifications::numberOf(const std::string& identifier) const 
   return found == shown_.end() ? 0 : found->number;
 }
 
+bool ShownNotifications::resumed(const std::string& identifier) const {
+  const auto found = std::ranges::find_if(shown_, called(identifier));
+  return found != shown_.end() && found->resumed;
+}
+
 ShownNotification* ShownNotifications::find(std::uint32_t number) {
   const auto found = std::ranges::find(shown_, number, &ShownNotification::number);
   return found == shown_.end() ? nullptr : &*found;

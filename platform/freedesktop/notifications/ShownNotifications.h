@@ -16,6 +16,7 @@ struct ShownNotification {
   platform::NotificationCategory category;
   std::string activationToken;  ///< of the action that follows; empty while there is none
   bool expired = false;         ///< its pop-up is gone; it may lie in the server's history
+  bool resumed = false;         ///< an earlier process has shown it
 };
 
 /// The notifications that a server has, the oldest first: no more than `most`, for a server may never tell
@@ -28,6 +29,7 @@ class ShownNotifications {
   [[nodiscard]] bool any(bool history) const;
   /// The server's number for it; 0 when it is not shown.
   [[nodiscard]] std::uint32_t numberOf(const std::string& identifier) const;
+  [[nodiscard]] bool resumed(const std::string& identifier) const;
   [[nodiscard]] ShownNotification* find(std::uint32_t number);
   std::optional<ShownNotification> take(const std::string& identifier);
   /// In place of the one of the same identifier. Answers with the identifiers of those that went for it: the

@@ -94,6 +94,7 @@ class AttachedApplication final : public Attached, public std::enable_shared_fro
     options.configure = options_.configure;
     options.openArticle = options_.openArticle;
     options.raise = [this](const std::string& token) { raise(token); };
+    options.openCampaign = options_.openCampaign;
     options.received = options_.received;
     options.registrationFailed = options_.registrationFailed;
     options.screen = stage_->screen();

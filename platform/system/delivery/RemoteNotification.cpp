@@ -16,13 +16,25 @@ std::string wordsAt(const JSONAny* json, std::string_view key) {
   return text != nullptr ? *text : std::string();
 }
 
+const JSONAny::List* pagesOf(const JSONAny* payload) {
+  const auto* pages = memberAt(payload, "p");
+  return pages != nullptr ? pages->as<JSONAny::List>() : nullptr;
+}
+
 }  // namespace
+
+bool isCampaign(const platform::UserInfo& userInfo) {
+  const auto json = userInfo.bytes() != nullptr
+                        ? JSONAny::decode(*userInfo.bytes())
+                        : Result<JSONAny>(JSONAny(JSONAny::Dictionary(*userInfo.dictionary())));
+  const auto* pages = json ? pagesOf(&*json) : nullptr;
+  return pages != nullptr && !pages->empty();
+}
 
 platform::NotificationContent unchangedContent(const JSONAny& payload) {
   auto content = originalContent(payload);
   if (!content.title.empty() || !content.body.empty()) return content;
-  const auto* pages = memberAt(&payload, "p");
-  const auto* list = pages != nullptr ? pages->as<JSONAny::List>() : nullptr;
+  const auto* list = pagesOf(&payload);
   if (list == nullptr || list->empty()) return content;
   content.title = wordsAt(&list->front(), "t");
   content.body = wordsAt(memberAt(&list->front(), "o"), "body");

@@ -25,6 +25,8 @@ struct ApplicationOptions {
   /// Shows a web page that an opened notification leads to; false leaves it to the desktop's browser, as does
   /// a null one.
   std::function<bool(const std::string& url)> openArticle;
+  /// Shows the messages of a campaign, as a carousel for example. Null: opening it opens its first message.
+  std::function<void(const platform::DeliveredNotification&)> openCampaign = nullptr;
   /// The user has opened a notification: the application is to show itself. `activationToken`, when the
   /// desktop gave one, lets a window come to the front. Not for buttons that destroy something. May be null.
   std::function<void(const std::string& activationToken)> raise;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -22,6 +23,8 @@ struct BusNotificationOptions {
   /// "app.notification-response", whether the application runs or not. Its target is (ss), the
   /// notification's identifier and the action's. Empty: whoever showed the notification hears of it.
   std::string exportedAction = {};
+  /// Hears the number that the desktop gave a notification, before it counts as shown; null: nobody does.
+  std::function<void(const std::string& identifier, std::uint32_t number)> numbered = nullptr;
 };
 
 /// What the user did, and what lets the application's window come to the front for it: to be handed to the
@@ -64,6 +67,11 @@ class BusNotifications {
   /// within 20 seconds, replaced or removed before). Without `answer` the reason is a line on standard error.
   virtual void show(platform::NotificationRequest request, platform::NotificationCategory category,
                     Answer answer = nullptr) = 0;
+
+  /// A notification that an earlier process showed on this desktop, and the number that it was given: what
+  /// the user does with it is heard here, and shown again it keeps its place, without a sound.
+  virtual void resume(platform::NotificationRequest request, platform::NotificationCategory category,
+                      std::uint32_t number) = 0;
 
   /// Takes notifications away, also those that are still on their way. Unknown identifiers are ignored.
   virtual void remove(const std::vector<std::string>& identifiers) = 0;

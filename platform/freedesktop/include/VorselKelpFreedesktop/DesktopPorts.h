@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "VorselKelp/Export.h"
 #include "VorselKelpFreedesktop/BusNotifications.h"
@@ -12,6 +13,14 @@
 namespace VorselKelp::freedesktop {
 
 // What a notification centre asks of the desktop.
+
+/// The button that a campaign's notification gets, behind its own: its messages are to be paged through.
+inline constexpr const char* campaignAction = "vorselkelp-campaign";
+
+/// The buttons with which a presenter of makePresenter() shows a notification, given what is registered.
+[[nodiscard]] VORSELKELP_API platform::NotificationCategory buttonsOf(
+    const platform::NotificationRequest& request,
+    const std::vector<platform::NotificationCategory>& categories);
 
 [[nodiscard]] VORSELKELP_API std::shared_ptr<system::NotificationPresenter> makePresenter(
     std::shared_ptr<BusNotifications> notifications);

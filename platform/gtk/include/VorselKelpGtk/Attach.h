@@ -26,6 +26,9 @@ struct AttachOptions {
   /// Shows a web page that an opened notification leads to; false, or a null function, leaves it to the
   /// desktop's browser.
   std::function<bool(const std::string& url)> openArticle = nullptr;
+  /// Shows the messages of a campaign, by carousel() in a window for example. Null: its first message is
+  /// opened.
+  std::function<void(const platform::DeliveredNotification&)> openCampaign = nullptr;
   /// A remote notification that shows nothing has come; see freedesktop::ApplicationOptions.
   std::function<void(const platform::UserInfo&)> received = nullptr;
   /// There will be no device token, and why; null: a line on standard error.

@@ -10,4 +10,7 @@ namespace VorselKelp::system {
 /// a campaign, which says nothing there, the first message. Without the user information.
 VORSELKELP_API platform::NotificationContent unchangedContent(const JSONAny& payload);
 
+/// Whether it is several messages, to be paged through.
+VORSELKELP_API bool isCampaign(const platform::UserInfo& userInfo);
+
 }  // namespace VorselKelp::system
