@@ -298,17 +298,5 @@ TEST_F(NotificationStoreTest, KeepsFilesAsTheyWereWhenNothingCanBeStored) {
   EXPECT_EQ(std::distance(fs::directory_iterator(attachments_), fs::directory_iterator()), 1);
 }
 
-TEST_F(NotificationStoreTest, SaysWhyAHomeIsOfNoUse) {
-  std::ofstream(folder_ / "file") << "x";
-  const auto blocked = NotificationStore(folder_ / "file", "a", clock_).open();
-  ASSERT_FALSE(blocked.ok());
-  fs::create_directories(home_);
-  std::ofstream(database_) << std::string(5000, 'x');
-  const auto garbage = store_.open();
-  ASSERT_FALSE(garbage.ok());
-  EXPECT_NE(garbage.error().description.find(database_), std::string::npos);
-  EXPECT_TRUE(store_.delivered().empty());
-}
-
 }  // namespace
 }  // namespace VorselKelp::system

@@ -8,16 +8,12 @@
 #include <utility>
 
 #include "VorselKelpPosix/FileIO.h"
-#include "VorselKelpPosix/LockFile.h"
 
 namespace VorselKelp::system {
 namespace {
 
 using platform::NotificationCategory;
 
-constexpr auto changePatience = std::chrono::seconds(10);
-/// How long the wait goes on without a look whether it still has to.
-constexpr auto lockNap = std::chrono::milliseconds(50);
 /// From this many bytes on a file may be longer than it need be.
 constexpr std::size_t longFile = std::size_t{64} << 10;
 
@@ -67,9 +63,11 @@ Result<std::vector<NotificationCategory>> CategoryFile::read() {
 Status CategoryFile::change(const std::vector<std::string>& removed,
                             const std::vector<NotificationCategory>& written) {
   const std::lock_guard guard(mutex_);
-  auto held = lock();
-  if (!held && held.error().code == ENOENT && posix::makeFolders(posix::parentOf(path_))) held = lock();
-  if (!held) return held.error();
+  const auto lockFile = path_ + ".lock";
+  auto lock = patience_.lock(lockFile);
+  if (!lock && lock.error().code == ENOENT && posix::makeFolders(posix::parentOf(path_)))
+    lock = patience_.lock(lockFile);
+  if (!lock) return lock.error();
   auto file = std::make_unique<posix::Descriptor>(
       ::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
   if (auto read = readNew(std::move(file)); !read) return read;
@@ -78,15 +76,6 @@ Status CategoryFile::change(const std::vector<std::string>& removed,
   for (const auto& category : written) changes += encodeCategory(category);
   if (auto appended = append(seen_->number(), changes); !appended) return appended;
   return length_ > longFile ? replace() : Done{};
-}
-
-Result<std::unique_ptr<platform::FileLock>> CategoryFile::lock() const {
-  const auto end = std::chrono::steady_clock::now() + changePatience;
-  for (;;) {
-    auto held = posix::lockFile(path_ + ".lock", lockNap);
-    const bool taken = held || held.error().code != EWOULDBLOCK;
-    if (taken || !waits_ || std::chrono::steady_clock::now() >= end) return held;
-  }
 }
 
 void CategoryFile::forget() {

@@ -2,7 +2,6 @@
 
 #include <sys/types.h>
 
-#include <atomic>
 #include <cstddef>
 #include <memory>
 #include <mutex>
@@ -10,10 +9,10 @@
 #include <vector>
 
 #include "VorselKelp/Result.h"
-#include "VorselKelp/platform/FileManager.h"
 #include "VorselKelp/platform/NotificationCenter.h"
 #include "VorselKelpPosix/Descriptor.h"
 #include "notifications/CategoryCoding.h"
+#include "notifications/Patience.h"
 
 namespace VorselKelp::system {
 
@@ -24,24 +23,21 @@ namespace VorselKelp::system {
 class CategoryFile {
  public:
   /// `path` is absolute. The file and its folder are made by the first change.
-  explicit CategoryFile(std::string path) : path_(std::move(path)) {}
+  CategoryFile(std::string path, const Patience& patience) : path_(std::move(path)), patience_(patience) {}
 
   Result<std::vector<platform::NotificationCategory>> read();
   /// Removes some categories and writes others (new or changed) in one step; all others stay as they are.
   Status change(const std::vector<std::string>& removed,
                 const std::vector<platform::NotificationCategory>& written);
-  /// From now on nothing waits for another process, not even what waits already.
-  void stopWaiting() { waits_ = false; }
 
  private:
-  Result<std::unique_ptr<platform::FileLock>> lock() const;
   Status readNew(std::unique_ptr<posix::Descriptor> file);
   Status append(int file, const std::string& changes);
   Status replace();
   void forget();
 
   const std::string path_;
-  std::atomic<bool> waits_ = true;
+  const Patience& patience_;
   std::mutex mutex_;
   /// The file that was read last; kept open, so that no other can get its number. Null: none.
   std::unique_ptr<posix::Descriptor> seen_;

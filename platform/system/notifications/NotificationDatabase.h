@@ -1,29 +1,28 @@
 #pragma once
 
-#include <sqlite3.h>
-
-#include <atomic>
-#include <chrono>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "VorselKelp/Result.h"
 #include "VorselKelp/platform/FunctionRef.h"
 #include "VorselKelpPosix/Statement.h"
+#include "notifications/DatabaseFile.h"
 
 namespace VorselKelp::system {
 
 using posix::Connection;
 using posix::Statement;
 
-/// The database of the notification store, opened by its first use. It survives killed processes, and does
-/// not pay for surviving power cuts. The file is for its owner alone.
+/// The database of the notification store, opened by its first use. It survives killed processes, and a power
+/// cut but for the last changes. One that is damaged gives way to an empty one.
 class NotificationDatabase {
  public:
-  explicit NotificationDatabase(std::string path) : path_(std::move(path)) {}
+  NotificationDatabase(std::string path, const Patience& patience) : file_(std::move(path), patience) {}
   NotificationDatabase(const NotificationDatabase&) = delete;
   NotificationDatabase& operator=(const NotificationDatabase&) = delete;
+  ~NotificationDatabase() { close(); }
 
   Status open();
 
@@ -32,21 +31,23 @@ class NotificationDatabase {
   /// The same as one atomic step among all processes, which is through when this succeeds, and has left no
   /// trace when it fails. Must not be nested.
   Status transact(platform::FunctionRef<void(Connection&)> work);
-  /// From now on nothing waits for another process, not even what waits already. Any thread.
-  void stopWaiting() { waits_ = false; }
 
  private:
-  static int waitForLock(void* self, int attempt);
-  Status openLocked();
-  Status prepareSchema();
-  Status run(Connection& connection, platform::FunctionRef<void(Connection&)> work);
-  void endReading();
+  struct Damage {
+    FileIdentity file;
+    std::string reason;
+  };
 
-  const std::string path_;
+  Status openLocked();
+  Status run(Connection& connection, platform::FunctionRef<void(Connection&)> work);
+  Status failed(const std::string& reason, int code);
+  void close();
+
+  const DatabaseFile file_;
   std::mutex mutex_;
-  std::unique_ptr<sqlite3, int (*)(sqlite3*)> connection_{nullptr, &sqlite3_close};
-  std::chrono::steady_clock::time_point waitingSince_;
-  std::atomic<bool> waits_ = true;
+  std::unique_ptr<OpenDatabase> database_;
+  std::optional<Damage> damage_;
+  int replacements_ = 0;
 };
 
 }  // namespace VorselKelp::system

@@ -8,6 +8,7 @@
 #include "notifications/CategoryFile.h"
 #include "notifications/NotificationDatabase.h"
 #include "notifications/NotificationShelf.h"
+#include "notifications/Patience.h"
 #include "notifications/ResponseShelf.h"
 
 namespace VorselKelp::system {
@@ -43,9 +44,10 @@ NotificationStore::NotificationStore(const std::string& folder, std::string appl
                                      std::shared_ptr<platform::Clock> clock)
     : application_(std::move(application)),
       clock_(std::move(clock)),
-      database_(std::make_unique<NotificationDatabase>(folder + "/notifications.sqlite")),
-      categories_(
-          std::make_unique<CategoryFile>(folder + "/" + posix::safeName(application_) + ".categories")),
+      patience_(std::make_unique<Patience>()),
+      database_(std::make_unique<NotificationDatabase>(folder + "/notifications.sqlite", *patience_)),
+      categories_(std::make_unique<CategoryFile>(folder + "/" + posix::safeName(application_) + ".categories",
+                                                 *patience_)),
       shelf_(std::make_unique<NotificationShelf>(application_, folder + "/attachments")),
       responses_(std::make_unique<ResponseShelf>(application_)) {}
 
@@ -56,8 +58,7 @@ Status NotificationStore::open() {
 }
 
 void NotificationStore::stopWaiting() {
-  database_->stopWaiting();
-  categories_->stopWaiting();
+  patience_->end();
 }
 
 platform::AuthorizationStatus NotificationStore::authorization() {

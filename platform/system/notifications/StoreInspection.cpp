@@ -34,12 +34,18 @@ NotificationStoreHealth inspectNotificationStore(const std::string& folder, cons
   // An empty file has been made, and not yet filled.
   health.exists = ::stat(path.c_str(), &found) == 0 && found.st_size > 0;
   if (!health.exists) return health;
-  NotificationDatabase database(path);
-  const auto read = database.use([&](Connection& connection) {
-    readApplications(connection, application, health);
-    readDelivered(connection, application, health);
-  });
-  if (!read) health.problem = read.error().description;
+  const Patience patience;
+  const DatabaseFile file(path, patience);
+  const auto opened = file.look();
+  if (!opened) {
+    health.problem = opened.error().description;
+    return health;
+  }
+  Connection connection{(*opened)->handle(), std::nullopt};
+  readApplications(connection, application, health);
+  readDelivered(connection, application, health);
+  if (connection.failure)
+    health.problem = file.unusable(connection.failure->description, connection.failure->code).description;
   return health;
 }
 

@@ -20,6 +20,7 @@ namespace VorselKelp::system {
 class CategoryFile;
 class NotificationDatabase;
 class NotificationShelf;
+class Patience;
 class ResponseShelf;
 
 /// A notification that is kept.
@@ -37,11 +38,12 @@ struct KeptResponse {
 /// What a phone's system keeps of one application's notifications: the user's permission, categories, what is
 /// pending, delivered and tapped, their files, responses, the badge. All of it lies in a folder, which the
 /// stores of several applications may share: a database, the attachments' files, and a file of categories for
-/// each application, which extensions need not open a database for. Several processes may use one folder at
-/// once; every operation is atomic and takes effect for all of them when it returns, and waits up to ten
-/// seconds for what another process keeps locked. Any thread. When something can't be read or written, an
-/// operation that answers a Result says so there; the others tell on standard error what was lost, each time,
-/// and then find nothing or write nothing.
+/// each application, which extensions need not open a database for. A power cut may take the last changes
+/// along; a database that is damaged is moved aside, with a line on standard error, and an empty one takes
+/// its place. Several processes may use one folder at once; every operation is atomic and takes effect for
+/// all of them when it returns, and waits up to ten seconds for what another process keeps locked. Any
+/// thread. When something can't be read or written, an operation that answers a Result says so there; the
+/// others tell on standard error what was lost, each time, and then find nothing or write nothing.
 class VORSELKELP_API NotificationStore {
  public:
   /// Touches no file: the folder and what is in it are made by the first operation that needs them. `folder`
@@ -123,6 +125,7 @@ class VORSELKELP_API NotificationStore {
 
   const std::string application_;
   const std::shared_ptr<platform::Clock> clock_;
+  const std::unique_ptr<Patience> patience_;
   std::unique_ptr<NotificationDatabase> database_;
   std::unique_ptr<CategoryFile> categories_;
   std::unique_ptr<NotificationShelf> shelf_;
