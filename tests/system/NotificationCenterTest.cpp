@@ -258,6 +258,41 @@ TEST_F(NotificationCenterTest, ShowsNothingWhereItIsNotAllowed) {
             "The notification \"late\" is not shown: the screen is full\n");
 }
 
+TEST_F(NotificationCenterTest, TriesAgainWhatTheScreenRefused) {
+  allow();
+  auto center = makeShowing();
+  screen_->refusal = Error{"nobody is there"};
+  for (const char* identifier : {"kept", "removed", "replaced"}) center->add(reminder(identifier, 10));
+  testing::internal::CaptureStderr();
+  pass(10);
+  EXPECT_EQ(screen_->take().size(), 3u);
+  center->removeDeliveredNotifications({"removed"});
+  center->add(reminder("replaced", 1000));
+  pass(59);
+  EXPECT_EQ(screen_->take(), Texts{"-removed"});
+  pass(1);
+  EXPECT_EQ(screen_->take(), Texts{"kept/0"});
+  pass(59);
+  const auto lines = testing::internal::GetCapturedStderr();
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 3) << lines;
+  EXPECT_NE(lines.find("The notification \"kept\" is not shown: nobody is there\n"), std::string::npos);
+
+  // Another reason is another line, and another process tries at its start.
+  screen_->refusal = Error{"the screen is full"};
+  testing::internal::CaptureStderr();
+  pass(1);
+  EXPECT_EQ(screen_->take(), Texts{"kept/0"});
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "The notification \"kept\" is not shown: the screen is full\n");
+  screen_->refusal.reset();
+  center = makeShowing();
+  pass(0);
+  EXPECT_EQ(screen_->take(), Texts{"kept/0"});
+  pass(1000);
+  EXPECT_EQ(screen_->take(), Texts{"replaced/0"});
+  EXPECT_FALSE(alarm_->time);
+}
+
 TEST_F(NotificationCenterTest, AsksOneQuestionForAllAndAgainWhenItCouldNotBeAsked) {
   const auto asker = std::make_shared<Asker>();
   Texts answers;

@@ -237,7 +237,7 @@ TEST_F(NotificationStoreTest, GivesWhatIsDueToOneOfTwoProcesses) {
     for (int i = 0; i <= count; ++i) {
       const auto due = store.takeDue();
       if (!due) return false;
-      for (const auto& request : *due) taken << request.identifier << '\n';
+      for (const auto& held : *due) taken << held.request.identifier << '\n';
       clock_->advance(1);
     }
     return true;

@@ -26,7 +26,7 @@ constexpr int longLog = 64;
 constexpr int mostLogPages = 1000;
 
 // A notification is held in one of three states: pending (0), delivered (1), tapped (2). What came due stays
-// unshown until somebody takes it to be shown.
+// unshown (1) until somebody takes it to be shown, and waits for another attempt (2) when it could not be.
 // While it is being made nothing has to survive.
 constexpr const char* creation = R"(
 PRAGMA synchronous = OFF;

@@ -11,7 +11,7 @@ namespace {
 using platform::NotificationCategory;
 using platform::NotificationRequest;
 
-/// Seconds until a store that failed is asked again.
+/// Seconds until a store that failed, or a screen that refused, is asked again.
 constexpr double troublePause = 60;
 
 }  // namespace
@@ -46,17 +46,29 @@ void NotificationDisplay::look() {
   const bool shows = ports_.presenter != nullptr;
   const bool wakes = ports_.wakeUp != nullptr;
   if (!shows && !wakes) return;
+  const bool again = isTimeToRetry();
   store_.read(
-      ports_.mainQueue, [=](NotificationStore& store) { return lookInto(store, shows, wakes); },
-      [weak = weak_from_this()](const Sight& sight) {
+      ports_.mainQueue, [=](NotificationStore& store) { return lookInto(store, shows, wakes, again); },
+      [weak = weak_from_this(), again](const Sight& sight) {
         const auto self = weak.lock();
         if (!self) return;
-        self->show(sight);
-        self->waitFor(sight);
+        self->next_ = sight.next;
+        self->show(sight, again && !sight.trouble);
+        if (sight.trouble) self->retryLater();
+        self->wait();
       });
 }
 
-NotificationDisplay::Sight NotificationDisplay::lookInto(NotificationStore& store, bool shows, bool wakes) {
+/// Also when the clock was set back.
+bool NotificationDisplay::isTimeToRetry() {
+  const double now = ports_.store->clock()->now();
+  if (!retry_ || (now < *retry_ && now >= *retry_ - troublePause)) return false;
+  retry_.reset();
+  return true;
+}
+
+NotificationDisplay::Sight NotificationDisplay::lookInto(NotificationStore& store, bool shows, bool wakes,
+                                                         bool again) {
   Sight sight;
   const auto fail = [&](const Error& error) {
     posix::standardErrorLines()(error.description);
@@ -65,7 +77,7 @@ NotificationDisplay::Sight NotificationDisplay::lookInto(NotificationStore& stor
   };
   if (!shows) {
     if (const auto status = store.deliverDue(); !status) return fail(status.error());
-  } else if (auto due = store.takeDue()) {
+  } else if (auto due = store.takeDue(again)) {
     sight.due = *std::move(due);
     if (!sight.due.empty()) sight.categories = store.categories();
   } else {
@@ -78,24 +90,49 @@ NotificationDisplay::Sight NotificationDisplay::lookInto(NotificationStore& stor
   return sight;
 }
 
-void NotificationDisplay::show(const Sight& sight) {
-  for (const auto& request : sight.due) {
-    present(request, categoryOf(request, sight.categories),
-            [identifier = request.identifier](const Status& shown) {
-              if (shown) return;
-              posix::standardErrorLines()("The notification \"" + identifier +
-                                          "\" is not shown: " + shown.error().description);
+/// `complete`: all that was refused and is still there is among it.
+void NotificationDisplay::show(const Sight& sight, bool complete) {
+  const auto isDue = [&](const auto& refusal) {
+    return std::ranges::any_of(sight.due, [&](const auto& notification) {
+      return notification.request.identifier == refusal.first;
+    });
+  };
+  if (complete) std::erase_if(refusals_, [&](const auto& refusal) { return !isDue(refusal); });
+  for (const auto& notification : sight.due) {
+    present(notification.request, categoryOf(notification.request, sight.categories),
+            [weak = weak_from_this(), notification](const Status& shown) {
+              if (const auto self = weak.lock()) self->answered(notification, shown);
             });
   }
 }
 
-void NotificationDisplay::waitFor(const Sight& sight) {
+void NotificationDisplay::answered(const HeldNotification& notification, const Status& shown) {
+  const auto& identifier = notification.request.identifier;
+  if (shown) {
+    refusals_.erase(identifier);
+    return;
+  }
+  store_.run([notification](NotificationStore& store) { store.putBack(notification); });
+  Refusal refusal{notification.due,
+                  "The notification \"" + identifier + "\" is not shown: " + shown.error().description};
+  auto& told = refusals_[identifier];
+  if (!(told == refusal)) posix::standardErrorLines()(refusal.line);
+  told = std::move(refusal);
+  retryLater();
+  wait();
+}
+
+void NotificationDisplay::retryLater() {
+  if (!retry_) retry_ = ports_.store->clock()->now() + troublePause;
+}
+
+void NotificationDisplay::wait() {
   if (!ports_.wakeUp) return;
-  if (!sight.trouble && !sight.next) return ports_.wakeUp->cancel();
-  ports_.wakeUp->at(sight.trouble ? ports_.store->clock()->now() + troublePause : *sight.next,
-                    [weak = weak_from_this()] {
-                      if (const auto self = weak.lock()) self->look();
-                    });
+  if (!next_ && !retry_) return ports_.wakeUp->cancel();
+  const double time = !retry_ ? *next_ : next_ ? std::min(*next_, *retry_) : *retry_;
+  ports_.wakeUp->at(time, [weak = weak_from_this()] {
+    if (const auto self = weak.lock()) self->look();
+  });
 }
 
 void NotificationDisplay::present(const NotificationRequest& request, const NotificationCategory& category,

@@ -13,6 +13,9 @@ using platform::NotificationRequest;
 using State = NotificationShelf::State;
 
 constexpr const char* columns = "SELECT identifier, due, seconds, repeats, content, userInfo, infoIsBytes";
+// What the column "unshown" says; 0: somebody has taken it.
+constexpr std::int64_t unshown = 1;
+constexpr std::int64_t refused = 2;
 // Taps may cross; older ones than these are over.
 constexpr std::int64_t tappedKept = 100;
 
@@ -145,22 +148,37 @@ void NotificationShelf::deliverDue(Connection& database, double now) {
   }
 }
 
-std::vector<NotificationRequest> NotificationShelf::takeUnshown(Connection& database) {
-  std::vector<NotificationRequest> taken;
+std::vector<HeldNotification> NotificationShelf::takeUnshown(Connection& database, bool refusedToo) {
+  std::vector<HeldNotification> taken;
+  const auto highest = refusedToo ? refused : unshown;
   {
-    Statement rows(database, (std::string(columns) +
-                              " FROM notification WHERE application = ?1 AND state = ?2 AND unshown "
-                              "ORDER BY due, serial")
-                                 .c_str());
-    rows.bind(1, application_).bind(2, number(State::delivered));
-    while (rows.step()) taken.push_back(readRow(rows).request);
+    Statement rows(database,
+                   (std::string(columns) + " FROM notification WHERE application = ?1 AND state = ?2 "
+                                           "AND unshown BETWEEN 1 AND ?3 ORDER BY due, serial")
+                       .c_str());
+    rows.bind(1, application_).bind(2, number(State::delivered)).bind(3, highest);
+    while (rows.step()) taken.push_back(readRow(rows));
   }
   if (taken.empty()) return taken;
-  Statement(database, "UPDATE notification SET unshown = 0 WHERE application = ?1 AND state = ?2")
+  Statement(database,
+            "UPDATE notification SET unshown = 0 WHERE application = ?1 AND state = ?2 AND unshown <= ?3")
       .bind(1, application_)
       .bind(2, number(State::delivered))
+      .bind(3, highest)
       .run();
   return taken;
+}
+
+void NotificationShelf::putBack(Connection& database, const HeldNotification& taken) {
+  Statement(database,
+            "UPDATE notification SET unshown = ?5 WHERE application = ?1 AND identifier = ?2 AND state = ?3 "
+            "AND due = ?4")
+      .bind(1, application_)
+      .bind(2, taken.request.identifier)
+      .bind(3, number(State::delivered))
+      .bind(4, taken.due)
+      .bind(5, refused)
+      .run();
 }
 
 std::optional<double> NotificationShelf::nextDue(Connection& database) const {

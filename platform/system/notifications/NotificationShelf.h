@@ -35,8 +35,10 @@ class NotificationShelf {
   /// one before.
   void deliverDue(Connection& database, double now);
 
-  /// What came due and was not taken before, oldest first.
-  std::vector<platform::NotificationRequest> takeUnshown(Connection& database);
+  /// What came due and was not taken before, oldest first; `refusedToo`: and what was put back.
+  std::vector<HeldNotification> takeUnshown(Connection& database, bool refusedToo);
+  /// Nothing when it was removed or replaced since it was taken.
+  void putBack(Connection& database, const HeldNotification& taken);
   /// When the next pending notification is due.
   [[nodiscard]] std::optional<double> nextDue(Connection& database) const;
 

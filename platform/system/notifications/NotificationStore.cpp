@@ -261,15 +261,20 @@ Status NotificationStore::deliverDue() {
   return changeShelf([&](Connection& database) { shelf_->deliverDue(database, time); });
 }
 
-Result<std::vector<platform::NotificationRequest>> NotificationStore::takeDue() {
+Result<std::vector<HeldNotification>> NotificationStore::takeDue(bool refusedToo) {
   const double time = clock_->now();
-  std::vector<platform::NotificationRequest> taken;
+  std::vector<HeldNotification> taken;
   const auto status = changeShelf([&](Connection& database) {
     shelf_->deliverDue(database, time);
-    taken = shelf_->takeUnshown(database);
+    taken = shelf_->takeUnshown(database, refusedToo);
   });
   if (!status) return status.error();
   return taken;
+}
+
+void NotificationStore::putBack(const HeldNotification& taken) {
+  transact("The notification \"" + taken.request.identifier + "\" is not shown again",
+           [&](Connection& database) { shelf_->putBack(database, taken); });
 }
 
 Result<std::optional<double>> NotificationStore::nextDue() {

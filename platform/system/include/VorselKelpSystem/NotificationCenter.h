@@ -68,7 +68,8 @@ struct CenterPorts {
 ///
 /// With a presenter, notifications are shown when they come due, and at the centre's start those that came
 /// due while nobody looked: each by one process, and not again by one that ends while it shows it. One that
-/// the presenter refuses leaves a line on standard error. What another process schedules is seen when this
+/// the presenter refuses is tried again each minute, and at the next start, until it is shown, removed or
+/// replaced; each reason is one line on standard error. What another process schedules is seen when this
 /// one looks next.
 ///
 /// With a worker no call waits; what is asked for is done in the order of the calls, and answers that nobody

@@ -109,8 +109,10 @@ class VORSELKELP_API NotificationStore {
   Status deliverDue();
   /// The same, and takes what came due, or was scheduled without a trigger, to be shown: each notification
   /// goes to one taker among all processes, and a repeating one once, however often it came due. The user's
-  /// refusal leaves nothing to show.
-  Result<std::vector<platform::NotificationRequest>> takeDue();
+  /// refusal leaves nothing to show. `refusedToo`: also what was put back.
+  Result<std::vector<HeldNotification>> takeDue(bool refusedToo = false);
+  /// What takeDue() gave could not be shown. Nothing when it was removed or replaced since.
+  void putBack(const HeldNotification& taken);
   /// When the next pending notification is due; absent when there is none. An error when the store can't say.
   Result<std::optional<double>> nextDue();
 
