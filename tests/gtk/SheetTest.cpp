@@ -94,6 +94,33 @@ TEST_F(SheetTest, TextsAreAsLargeAsTheUserWantsThem) {
   g_object_set(settings, "gtk-xft-dpi", dpi, nullptr);
 }
 
+TEST_F(SheetTest, TheQuestionLooksAsTheUsersThemeAndTextsDo) {
+  auto* settings = gtk_widget_get_settings(GTK_WIDGET(window));
+  int dpi = 0;
+  g_object_get(settings, "gtk-xft-dpi", &dpi, nullptr);
+  constexpr double middle = width / 2;
+  constexpr double inSmallCard = height / 2 - 70;
+  constexpr double inLargeCard = height / 2 - 90;
+  const auto ask = [&](bool dark, double scale) {
+    g_object_set(settings, "gtk-application-prefer-dark-theme", dark, "gtk-xft-dpi",
+                 static_cast<int>(scale * dpi), nullptr);
+    auto question = stage->askPermission("news", [](std::optional<bool>) {});
+    settle();
+    return question;
+  };
+  const std::string white = "#ffffff";
+  const std::string dark = "#333333";
+  auto question = ask(false, 1);
+  EXPECT_EQ(pixel(middle, inSmallCard), white);
+  EXPECT_NE(pixel(middle, inLargeCard), white);
+  question->tap(true);
+  question = ask(true, 1.3);
+  EXPECT_EQ(pixel(middle, inSmallCard), dark);
+  EXPECT_EQ(pixel(middle, inLargeCard), dark);
+  question->tap(true);
+  ask(false, 1)->tap(true);
+}
+
 TEST_F(SheetTest, TheBrowserClosesWithItsButton) {
   const auto browser = stage->makeBrowser(std::make_shared<testing_platform::RecordingWebViews>());
   browser->present("http://127.0.0.1:59999/first");
@@ -143,16 +170,25 @@ TEST_F(SheetTest, AWindowThatClosesTakesAlongWhatLiesOverIt) {
   link->setPaused(false);
 }
 
-TEST_F(SheetTest, ADisplayLinkTicksWithTheWindowUntilItIsPaused) {
+TEST_F(SheetTest, ADisplayLinkTicksWithAWindowUntilItIsPaused) {
   std::vector<double> times;
   const auto link = stage->screen()->makeDisplayLink([&](double seconds) { times.push_back(seconds); });
   link->setPaused(false);
   waitUntil([&] { return times.size() >= 3; });
   EXPECT_LT(times.front(), times.back());
   link->setPaused(true);
-  const auto ticks = times.size();
+  auto ticks = times.size();
   settle();
   EXPECT_EQ(times.size(), ticks);
+
+  auto* other = GTK_WINDOW(gtk_window_new());  // where something plays too
+  gtk_window_present(other);
+  waitUntil([&] { return gtk_widget_get_mapped(GTK_WIDGET(other)) != FALSE; });
+  link->setPaused(false);
+  closeWindow();
+  ticks = times.size();
+  waitUntil([&] { return times.size() > ticks; });
+  gtk_window_destroy(other);
 }
 
 }  // namespace

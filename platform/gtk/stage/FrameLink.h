@@ -8,10 +8,12 @@
 
 namespace VorselKelp::gtk {
 
-/// Ticks with the frames of the window that is there when it is unpaused, for as long as that is there.
+/// Ticks with the frames of a window: the one that is there when it is unpaused, and once that has gone
+/// another one that is there then.
 class FrameLink final : public platform::DisplayLink {
  public:
-  FrameLink(std::function<GtkOverlay*()> place, std::function<void(double seconds)> tick)
+  /// `place` answers a widget in a window, or null while there is none.
+  FrameLink(std::function<GtkWidget*()> place, std::function<void(double seconds)> tick)
       : place_(std::move(place)), tick_(std::move(tick)) {}
   FrameLink(const FrameLink&) = delete;
   FrameLink& operator=(const FrameLink&) = delete;
@@ -21,12 +23,15 @@ class FrameLink final : public platform::DisplayLink {
 
  private:
   static gboolean onFrame(GtkWidget*, GdkFrameClock* clock, gpointer self);
+  static void onUnmap(GtkWidget*, FrameLink* self);
+  void start();
   void stop();
 
-  const std::function<GtkOverlay*()> place_;
+  const std::function<GtkWidget*()> place_;
   const std::function<void(double)> tick_;
   GtkWidget* widget_ = nullptr;  ///< null while paused, and when it has gone
   guint callback_ = 0;
+  guint idle_ = 0;  ///< set while it looks for another window
 };
 
 }  // namespace VorselKelp::gtk

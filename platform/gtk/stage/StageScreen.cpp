@@ -7,6 +7,21 @@
 #include "stage/FrameLink.h"
 
 namespace VorselKelp::gtk {
+namespace {
+
+/// In a window that is painted: the one on top, else any of the application's.
+GtkWidget* paintedWidget(const OverlayStage& stage) {
+  auto* top = reinterpret_cast<GtkWidget*>(stage.topOverlay());
+  if (top != nullptr && gtk_widget_get_mapped(top)) return top;
+  auto* windows = gtk_window_get_toplevels();
+  for (guint i = 0; i < g_list_model_get_n_items(windows); ++i) {
+    const freedesktop::ObjectPtr<GtkWidget> window(GTK_WIDGET(g_list_model_get_item(windows, i)));
+    if (gtk_widget_get_mapped(window.get())) return window.get();
+  }
+  return top;  // which may be painted soon
+}
+
+}  // namespace
 
 StageScreen::StageScreen(std::weak_ptr<OverlayStage> stage) : stage_(std::move(stage)) {
   auto* monitors = gdk_display_get_monitors(gdk_display_get_default());
@@ -42,7 +57,7 @@ std::unique_ptr<platform::DisplayLink> StageScreen::makeDisplayLink(std::functio
   return std::make_unique<FrameLink>(
       [weak = stage_] {
         const auto stage = weak.lock();
-        return stage ? stage->topOverlay() : nullptr;
+        return stage ? paintedWidget(*stage) : nullptr;
       },
       std::move(tick));
 }

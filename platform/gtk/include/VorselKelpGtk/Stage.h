@@ -45,7 +45,7 @@ class Stage {
   /// Holds the stage weakly, as do all the services below.
   virtual std::shared_ptr<platform::ViewPresenter> presenter() = 0;
   /// As large as the window, in its pixels. Its display links tick with the frames of a window that is there
-  /// when they are unpaused.
+  /// when they are unpaused, or when the window before it goes.
   virtual std::shared_ptr<platform::Screen> screen() = 0;
   /// A sheet with the page's address and a button that closes it. One page at a time; the next one takes the
   /// place of the one before.
