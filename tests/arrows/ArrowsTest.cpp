@@ -63,8 +63,8 @@ const std::vector<Room> house{
     // Thousands of devices in one process are cores of their own, on a platform in memory.
     {"tools/brellixctl", "brellixctl",
      "VorselKelpSimulator VorselKelpWebPush collection_server kellp VorselKelpTesting", "POSIX CLI11"},
-    {"benchmarks", "", "facade VorselKelpPosix VorselKelpWebKit VorselKelpTesting",
-     "POSIX Boost SQLite giflib httplib benchmark WebKitGTK"},
+    {"benchmarks", "", "facade VorselKelpPosix VorselKelpWebPush VorselKelpWebKit VorselKelpTesting",
+     "POSIX Boost SQLite giflib httplib benchmark OpenSSL WebKitGTK"},
     {"fuzz", "", "facade VorselKelpPosix VorselKelpWebPush VorselKelpTesting records", ""},
 };
 
