@@ -85,9 +85,10 @@ TEST_F(MessageTest, NewKeysReadWhatIsForThemAlone) {
   EXPECT_THAT(with([&](auto& k) { k.publicKey = keys_.publicKey; }), other);
   EXPECT_THAT(with([&](auto& k) { k.privateKey = keys_.privateKey; }), other);
   EXPECT_THAT(with([&](auto& k) { k.auth.pop_back(); }), HasSubstr("16 bytes"));
+  EXPECT_THAT(with([&](auto& k) { k.publicKey.back() ^= 1; }), HasSubstr("no key on P-256"));
   EXPECT_THAT(with([&](auto& k) { k.privateKey.pop_back(); }), HasSubstr("32 bytes"));
-  EXPECT_THAT(with([&](auto& k) { k.privateKey.assign(32, '\0'); }), HasSubstr("no private key on P-256"));
-  EXPECT_THAT(with([&](auto& k) { k.privateKey.assign(32, '\xff'); }), HasSubstr("no private key on P-256"));
+  EXPECT_THAT(with([&](auto& k) { k.privateKey.assign(32, '\0'); }), HasSubstr("do not agree"));
+  EXPECT_THAT(with([&](auto& k) { k.privateKey.assign(32, '\xff'); }), other);
 }
 
 TEST_F(MessageTest, SaysWhatIsWrongWithAMessage) {

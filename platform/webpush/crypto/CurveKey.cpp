@@ -92,6 +92,14 @@ Result<CurveKey> CurveKey::ofScalar(std::string_view scalar) {
   return completed(key);
 }
 
+Result<CurveKey> CurveKey::ofPair(std::string_view scalar, std::string_view point) {
+  if (scalar.size() != scalarSize) return Error{"A private key has 32 bytes"};
+  const Number number(BN_bin2bn(bytesOf(scalar), scalarSize, nullptr));
+  Key key = number ? assemble(point, number) : nullptr;
+  if (key == nullptr) return cryptoError("It is no key on P-256");
+  return CurveKey(std::move(key));
+}
+
 Result<CurveKey> CurveKey::ofPoint(std::string_view point) {
   if (point.size() != pointSize || point.front() != '\x04')
     return Error{"A public key is an uncompressed point of 65 bytes"};

@@ -18,6 +18,9 @@ class CurveKey {
   static Result<CurveKey> make();
   /// A private key; an error when the scalar is none of the curve.
   static Result<CurveKey> ofScalar(std::string_view scalar);
+  /// A private key whose point is known, and is not worked out again: that it is the scalar's is the caller's
+  /// word.
+  static Result<CurveKey> ofPair(std::string_view scalar, std::string_view point);
   /// A public key; an error when the point does not lie on the curve.
   static Result<CurveKey> ofPoint(std::string_view point);
   /// A private key as PEM, not encrypted.

@@ -79,8 +79,8 @@ Result<std::string> decrypt(std::string_view message, const ReceiverKeys& keys) 
   if (keys.auth.size() != authSize) return Error{"The receiver's secret has not 16 bytes"};
   const auto parts = takeApart(message);
   if (!parts) return parts.error();
-  const auto own = CurveKey::ofScalar(keys.privateKey);
-  if (!own) return Error{"The receiver's private key: " + own.error().description};
+  const auto own = CurveKey::ofPair(keys.privateKey, keys.publicKey);
+  if (!own) return Error{"The receiver's key: " + own.error().description};
   const auto sender = CurveKey::ofPoint(parts->senderPoint);
   if (!sender) return Error{"The message's sender: " + sender.error().description};
   const auto secret = messageSecret(*own, *sender, keys.auth, keys.publicKey, parts->senderPoint);
