@@ -68,7 +68,8 @@ void BusService::emit(const std::string& path, const char* interface, const char
                                 nullptr);
 }
 
-BusTest::BusTest() : daemon(g_test_dbus_new(G_TEST_DBUS_NONE)) {
+BusTest::BusTest(const std::string& services) : daemon(g_test_dbus_new(G_TEST_DBUS_NONE)) {
+  if (!services.empty()) g_test_dbus_add_service_dir(daemon.get(), services.c_str());
   g_test_dbus_up(daemon.get());
   address = g_test_dbus_get_bus_address(daemon.get());
 }

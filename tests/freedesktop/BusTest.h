@@ -35,7 +35,8 @@ class BusService {
 /// A test with a bus of its own, and with time that stands still.
 class BusTest : public testing::Test {
  protected:
-  BusTest();
+  /// `services`: a folder of service files, by which the bus starts programs; empty: it starts none.
+  explicit BusTest(const std::string& services = {});
   ~BusTest() override;
 
   /// Lets the bus and the main queue work until `done` answers true; fails after 20 seconds.

@@ -113,7 +113,10 @@ TEST_F(AttachTest, EndsUnderWhateverIsOpen) {
     request.content.userInfo = platform::UserInfo::fromJSON(campaign);
     ASSERT_TRUE(store_->deliver(request));
     auto* first = open();
-    const auto shown = carousel(*push_->notification("c-1"), [](const std::string&) {});
+    std::optional<platform::DeliveredNotification> kept;
+    push_->notification("c-1", [&](auto found) { kept = std::move(found); });
+    TestScreen::waitUntil([&] { return kept.has_value(); });
+    const auto shown = carousel(*kept, [](const std::string&) {});
     ASSERT_TRUE(shown);
     open(*shown);
     const auto ad = InterstitialAD::create("front");

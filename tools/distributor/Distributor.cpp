@@ -96,8 +96,7 @@ void Distributor::called(Call call, int version) {
   if (call.method == "Register") {
     if (!habits.answers) return;
     if (!habits.refusal.empty()) return call.answer(outcome(version, habits.refusal));
-    if (endpoint.empty()) endpoint = std::to_string(++last_) + "-" + asked.token;
-    registrations_.try_emplace(endpoint, asked);
+    if (endpoint.empty()) endpoint = adopt(asked);
     const auto registration = registrations_.at(endpoint);
     if (habits.endpointFirst) tellEndpoint(endpoint, registration, false);
     call.answer(outcome(version, {}));
@@ -111,6 +110,12 @@ void Distributor::called(Call call, int version) {
   registrations_.erase(known);
   if (habits.confirms)
     tell(registration, "Unregistered", g_variant_new_string(registration.token.c_str()), nullptr, nullptr);
+}
+
+std::string Distributor::adopt(const Registration& registration) {
+  auto endpoint = std::to_string(++last_) + "-" + registration.token;
+  registrations_.try_emplace(endpoint, registration);
+  return endpoint;
 }
 
 void Distributor::tellEndpoint(const std::string& endpoint, const Registration& registration, bool none) {

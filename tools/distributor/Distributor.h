@@ -48,6 +48,8 @@ class Distributor {
   /// Hands a message to the receiver behind an endpoint; an error at once when there is none.
   VorselKelp::Status send(const std::string& endpoint, const std::string& bytes, const std::string& id,
                           Delivered delivered = nullptr);
+  /// As if somebody had registered; answers the endpoint.
+  std::string adopt(const Registration& registration);
   /// Tells all receivers an endpoint: their own, or none.
   void tellEndpoints(bool none = false);
   /// Ends all registrations from here.

@@ -1,0 +1,184 @@
+#include <fstream>
+#include <set>
+
+#include "VorselKelpWebPush/Message.h"
+#include "agent/AgentTest.h"
+
+namespace VorselKelp::agent {
+namespace {
+
+using freedesktop::NotificationServer;
+using testing::HasSubstr;
+
+class DeliveryTest : public AgentTest {
+ protected:
+  DeliveryTest() {
+    desk = &startDistributor("desk");
+    subscribe();
+  }
+
+  distributor::Distributor* desk = nullptr;
+};
+
+TEST_F(DeliveryTest, ShowsWhatCameWhileItDidNotRun) {
+  NotificationServer server(address);
+  waitUntilRunning(false);
+  send(*desk, payload("one"));
+  waitUntil([&] { return server.shown.size() == 1; });
+  EXPECT_EQ(server.shown[0].title, "one");
+  EXPECT_EQ(acknowledged, 1);
+  EXPECT_EQ(store->delivered().size(), 1U);
+  server.close(server.shown[0].number, 2);
+  waitUntil([&] { return store->delivered().empty(); });
+  waitUntilRunning(false);  // nothing is left to hear of
+}
+
+TEST_F(DeliveryTest, ShowsWhatComesTwiceOnce) {
+  NotificationServer server(address);
+  const auto message = *webpush::encrypt(payload("one"), *subscription);
+  for (int i = 0; i < 3; ++i) sendBytes(*desk, message);
+  for (int i = 0; i < 3; ++i) send(*desk, payload("two"), "same");
+  send(*desk, payload("end"));
+  waitUntil(
+      [&] { return acknowledged == 7 && server.shown.size() >= 3 && server.shown.back().title == "end"; });
+  EXPECT_EQ(server.shown.size(), 3U);
+}
+
+TEST_F(DeliveryTest, DropsWhatNobodyCanReadAndRefusesStrangers) {
+  NotificationServer server(address);
+  sendBytes(*desk, std::string(4097, 'x'));
+  sendBytes(*desk, "garbage");
+  sendBytes(*desk, payload("in clear"));
+  auto other = *subscription;
+  other.auth[0] = static_cast<char>(other.auth[0] ^ 1);
+  sendBytes(*desk, *webpush::encrypt(payload("another's"), other));
+  send(*desk, "no JSON");
+  waitUntil([&] { return acknowledged == 5; });
+  auto& stranger = startDistributor("stranger");
+  const auto token = desk->registrations().begin()->second.token;
+  stranger.adopt({"com.example.app.Push", token, {}, {}});
+  send(stranger, payload("a stranger's"));
+  const auto wrong = desk->adopt({"com.example.app.Push", "another token", {}, {}});
+  (void)desk->send(wrong, *webpush::encrypt(payload("another token's"), *subscription), "",
+                   [this](const Status& status) { ++(status ? acknowledged : refused); });
+  waitUntil([&] { return refused == 2; });
+  send(*desk, payload("good"));
+  waitUntil([&] { return !server.shown.empty(); });
+  EXPECT_EQ(server.shown.back().title, "good");
+  EXPECT_EQ(server.shown.size(), 1U);
+  EXPECT_THAT(lines(), HasSubstr("A message of 4097 bytes is too long, and is dropped"));
+}
+
+TEST_F(DeliveryTest, WaitsForSomebodyWhoShows) {
+  for (const char* title : {"one", "two", "three"}) send(*desk, payload(title));
+  waitUntil([&] { return acknowledged == 3; });
+  waitUntil([&] { return lines().find("Notifications wait to be shown") != std::string::npos; });
+  EXPECT_TRUE(running());
+  auto server = std::make_unique<NotificationServer>(address);
+  waitUntil([&] { return server->shown.size() == 3; });
+  server->refusal = "org.freedesktop.Notifications.MaxNotificationsExceeded";
+  send(*desk, payload("four"));
+  waitUntil([&] { return server->shown.size() == 4; });
+  server = nullptr;
+  server = std::make_unique<NotificationServer>(address);
+  waitUntil([&] { return !server->shown.empty(); });
+  EXPECT_EQ(server->shown[0].title, "four");
+}
+
+TEST_F(DeliveryTest, GoesOnWhereAKilledOneStopped) {
+  NotificationServer server(address);
+  server.holds = true;
+  send(*desk, payload("one"));
+  waitUntil([&] { return server.shown.size() == 1; });
+  killAgent();  // before it hears the number
+  server.holds = false;
+  send(*desk, payload("two"));
+  waitUntil([&] { return server.shown.size() == 3; });
+  EXPECT_EQ(server.shown[1].title, "one");
+  EXPECT_EQ(server.shown[2].title, "two");
+  waitUntil([&] { return store->delivered().size() == 2; });
+
+  killAgent();
+  send(*desk, payload("three"));
+  waitUntil([&] { return server.shown.size() == 4; });
+  FakeApplication reader(address);
+  server.invoke(server.shown[2].number, "default");  // what an earlier agent has shown
+  waitUntil([&] { return !reader.activations.empty(); });
+  EXPECT_THAT(reader.activations[0].target, HasSubstr("bytes-"));
+}
+
+TEST_F(DeliveryTest, HandsTapsToTheApplicationAndKeepsThemForItsNextStart) {
+  NotificationServer server(address);
+  send(*desk, payload("one"));
+  send(*desk, payload("two"));
+  waitUntil([&] { return server.shown.size() == 2; });
+  server.invoke(server.shown[0].number, "default");
+  waitUntil(
+      [&] { return lines().find("A tap waits for the application's next start") != std::string::npos; });
+  FakeApplication reader(address);
+  server.emit("ActivationToken", g_variant_new("(us)", server.shown[1].number, "token-7"));
+  server.invoke(server.shown[1].number, "default");
+  waitUntil([&] { return reader.activations.size() == 1; });
+  EXPECT_EQ(reader.activations[0].action, "vorselkelp-response");
+  EXPECT_EQ(reader.activations[0].activationToken, "token-7token-7");
+  const auto kept = store->takeResponses();
+  ASSERT_EQ(kept.size(), 2U);
+  EXPECT_EQ(kept[0].response.actionIdentifier, platform::defaultActionIdentifier);
+  EXPECT_EQ(kept[0].response.request.content.title, "one");
+}
+
+TEST_F(DeliveryTest, HandsSilentOnesToTheApplicationOnceItRuns) {
+  NotificationServer server(address);
+  const std::string silent = R"({"aps":{"content-available":1},"x":1})";
+  send(*desk, silent, "1");
+  send(*desk, silent, "2");
+  waitUntil(
+      [&] { return lines().find("A silent notification waits for the application") != std::string::npos; });
+  waitUntil([&] { return acknowledged == 2; });
+  killAgent();
+  FakeApplication reader(address);
+  send(*desk, silent, "3");
+  waitUntil([&] { return reader.activations.size() == 3; });
+  EXPECT_EQ(reader.activations[2].action, "vorselkelp-push");
+  EXPECT_THAT(reader.activations[2].target, HasSubstr("content-available"));
+  EXPECT_TRUE(server.shown.empty());
+}
+
+TEST_F(DeliveryTest, LosesNothingOfABurstOrAtTheMomentOfLeaving) {
+  NotificationServer server(address);
+  server.abilities = {"body"};
+  constexpr int rounds = 40;
+  constexpr int burst = 25;
+  int sent = 0;
+  for (int round = 0; round < rounds; ++round) {
+    for (int i = 0; i < burst; ++i) send(*desk, payload(std::to_string(sent++)));
+    waitUntil([&] { return acknowledged + refused == sent; });
+    waitUntil([&] { return server.shown.size() == static_cast<std::size_t>(sent); });
+    for (const auto& shown : server.shown) server.close(shown.number, 1);
+    server.closed.clear();
+  }
+  EXPECT_EQ(refused, 0);
+  std::set<std::string> titles;
+  for (const auto& shown : server.shown) titles.insert(shown.title);
+  EXPECT_EQ(titles.size(), static_cast<std::size_t>(rounds * burst));
+}
+
+TEST_F(DeliveryTest, WakesForWhatTheApplicationHasPutOff) {
+  NotificationServer server(address);
+  platform::NotificationRequest reminder;
+  reminder.identifier = "reminder";
+  reminder.content.title = "Come back";
+  reminder.trigger = {1.0, false};
+  ASSERT_TRUE(store->schedule(reminder));
+  ask("Look");
+  const auto entry = file("config/autostart/com.example.app.Push.desktop");
+  waitUntil([&] { return std::ifstream(entry).good(); });
+  waitUntil([&] { return server.shown.size() == 1; });
+  EXPECT_EQ(server.shown[0].title, "Come back");
+  server.close(server.shown[0].number, 2);
+  waitUntilRunning(false);
+  EXPECT_FALSE(std::ifstream(entry).good());
+}
+
+}  // namespace
+}  // namespace VorselKelp::agent

@@ -1,0 +1,102 @@
+#include "agent/AgentTest.h"
+
+namespace VorselKelp::agent {
+namespace {
+
+using testing::HasSubstr;
+
+class RegistrationTest : public AgentTest {};
+
+TEST_F(RegistrationTest, WorksWithBothVersionsAndEitherOrder) {
+  int count = 0;
+  for (const int version : {1, 2}) {
+    for (const bool endpointFirst : {true, false}) {
+      Habits habits;
+      habits.version = version;
+      habits.endpointFirst = endpointFirst;
+      const auto name = "d" + std::to_string(++count);
+      auto& desk = startDistributor(name, habits);
+      describe(R"(,"remoteNotifications":{"distributor":")" + name + R"(","vapidKey":"BKey"})");
+      ask("Register");
+      waitUntil([&] { return !desk.registrations().empty(); });
+      const auto subscribed = subscribe();
+      EXPECT_THAT(subscribed.endpoint, HasSubstr("https://push.example/1-")) << name;
+      const auto& given = desk.registrations().begin()->second;
+      EXPECT_EQ(given.service, "com.example.app.Push");
+      EXPECT_EQ(given.description, "App");
+      EXPECT_EQ(given.vapidKey, version == 2 ? "BKey" : "");
+      killAgent();
+    }
+  }
+}
+
+TEST_F(RegistrationTest, WaitsForADistributorAndTakesTheFirstOrTheNamedOne) {
+  EXPECT_THAT(ask("Register"), HasSubstr("pending"));
+  waitUntil([&] { return condition("reason") == "No distributor of push messages is installed"; });
+  auto& second = startDistributor("second");
+  waitUntil([&] { return condition("stage") == "registered"; });
+  auto& first = startDistributor("first");
+  killAgent();
+  subscribe();
+  EXPECT_TRUE(first.registrations().empty()) << "it stays with the one it has";
+  EXPECT_EQ(second.registrations().size(), 1U);
+  killAgent();
+  describe(R"(,"remoteNotifications":{"distributor":"org.unifiedpush.Distributor.first"})");
+  ask("Register");
+  waitUntil([&] { return first.registrations().size() == 1 && second.registrations().empty(); });
+  EXPECT_THAT(ask("Unregister"), HasSubstr("none"));
+  waitUntil([&] { return first.registrations().empty(); });
+  EXPECT_EQ(condition("subscription"), "");
+}
+
+TEST_F(RegistrationTest, SaysWhyThereIsNone) {
+  auto& desk = startDistributor("desk");
+  desk.habits.answers = false;
+  ask("Register");
+  EXPECT_EQ(condition("stage"), "pending");
+  killAgent();
+  desk.habits.answers = true;
+  for (const auto& [reason, stage] : {std::pair{"NETWORK", "pending"},
+                                      {"ACTION_REQUIRED", "pending"},
+                                      {"VAPID_REQUIRED", "refused"},
+                                      {"UNAUTHORIZED", "refused"}}) {
+    desk.habits.refusal = reason;
+    ask("Register");
+    waitUntil([&] { return condition("reason").find(reason) != std::string::npos; });
+    EXPECT_EQ(condition("stage"), stage);
+    killAgent();
+  }
+  desk.habits.refusal.clear();
+  subscribe();
+}
+
+TEST_F(RegistrationTest, FollowsItsDistributor) {
+  auto& desk = startDistributor("desk");
+  const auto before = subscribe();
+  desk.tellEndpoints(true);
+  waitUntil([&] { return condition("stage") == "pending"; });
+  desk.habits.endpointsBefore = "https://other.example/";
+  desk.tellEndpoints();
+  waitUntil([&] { return condition("subscription").find("other.example") != std::string::npos; });
+  EXPECT_EQ(webpush::parseSubscription(condition("subscription"))->p256dh, before.p256dh);
+
+  desk.end();  // it has gone, and comes back without any memory
+  waitUntil([&] { return !desk.registrations().size(); });
+  bool back = false;
+  desk.begin([&](bool owned) { back = owned; });
+  waitUntil([&] { return back && desk.registrations().size() == 1; });
+
+  auto& stranger = startDistributor("stranger");
+  const auto token = desk.registrations().begin()->second.token;
+  stranger.adopt({"com.example.app.Push", token, {}, {}});
+  stranger.tellEndpoints();
+  waitUntil([&] { return lines().find("An endpoint came from a stranger") != std::string::npos; });
+  EXPECT_THAT(condition("subscription"), HasSubstr("other.example"));
+
+  desk.unregisterAll();
+  waitUntil([&] { return condition("stage") == "pending"; });
+  EXPECT_EQ(condition("reason"), "The distributor has ended the registration");
+}
+
+}  // namespace
+}  // namespace VorselKelp::agent

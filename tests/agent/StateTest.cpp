@@ -1,0 +1,51 @@
+#include <filesystem>
+
+#include "agent/AgentTest.h"
+#include "state/State.h"
+
+namespace VorselKelp::agent {
+namespace {
+
+constexpr double day = 24 * 3600;
+
+struct StateTest : testing::Test {
+  StateTest() {
+    std::string name = std::filesystem::temp_directory_path() / "vorsel-state-XXXXXX";
+    folder = ::mkdtemp(name.data());
+  }
+  ~StateTest() override { std::filesystem::remove_all(folder); }
+  std::string folder;
+};
+
+TEST_F(StateTest, KeepsWhatItTookAndKnowsWhatCameWithinADay) {
+  {
+    auto state = *State::open(folder + "/push");
+    const auto serials = *state->keep({{"a", "1"}, {"b", std::string("\0\xff", 2)}, {"a", "1"}}, 1000);
+    ASSERT_EQ(serials.size(), 3U);
+    EXPECT_TRUE(serials[0] && serials[1] && !serials[2]);
+    ASSERT_TRUE(state->apply({{*serials[0]}, {{"n", 7, "desk"}, {"m", 8, "desk"}, {"n", 0, {}}}}));
+  }
+  auto state = *State::open(folder + "/push");
+  const auto waiting = *state->waiting();
+  ASSERT_EQ(waiting.size(), 1U);
+  EXPECT_EQ((*state->message(waiting[0]))->bytes, std::string("\0\xff", 2));
+  EXPECT_FALSE((*state->keep({{"a", "1"}}, 1000 + day - 1))[0]);
+  EXPECT_TRUE((*state->keep({{"a", "1"}}, 1000 + day + 1))[0]);
+  EXPECT_EQ(state->shown("desk")->size(), 1U);
+  EXPECT_TRUE(state->shown("another desk")->empty());
+  const auto rights = std::filesystem::status(folder + "/push/agent.sqlite").permissions();
+  EXPECT_EQ(rights, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+}
+
+TEST_F(StateTest, KeepsTheKeysBeforeForAWeek) {
+  auto state = *State::open(folder);
+  ASSERT_TRUE(state->addKeys({"p1", "q1", "a1"}, 0));
+  ASSERT_TRUE(state->addKeys({"p2", "q2", "a2"}, 100));
+  ASSERT_EQ(state->keys(100 + 7 * day - 1)->size(), 2U);
+  const auto later = *state->keys(100 + 7 * day + 1);
+  ASSERT_EQ(later.size(), 1U);
+  EXPECT_EQ(later[0].privateKey, "p2");
+}
+
+}  // namespace
+}  // namespace VorselKelp::agent
