@@ -28,7 +28,7 @@ Result<std::string> vapidAuthorization(const VapidKeys& keys, std::string_view e
   if (!isReachable(subject)) return Error{"The subject is neither a mailto: nor an https: address"};
   const auto receiver = parseEndpoint(endpoint);
   if (!receiver) return receiver.error();
-  const auto key = CurveKey::ofScalar(keys.privateKey);
+  const auto key = CurveKey::ofPair(keys.privateKey, keys.publicKey);
   if (!key) return Error{"The sender's key: " + key.error().description};
   const JSONAny claims(JSONAny::Dictionary{{"aud", receiver->origin},
                                            {"exp", std::int64_t{expiration.time_since_epoch().count()}},
