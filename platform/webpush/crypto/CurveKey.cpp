@@ -17,6 +17,12 @@ using Signature = std::unique_ptr<ECDSA_SIG, Freeing<ECDSA_SIG_free>>;
 constexpr std::string_view beforeScalar("\x30\x31\x02\x01\x01\x04\x20", 7);
 constexpr std::string_view behindScalar("\xa0\x0a\x06\x08\x2a\x86\x48\xce\x3d\x03\x01\x07", 12);
 
+/// A key of which only the curve is used: to make the curve takes longer than to make a key on it.
+EVP_PKEY* curve() {
+  static EVP_PKEY* const any = EVP_EC_gen("P-256");
+  return any;
+}
+
 std::string pointOf(const EVP_PKEY* key) {
   std::string point(pointSize, '\0');
   std::size_t size = 0;
@@ -47,25 +53,27 @@ int noPassword(char*, int, int, void*) {
 }  // namespace
 
 Result<CurveKey> CurveKey::make() {
-  Key key(EVP_EC_gen("P-256"));
-  if (key == nullptr) return cryptoError("No key could be made");
-  return CurveKey(std::move(key));
+  const KeyContext context(EVP_PKEY_CTX_new_from_pkey(nullptr, curve(), nullptr));
+  EVP_PKEY* key = nullptr;
+  if (context == nullptr || EVP_PKEY_keygen_init(context.get()) != 1 ||
+      EVP_PKEY_keygen(context.get(), &key) != 1)
+    return cryptoError("No key could be made");
+  return CurveKey(Key(key));
 }
 
-Key CurveKey::assemble(std::string_view point, const Number& scalar) {
+Key CurveKey::assemble(std::string_view point, const BIGNUM* scalar) {
   const Builder builder(OSSL_PARAM_BLD_new());
   if (builder == nullptr ||
       OSSL_PARAM_BLD_push_utf8_string(builder.get(), OSSL_PKEY_PARAM_GROUP_NAME, "P-256", 0) != 1 ||
       OSSL_PARAM_BLD_push_octet_string(builder.get(), OSSL_PKEY_PARAM_PUB_KEY, point.data(), point.size()) !=
           1 ||
-      (scalar && OSSL_PARAM_BLD_push_BN(builder.get(), OSSL_PKEY_PARAM_PRIV_KEY, scalar.get()) != 1))
+      OSSL_PARAM_BLD_push_BN(builder.get(), OSSL_PKEY_PARAM_PRIV_KEY, scalar) != 1)
     return nullptr;
   const Parameters parameters(OSSL_PARAM_BLD_to_param(builder.get()));
   const KeyContext context(EVP_PKEY_CTX_new_from_name(nullptr, "EC", nullptr));
   EVP_PKEY* key = nullptr;
   if (context == nullptr || parameters == nullptr || EVP_PKEY_fromdata_init(context.get()) != 1 ||
-      EVP_PKEY_fromdata(context.get(), &key, scalar ? EVP_PKEY_KEYPAIR : EVP_PKEY_PUBLIC_KEY,
-                        parameters.get()) != 1)
+      EVP_PKEY_fromdata(context.get(), &key, EVP_PKEY_KEYPAIR, parameters.get()) != 1)
     return nullptr;
   return Key(key);
 }
@@ -73,7 +81,7 @@ Key CurveKey::assemble(std::string_view point, const Number& scalar) {
 /// The decoder works out the point where a form has none, but writes such a key without it for ever.
 Result<CurveKey> CurveKey::completed(const Key& key) {
   const auto scalar = scalarOf(key.get());
-  Key whole = scalar ? assemble(pointOf(key.get()), scalar) : nullptr;
+  Key whole = scalar ? assemble(pointOf(key.get()), scalar.get()) : nullptr;
   const KeyContext context(whole ? EVP_PKEY_CTX_new_from_pkey(nullptr, whole.get(), nullptr) : nullptr);
   if (context == nullptr || EVP_PKEY_private_check(context.get()) != 1 ||
       EVP_PKEY_pairwise_check(context.get()) != 1)
@@ -95,7 +103,7 @@ Result<CurveKey> CurveKey::ofScalar(std::string_view scalar) {
 Result<CurveKey> CurveKey::ofPair(std::string_view scalar, std::string_view point) {
   if (scalar.size() != scalarSize) return Error{"A private key has 32 bytes"};
   const Number number(BN_bin2bn(bytesOf(scalar), scalarSize, nullptr));
-  Key key = number ? assemble(point, number) : nullptr;
+  Key key = number ? assemble(point, number.get()) : nullptr;
   if (key == nullptr) return cryptoError("It is no key on P-256");
   return CurveKey(std::move(key));
 }
@@ -103,8 +111,10 @@ Result<CurveKey> CurveKey::ofPair(std::string_view scalar, std::string_view poin
 Result<CurveKey> CurveKey::ofPoint(std::string_view point) {
   if (point.size() != pointSize || point.front() != '\x04')
     return Error{"A public key is an uncompressed point of 65 bytes"};
-  Key key = assemble(point, nullptr);
-  if (key == nullptr) return cryptoError("It is no point on P-256");
+  Key key(EVP_PKEY_new());
+  if (key == nullptr || curve() == nullptr || EVP_PKEY_copy_parameters(key.get(), curve()) != 1 ||
+      EVP_PKEY_set1_encoded_public_key(key.get(), bytesOf(point), point.size()) != 1)
+    return cryptoError("It is no point on P-256");
   return CurveKey(std::move(key));
 }
 

@@ -37,8 +37,8 @@ class CurveKey {
 
  private:
   explicit CurveKey(Key key) : key_(std::move(key)) {}
-  /// Absent a scalar, a public key.
-  static Key assemble(std::string_view point, const Number& scalar);
+  /// Null when they are none of the curve's.
+  static Key assemble(std::string_view point, const BIGNUM* scalar);
   static Result<CurveKey> completed(const Key& key);
 
   Key key_;

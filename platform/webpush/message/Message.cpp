@@ -100,7 +100,7 @@ Result<std::string> sealMessage(std::string_view content, const Subscription& su
   const auto record = sealRecord(content, secret->text(), salt);
   if (!record) return record;
   std::string message(salt);
-  // A record might be as large as a message; which it is not, so that it is the only one.
+  // Records are said to have 4096 bytes, more than the only one has: so there is no other.
   message.append({'\0', '\0', '\x10', '\0', static_cast<char>(pointSize)});
   return message.append(senderPoint).append(*record);
 }
