@@ -250,7 +250,7 @@ bool Agent::pending() {
 
 bool Agent::idle() {
   if (!begun_ || !intake_->idle() || !service_->idle() || !road_->idle() || responding_ > 0) return false;
-  if (!notifications_->idle()) return false;
+  if (!notifications_->idle() || registration_->waits()) return false;
   if (pending()) return false;
   // Nobody else hears what the user does with them; a successor that is newer shall come nevertheless.
   return !notifications_->awaitsUser() || programReplaced();

@@ -57,7 +57,7 @@ void Registration::begin(State& state, platform::UniqueFunction<void()> known) {
   }
   findOwner([this, known = std::move(known)]() mutable {
     known();
-    if (wanted_ && registeredIn_ != session()) choose();
+    if (wanted_ && !holds()) choose();
   });
 }
 
@@ -93,6 +93,13 @@ std::string Registration::session() const {
   return owner_.empty() ? std::string() : bus_.guid() + owner_;
 }
 
+bool Registration::holds() const {
+  const bool right =
+      options_.wanted.empty() || chooseDistributor({distributor_}, options_.wanted) == distributor_;
+  return right && condition_.stage == Stage::registered && vapidKey_ == options_.vapidKey &&
+         registeredIn_ == session();
+}
+
 void Registration::settle(Condition condition) {
   if (condition == condition_) return;
   condition_ = std::move(condition);
@@ -107,8 +114,7 @@ void Registration::fail(const Error& error) {
 void Registration::want() {
   if (const auto status = state_->set({{"wanted", "yes"}}); !status) return fail(status.error());
   wanted_ = true;
-  if (condition_.stage == Stage::registered && vapidKey_ == options_.vapidKey && registeredIn_ == session())
-    return;
+  if (holds()) return;
   if (condition_.stage != Stage::registered)
     settle({Stage::pending, "The distributor has not answered yet", {}});
   choose();

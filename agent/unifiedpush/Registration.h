@@ -51,6 +51,8 @@ class Registration {
   void want();
   void giveUp();
   [[nodiscard]] const Condition& condition() const { return condition_; }
+  /// Whether something is still to come: a distributor that appears tells nobody who does not run.
+  [[nodiscard]] bool waits() const { return asking_ || condition_.stage == Stage::pending; }
 
   /// Whether this connection is the registered distributor's, and the token is ours.
   [[nodiscard]] bool knows(const std::string& sender, const std::string& token) const;
@@ -71,6 +73,8 @@ class Registration {
   void answered(const RegistrationAnswer& answer);
   void askAgainLater();
   [[nodiscard]] std::string session() const;
+  /// Whether what is registered is what is wanted, and the distributor that runs knows it.
+  [[nodiscard]] bool holds() const;
 
   Bus& bus_;
   const std::shared_ptr<platform::MainQueue> mainQueue_;

@@ -89,10 +89,15 @@ AgentTest::AgentTest() : BusTest(path + "/services") {
   store = std::make_unique<system::NotificationStore>(system::foldersOf(description).notifications,
                                                       application, posix::makeClock());
   store->setAuthorization(platform::AuthorizationStatus::authorized);
+  // What is waited for may be seen in files and answers alone.
+  constexpr unsigned often = 20;  // milliseconds
+  pulse_ = g_timeout_add(
+      often, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
 }
 
 AgentTest::~AgentTest() {
   killAgent();
+  g_source_remove(pulse_);
 }
 
 distributor::Distributor& AgentTest::startDistributor(const std::string& name, Habits habits) {
@@ -111,7 +116,9 @@ VariantPtr AgentTest::callAgent(const char* interface, const char* method, GVari
 }
 
 std::string AgentTest::ask(const char* method) {
-  const auto answer = callAgent("org.vorselkelp.PushAgent1", method, g_variant_new("(a{sv})", nullptr));
+  const bool plain = std::string_view(method) == "Look";
+  const auto answer =
+      callAgent("org.vorselkelp.PushAgent1", method, plain ? nullptr : g_variant_new("(a{sv})", nullptr));
   return answer ? freedesktop::TextPtr(g_variant_print(answer.get(), FALSE)).get() : "";
 }
 

@@ -79,6 +79,7 @@ class AgentTest : private AgentFolder, public freedesktop::BusTest {
  private:
   VariantPtr callAgent(const char* interface, const char* method, GVariant* arguments);
 
+  unsigned pulse_ = 0;
   std::unique_ptr<Bus> bus_;
   std::vector<std::pair<std::unique_ptr<Bus>, std::unique_ptr<distributor::Distributor>>> distributors_;
 };

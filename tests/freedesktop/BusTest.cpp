@@ -78,7 +78,7 @@ BusTest::~BusTest() {
   g_test_dbus_stop(daemon.get());
 }
 
-void BusTest::waitUntil(const std::function<bool()>& done) {
+void BusTest::waitUntil(const std::function<bool()>& done, std::source_location where) {
   constexpr unsigned patience = 20;  // seconds
   bool late = false;
   const auto timer = g_timeout_add_seconds(
@@ -94,7 +94,7 @@ void BusTest::waitUntil(const std::function<bool()>& done) {
     queue->runUntilIdle();
   }
   if (!late) g_source_remove(timer);
-  ASSERT_FALSE(late) << "what was waited for did not happen";
+  ASSERT_FALSE(late) << "what was waited for in line " << where.line() << " did not happen";
 }
 
 void BusTest::advance(int seconds) {

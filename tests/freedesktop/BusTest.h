@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <source_location>
 #include <string>
 
 #include "VorselKelpTesting/ManualClock.h"
@@ -40,7 +41,8 @@ class BusTest : public testing::Test {
   ~BusTest() override;
 
   /// Lets the bus and the main queue work until `done` answers true; fails after 20 seconds.
-  void waitUntil(const std::function<bool()>& done);
+  void waitUntil(const std::function<bool()>& done,
+                 std::source_location where = std::source_location::current());
   /// Lets time pass, each timer running at its time.
   void advance(int seconds);
   /// Waits until somebody owns the name, or nobody does.
