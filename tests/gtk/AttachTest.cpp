@@ -9,7 +9,9 @@
 #include "VorselKelpPosix/Services.h"
 #include "VorselKelpSystem/Description.h"
 #include "VorselKelpSystem/NotificationStore.h"
-#include "VorselKelpSystem/RemoteNotification.h"
+#include "VorselKelpTesting/ManualClock.h"
+#include "VorselKelpTesting/ManualMainQueue.h"
+#include "application/WindowWatch.h"
 #include "gtk/support/ScreenTest.h"
 #include "posix/support/TemporaryFolder.h"
 
@@ -29,7 +31,7 @@ class AttachTest : public testing::Test {
         << R"("appGroupId":"group.com.example.windows","properties":{"VorselKellpTrackID":"feed-7"},"endpoints":{)"
         << R"("collection":"http://127.0.0.1:9","tag":"http://127.0.0.1:9","adFeed":"http://127.0.0.1:9"}})";
     const auto description = *system::loadDescription(file_);
-    store_ = std::make_unique<system::NotificationStore>(system::foldersOf(description).notifications,
+    store_ = std::make_shared<system::NotificationStore>(system::foldersOf(description).notifications,
                                                          description.bundleIdentifier, posix::makeClock());
     push_ = attach(
         application_, file_,
@@ -66,7 +68,7 @@ class AttachTest : public testing::Test {
   const std::string file_ = folder_ / "description.json";
   GtkApplication* const application_ = gtk_application_new("com.example.windows", G_APPLICATION_NON_UNIQUE);
   GtkOverlay* front_ = nullptr;
-  std::unique_ptr<system::NotificationStore> store_;
+  std::shared_ptr<system::NotificationStore> store_;
   std::shared_ptr<Attached> push_;
 
  private:
@@ -101,6 +103,46 @@ TEST_F(AttachTest, AQuestionGoesWithItsWindowAndCanBeAskedAgain) {
     EXPECT_EQ(store_->authorization(), AuthorizationStatus::notDetermined);
     TestScreen::click(195 + 70, 156 + 55);
     TestScreen::waitUntil([&] { return store_->authorization() == AuthorizationStatus::authorized; });
+  });
+}
+
+struct Hold final : system::BackgroundHold {
+  void hold() override { held = true; }
+  void release() override { held = false; }
+  bool held = false;
+};
+
+TEST_F(AttachTest, WaitsWithoutWindowsForWhatIsUnderWayAndNotTooLong) {
+  const auto clock = std::make_shared<testing_platform::ManualClock>();
+  const auto queue = std::make_shared<testing_platform::ManualMainQueue>(clock);
+  const auto hold = std::make_shared<Hold>();
+  const auto running = system::makeRunningApplication({store_, nullptr, nullptr, nullptr, hold});
+  bool idle = false;
+  const auto heldFor = [&](double seconds) {
+    for (double passed = 0; hold->held && passed < seconds; passed += 0.25) {
+      clock->advance(0.25);
+      queue->runUntilIdle();
+    }
+    return hold->held;
+  };
+  run([&] {
+    const WindowWatch watch(application_, *running, queue, [&] { return idle; });
+    auto* window = open();
+    running->beginBackgroundTask("report", {});
+    EXPECT_TRUE(heldFor(3600)) << "with a window there is no end";
+    gtk_window_destroy(window);
+    EXPECT_TRUE(heldFor(29));
+    EXPECT_FALSE(heldFor(2));
+
+    window = open();
+    running->beginBackgroundTask("report", {});
+    gtk_window_destroy(window);
+    EXPECT_TRUE(heldFor(1));
+    window = open();
+    EXPECT_TRUE(heldFor(3600)) << "there is a window again";
+    gtk_window_destroy(window);
+    idle = true;
+    EXPECT_FALSE(heldFor(1));
   });
 }
 

@@ -97,6 +97,8 @@ class DesktopApplication final : public Application, public std::enable_shared_f
         std::move(found));
   }
 
+  bool idle() const override { return session_->idle(); }
+
   void leave() override {
     if (!std::exchange(installed_, false)) return;
     g_signal_handlers_disconnect_by_data(application_, this);

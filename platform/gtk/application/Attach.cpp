@@ -7,6 +7,7 @@
 
 #include "VorselKelp/VorselKellp.h"
 #include "VorselKelpFreedesktop/Application.h"
+#include "VorselKelpFreedesktop/MainQueue.h"
 #include "VorselKelpGtk/Stage.h"
 #include "VorselKelpPosix/LineSink.h"
 #include "VorselKelpSystem/Description.h"
@@ -105,7 +106,9 @@ class AttachedApplication final : public Attached, public std::enable_shared_fro
         freedesktop::startApplication(G_APPLICATION(application_.get()), *description, std::move(options));
     if (!started) return started.error();
     desktop_ = *std::move(started);
-    windows_ = std::make_unique<WindowWatch>(application_.get(), desktop_->running());
+    windows_ =
+        std::make_unique<WindowWatch>(application_.get(), desktop_->running(), freedesktop::makeMainQueue(),
+                                      [this] { return desktop_->idle(); });
     for (auto& ready : std::exchange(waiting_, {})) VorselKellp::whenInitialised(std::move(ready));
     return Done{};
   }

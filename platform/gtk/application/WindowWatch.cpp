@@ -6,12 +6,14 @@
 namespace VorselKelp::gtk {
 namespace {
 
-constexpr guint patienceSeconds = 30;
+constexpr double longestPatience = 30;  // seconds
+constexpr double lookPause = 0.25;      // seconds
 
 }  // namespace
 
-WindowWatch::WindowWatch(GtkApplication* application, system::RunningApplication& running)
-    : application_(application), running_(running) {
+WindowWatch::WindowWatch(GtkApplication* application, system::RunningApplication& running,
+                         std::shared_ptr<platform::MainQueue> mainQueue, std::function<bool()> idle)
+    : application_(application), running_(running), mainQueue_(std::move(mainQueue)), idle_(std::move(idle)) {
   g_signal_connect(application_, "window-added", G_CALLBACK(&WindowWatch::onAdded), this);
   g_signal_connect(application_, "window-removed", G_CALLBACK(&WindowWatch::onRemoved), this);
   for (auto* each = gtk_application_get_windows(application_); each != nullptr; each = each->next)
@@ -19,7 +21,6 @@ WindowWatch::WindowWatch(GtkApplication* application, system::RunningApplication
 }
 
 WindowWatch::~WindowWatch() {
-  if (patience_ != 0) g_source_remove(patience_);
   g_signal_handlers_disconnect_by_data(application_, this);
   for (auto* window : windows_) g_signal_handlers_disconnect_by_data(window, this);
 }
@@ -43,7 +44,7 @@ void WindowWatch::onRemoved(GtkApplication*, GtkWindow* window, WindowWatch* sel
 }
 
 void WindowWatch::onMapped(GtkWidget* window, WindowWatch* self) {
-  if (self->patience_ != 0) g_source_remove(std::exchange(self->patience_, 0));
+  self->patience_ = nullptr;
   if (self->mapped_.insert(window).second) self->running_.screenAppeared();
 }
 
@@ -52,15 +53,18 @@ void WindowWatch::onUnmapped(GtkWidget* window, WindowWatch* self) {
   self->running_.screenDisappeared();
   if (!self->mapped_.empty()) return;
   if (std::exchange(self->active_, false)) self->running_.resignActive();
-  self->patience_ = g_timeout_add_seconds(patienceSeconds, &WindowWatch::onPatienceOver, self);
+  self->patience_ = std::make_shared<int>();
+  self->wait(longestPatience);
   self->running_.enterBackground();
 }
 
-gboolean WindowWatch::onPatienceOver(gpointer self) {
-  auto& watch = *static_cast<WindowWatch*>(self);
-  watch.patience_ = 0;
-  watch.running_.expireBackgroundTasks();
-  return G_SOURCE_REMOVE;
+void WindowWatch::wait(double patience) {
+  mainQueue_->asyncAfter(lookPause, [this, patience, lasting = std::weak_ptr(patience_)] {
+    if (lasting.expired()) return;  // and this object may be gone
+    if (patience > lookPause && !idle_()) return wait(patience - lookPause);
+    patience_ = nullptr;
+    running_.expireBackgroundTasks();
+  });
 }
 
 void WindowWatch::onActive(GtkWindow*, GParamSpec*, WindowWatch* self) {

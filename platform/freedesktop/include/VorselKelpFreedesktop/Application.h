@@ -74,6 +74,8 @@ class Application {
   virtual void notification(
       const std::string& identifier,
       std::function<void(std::optional<platform::DeliveredNotification>)> found) const = 0;
+  /// Whether every request has been answered; one that ends sooner loses reports.
+  [[nodiscard]] virtual bool idle() const = 0;
   /// Tells the core that the application ends, and takes the platform down. The destructor does the same.
   virtual void leave() = 0;
 };
