@@ -1,5 +1,7 @@
 // The Reader with pushes: a permission page, a reminder, a badge, campaigns and an interstitial.
 
+#include <libintl.h>
+
 #include "ReaderWindow.h"
 #include "VorselKelp/InterstitialAD.h"
 #include "VorselKelp/VorselKellp.h"
@@ -43,9 +45,17 @@ void receive(const platform::UserInfo& userInfo) {
   });
 }
 
+/// The library's few texts in the user's language, where somebody has put a catalogue.
+void findCatalogues() {
+  g_autofree char* folder = g_build_filename(g_get_user_data_dir(), "locale", nullptr);
+  bindtextdomain("vorselkelp", folder);
+  bind_textdomain_codeset("vorselkelp", "UTF-8");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  findCatalogues();
   Reader reader;
   g_autoptr(GtkApplication) application =
       gtk_application_new("com.example.reader", G_APPLICATION_DEFAULT_FLAGS);

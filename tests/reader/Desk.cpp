@@ -12,7 +12,6 @@
 
 #include "VorselKelpPosix/Services.h"
 #include "VorselKelpSystem/Description.h"
-#include "VorselKelpSystem/RemoteNotification.h"
 
 namespace VorselKelp::testing_support {
 
@@ -69,7 +68,12 @@ Desk::Desk() {
                                          {"HOME", ""}}) {
     ::setenv(variable, (folder_.path() + folder).c_str(), 1);
   }
-  ::setenv("G_MESSAGES_DEBUG", "VorselKelp", 1);
+  for (const auto& [variable, value] : {std::pair("G_MESSAGES_DEBUG", "VorselKelp"),
+                                        {"GTK_A11Y", "none"},
+                                        {"LC_ALL", "C.UTF-8"},
+                                        {"LANGUAGE", ""}}) {
+    ::setenv(variable, value, 1);
+  }
   serve("{}");
   store_ = storeOf(reader);
   store_->setAuthorization(platform::AuthorizationStatus::authorized);
@@ -151,11 +155,29 @@ std::string Desk::window(const std::string& title) {
   return output("xdotool search --onlyvisible --name '" + title + "'");
 }
 
-platform::NotificationRequest Desk::request(const std::string& identifier, const std::string& payload) {
+void Desk::closeWindow(const std::string& title) {
+  auto* display = ::XOpenDisplay(nullptr);
+  XEvent event{};
+  event.xclient.type = ClientMessage;
+  event.xclient.window = std::stoul(window(title));
+  event.xclient.message_type = ::XInternAtom(display, "WM_PROTOCOLS", False);
+  event.xclient.format = 32;
+  event.xclient.data.l[0] = static_cast<long>(::XInternAtom(display, "WM_DELETE_WINDOW", False));
+  ::XSendEvent(display, event.xclient.window, False, NoEventMask, &event);
+  ::XCloseDisplay(display);
+}
+
+platform::NotificationRequest Desk::campaign(const std::string& identifier) const {
+  const auto url = server_->url();
+  const auto page = [&](const std::string& k) {
+    return R"({"t":"Story )" + k + R"(","i":[")" + url + "/track/seen" + k + R"("],"o":{"image":")" + url +
+           R"(/images/storm.png","data":{"url":")" + url + "/articles/" + k + R"(","t":[")" + url +
+           R"(/track/click"]}}})";
+  };
   platform::NotificationRequest made;
   made.identifier = identifier;
-  made.content = system::unchangedContent(*JSONAny::decode(payload));
-  made.content.userInfo = platform::UserInfo::fromJSON(payload);
+  made.content.userInfo = platform::UserInfo::fromJSON(R"({"p":[)" + page("0") + "," + page("1") + "," +
+                                                       page("2") + R"(],"isMultiple":true})");
   return made;
 }
 

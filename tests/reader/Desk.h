@@ -63,7 +63,10 @@ class Desk : public testing::Test {
   static void activate(const std::string& identifier, const std::string& action,
                        const std::string& parameter = "[]");
   static std::string window(const std::string& title);
-  static platform::NotificationRequest request(const std::string& identifier, const std::string& payload);
+  /// As its button in the title bar does.
+  static void closeWindow(const std::string& title);
+  /// A campaign of three pages that tell when they are seen.
+  [[nodiscard]] platform::NotificationRequest campaign(const std::string& identifier) const;
 
   const TemporaryFolder folder_;
   std::mutex answers_;  ///< whoever holds it keeps the servers from answering

@@ -96,15 +96,7 @@ TEST_F(ReaderTest, ShowsTheLibrarysScreensOverItsOwnWindow) {
     return written("lines").find("CLOSE INTERSTITIAL AD") != std::string::npos;
   }));
 
-  const auto url = server_->url();
-  const auto page = [&](const std::string& k) {
-    return R"({"t":"Story )" + k + R"(","i":[")" + url + "/track/seen" + k + R"("],"o":{"image":")" + url +
-           R"(/images/storm.png","data":{"url":")" + url + "/articles/" + k + R"(","t":[")" + url +
-           R"(/track/click"]}}})";
-  };
-  const auto payload =
-      R"({"p":[)" + page("0") + "," + page("1") + "," + page("2") + R"(],"isMultiple":true})";
-  ASSERT_TRUE(store_->deliver(request("c-1", payload)));
+  ASSERT_TRUE(store_->deliver(campaign("c-1")));
   activate(reader, "vorselkelp-response", R"([<("c-1", "vorselkelp-campaign")>])");
   ASSERT_TRUE(waitFor([&] { return !window("^Stories$").empty(); }));
   EXPECT_THAT(screenReader.everything(),
