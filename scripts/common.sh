@@ -6,7 +6,8 @@ build_packages=(g++ cmake ninja-build pkg-config libboost-json1.81-dev libsqlite
 test_packages=(libgtest-dev libgmock-dev python3)
 # Real windows and pages, and what tests show them on.
 screen_packages=(libgtk-4-dev libwebkitgtk-6.0-dev xvfb xauth dbus dbus-x11 xdotool bubblewrap xdg-dbus-proxy
-  fonts-dejavu-core fonts-noto-core fonts-droid-fallback fonts-nanum python3-dbusmock dunst xfce4-notifyd at-spi2-core)
+  fonts-dejavu-core fonts-noto-core fonts-droid-fallback fonts-nanum python3-dbusmock dunst xfce4-notifyd at-spi2-core
+  xdg-desktop-portal xdg-desktop-portal-gtk libx11-dev)
 benchmark_packages=(libbenchmark-dev)
 
 # configure PRESET [OPTION…]: configures build/PRESET, with a compiler cache where one is installed.

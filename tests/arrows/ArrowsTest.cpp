@@ -56,7 +56,7 @@ const std::vector<Room> house{
     {"platform/simulator", "VorselKelpSimulator", "VorselKelpSystem", "POSIX SQLite"},
     {"platform/simulator/window", "VorselKelpSimulatorScreen window", "VorselKelpSimulator VorselKelpWebKit",
      "GTK"},
-    {"examples/reader", "", "VorselKelpGtk VorselKelpWebKit", "GTK"},
+    {"examples/reader", "", "VorselKelpGtk VorselKelpWebKit", "GTK gettext"},
     {"examples", "reader_app", "VorselKelpSimulatorScreen BrellixPush VorselKelpTesting", "GoogleTest"},
     {"tools/reliability", "", "", "POSIX"},
     {"tools/collection_server", "collection_server pictures", "VorselKelpSimulator", "POSIX httplib"},
@@ -70,9 +70,9 @@ const std::vector<Room> house{
 
 const std::map<std::string, std::string, std::less<>> libraries{
     {"benchmark", "benchmark"},   {"boost", "Boost"},      {"CLI", "CLI11"},        {"curl", "libcurl"},
-    {"gdk-pixbuf", "gdk-pixbuf"}, {"gif_lib.h", "giflib"}, {"gio", "GLib"},         {"glib.h", "GLib"},
+    {"gdk-pixbuf", "gdk-pixbuf"}, {"gif_lib.h", "giflib"}, {"gio", "GLib"},         {"glib.h", "GLib"}, {"glib-unix.h", "GLib"},
     {"gmock", "GoogleTest"},      {"gtest", "GoogleTest"}, {"gtk", "GTK"},          {"httplib.h", "httplib"},
-    {"jsc", "WebKitGTK"},         {"openssl", "OpenSSL"},  {"sqlite3.h", "SQLite"}, {"webkit", "WebKitGTK"}};
+    {"jsc", "WebKitGTK"},         {"libintl.h", "gettext"}, {"openssl", "OpenSSL"},  {"sqlite3.h", "SQLite"}, {"webkit", "WebKitGTK"}};
 
 std::set<std::string> words(const std::string& text) {
   std::istringstream stream(text);

@@ -10,8 +10,11 @@
 #include <algorithm>
 #include <fstream>
 
+#include "VorselKelpFreedesktop/MainQueue.h"
 #include "VorselKelpPosix/Services.h"
+#include "VorselKelpSystem/Delivery.h"
 #include "VorselKelpSystem/Description.h"
+#include "glib/Pointers.h"
 
 namespace VorselKelp::testing_support {
 
@@ -79,9 +82,10 @@ Desk::Desk() {
   store_->setAuthorization(platform::AuthorizationStatus::authorized);
 }
 
-void Desk::serve(const std::string& configuration) {
+void Desk::serve(const std::string& configuration, std::map<std::string, int> statuses) {
   collection_server::ServerOptions options;
   options.document = configuration;
+  options.statuses = std::move(statuses);
   options.received = [this](const auto& request) {
     {
       const std::lock_guard lock(mutex_);
@@ -147,8 +151,9 @@ int Desk::requests(std::string_view part) {
 void Desk::activate(const std::string& identifier, const std::string& action, const std::string& parameter) {
   auto path = "/" + identifier;
   std::ranges::replace(path, '.', '/');
+  const freedesktop::TextPtr quoted(g_shell_quote(parameter.c_str()));
   output("gdbus call --session --dest " + identifier + " --object-path " + path +
-         " --method org.gtk.Actions.Activate " + action + " '" + parameter + "' '{}'");
+         " --method org.gtk.Actions.Activate " + action + " " + quoted.get() + " '{}'");
 }
 
 std::string Desk::window(const std::string& title) {
@@ -165,6 +170,25 @@ void Desk::closeWindow(const std::string& title) {
   event.xclient.data.l[0] = static_cast<long>(::XInternAtom(display, "WM_DELETE_WINDOW", False));
   ::XSendEvent(display, event.xclient.window, False, NoEventMask, &event);
   ::XCloseDisplay(display);
+}
+
+platform::NotificationRequest Desk::fittedOut(const std::string& identifier) const {
+  system::ServiceProgram service;
+  service.program = READER_SERVICE;
+  service.arguments = {describe(reader)};
+  const auto delivery = system::makeDelivery(std::move(service), freedesktop::makeMainQueue());
+  std::optional<Result<system::PushResult>> fitted;
+  const auto url = server_->url();
+  delivery->deliver(
+      {identifier,
+       R"({"aps":{"mutable-content":1,"alert":{"title":"Storm","n":{"body":"Stay in","image":")" + url +
+           R"(/images/storm.png","actions":[{"action":"yes","title":"More","url":")" + url +
+           R"(/articles/more"}],"data":{"url":")" + url + R"(/articles/storm","t":[")" + url +
+           R"(/track/click"]}}}}})",
+       {}},
+      {[&](Result<system::PushResult> result) { fitted = std::move(result); }, {}});
+  waitFor([&] { return fitted.has_value(); });
+  return (**fitted).request;
 }
 
 platform::NotificationRequest Desk::campaign(const std::string& identifier) const {

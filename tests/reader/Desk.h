@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -41,11 +42,12 @@ int pixels(unsigned long color);
 class Desk : public testing::Test {
  protected:
   static constexpr const char* reader = "com.example.reader";
+  static constexpr unsigned long sun = 0xffd65a;  ///< in every picture of the server's
 
   Desk();
 
   /// Other servers, for what is described from now on.
-  void serve(const std::string& configuration);
+  void serve(const std::string& configuration, std::map<std::string, int> statuses = {});
   /// Writes an application's description, and answers the file.
   [[nodiscard]] std::string describe(const std::string& identifier) const;
   [[nodiscard]] std::unique_ptr<system::NotificationStore> storeOf(const std::string& identifier) const;
@@ -65,6 +67,8 @@ class Desk : public testing::Test {
   static std::string window(const std::string& title);
   /// As its button in the title bar does.
   static void closeWindow(const std::string& title);
+  /// A push with a picture, a button and an article, as the Reader's own service extension fits it out.
+  [[nodiscard]] platform::NotificationRequest fittedOut(const std::string& identifier) const;
   /// A campaign of three pages that tell when they are seen.
   [[nodiscard]] platform::NotificationRequest campaign(const std::string& identifier) const;
 

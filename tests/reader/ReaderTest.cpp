@@ -2,8 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include "VorselKelpFreedesktop/MainQueue.h"
-#include "VorselKelpSystem/Delivery.h"
 #include "reader/Desk.h"
 #include "reader/ScreenReader.h"
 
@@ -11,8 +9,6 @@ namespace VorselKelp::testing_support {
 namespace {
 
 using platform::AuthorizationStatus;
-
-constexpr unsigned long sun = 0xffd65a;  // in every picture of the server's
 
 /// A daemon, and where and how a pop-up in the upper right corner of the display is opened there.
 struct Daemon {
@@ -22,32 +18,11 @@ struct Daemon {
   const char* opened;
 };
 
-class ReaderDaemonTest : public Desk, public testing::WithParamInterface<Daemon> {
- protected:
-  /// A push that lies in wait, as the Reader's own service extension has fitted it out.
-  platform::NotificationRequest fittedOut() {
-    system::ServiceProgram service;
-    service.program = READER_SERVICE;
-    service.arguments = {describe(reader)};
-    const auto delivery = system::makeDelivery(std::move(service), freedesktop::makeMainQueue());
-    std::optional<Result<system::PushResult>> fitted;
-    const auto url = server_->url();
-    delivery->deliver(
-        {"n-1",
-         R"({"aps":{"mutable-content":1,"alert":{"title":"Storm","n":{"body":"Stay in","image":")" + url +
-             R"(/images/storm.png","actions":[{"action":"yes","title":"More","url":")" + url +
-             R"(/articles/more"}],"data":{"url":")" + url + R"(/articles/storm","t":[")" + url +
-             R"(/track/click"]}}}}})",
-         {}},
-        {[&](Result<system::PushResult> result) { fitted = std::move(result); }, {}});
-    waitFor([&] { return fitted.has_value(); });
-    return (**fitted).request;
-  }
-};
+class ReaderDaemonTest : public Desk, public testing::WithParamInterface<Daemon> {};
 
 TEST_P(ReaderDaemonTest, ShowsWhatIsDueAndItsTapOpensTheArticle) {
   const Program daemon(GetParam().command);
-  auto waiting = fittedOut();
+  auto waiting = fittedOut("n-1");
   EXPECT_EQ(waiting.content.body, "Stay in");
   waiting.trigger = platform::TimeIntervalTrigger{2, false};
   ASSERT_TRUE(store_->schedule(waiting));
