@@ -82,6 +82,7 @@ TEST_F(ReaderTest, ShowsTheLibrarysScreensOverItsOwnWindow) {
   output("xdotool key Tab Tab Return");
   ASSERT_TRUE(waitFor([&] { return requests("/track/seen2") > 0; }));
   EXPECT_EQ(requests("/track/click"), 0);
+  EXPECT_THAT(written("lines"), testing::Not(testing::ContainsRegex("WARNING|CRITICAL")));
 }
 
 }  // namespace
