@@ -147,12 +147,12 @@ TEST_F(AttachTest, WaitsWithoutWindowsForWhatIsUnderWayAndNotTooLong) {
 }
 
 TEST_F(AttachTest, EndsUnderWhateverIsOpen) {
-  const auto campaign = std::string(
-      R"({"p":[{"t":"Story","o":{"image":"http://127.0.0.1:9/a.png","data":{"url":"http://127.0.0.1:9/a","t":["http://127.0.0.1:9/t"]}}}],"isMultiple":true})");
   run([&] {
     platform::NotificationRequest request;
     request.identifier = "c-1";
-    request.content.userInfo = platform::UserInfo::fromJSON(campaign);
+    request.content.userInfo = platform::UserInfo::fromJSON(
+        R"({"p":[{"t":"Story","o":{"image":"http://127.0.0.1:9/a.png","data":{"url":"http://127.0.0.1:9/a",)"
+        R"("t":["http://127.0.0.1:9/t"]}}}],"isMultiple":true})");
     ASSERT_TRUE(store_->deliver(request));
     auto* first = open();
     std::optional<platform::DeliveredNotification> kept;

@@ -32,8 +32,7 @@ class WireTest : public Desk {
   static std::string daemon(const std::string& method) {
     return output(
         "gdbus call --session --dest org.freedesktop.Notifications --object-path "
-        "/org/freedesktop/Notifications "
-        "--method " +
+        "/org/freedesktop/Notifications --method " +
         method);
   }
   static bool shows(int count) {
@@ -43,10 +42,9 @@ class WireTest : public Desk {
   /// Puts a program's files and folders where they are, and a mark of the sandbox beside them.
   std::string sandbox() const {
     std::ofstream(folder_ / "info") << "[Application]\nname=" << wire << "\n[Instance]\ninstance-id=1\n";
-    return "bwrap --die-with-parent --proc /proc --dev /dev --bind /tmp /tmp $(for each in /*; do case $each "
-           "in "
-           "/proc|/dev|/tmp) ;; "
-           "*) echo --ro-bind-try $each $each ;; esac; done) --ro-bind " +
+    return "bwrap --die-with-parent --proc /proc --dev /dev --bind /tmp /tmp "
+           "$(for each in /*; do case $each in /proc|/dev|/tmp) ;; *) echo --ro-bind-try $each $each ;; "
+           "esac; done) --ro-bind " +
            folder_ / "info" + " /.flatpak-info ";
   }
 
