@@ -157,6 +157,32 @@ TEST_F(NotificationStoreTest, DeliversPendingNotificationsWhenTheDevicesTimeHasC
   EXPECT_FALSE(fs::exists(pending[0].request.content.attachments[0].path));
 }
 
+TEST_F(NotificationStoreTest, KeepsTheNewestOfThoseDelivered) {
+  const auto picture = store_.deliver(withFile("first", "a.png"))->content.attachments[0].path;
+  auto repeating = withFile("repeating", "b.png");
+  repeating.trigger = {60, true};
+  store_.setAuthorization(platform::AuthorizationStatus::authorized);
+  ASSERT_TRUE(store_.schedule(repeating).ok());
+  ASSERT_TRUE(advance(60));
+  NotificationStore other(home_, "com.example.weather", clock_);
+  ASSERT_TRUE(other.deliver(notification("other's")).ok());
+  for (int i = 0; i < 254; ++i) ASSERT_TRUE(store_.deliver(notification(std::to_string(i))).ok());
+  EXPECT_EQ(store_.delivered().size(), 256u);
+  EXPECT_TRUE(fs::exists(picture));
+  ASSERT_TRUE(store_.deliver(notification("254")).ok());
+  EXPECT_EQ(store_.delivered().front().request.identifier, "repeating");
+  EXPECT_FALSE(fs::exists(picture));
+  auto later = notification("later");
+  later.trigger = {1, false};
+  ASSERT_TRUE(store_.schedule(later).ok());
+  ASSERT_TRUE(advance(1));
+  EXPECT_EQ(store_.delivered().size(), 256u);
+  EXPECT_EQ(store_.delivered().front().request.identifier, "0");
+  EXPECT_TRUE(fs::exists(store_.pending().at(0).request.content.attachments.at(0).path))
+      << "its next time still needs it";
+  EXPECT_EQ(other.delivered().size(), 1u);
+}
+
 TEST_F(NotificationStoreTest, LetsATapCrossAnotherOne) {
   const auto shown = *store_.deliver(withFile("a", "sun.png"));
   ASSERT_TRUE(store_.tappable("a"));

@@ -16,6 +16,8 @@ constexpr const char* columns = "SELECT identifier, due, seconds, repeats, conte
 // What the column "unshown" says; 0: somebody has taken it.
 constexpr std::int64_t unshown = 1;
 constexpr std::int64_t refused = 2;
+// Nobody reads further back, and each may have files.
+constexpr std::int64_t deliveredKept = 256;
 // Taps may cross; older ones than these are over.
 constexpr std::int64_t tappedKept = 100;
 
@@ -86,6 +88,19 @@ void NotificationShelf::put(Connection& database, const NotificationRequest& req
     remove(database, request.identifier, old);
   insert(database, request, state, due, unshown);
   keepUsed(database, request.identifier);
+  if (state == State::delivered) removeOldest(database);
+}
+
+void NotificationShelf::removeOldest(Connection& database) {
+  std::vector<std::string> old;
+  {
+    Statement rows(database,
+                   "SELECT identifier FROM notification WHERE application = ?1 AND state = ?2 "
+                   "ORDER BY due DESC, serial DESC LIMIT -1 OFFSET ?3");
+    rows.bind(1, application_).bind(2, number(State::delivered)).bind(3, deliveredKept);
+    while (rows.step()) old.push_back(rows.text(0));
+  }
+  for (const auto& identifier : old) remove(database, identifier, State::delivered);
 }
 
 void NotificationShelf::remove(Connection& database, const std::string& identifier, State state) {
@@ -130,6 +145,7 @@ void NotificationShelf::markTapped(Connection& database, const std::string& iden
 }
 
 void NotificationShelf::deliverDue(Connection& database, double now) {
+  bool delivered = false;
   for (auto& held : list(database, State::pending)) {
     if (held.due > now) break;
     auto& request = held.request;
@@ -145,7 +161,9 @@ void NotificationShelf::deliverDue(Connection& database, double now) {
     if (shown) insert(database, request, State::delivered, last, true);
     keepUsed(database, request.identifier);
     if (shown && request.content.badge) writeBadge(database, application_, *request.content.badge);
+    delivered = delivered || shown;
   }
+  if (delivered) removeOldest(database);
 }
 
 std::vector<HeldNotification> NotificationShelf::takeUnshown(Connection& database, bool refusedToo) {

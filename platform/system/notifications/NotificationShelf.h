@@ -24,7 +24,8 @@ class NotificationShelf {
     return attachments_.takeOver(content.attachments);
   }
 
-  /// Puts the notification in place of every other one of its identifier.
+  /// Puts the notification in place of every other one of its identifier. Of those delivered the newest 256
+  /// stay, here and in deliverDue().
   void put(Connection& database, const platform::NotificationRequest& request, State state, double due,
            bool unshown = false);
   void remove(Connection& database, const std::string& identifier, State state);
@@ -61,6 +62,7 @@ class NotificationShelf {
  private:
   void insert(Connection& database, const platform::NotificationRequest& request, State state, double due,
               bool unshown = false) const;
+  void removeOldest(Connection& database);
   /// Takes those files out of the released ones that the notification still has.
   void keepUsed(Connection& database, const std::string& identifier);
 

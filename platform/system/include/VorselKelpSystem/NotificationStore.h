@@ -36,7 +36,8 @@ struct KeptResponse {
 };
 
 /// What a phone's system keeps of one application's notifications: the user's permission, categories, what is
-/// pending, delivered and tapped, their files, responses, the badge. All of it lies in a folder, which the
+/// pending, delivered and tapped, their files, responses, the badge. Of those delivered the newest 256 stay;
+/// an older one goes, with its files, when another one comes. All of it lies in a folder, which the
 /// stores of several applications may share: a database, the attachments' files, and a file of categories for
 /// each application, which extensions need not open a database for. A power cut may take the last changes
 /// along; a database that is damaged is moved aside, with a line on standard error, and an empty one takes
