@@ -38,7 +38,8 @@ TEST(ServiceMain, DeliversWithoutASimulatedDevice) {
   EXPECT_TRUE(report.outcome.ended);
   EXPECT_EQ(report.outcome.errorLines, std::vector<std::string>{"printed by the extension"});
   // The buttons are in the store that the application reads.
-  NotificationStore store(folder / "notifications", "com.example.reader", posix::makeClock());
+  NotificationStore store(folder / "com.example.reader/vorselkelp/notifications", "com.example.reader",
+                          posix::makeClock());
   ASSERT_EQ(store.actionsOf(shown.categoryIdentifier).size(), 1u);
   EXPECT_EQ(store.actionsOf(shown.categoryIdentifier)[0].title, "A");
 

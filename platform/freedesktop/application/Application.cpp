@@ -11,7 +11,6 @@
 #include "VorselKelpFreedesktop/BluezLocation.h"
 #include "VorselKelpFreedesktop/DesktopPorts.h"
 #include "VorselKelpFreedesktop/HostConsole.h"
-#include "VorselKelpFreedesktop/HostDevice.h"
 #include "VorselKelpFreedesktop/LauncherBadge.h"
 #include "VorselKelpFreedesktop/MainQueue.h"
 #include "VorselKelpFreedesktop/PortalNotifications.h"
@@ -22,6 +21,7 @@
 #include "VorselKelpPosix/Services.h"
 #include "VorselKelpPosix/SqliteUserDefaults.h"
 #include "VorselKelpSystem/CountedURLSession.h"
+#include "VorselKelpSystem/HostDevice.h"
 #include "VorselKelpSystem/Process.h"
 #include "VorselKelpSystem/UnavailableServices.h"
 #include "agent/AgentClient.h"
@@ -196,7 +196,7 @@ class DesktopApplication final : public Application, public std::enable_shared_f
     made->mainQueue = queue_;
     made->clock = store_->clock();
     made->random = posix::makeRandom();
-    made->device = makeDevice();
+    made->device = system::makeHostDevice();
     made->console = options_.console ? options_.console : makeDebugConsole();
     made->imageDecoder = posix::makeImageDecoder();
     made->inAppBrowser = std::make_shared<ArticleBrowser>(options_.openArticle, opener_);

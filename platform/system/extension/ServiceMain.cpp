@@ -1,7 +1,6 @@
 #include "VorselKelpSystem/ServiceMain.h"
 
 #include <fcntl.h>
-#include <sys/utsname.h>
 #include <unistd.h>
 
 #include <charconv>
@@ -13,6 +12,7 @@
 #include "VorselKelpPosix/PixbufImageDecoder.h"
 #include "VorselKelpPosix/Services.h"
 #include "VorselKelpPosix/SqliteUserDefaults.h"
+#include "VorselKelpSystem/HostDevice.h"
 #include "VorselKelpSystem/NotificationCenter.h"
 #include "VorselKelpSystem/ServiceRun.h"
 #include "VorselKelpSystem/ShortLife.h"
@@ -81,7 +81,8 @@ std::shared_ptr<platform::Platform> makeServicePlatform(const ServiceDescription
       posix::makeFileManager({description.groupContainers, description.groups, process.temporaryFolder});
   made->userDefaults = makeDefaults(description, made->fileManager);
   made->urlSession = process.session;
-  made->bundle = makeBundle(description.application + ".service", description.version);
+  made->bundle =
+      makeBundle(description.application + ".service", description.version, description.properties);
   made->mainQueue = process.loop;
   made->clock = posix::makeClock();
   CenterPorts center;
@@ -91,8 +92,8 @@ std::shared_ptr<platform::Platform> makeServicePlatform(const ServiceDescription
   made->notificationCenter = makeNotificationCenter(std::move(center));
   made->application = makeUnavailableApplication();
   made->random = posix::makeRandom();
-  made->device = makeDevice(description.machine);
-  made->screen = makeScreen(description.machine);
+  made->device = description.machine ? makeDevice(*description.machine) : makeHostDevice();
+  made->screen = makeScreen(description.machine.value_or(Machine{}));
   made->console = makeChannelConsole(process.channel);
   made->imageDecoder = posix::makeImageDecoder();
   made->inAppBrowser = makeUnavailableBrowser();
@@ -111,16 +112,10 @@ int failed(const Error& error, int status) {
 
 ServiceDescription serviceDescriptionOf(const Description& description) {
   const auto folders = foldersOf(description);
-  utsname names{};
-  ::uname(&names);
   return {.application = description.bundleIdentifier,
           .version = description.version,
-          .machine = {.identifier = names.machine,
-                      .systemName = names.sysname,
-                      .systemFamily = names.sysname,
-                      .manufacturer = {},
-                      .productName = names.machine,
-                      .systemVersion = names.release},
+          .properties = description.properties,
+          .machine = std::nullopt,
           .endpoints = description.endpoints,
           .groups = description.groups,
           .groupContainers = folders.groupContainers,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,7 +18,8 @@ struct ServiceDescription {
   std::string
       application;      ///< the application's identifier; the extension's is that with ".service" behind it
   std::string version;  ///< the application's
-  Machine machine;
+  BundleTexts properties;  ///< further entries of the application's property list, for the extension's too
+  std::optional<Machine> machine;  ///< none: the one that the process runs on
   platform::Endpoints endpoints;
   std::vector<std::string> groups;  ///< the application's groups, which its processes share
   std::string groupContainers;      ///< the folder in which each group has one of its own, for all processes
@@ -26,7 +28,7 @@ struct ServiceDescription {
 };
 
 /// What follows from the application's description, on the machine that the process runs on: folders by
-/// foldersOf(), the machine by uname.
+/// foldersOf().
 VORSELKELP_API ServiceDescription serviceDescriptionOf(const Description& description);
 
 /// A service extension's main function, for a program that a Delivery runs: reads the payload from standard

@@ -1,19 +1,20 @@
-#include "VorselKelpFreedesktop/HostDevice.h"
+#include "VorselKelpSystem/HostDevice.h"
 
 #include <sys/utsname.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <mutex>
+#include <optional>
 #include <string_view>
 #include <utility>
 
 #include "VorselKelpPosix/FileIO.h"
 #include "VorselKelpPosix/Locale.h"
-#include "bus/BusText.h"
-#include "glib/Pointers.h"
+#include "VorselKelpSystem/NotificationRecords.h"
 
-namespace VorselKelp::freedesktop {
+namespace VorselKelp::system {
 namespace {
 
 constexpr std::size_t longestFile = std::size_t{64} << 10;
@@ -24,12 +25,51 @@ std::string contentsOf(const std::string& path) {
   return read ? *std::move(read) : std::string();
 }
 
+bool isControl(char c) {
+  return static_cast<unsigned char>(c) < 32 || c == 127;
+}
+
+bool isAsciiAlphanumeric(char c) {
+  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
 /// The first line as valid text without control characters, and without space at both ends.
 std::string tidied(std::string_view text) {
-  std::string line = busText(text.substr(0, text.find_first_of(std::string_view("\n\0", 2))), longestFact);
-  std::ranges::replace_if(
-      line, [](char c) { return g_ascii_iscntrl(c) != FALSE; }, ' ');
-  return g_strstrip(line.data());
+  text = text.substr(0, text.find_first_of(std::string_view("\n\0", 2)));
+  const auto continues = [&](std::size_t at) {
+    return (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80;
+  };
+  if (text.size() > longestFact) {
+    std::size_t end = longestFact;
+    while (end > 0 && continues(end)) --end;
+    text = text.substr(0, end);
+  }
+  std::string line = lossyText(text);
+  std::ranges::replace_if(line, isControl, ' ');
+  const auto first = line.find_first_not_of(' ');
+  if (first == std::string::npos) return {};
+  return line.substr(first, line.find_last_not_of(' ') + 1 - first);
+}
+
+/// A word as a shell reads it; absent when a quotation is not closed.
+std::optional<std::string> unquoted(std::string_view text) {
+  std::string word;
+  char quote = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    const bool escapes = c == '\\' && quote != '\'' && i + 1 < text.size();
+    if (escapes && (quote == 0 || std::string_view("\"\\$`").find(text[i + 1]) != std::string_view::npos)) {
+      word += text[++i];
+    } else if (quote == 0 && (c == '"' || c == '\'')) {
+      quote = c;
+    } else if (quote != 0 && c == quote) {
+      quote = 0;
+    } else {
+      word += c;
+    }
+  }
+  if (quote != 0) return std::nullopt;
+  return word;
 }
 
 struct Distribution {
@@ -41,15 +81,14 @@ struct Distribution {
 Distribution parsedDistribution(std::string_view text) {
   Distribution found;
   while (!text.empty()) {
-    const std::string line(text.substr(0, text.find('\n')));
+    const auto line = text.substr(0, text.find('\n'));
     text.remove_prefix(std::min(text.size(), line.size() + 1));
     const auto equals = line.find('=');
-    if (equals == std::string::npos) continue;
-    const auto name = std::string_view(line).substr(0, equals);
+    if (equals == std::string_view::npos) continue;
+    const auto name = line.substr(0, equals);
     auto* target = name == "NAME" ? &found.name : name == "VERSION_ID" ? &found.version : nullptr;
     if (!target) continue;
-    const TextPtr value(g_shell_unquote(line.c_str() + equals + 1, nullptr));
-    if (value) *target = tidied(value.get());
+    if (const auto value = unquoted(line.substr(equals + 1))) *target = tidied(*value);
   }
   return found;
 }
@@ -63,7 +102,7 @@ Distribution distributionOf(const std::string& root) {
 }
 
 bool tells(char c) {
-  return g_ascii_isalnum(c) || static_cast<unsigned char>(c) > 127;
+  return isAsciiAlphanumeric(c) || static_cast<unsigned char>(c) > 127;
 }
 
 /// What firmware says when nobody has told it anything.
@@ -89,7 +128,10 @@ bool isPlaceholder(const std::string& name) {
                                                            "system manufacturer"};
   static constexpr std::array<std::string_view, 5> phrases{
       "to be filled", "o.e.m", "default string", "not specified", "not a"};  // …vailable, …pplicable
-  const std::string lower = TextPtr(g_ascii_strdown(name.c_str(), -1)).get();
+  std::string lower = name;
+  for (char& c : lower) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
   const auto first = std::ranges::find_if(lower, tells);
   const bool oneCharacter = std::all_of(first, lower.end(), [&](char c) { return c == *first || !tells(c); });
   return oneCharacter || std::ranges::find(blanks, lower) != blanks.end() ||
@@ -101,46 +143,63 @@ std::string firmwareName(const std::string& root, const char* field) {
   return isPlaceholder(name) ? std::string() : name;
 }
 
-class HostDevice final : public platform::Device {
- public:
-  explicit HostDevice(const std::string& root)
-      : distribution_(distributionOf(root)),
-        manufacturer_(firmwareName(root, "sys_vendor")),
-        product_(firmwareName(root, "product_name")) {
-    ::uname(&kernel_);
+/// What is read of a machine.
+struct Facts {
+  explicit Facts(const std::string& root)
+      : distribution(distributionOf(root)),
+        manufacturer(firmwareName(root, "sys_vendor")),
+        product(firmwareName(root, "product_name")) {
+    ::uname(&kernel);
   }
 
-  std::string machineIdentifier() override { return kernel_.machine; }
+  Distribution distribution;
+  std::string manufacturer;
+  std::string product;
+  utsname kernel{};
+};
+
+class HostDevice final : public platform::Device {
+ public:
+  explicit HostDevice(std::string root) : root_(std::move(root)) {}
+
+  std::string machineIdentifier() override { return facts().kernel.machine; }
   std::optional<std::string> environmentVariable(const std::string& name) override {
     const char* value = std::getenv(name.c_str());
     return value ? std::optional<std::string>(value) : std::nullopt;
   }
   std::string systemVersion() override {
-    return distribution_.version.empty() ? kernel_.release : distribution_.version;
+    const auto& version = facts().distribution.version;
+    return version.empty() ? facts().kernel.release : version;
   }
   std::string systemName() override {
-    return distribution_.name.empty() ? kernel_.sysname : distribution_.name;
+    const auto& name = facts().distribution.name;
+    return name.empty() ? facts().kernel.sysname : name;
   }
-  std::string systemFamily() override { return kernel_.sysname; }
-  std::string manufacturer() override { return manufacturer_; }
+  std::string systemFamily() override { return facts().kernel.sysname; }
+  std::string manufacturer() override { return facts().manufacturer; }
   std::optional<std::string> productName() override {
-    return product_.empty() ? machineIdentifier() : product_;
+    return facts().product.empty() ? machineIdentifier() : facts().product;
   }
   std::string languageCode() override { return posix::userLanguage(); }
   int secondsFromGMT() override { return posix::secondsFromGMT(); }
   ui::DeviceOrientation orientation() override { return ui::DeviceOrientation::landscapeLeft; }
 
  private:
-  const Distribution distribution_;
-  const std::string manufacturer_;
-  const std::string product_;
-  utsname kernel_{};
+  const Facts& facts() {
+    const std::lock_guard lock(mutex_);
+    if (!facts_) facts_.emplace(root_);
+    return *facts_;
+  }
+
+  const std::string root_;
+  std::mutex mutex_;
+  std::optional<Facts> facts_;
 };
 
 }  // namespace
 
-std::shared_ptr<platform::Device> makeDevice(const std::string& root) {
-  return std::make_shared<HostDevice>(root);
+std::shared_ptr<platform::Device> makeHostDevice(std::string root) {
+  return std::make_shared<HostDevice>(std::move(root));
 }
 
-}  // namespace VorselKelp::freedesktop
+}  // namespace VorselKelp::system

@@ -1,4 +1,4 @@
-#include "VorselKelpFreedesktop/HostDevice.h"
+#include "VorselKelpSystem/HostDevice.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@
 
 #include "posix/support/TemporaryFolder.h"
 
-namespace VorselKelp::freedesktop {
+namespace VorselKelp::system {
 namespace {
 
 class HostDeviceTest : public testing::Test {
@@ -21,7 +21,7 @@ class HostDeviceTest : public testing::Test {
     std::filesystem::create_directories(path.parent_path());
     std::ofstream(path, std::ios::binary) << bytes;
   }
-  [[nodiscard]] std::shared_ptr<platform::Device> device() const { return makeDevice(root); }
+  [[nodiscard]] std::shared_ptr<platform::Device> device() const { return makeHostDevice(root); }
 
   testing_support::TemporaryFolder folder;
   const std::filesystem::path root = std::filesystem::path(folder / "root");
@@ -85,8 +85,8 @@ TEST_F(HostDeviceTest, LivesWithoutAnyFileAndWithWhatIsNone) {
   EXPECT_EQ(device()->systemVersion(), kernel.release);
   EXPECT_EQ(device()->manufacturer(), "");
   EXPECT_EQ(device()->productName(), kernel.machine);
-  EXPECT_NE(makeDevice()->systemName(), "");
+  EXPECT_NE(makeHostDevice()->systemName(), "");
 }
 
 }  // namespace
-}  // namespace VorselKelp::freedesktop
+}  // namespace VorselKelp::system
