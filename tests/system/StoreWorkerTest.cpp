@@ -33,6 +33,7 @@ class StoreWorkerTest : public testing::Test {
     sqlite3* opened = nullptr;
     sqlite3_open((folder_ / "notifications.sqlite").c_str(), &opened);
     other_.reset(opened);
+    sqlite3_busy_timeout(opened, 20'000);
     execute("BEGIN IMMEDIATE");
   }
   void execute(const char* sql) {

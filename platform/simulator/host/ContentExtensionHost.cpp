@@ -1,9 +1,8 @@
 #include "VorselKelpSimulator/ContentExtensionHost.h"
 
-#include "VorselKelp/VorselKellp.h"
 #include "VorselKelpPosix/LineSink.h"
+#include "VorselKelpSystem/ContentRun.h"
 #include "VorselKelpSystem/EventChannel.h"
-#include "VorselKelpSystem/ShortLife.h"
 #include "host/CarouselHand.h"
 #include "host/ExitStatus.h"
 #include "host/HostedProcess.h"
@@ -23,9 +22,39 @@ class ReportingContext final : public platform::ExtensionContext {
   const std::shared_ptr<system::EventChannel> channel_;
 };
 
-class ContentRun {
+/// The process's screen, with the extension's area on it.
+class AreaScreen final : public system::ContentScreen {
  public:
-  ContentRun(ProcessOptions options, Manifest manifest, ProcessScreen& screen)
+  AreaScreen(const HostedProcess& process, ProcessScreen& screen) : process_(process), screen_(screen) {}
+
+  Result<Services> open(const std::shared_ptr<ui::ViewController>& area,
+                        const std::shared_ptr<posix::EventLoop>& loop) override {
+    auto opened = screen_.open({.manifest = process_.manifest,
+                                .kind = ProcessKind::contentExtension,
+                                .size = area->view()->frame->size,
+                                .loop = loop,
+                                .urlSession = nullptr,
+                                .root = area,
+                                .promptAnswer = PromptAnswer::none,
+                                .picture = nullptr,
+                                .responded = nullptr});
+    if (!opened) return opened.error();
+    return Services{std::move(opened->screen), std::move(opened->viewPresenter), std::move(opened->webViews)};
+  }
+  void close() override {
+    process_.channel->send("ended", true);
+    screen_.close();
+  }
+
+ private:
+  const HostedProcess& process_;
+  ProcessScreen& screen_;
+};
+
+/// The simulated user before a content extension's area.
+class ContentVisit {
+ public:
+  ContentVisit(ProcessOptions options, Manifest manifest, ProcessScreen& screen)
       : process_(std::move(options), std::move(manifest), contentTimeLimit, screen.makeWaiter()),
         screen_(screen),
         device_(std::make_shared<SimulatedDevice>(process_.home, process_.manifest.bundleIdentifier)) {}
@@ -33,63 +62,24 @@ class ContentRun {
   Status run(ContentExtension& extension) {
     const auto request = device_->tappable(process_.options.identifier);
     if (!request) return Error{"The device holds no notification \"" + process_.options.identifier + "\""};
-    const platform::DeliveredNotification notification{*request, device_->clock()->now()};
-    // The area's size is the library's to say, and the library needs the screen first.
-    auto services = makeServices();
-    VorselKellp::install(services);
-    extension.willStart(process_.manifest);
-    const auto size = extension.preferredContentSize(notification);
-    auto controller = extension.makeController(std::make_shared<ReportingContext>(process_.channel));
-    auto status = show(*services, controller, size);
-    if (status) status = act(notification, controller);
-    process_.channel->send("ended", true);
-    process_.session->close();
-    // What is shown holds the core.
-    screen_.close();
-    controller = nullptr;
-    services = nullptr;
-    system::leaveCore(*process_.loop);
-    return status;
+    AreaScreen area(process_, screen_);
+    return system::runContent(
+        {process_.loop, process_.session, std::make_shared<ReportingContext>(process_.channel), area},
+        makePlatform(process_.manifest, ProcessKind::contentExtension, process_.home,
+                     process_.extensionServices(device_)),
+        {*request, device_->clock()->now()}, extension, [&] { extension.willStart(process_.manifest); },
+        [&](ui::ViewController& controller) { return act(*request, controller); });
   }
 
  private:
-  std::shared_ptr<platform::Platform> makeServices() {
-    return makePlatform(process_.manifest, ProcessKind::contentExtension, process_.home,
-                        process_.extensionServices(device_));
-  }
-
-  Status show(platform::Platform& services, const std::shared_ptr<ui::ViewController>& controller,
-              ui::Size size) {
-    if (!controller || !controller->view()) return Error{"The content extension has no controller to show"};
-    controller->view()->frame = ui::Rect{{0, 0}, size};
-    auto opened = screen_.open({.manifest = process_.manifest,
-                                .kind = ProcessKind::contentExtension,
-                                .size = size,
-                                .loop = process_.loop,
-                                .urlSession = nullptr,
-                                .root = controller,
-                                .promptAnswer = PromptAnswer::none,
-                                .picture = nullptr,
-                                .responded = nullptr});
-    if (!opened) return opened.error();
-    services.screen = std::move(opened->screen);
-    services.viewPresenter = std::move(opened->viewPresenter);
-    services.webViews = std::move(opened->webViews);
-    return Done{};
-  }
-
   /// False when the process's time is over.
   bool settle() {
     return process_.loop->run([&] { return process_.session->idle() && screen_.drawn(); }, process_.deadline);
   }
 
-  Status act(const platform::DeliveredNotification& notification,
-             const std::shared_ptr<ui::ViewController>& controller) {
-    auto* extension = dynamic_cast<platform::NotificationContentExtension*>(controller.get());
-    if (extension == nullptr) return Error{"The controller is no notification-content extension"};
-    extension->didReceive(notification);
-    CarouselHand hand(notification.request, *controller, *extension);
-    bool inTime = layout(*controller);
+  Status act(const platform::NotificationRequest& request, ui::ViewController& controller) {
+    CarouselHand hand(request, controller, dynamic_cast<platform::NotificationContentExtension&>(controller));
+    bool inTime = layout(controller);
     picture("carousel-0");
     int number = 0;
     for (const auto& act : process_.options.acts) {
@@ -138,7 +128,7 @@ int runContentExtension(int argc, const char* const* argv, ContentExtension& ext
   if (!options) return exitWith(options.error().description, 2);
   auto manifest = loadManifest(options->manifest);
   if (!manifest) return exitWith(manifest.error().description, 1);
-  const auto status = ContentRun(std::move(*options), std::move(*manifest), screen).run(extension);
+  const auto status = ContentVisit(std::move(*options), std::move(*manifest), screen).run(extension);
   return status ? 0 : exitWith(status.error().description, 1);
 }
 

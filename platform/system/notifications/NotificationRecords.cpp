@@ -125,6 +125,35 @@ NotificationContent decodeContent(const JSONAny& json) {
   return content;
 }
 
+JSONAny encodeDelivered(const platform::DeliveredNotification& notification) {
+  auto json = encodeContent(notification.request.content);
+  auto& members = std::get<JSONAny::Dictionary>(json.value);
+  members.push_back({"identifier", notification.request.identifier});
+  members.push_back({"date", notification.date});
+  const auto& info = notification.request.content.userInfo;
+  if (const auto* dictionary = info.dictionary()) {
+    members.push_back({"userInfo", *dictionary});
+  } else if (auto decoded = JSONAny::decode(*info.bytes())) {
+    members.push_back({"userInfo", *std::move(decoded)});
+  }
+  return json;
+}
+
+platform::DeliveredNotification decodeDelivered(const JSONAny& json) {
+  platform::DeliveredNotification notification;
+  notification.request.identifier = textAt(json, "identifier");
+  notification.request.content = decodeContent(json);
+  if (const auto* date = json.find("date")) {
+    if (const auto* seconds = date->as<double>()) notification.date = *seconds;
+    if (const auto* seconds = date->as<std::int64_t>()) notification.date = static_cast<double>(*seconds);
+  }
+  if (const auto* info = json.find("userInfo")) {
+    if (const auto* dictionary = info->as<JSONAny::Dictionary>())
+      notification.request.content.userInfo = platform::UserInfo(*dictionary);
+  }
+  return notification;
+}
+
 std::string authorizationWord(platform::AuthorizationStatus status) {
   switch (status) {
     case platform::AuthorizationStatus::notDetermined:

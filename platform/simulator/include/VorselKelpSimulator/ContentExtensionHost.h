@@ -1,29 +1,18 @@
 #pragma once
 
-#include <memory>
-
 #include "VorselKelp/Export.h"
-#include "VorselKelp/platform/ContentExtension.h"
-#include "VorselKelp/ui/ViewController.h"
 #include "VorselKelpSimulator/Manifest.h"
 #include "VorselKelpSimulator/ProcessScreen.h"
+#include "VorselKelpSystem/ContentExtension.h"
 
 namespace VorselKelp::simulator {
 
-/// What the system calls in a notification-content extension. All calls come on the main thread, after the
-/// process's platform has been installed in the library.
-class ContentExtension {
+/// What the simulated device calls in a notification-content extension. All calls come on the main thread,
+/// after the process's platform has been installed in the library.
+class ContentExtension : public system::ContentExtension {
  public:
-  virtual ~ContentExtension() = default;
-
   /// Comes first: the place to name the application group.
   virtual void willStart(const Manifest& manifest) { (void)manifest; }
-  /// How large the extension's area is to be for this notification.
-  virtual ui::Size preferredContentSize(const platform::DeliveredNotification& notification) = 0;
-  /// The extension's controller, which must be a platform::NotificationContentExtension too: the notification
-  /// is handed to that. `context` is what extensionContext() is to answer.
-  virtual std::shared_ptr<ui::ViewController> makeController(
-      std::shared_ptr<platform::ExtensionContext> context) = 0;
 };
 
 /// A content extension's main function: composes the process's platform from the command line, installs it in

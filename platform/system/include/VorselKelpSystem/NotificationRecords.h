@@ -2,6 +2,7 @@
 
 #include "VorselKelp/Export.h"
 #include "VorselKelp/JSONAny.h"
+#include "VorselKelp/platform/ContentExtension.h"
 #include "VorselKelp/platform/NotificationCenter.h"
 
 namespace VorselKelp::system {
@@ -12,6 +13,12 @@ namespace VorselKelp::system {
 VORSELKELP_API JSONAny encodeContent(const platform::NotificationContent& content);
 /// Members that are missing or of another type keep their defaults.
 VORSELKELP_API platform::NotificationContent decodeContent(const JSONAny& json);
+
+/// A notification as a content extension's process gets it: its content, and "identifier", "date" and, where
+/// it is a dictionary or JSON bytes of one, "userInfo".
+VORSELKELP_API JSONAny encodeDelivered(const platform::DeliveredNotification& notification);
+/// Members that are missing or of another type keep their defaults.
+VORSELKELP_API platform::DeliveredNotification decodeDelivered(const JSONAny& json);
 
 VORSELKELP_API JSONAny encodeActions(const std::vector<platform::NotificationAction>& actions);
 
