@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
+#include <thread>
+
 #include "VorselKelpPosix/EventLoop.h"
 #include "VorselKelpPosix/LockFile.h"
 #include "VorselKelpPosix/Services.h"
@@ -61,6 +63,8 @@ TEST_F(StoreWorkerTest, KeepsTheMainLoopGoingWhileTheStoreIsLocked) {
   center->setNotificationCategories({{"buttons", {{"a", "A"}}, false}});
   center->add(request);
   application->setBadge(5);
+  std::thread::id answered;
+  center->getNotificationSettings([&](const auto&) { answered = std::this_thread::get_id(); });
   std::optional<std::int64_t> badge;
   const auto readBadge = [&] {
     badge.reset();
@@ -82,6 +86,7 @@ TEST_F(StoreWorkerTest, KeepsTheMainLoopGoingWhileTheStoreIsLocked) {
   execute("ROLLBACK");
   EXPECT_TRUE(run([&] { return badge && !screen->seen.empty(); }));
   EXPECT_EQ(badge, 5);
+  EXPECT_EQ(answered, std::this_thread::get_id());
   EXPECT_EQ(screen->seen, "first/1 ");
   // What another process writes is seen.
   execute("UPDATE application SET badge = 7");

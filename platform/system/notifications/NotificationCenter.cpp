@@ -102,9 +102,8 @@ class Center final : public NotificationCenter, public std::enable_shared_from_t
 
   void requestAuthorization(unsigned options, Answer answer) override {
     const auto ask = onMain([options](Center& self) { self.ask(options); });
-    store_.run([ask, question = question_, canAsk = asker_ != nullptr,
-                answer = std::move(answer)](NotificationStore& store) mutable {
-      const auto status = store.authorization();
+    authorization([ask, question = question_, canAsk = asker_ != nullptr,
+                   answer = std::move(answer)](AuthorizationStatus status) mutable {
       if (status != AuthorizationStatus::notDetermined) return answer(grants(status), std::nullopt);
       if (!canAsk) return answer(false, Error{"the user can't be asked here"});
       if (question->wait(std::move(answer))) ask();
@@ -113,8 +112,7 @@ class Center final : public NotificationCenter, public std::enable_shared_from_t
 
   void getNotificationSettings(
       platform::UniqueFunction<void(platform::NotificationSettings)> answer) override {
-    store_.run(
-        [answer = std::move(answer)](NotificationStore& store) mutable { answer({store.authorization()}); });
+    authorization([answer = std::move(answer)](AuthorizationStatus status) mutable { answer({status}); });
   }
 
   void getNotificationCategories(
@@ -192,16 +190,20 @@ class Center final : public NotificationCenter, public std::enable_shared_from_t
 
   void ask(unsigned options) {
     // Another process, or an answer just given, may have settled it.
+    authorization([weak = weak_from_this(), options](AuthorizationStatus status) {
+      const auto self = weak.lock();
+      if (!self) return;
+      if (status != AuthorizationStatus::notDetermined) return self->question_->answer(grants(status));
+      self->asker_->ask(options, [weak](Result<bool> allowed) {
+        if (const auto alive = weak.lock()) alive->userAnswers(allowed);
+      });
+    });
+  }
+
+  template <class Use>
+  void authorization(Use use) {
     store_.read(
-        mainQueue_, [](NotificationStore& store) { return store.authorization(); },
-        [weak = weak_from_this(), options](AuthorizationStatus status) {
-          const auto self = weak.lock();
-          if (!self) return;
-          if (status != AuthorizationStatus::notDetermined) return self->question_->answer(grants(status));
-          self->asker_->ask(options, [weak](Result<bool> allowed) {
-            if (const auto alive = weak.lock()) alive->userAnswers(allowed);
-          });
-        });
+        mainQueue_, [](NotificationStore& store) { return store.authorization(); }, std::move(use));
   }
 
   void userAnswers(const Result<bool>& allowed) {

@@ -20,7 +20,7 @@ class StoreUse {
     work(*store_);
   }
 
-  /// What `read` answers goes to `use`, on the main thread. To be called there.
+  /// What `read` answers goes to `use`: on the main thread where there is a worker, else at once.
   template <class Read, class Use>
   void read(const std::shared_ptr<platform::MainQueue>& mainQueue, Read read, Use use) const {
     if (worker_) return worker_->read(mainQueue, std::move(read), std::move(use));

@@ -72,8 +72,8 @@ struct CenterPorts {
 /// replaced; each reason is one line on standard error. What another process schedules is seen when this
 /// one looks next.
 ///
-/// With a worker no call waits; what is asked for is done in the order of the calls, and answers that nobody
-/// wants on the main thread come on the worker's.
+/// With a worker no call waits, and what is asked for is done in the order of the calls. Answers come on the
+/// main thread then, but for the categories, which come on the worker's: an extension waits for them.
 class NotificationCenter : public platform::NotificationCenter {
  public:
   /// Keeps a notification that came from outside, and shows it. Any thread; the answer comes once, on the
