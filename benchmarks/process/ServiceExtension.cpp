@@ -43,6 +43,10 @@ struct Device {
             folder.path + "/app.json",    "--payload", folder.path + "/push.json", "--id",
             "n-" + std::to_string(number)};
   }
+  [[nodiscard]] std::vector<std::string> described(int number) const {
+    return {DESCRIBED_EXECUTABLE, folder.path + "/app.json", "--id", "n-" + std::to_string(number)};
+  }
+  [[nodiscard]] std::string payload() const { return folder.path + "/push.json"; }
   [[nodiscard]] std::vector<std::string> bare(int number, const char* program = BARE_EXECUTABLE) const {
     return {program, folder.path + "/push.json", folder.path + "/bare.sqlite", "n-" + std::to_string(number)};
   }
@@ -55,6 +59,15 @@ void extension(benchmark::State& state) {
   int number = 0;
   runChild(device.extension(number++));
   for (auto _ : state) runChild(device.extension(number++));
+}
+
+void describedExtension(benchmark::State& state) {
+  const Device device;
+  ::setenv("XDG_DATA_HOME", (device.folder.path + "/data").c_str(), 1);
+  ::setenv("XDG_CACHE_HOME", (device.folder.path + "/cache").c_str(), 1);
+  int number = 0;
+  runChild(device.described(number++), device.payload());
+  for (auto _ : state) runChild(device.described(number++), device.payload());
 }
 
 void bareExtension(benchmark::State& state, const char* program) {
@@ -89,6 +102,7 @@ bool holdsFile(const std::string& folder, std::size_t size) {
 }
 
 BENCHMARK(extension)->Name("service extension, spawn to exit")->UseRealTime();
+BENCHMARK(describedExtension)->Name("service extension from a description")->UseRealTime();
 BENCHMARK_CAPTURE(bareExtension, , BARE_EXECUTABLE)->Name("bare extension")->UseRealTime();
 BENCHMARK_CAPTURE(bareExtension, , STATIC_EXECUTABLE)->Name("bare extension, static")->UseRealTime();
 

@@ -12,13 +12,14 @@ namespace VorselKelp::benchmarks {
 namespace {
 
 /// Runs a program with its output to `descriptor`.
-void run(const std::vector<std::string>& command, int descriptor) {
+void run(const std::vector<std::string>& command, int descriptor, const std::string& input = "") {
   std::vector<char*> arguments;
   for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
   arguments.push_back(nullptr);
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, descriptor, STDOUT_FILENO);
+  if (!input.empty()) posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, input.c_str(), O_RDONLY, 0);
   pid_t child = 0;
   const int spawned = posix_spawn(&child, arguments[0], &actions, nullptr, arguments.data(), environ);
   posix_spawn_file_actions_destroy(&actions);
@@ -31,9 +32,9 @@ void run(const std::vector<std::string>& command, int descriptor) {
 
 }  // namespace
 
-void runChild(const std::vector<std::string>& command) {
+void runChild(const std::vector<std::string>& command, const std::string& input) {
   static const int dropped = open("/dev/null", O_WRONLY | O_CLOEXEC);
-  run(command, dropped);
+  run(command, dropped, input);
 }
 
 long long printedNumber(const std::vector<std::string>& command) {

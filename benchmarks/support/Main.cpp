@@ -55,6 +55,10 @@ const std::array comparisons{
     Comparison{"service extension, spawn to exit", "bare extension", 1.6,
                "the same: bare program of its own linkage"},
     Comparison{"Web Push message of 2.2 KB, encrypted", "Web Push message, bare OpenSSL", 1.25},
+    Comparison{"service extension from a description", "bare extension, static", 2.5,
+               "service extension from a description: bare program, static"},
+    Comparison{"service extension from a description", "bare extension", 1.6,
+               "the same: bare program of its own linkage"},
     Comparison{"GIF 400 x 300, 200 frames: time per composed flat frame", "GIF, bare giflib", 1.5},
 };
 

@@ -75,7 +75,7 @@ TEST_F(ReaderLifeTest, NamesItsButtonsInTheUsersLanguage) {
   activate(reader, "interstitial");
   EXPECT_TRUE(reads("button Zu"));
   ASSERT_TRUE(store_->deliver(campaign("c-1")));
-  activate(reader, "carousel", R"([<"c-1">])");
+  activate(reader, "vorselkelp-response", R"([<("c-1", "vorselkelp-campaign")>])");
   EXPECT_TRUE(reads("button Weiter"));
   EXPECT_TRUE(reads("button Davor"));
 }
