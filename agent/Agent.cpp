@@ -2,6 +2,7 @@
 
 #include <glib-unix.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <utility>
 
@@ -17,7 +18,10 @@
 namespace VorselKelp::agent {
 namespace {
 
-constexpr double answerPause = 0.05;  // seconds
+// Seconds.
+constexpr double answerPause = 0.05;
+constexpr double busyPause = 0.2;
+
 constexpr const char* notificationServer = "org.freedesktop.Notifications";
 
 std::string serviceName(const system::Description& description) {
@@ -169,7 +173,7 @@ void Agent::makeServices() {
       queue_, [this](const auto& response) { respond(response); },
       [this](const std::string& identifier, freedesktop::CloseReason reason) {
         if (reason == freedesktop::CloseReason::dismissed) store_->noteTapped(identifier);
-        if (reason != freedesktop::CloseReason::expired) state_->note({identifier, 0, {}});
+        state_->note({identifier, 0, {}});
         lookSoon();
       });
   auto wakeUp = system::makeWakeUp(queue_);
@@ -248,19 +252,31 @@ bool Agent::pending() {
   return found;
 }
 
-bool Agent::idle() {
-  if (!begun_ || !intake_->idle() || !service_->idle() || !road_->idle() || responding_ > 0) return false;
-  if (!notifications_->idle() || registration_->waits()) return false;
-  if (pending()) return false;
-  // Nobody else hears what the user does with them; a successor that is newer shall come nevertheless.
-  return !notifications_->awaitsUser() || programReplaced();
+/// Something is under way, and ends without anybody's telling.
+bool Agent::busy() const {
+  return !begun_ || responding_ > 0 || !intake_->idle() || !service_->idle() || !road_->idle() ||
+         !notifications_->idle() || registration_->asks();
 }
 
-/// Looks whether there is anything left to wait for when nothing has happened for a while.
+/// Something is still to come, and tells.
+bool Agent::waits() {
+  if (pending() || registration_->condition().stage == Registration::Stage::pending) return true;
+  // Nobody else hears what the user does with what is shown; a successor that is newer shall come
+  // nevertheless.
+  return notifications_->awaitsUser() && !programReplaced();
+}
+
+/// Looks whether there is anything left to stay for when nothing has happened for a while.
 void Agent::lookSoon() {
+  lookIn(options_.idleSeconds);
+}
+
+void Agent::lookIn(double seconds) {
   if (leaving_) return;
-  queue_->asyncAfter(options_.idleSeconds, [this, count = ++waits_] {
-    if (count == waits_ && !leaving_ && idle()) leave();
+  queue_->asyncAfter(seconds, [this, count = ++looks_] {
+    if (count != looks_ || leaving_) return;
+    if (busy()) return lookIn(std::max(options_.idleSeconds, busyPause));
+    if (!waits()) leave();
   });
 }
 

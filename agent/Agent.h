@@ -53,8 +53,10 @@ class Agent {
   [[nodiscard]] system::ServiceProgram serviceProgram() const;
 
   bool pending();
-  [[nodiscard]] bool idle();
+  [[nodiscard]] bool busy() const;
+  [[nodiscard]] bool waits();
   void lookSoon();
+  void lookIn(double seconds);
   void leave();
   void left();
   void fail(const Error& error);
@@ -71,7 +73,7 @@ class Agent {
   bool begun_ = false;
   bool leaving_ = false;
   bool told_ = false;   ///< to end
-  unsigned waits_ = 0;  ///< counts what happened, so that a quiet time is known as one
+  unsigned looks_ = 0;  ///< counts what happened, so that a quiet time is known as one
   std::size_t responding_ = 0;
   std::string server_;  ///< the notification server's connection
   Autostart autostart_;

@@ -51,8 +51,8 @@ class Registration {
   void want();
   void giveUp();
   [[nodiscard]] const Condition& condition() const { return condition_; }
-  /// Whether something is still to come: a distributor that appears tells nobody who does not run.
-  [[nodiscard]] bool waits() const { return asking_ || condition_.stage == Stage::pending; }
+  /// Whether the distributor has yet to answer.
+  [[nodiscard]] bool asks() const { return asking_; }
 
   /// Whether this connection is the registered distributor's, and the token is ours.
   [[nodiscard]] bool knows(const std::string& sender, const std::string& token) const;

@@ -17,17 +17,6 @@
 namespace VorselKelp::benchmarks {
 namespace {
 
-/// A push without trackers, so that no request leaves the process.
-std::string quietPush(const std::string& image = "") {
-  std::string text;
-  for (int i = 0; i < 24; ++i)
-    text += "Gusts of up to 130 km/h are expected from tonight on; stay away from the shore. ";
-  return R"({"aps":{"alert":{"title":"Storm warning","n":{"body":")" + text + R"(",)" +
-         (image.empty() ? "" : R"("image":")" + image + R"(",)") +
-         R"("actions":[{"action":"read","title":"Read","url":"https://news.example/storm"}],)"
-         R"("data":{"url":"https://news.example/storm"}}},"mutable-content":1}})";
-}
-
 /// A device home with one application whose store exists, as after its first start.
 struct Device {
   explicit Device(const std::string& image = "") {

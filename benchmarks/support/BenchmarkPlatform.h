@@ -37,4 +37,8 @@ inline constexpr const char* benchmarkGroup = "group.com.example.news";
 /// A text-only push of 2.2 KB: title, body, two buttons, open target, trackers.
 [[nodiscard]] std::string textPush();
 
+/// One of the same size without trackers, so that no request leaves the process. `image`: its picture's
+/// address.
+[[nodiscard]] std::string quietPush(const std::string& image = {});
+
 }  // namespace VorselKelp::benchmarks
