@@ -92,15 +92,7 @@ Status Agent::start() {
   });
   service_ = std::make_unique<PushService>(*bus_);
   if (const auto status = service_->serve(serviceEvents()); !status) return status;
-  const auto connector = serveConnector(
-      *bus_, {[this](const auto& sender, const auto& token, auto bytes, const auto& id, auto acknowledge) {
-                intake_->take(sender, token, std::move(bytes), id, std::move(acknowledge));
-              },
-              [this](const auto& sender, const auto& token, const auto& endpoint) {
-                registration_->newEndpoint(sender, token, endpoint);
-              },
-              [this](const auto& sender, const auto& token) { registration_->unregistered(sender, token); }});
-  if (!connector) return connector;
+  if (const auto status = serveConnector(*bus_, connectorEvents()); !status) return status;
   bus_->requestName(name_, [this](const Result<bool>& ours) {
     if (!ours) return fail(ours.error());
     *ours ? owned() : end(0);
@@ -215,6 +207,24 @@ ServiceEvents Agent::serviceEvents() {
           },
           [this](const auto& identifiers) { notifications_->remove(identifiers); },
           [this] { return registration_->condition(); }};
+}
+
+ConnectorEvents Agent::connectorEvents() {
+  return {[this](const auto& sender, const auto& token, auto bytes, const auto& id, auto acknowledge) {
+            intake_->take(sender, token, std::move(bytes), id, std::move(acknowledge));
+          },
+          [this](const auto& sender, const auto& token, const auto& endpoint, auto heard) {
+            registration_->whenKnown([=, this, heard = std::move(heard)]() mutable {
+              registration_->newEndpoint(sender, token, endpoint);
+              heard();
+            });
+          },
+          [this](const auto& sender, const auto& token, auto heard) {
+            registration_->whenKnown([=, this, heard = std::move(heard)]() mutable {
+              registration_->unregistered(sender, token);
+              heard();
+            });
+          }};
 }
 
 void Agent::watchOthers() {

@@ -50,6 +50,7 @@ class Agent {
   void respond(const freedesktop::BusNotificationResponse& response);
   void watchOthers();
   [[nodiscard]] ServiceEvents serviceEvents();
+  [[nodiscard]] ConnectorEvents connectorEvents();
   [[nodiscard]] system::ServiceProgram serviceProgram() const;
 
   bool pending();

@@ -79,9 +79,10 @@ void handle(const ConnectorEvents& events, Call call, bool second) {
                             answer(status ? Result<VariantPtr>(nothing(second)) : status.error());
                           });
   }
-  call.answer(nothing(second));
-  if (call.method == "NewEndpoint") return events.newEndpoint(call.sender, brought.token, brought.endpoint);
-  events.unregistered(call.sender, brought.token);
+  auto heard = [answer = std::move(call.answer), second]() mutable { answer(nothing(second)); };
+  if (call.method == "NewEndpoint")
+    return events.newEndpoint(call.sender, brought.token, brought.endpoint, std::move(heard));
+  events.unregistered(call.sender, brought.token, std::move(heard));
 }
 
 }  // namespace

@@ -18,11 +18,13 @@ struct ConnectorEvents {
   std::function<void(const std::string& sender, const std::string& token, std::string bytes,
                      const std::string& id, Acknowledge)>
       message;
+  /// To be called once, when what was said can't be lost any more.
+  using Heard = platform::UniqueFunction<void()>;
   /// `endpoint` is empty while the distributor changes its provider.
-  std::function<void(const std::string& sender, const std::string& token, const std::string& endpoint)>
+  std::function<void(const std::string& sender, const std::string& token, const std::string& endpoint, Heard)>
       newEndpoint;
   /// `token` may be empty.
-  std::function<void(const std::string& sender, const std::string& token)> unregistered;
+  std::function<void(const std::string& sender, const std::string& token, Heard)> unregistered;
 };
 
 /// Serves the connector's object. Main thread.

@@ -50,15 +50,15 @@ void Registration::begin(State& state, platform::UniqueFunction<void()> known) {
   bus_.watchOwners(distributorNames, true, [this, weak](const std::string& name, const std::string& owner) {
     if (!weak.expired()) ownerIs(name, owner);
   });
-  if (distributor_.empty()) {
-    known();
-    if (wanted_) choose();
-    return;
-  }
-  findOwner([this, known = std::move(known)]() mutable {
-    known();
-    if (wanted_ && !holds()) choose();
-  });
+  if (distributor_.empty()) return goOn(std::move(known));
+  findOwner([this, known = std::move(known)]() mutable { goOn(std::move(known)); });
+}
+
+void Registration::goOn(platform::UniqueFunction<void()> known) {
+  known_ = true;
+  for (auto& work : std::exchange(early_, {})) work();
+  known();
+  if (wanted_ && !holds()) choose();
 }
 
 void Registration::findOwner(platform::UniqueFunction<void()> found) {
@@ -226,6 +226,11 @@ void Registration::askAgainLater() {
   mainQueue_->asyncAfter(pause_, [this, weak = std::weak_ptr(alive_)] {
     if (!weak.expired() && wanted_) choose();
   });
+}
+
+void Registration::whenKnown(platform::UniqueFunction<void()> work) {
+  if (known_) return work();
+  early_.push_back(std::move(work));
 }
 
 void Registration::newEndpoint(const std::string& sender, const std::string& token,

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "VorselKelp/platform/MainQueue.h"
 #include "VorselKelpWebPush/ReceiverKeys.h"
@@ -56,12 +57,15 @@ class Registration {
 
   /// Whether this connection is the registered distributor's, and the token is ours.
   [[nodiscard]] bool knows(const std::string& sender, const std::string& token) const;
-  // What the distributor says; others are not heard.
+  /// Now, or when knows() can tell: who starts the agent speaks before that.
+  void whenKnown(platform::UniqueFunction<void()> work);
+  // What the distributor says, from whenKnown() on; others are not heard.
   void newEndpoint(const std::string& sender, const std::string& token, const std::string& endpoint);
   void unregistered(const std::string& sender, const std::string& token);
 
  private:
   void load();
+  void goOn(platform::UniqueFunction<void()> known);
   void settle(Condition condition);
   void fail(const Error& error);
   void ownerIs(const std::string& name, const std::string& owner);
@@ -87,6 +91,8 @@ class Registration {
   bool asking_ = false;
   std::string distributor_;
   std::string owner_;  ///< the distributor's connection; empty while it does not run
+  bool known_ = false;
+  std::vector<platform::UniqueFunction<void()>> early_;
   std::string token_;
   std::string vapidKey_;      ///< with which the token was registered
   std::string registeredIn_;  ///< the session of the bus, and the connection, that took the registration

@@ -75,8 +75,11 @@ TEST_F(RegistrationTest, FollowsItsDistributor) {
   const auto before = subscribe();
   desk.tellEndpoints(true);
   waitUntil([&] { return condition("stage") == "pending"; });
-  desk.habits.endpointsBefore = "https://other.example/";
   desk.tellEndpoints();
+  waitUntil([&] { return condition("stage") == "registered"; });
+  waitUntilRunning(false);
+  desk.habits.endpointsBefore = "https://other.example/";
+  desk.tellEndpoints();  // which starts the agent
   waitUntil([&] { return condition("subscription").find("other.example") != std::string::npos; });
   EXPECT_EQ(webpush::parseSubscription(condition("subscription"))->p256dh, before.p256dh);
 
