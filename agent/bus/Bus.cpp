@@ -3,6 +3,8 @@
 #include <utility>
 #include <vector>
 
+#include "bus/Text.h"
+
 namespace VorselKelp::agent {
 namespace {
 
@@ -17,8 +19,7 @@ constexpr std::size_t longestMessage = 512;  // bytes; whoever sends an error is
 Error describe(ErrorPtr error) {
   const TextPtr name(g_dbus_error_get_remote_error(error.get()));
   g_dbus_error_strip_remote_error(error.get());
-  std::string text = error->message;
-  if (text.size() > longestMessage) text.resize(longestMessage);
+  auto text = shortText(error->message, longestMessage);
   for (auto& c : text) {
     if (g_ascii_iscntrl(c)) c = ' ';
   }

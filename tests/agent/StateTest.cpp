@@ -1,6 +1,7 @@
 #include <filesystem>
 
 #include "agent/AgentTest.h"
+#include "bus/Text.h"
 #include "state/State.h"
 
 namespace VorselKelp::agent {
@@ -45,6 +46,13 @@ TEST_F(StateTest, KeepsTheKeysBeforeForAWeek) {
   const auto later = *state->keys(100 + 7 * day + 1);
   ASSERT_EQ(later.size(), 1U);
   EXPECT_EQ(later[0].privateKey, "p2");
+}
+
+TEST(TextTest, IsCutBetweenCharacters) {
+  EXPECT_EQ(shortText("a\xc3\xa4", 3), "a\xc3\xa4");
+  EXPECT_EQ(shortText("a\xc3\xa4", 2), "a");
+  EXPECT_EQ(shortText("a\xc3", 9), "a\xef\xbf\xbd");
+  EXPECT_EQ(shortText("a\xc3", 3), "a");
 }
 
 }  // namespace
