@@ -6,6 +6,7 @@
 
 #include "VorselKelpPosix/LineSink.h"
 #include "VorselKelpWebPush/Endpoint.h"
+#include "bus/Text.h"
 
 namespace VorselKelp::agent {
 namespace {
@@ -17,7 +18,9 @@ using Outcome = RegistrationAnswer::Outcome;
 constexpr double firstPause = 60;
 constexpr double longestPause = 3600;
 
-constexpr std::size_t longestDescription = 100;  // bytes
+// Bytes. Reasons are a stranger's words.
+constexpr std::size_t longestDescription = 100;
+constexpr std::size_t longestReason = 512;
 
 double now() {
   return static_cast<double>(std::time(nullptr));
@@ -25,11 +28,6 @@ double now() {
 
 std::string newToken() {
   return freedesktop::TextPtr(g_uuid_string_random()).get();
-}
-
-std::string cut(std::string text) {
-  if (text.size() > longestDescription) text.resize(longestDescription);
-  return freedesktop::TextPtr(g_utf8_make_valid(text.c_str(), -1)).get();
 }
 
 }  // namespace
@@ -101,6 +99,7 @@ bool Registration::holds() const {
 }
 
 void Registration::settle(Condition condition) {
+  condition.reason = shortText(condition.reason, longestReason);
   if (condition == condition_) return;
   condition_ = std::move(condition);
   changed_();
@@ -123,12 +122,18 @@ void Registration::want() {
 void Registration::giveUp() {
   wanted_ = false;
   if (!distributor_.empty() && !token_.empty()) unregisterFrom(bus_, distributor_, token_);
-  token_.clear();
-  registeredIn_.clear();
+  forgetToken();
   const auto status =
       state_->set({{"wanted", {}}, {"token", {}}, {"endpoint", {}}, {"registeredIn", {}}, {"vapidKey", {}}});
   if (!status) posix::standardErrorLines()(status.error().description);
   settle({});
+}
+
+/// Whoever was asked about it may answer later, or never.
+void Registration::forgetToken() {
+  token_.clear();
+  registeredIn_.clear();
+  asking_ = false;
 }
 
 bool Registration::knows(const std::string& sender, const std::string& token) const {
@@ -139,10 +144,13 @@ void Registration::ownerIs(const std::string& name, const std::string& owner) {
   if (name == distributor_) {
     owner_ = owner;
     // A new one may have forgotten us.
-    if (wanted_ && !owner.empty() && !asking_ && registeredIn_ != session()) ask();
+    if (wanted_ && !owner.empty() && !asking_ && registeredIn_ != session())
+      token_.empty() ? choose() : ask();
     return;
   }
-  if (wanted_ && !owner.empty() && condition_.stage == Stage::pending && distributor_.empty()) choose();
+  const bool named = !options_.wanted.empty() && chooseDistributor({name}, options_.wanted) == name;
+  const bool needed = condition_.stage == Stage::pending && owner_.empty();
+  if (wanted_ && !owner.empty() && (named || needed)) choose();
 }
 
 void Registration::choose() {
@@ -170,7 +178,9 @@ void Registration::chosen(const std::string& distributor) {
   if (token_.empty()) return;
   asking_ = true;
   // The endpoint comes before the answer, and from nobody else.
-  findOwner([this] { ask(); });
+  findOwner([this, token = token_] {
+    if (token == token_) ask();
+  });
 }
 
 /// Another distributor or another sender begins with another token and other keys.
@@ -195,11 +205,14 @@ void Registration::renew() {
 
 void Registration::ask() {
   asking_ = true;
-  registerWith(bus_, {distributor_, options_.service, token_, cut(options_.description), options_.vapidKey},
+  registerWith(bus_,
+               {distributor_, options_.service, token_, shortText(options_.description, longestDescription),
+                options_.vapidKey},
                [this, weak = std::weak_ptr(alive_), token = token_](const RegistrationAnswer& answer) {
-                 if (weak.expired()) return;
+                 if (weak.expired() || token != token_) return;
                  asking_ = false;
-                 if (wanted_ && token == token_) answered(answer);
+                 answered(answer);
+                 if (condition_.stage == Stage::registered) changed_();
                });
 }
 
@@ -248,10 +261,10 @@ void Registration::newEndpoint(const std::string& sender, const std::string& tok
 }
 
 void Registration::unregistered(const std::string& sender, const std::string& token) {
-  const bool ours = token.empty() || token == token_;
+  // Without a token it may still confirm that an earlier one was removed.
+  const bool ours = token.empty() ? !registeredIn_.empty() : token == token_;
   if (sender.empty() || sender != owner_ || !ours || token_.empty()) return;
-  token_.clear();
-  registeredIn_.clear();
+  forgetToken();
   const auto status = state_->set({{"token", {}}, {"endpoint", {}}, {"registeredIn", {}}});
   if (!status) posix::standardErrorLines()(status.error().description);
   if (!wanted_) return;

@@ -39,7 +39,7 @@ class Registration {
     friend bool operator==(const Condition&, const Condition&) = default;
   };
 
-  /// `changed` comes with every new condition.
+  /// `changed` comes with every new condition, and when waits() may have ended.
   Registration(Bus& bus, std::shared_ptr<platform::MainQueue> mainQueue, RegistrationOptions options,
                std::function<void()> changed);
   ~Registration();
@@ -73,6 +73,7 @@ class Registration {
   void choose();
   void chosen(const std::string& distributor);
   void renew();
+  void forgetToken();
   void ask();
   void answered(const RegistrationAnswer& answer);
   void askAgainLater();

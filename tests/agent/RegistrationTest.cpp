@@ -44,8 +44,13 @@ TEST_F(RegistrationTest, WaitsForADistributorAndTakesTheFirstOrTheNamedOne) {
   describe(R"(,"remoteNotifications":{"distributor":"org.unifiedpush.Distributor.first"})");
   ask("Register");
   waitUntil([&] { return first.registrations().size() == 1 && second.registrations().empty(); });
+  killAgent();
+  describe(R"(,"remoteNotifications":{"distributor":"third"})");
+  ask("Register");
+  auto& third = startDistributor("third");
+  waitUntil([&] { return third.registrations().size() == 1 && first.registrations().empty(); });
   EXPECT_THAT(ask("Unregister"), HasSubstr("none"));
-  waitUntil([&] { return first.registrations().empty(); });
+  waitUntil([&] { return third.registrations().empty(); });
   EXPECT_EQ(condition("subscription"), "");
 }
 
@@ -67,6 +72,26 @@ TEST_F(RegistrationTest, SaysWhyThereIsNone) {
     killAgent();
   }
   desk.habits.refusal.clear();
+  subscribe();
+}
+
+TEST_F(RegistrationTest, IsNotConfusedByAnswersToWhatItAskedBefore) {
+  Habits habits;
+  habits.version = 1;
+  habits.answers = false;
+  habits.namesRemoved = false;
+  auto& desk = startDistributor("desk", habits);
+  ask("Register");
+  waitUntil([&] { return desk.asked == 1; });
+  ask("Unregister");
+  desk.habits.answers = true;
+  subscribe();
+  killAgent();
+  const auto before = desk.registrations().begin()->second.token;
+  describe(R"(,"remoteNotifications":{"vapidKey":"BKey"})");
+  ask("Register");
+  waitUntil(
+      [&] { return !desk.registrations().empty() && desk.registrations().begin()->second.token != before; });
   subscribe();
 }
 

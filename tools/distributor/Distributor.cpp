@@ -89,14 +89,15 @@ void Distributor::end() {
 }
 
 void Distributor::called(Call call, int version) {
-  const auto asked = read(call, version);
+  ++asked;
+  const auto given = read(call, version);
   const auto known = std::ranges::find_if(registrations_,
-                                          [&](const auto& each) { return each.second.token == asked.token; });
+                                          [&](const auto& each) { return each.second.token == given.token; });
   auto endpoint = known == registrations_.end() ? std::string() : known->first;
   if (call.method == "Register") {
     if (!habits.answers) return;
     if (!habits.refusal.empty()) return call.answer(outcome(version, habits.refusal));
-    if (endpoint.empty()) endpoint = adopt(asked);
+    if (endpoint.empty()) endpoint = adopt(given);
     const auto registration = registrations_.at(endpoint);
     if (habits.endpointFirst) tellEndpoint(endpoint, registration, false);
     call.answer(outcome(version, {}));
@@ -109,7 +110,8 @@ void Distributor::called(Call call, int version) {
   const auto registration = known->second;
   registrations_.erase(known);
   if (habits.confirms)
-    tell(registration, "Unregistered", g_variant_new_string(registration.token.c_str()), nullptr, nullptr);
+    tell(registration, "Unregistered",
+         g_variant_new_string(habits.namesRemoved ? registration.token.c_str() : ""), nullptr, nullptr);
 }
 
 std::string Distributor::adopt(const Registration& registration) {

@@ -18,6 +18,7 @@ struct Habits {
   bool answers = true;          ///< registrations and removals
   std::string refusal;          ///< the reason with which it refuses registrations; empty: it takes them
   bool confirms = true;         ///< a removal, by a call
+  bool namesRemoved = true;     ///< in that call, by its token
   std::string endpointsBefore;  ///< what an endpoint's path comes behind
 };
 
@@ -56,6 +57,7 @@ class Distributor {
   void unregisterAll();
 
   Habits habits;
+  std::size_t asked = 0;  ///< registrations and removals, answered or not
 
  private:
   void called(VorselKelp::agent::Call call, int version);
