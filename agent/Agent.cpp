@@ -87,7 +87,7 @@ Status Agent::start() {
         lookSoon();
       });
   intake_ = std::make_shared<Intake>(*state_, *registration_, queue_, store_->clock(), [this](auto serial) {
-    road_->add(serial);
+    if (serial) road_->add(*serial);
     lookSoon();
   });
   service_ = std::make_unique<PushService>(*bus_);

@@ -5,6 +5,7 @@
 #include "VorselKelpPosix/LineSink.h"
 #include "VorselKelpWebPush/Message.h"
 #include "glib/Pointers.h"
+#include "road/Clear.h"
 
 namespace VorselKelp::agent {
 namespace {
@@ -13,8 +14,13 @@ namespace {
 constexpr double writePatience = 20;
 constexpr double writePause = 1;
 
-/// That which its distributor gave the message, else its bytes'. Both look alike and never meet.
+constexpr std::size_t mostHeld = 10'000;
+
+/// That which its distributor gave the message, else its bytes'. They look alike and never meet.
 std::string nameOf(const std::string& id, const std::string& bytes) {
+  // In clear two that are alike are two; encrypted they differ.
+  if (id.empty() && isInClear(bytes))
+    return "clear-" + std::string(freedesktop::TextPtr(g_uuid_string_random()).get());
   const auto& named = id.empty() ? bytes : id;
   const freedesktop::TextPtr sum(g_compute_checksum_for_data(
       G_CHECKSUM_SHA256, reinterpret_cast<const guchar*>(named.data()), named.size()));
@@ -25,15 +31,22 @@ std::string nameOf(const std::string& id, const std::string& bytes) {
 
 Intake::Intake(StateThread& state, const Registration& registration,
                std::shared_ptr<platform::MainQueue> mainQueue, std::shared_ptr<platform::Clock> clock,
-               std::function<void(std::int64_t)> kept)
+               std::function<void(std::optional<std::int64_t>)> ended)
     : state_(state),
       registration_(registration),
       mainQueue_(std::move(mainQueue)),
       clock_(std::move(clock)),
-      kept_(std::move(kept)) {}
+      ended_(std::move(ended)) {}
 
 void Intake::take(const std::string& sender, const std::string& token, std::string bytes,
                   const std::string& id, ConnectorEvents::Acknowledge acknowledge) {
+  if (bytes.size() > webpush::mostEncrypted) {
+    // Refused it would come back for ever.
+    posix::standardErrorLines()("A message of " + std::to_string(bytes.size()) +
+                                " bytes is too long, and is dropped");
+    return acknowledge(Done{});
+  }
+  if (held_ == mostHeld) return acknowledge(Error{"Too many messages come at once"});
   ++held_;
   auto name = nameOf(id, bytes);
   Arrival arrival{sender, token, {std::move(name), std::move(bytes)}, clock_->now(), std::move(acknowledge)};
@@ -51,12 +64,6 @@ void Intake::judge(Arrival arrival) {
     posix::standardErrorLines()("A message came from a stranger");
     return answer(arrival, Error{"Nobody is registered here under this token"});
   }
-  if (arrival.message.bytes.size() > webpush::mostEncrypted) {
-    // Refused it would come back for ever.
-    posix::standardErrorLines()("A message of " + std::to_string(arrival.message.bytes.size()) +
-                                " bytes is too long, and is dropped");
-    return answer(arrival, Done{});
-  }
   keep(std::make_shared<Arrival>(std::move(arrival)));
 }
 
@@ -64,8 +71,7 @@ void Intake::keep(std::shared_ptr<Arrival> arrival) {
   state_.keep(arrival->message, clock_->now(),
               [self = shared_from_this(), arrival](Result<std::optional<std::int64_t>> serial) {
                 if (serial) {
-                  self->answer(*arrival, Done{});
-                  if (*serial) self->kept_(**serial);
+                  self->answer(*arrival, Done{}, *serial);
                   return;
                 }
                 if (self->clock_->now() - arrival->time >= writePatience) {
@@ -76,9 +82,10 @@ void Intake::keep(std::shared_ptr<Arrival> arrival) {
               });
 }
 
-void Intake::answer(Arrival& arrival, const Status& status) {
+void Intake::answer(Arrival& arrival, const Status& status, std::optional<std::int64_t> serial) {
   --held_;
   arrival.acknowledge(status);
+  ended_(serial);
 }
 
 }  // namespace VorselKelp::agent

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,9 +20,10 @@ namespace VorselKelp::agent {
 /// it. Main thread.
 class Intake : public std::enable_shared_from_this<Intake> {
  public:
-  /// `kept` hears of each message that waits to be shown, by its serial number.
+  /// `ended` hears of each message that was answered: by its serial number when it waits to be shown.
   Intake(StateThread& state, const Registration& registration, std::shared_ptr<platform::MainQueue> mainQueue,
-         std::shared_ptr<platform::Clock> clock, std::function<void(std::int64_t serial)> kept);
+         std::shared_ptr<platform::Clock> clock,
+         std::function<void(std::optional<std::int64_t> serial)> ended);
 
   /// Holds what comes until begin().
   void take(const std::string& sender, const std::string& token, std::string bytes, const std::string& id,
@@ -42,13 +44,13 @@ class Intake : public std::enable_shared_from_this<Intake> {
 
   void judge(Arrival arrival);
   void keep(std::shared_ptr<Arrival> arrival);
-  void answer(Arrival& arrival, const Status& status);
+  void answer(Arrival& arrival, const Status& status, std::optional<std::int64_t> serial = {});
 
   StateThread& state_;
   const Registration& registration_;
   const std::shared_ptr<platform::MainQueue> mainQueue_;
   const std::shared_ptr<platform::Clock> clock_;
-  const std::function<void(std::int64_t)> kept_;
+  const std::function<void(std::optional<std::int64_t>)> ended_;
   bool begun_ = false;
   std::size_t held_ = 0;
   std::vector<Arrival> early_;

@@ -4,6 +4,7 @@
 
 #include "VorselKelpPosix/LineSink.h"
 #include "VorselKelpWebPush/Message.h"
+#include "road/Clear.h"
 
 namespace VorselKelp::agent {
 namespace {
@@ -37,12 +38,11 @@ void Road::go() {
 
 void Road::begin(std::int64_t serial) {
   auto message = parts_.state->state().message(serial);
-  if (!message) {
-    posix::standardErrorLines()(message.error().description);
-    return leave();
-  }
+  if (!message) return later(serial, message.error());
   if (!*message) return leave();
-  auto payload = read(**message);
+  const auto keys = parts_.state->state().keys(parts_.clock->now());
+  if (!keys) return later(serial, keys.error());
+  auto payload = read(**message, *keys);
   if (!payload) return drop(serial, payload.error().description);
   system::PushAnswers answers;
   answers.result = [weak = weak_from_this(), serial, payload = *payload](Result<system::PushResult> result) {
@@ -60,15 +60,14 @@ void Road::begin(std::int64_t serial) {
   parts_.delivery->deliver({(*message)->identifier, *std::move(payload), {}}, std::move(answers));
 }
 
-Result<std::string> Road::read(const Message& message) {
-  if (options_.plaintext && message.bytes.starts_with('{')) return message.bytes;
-  auto keys = parts_.state->state().keys(parts_.clock->now());
-  if (!keys) return keys.error();
+/// Encrypted ones begin with any byte, also with that of a payload in clear.
+Result<std::string> Road::read(const Message& message, const std::vector<webpush::ReceiverKeys>& keys) const {
   Result<std::string> text = Error{"there are no keys"};
-  for (const auto& pair : *keys) {
+  for (const auto& pair : keys) {
     text = webpush::decrypt(message.bytes, pair);
-    if (text) break;
+    if (text) return text;
   }
+  if (options_.plaintext && isInClear(message.bytes)) return message.bytes;
   return text;
 }
 
@@ -85,7 +84,9 @@ void Road::show(std::int64_t serial, platform::NotificationRequest request) {
   parts_.center->deliver(request, [weak = weak_from_this(), serial, request](const Status& shown) mutable {
     const auto self = weak.lock();
     if (!self) return;
-    if (!shown) return self->refused(serial, std::move(request), shown.error());
+    // The user may have forbidden them while this one waited.
+    if (!shown && mayNotify(self->parts_.store->authorization()))
+      return self->refused(serial, std::move(request), shown.error());
     self->parts_.state->drop(serial);
     self->leave();
   });
@@ -93,6 +94,17 @@ void Road::show(std::int64_t serial, platform::NotificationRequest request) {
 
 void Road::refused(std::int64_t serial, platform::NotificationRequest request, const Error& reason) {
   unshown_.emplace(serial, std::move(request));
+  stand(reason);
+}
+
+/// What can't be read now is not lost for that.
+void Road::later(std::int64_t serial, const Error& reason) {
+  waiting_.push_front(serial);
+  --underWay_;
+  stand(reason);
+}
+
+void Road::stand(const Error& reason) {
   if (std::exchange(standing_, true)) return;
   posix::standardErrorLines()("Notifications wait to be shown: " + reason.description);
   parts_.mainQueue->asyncAfter(showPause, [weak = weak_from_this()] {

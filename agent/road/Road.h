@@ -34,7 +34,8 @@ struct RoadParts {
 
 /// Takes messages from where they wait to the user: decrypts them, has the service extension change them, and
 /// shows them; what is silent goes to the application. A message waits until it was shown: when nobody shows
-/// it the road stands still, until tryAgain() or a minute has passed. Main thread.
+/// it, or it can't be read from the disk, the road stands still, until tryAgain() or a minute has passed.
+/// Main thread.
 class Road : public std::enable_shared_from_this<Road> {
  public:
   Road(RoadParts parts, RoadOptions options);
@@ -55,10 +56,13 @@ class Road : public std::enable_shared_from_this<Road> {
 
   void go();
   void begin(std::int64_t serial);
-  Result<std::string> read(const Message& message);
+  [[nodiscard]] Result<std::string> read(const Message& message,
+                                         const std::vector<webpush::ReceiverKeys>& keys) const;
   void changed(std::int64_t serial, const std::string& payload, system::PushResult result);
   void show(std::int64_t serial, platform::NotificationRequest request);
   void refused(std::int64_t serial, platform::NotificationRequest request, const Error& reason);
+  void later(std::int64_t serial, const Error& reason);
+  void stand(const Error& reason);
   void hand(Silent silent);
   void leave();
   void drop(std::int64_t serial, const std::string& reason);

@@ -69,6 +69,18 @@ TEST_F(DeliveryTest, DropsWhatNobodyCanReadAndRefusesStrangers) {
   EXPECT_THAT(lines(), HasSubstr("A message of 4097 bytes is too long, and is dropped"));
 }
 
+TEST_F(DeliveryTest, ReadsWhatMayComeInClear) {
+  NotificationServer server(address);
+  killAgent();
+  describe(R"(,"remoteNotifications":{"plaintext":true})");
+  for (int i = 0; i < 2; ++i) sendBytes(*desk, payload("in clear"));
+  auto encrypted = std::string();
+  while (!encrypted.starts_with('{')) encrypted = *webpush::encrypt(payload("encrypted"), *subscription);
+  for (int i = 0; i < 2; ++i) sendBytes(*desk, encrypted);
+  waitUntil([&] { return acknowledged == 4 && server.shown.size() == 3; });
+  EXPECT_EQ(server.shown.back().title, "encrypted");
+}
+
 TEST_F(DeliveryTest, WaitsForSomebodyWhoShows) {
   for (const char* title : {"one", "two", "three"}) send(*desk, payload(title));
   waitUntil([&] { return acknowledged == 3; });
