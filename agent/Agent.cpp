@@ -106,6 +106,7 @@ void Agent::owned() {
 }
 
 void Agent::stateOpened() {
+  watchOthers();
   registration_->begin(state_->state(), [this] {
     bus_->findOwner(notificationServer, [this](std::string owner) {
       server_ = std::move(owner);
@@ -123,7 +124,6 @@ void Agent::begin() {
   begun_ = true;
   intake_->begin();
   service_->begin();
-  watchOthers();
   lookSoon();
 }
 
@@ -230,11 +230,11 @@ ConnectorEvents Agent::connectorEvents() {
 void Agent::watchOthers() {
   bus_->watchOwners(notificationServer, false, [this](const std::string&, const std::string& owner) {
     server_ = owner;
-    if (!owner.empty()) road_->tryAgain();
+    if (!owner.empty() && begun_) road_->tryAgain();
   });
   bus_->watchOwners(description_.bundleIdentifier.c_str(), false,
                     [this](const std::string&, const std::string& owner) {
-                      if (!owner.empty()) road_->applicationRuns();
+                      if (!owner.empty() && begun_) road_->applicationRuns();
                     });
 }
 
@@ -300,12 +300,12 @@ void Agent::leave() {
 void Agent::left() {
   if (!begun_) return end(0);
   if (!intake_->idle()) return queue_->asyncAfter(answerPause, [this] { left(); });
-  if (told_ || road_->idle()) return bus_->flush([this] { end(0); });
+  if (told_ || idle()) return bus_->flush([this] { end(0); });
   // Nobody goes on with what came at the last moment, unless a later call has activated a successor.
   bus_->requestName(name_, [this](const Result<bool>& ours) {
     if (!ours || !*ours) return bus_->flush([this] { end(0); });
     leaving_ = false;
-    lookSoon();
+    told_ ? leave() : lookSoon();
   });
 }
 
