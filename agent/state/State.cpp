@@ -19,6 +19,7 @@ using posix::Statement;
 constexpr double day = 24 * 3600;
 constexpr double keysKept = 7 * day;
 constexpr std::int64_t mostWaiting = 10'000;
+constexpr int othersPatience = 2000;  // milliseconds; who looks into it from outside has it for a moment
 
 constexpr const char* schema = R"(
 BEGIN EXCLUSIVE;
@@ -80,6 +81,7 @@ Result<std::unique_ptr<State>> State::open(const std::string& folder) {
       sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
   Database database(opened);
   if (code != SQLITE_OK) return unusable(path, lastError(opened));
+  sqlite3_busy_timeout(opened, othersPatience);
   if (!execute(opened, "PRAGMA journal_mode = WAL") || !execute(opened, schema))
     return unusable(path, lastError(opened));
   posix::syncFolder(folder);

@@ -15,6 +15,7 @@ constexpr std::size_t together = 256;
 }  // namespace
 
 StateThread::~StateThread() {
+  writeSoon();  // what could not be written before
   queue_.close();
 }
 
@@ -69,10 +70,23 @@ void StateThread::writeAll() {
     std::swap(changes, changes_);
   }
   if (!changes.dropped.empty() || !changes.shown.empty()) {
-    if (const auto status = state_->apply(changes); !status)
+    if (const auto status = state_->apply(changes); !status) {
       posix::standardErrorLines()(status.error().description);
+      putBack(std::move(changes));
+    }
   }
   if (!batch.empty()) keepAll(std::move(batch));
+}
+
+/// They are written with what comes next, or else a message that was shown would be shown again.
+void StateThread::putBack(State::Changes changes) {
+  const std::lock_guard lock(mutex_);
+  const auto prepend = [](auto& before, auto& behind) {
+    before.insert(before.end(), std::move_iterator(behind.begin()), std::move_iterator(behind.end()));
+    behind = std::move(before);
+  };
+  prepend(changes.dropped, changes_.dropped);
+  prepend(changes.shown, changes_.shown);
 }
 
 void StateThread::keepAll(std::vector<Keeping> batch) {

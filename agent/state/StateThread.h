@@ -46,6 +46,7 @@ class StateThread {
 
   void writeSoon();
   void writeAll();
+  void putBack(State::Changes changes);
   void keepAll(std::vector<Keeping> batch);
 
   const std::shared_ptr<platform::MainQueue> mainQueue_;

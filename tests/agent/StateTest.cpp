@@ -1,8 +1,12 @@
+#include <signal.h>
+#include <sys/resource.h>
+
 #include <filesystem>
 
+#include "VorselKelpFreedesktop/MainQueue.h"
 #include "agent/AgentTest.h"
 #include "bus/Text.h"
-#include "state/State.h"
+#include "state/StateThread.h"
 
 namespace VorselKelp::agent {
 namespace {
@@ -36,6 +40,43 @@ TEST_F(StateTest, KeepsWhatItTookAndKnowsWhatCameWithinADay) {
   EXPECT_TRUE(state->shown("another desk")->empty());
   const auto rights = std::filesystem::status(folder + "/push/agent.sqlite").permissions();
   EXPECT_EQ(rights, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+}
+
+TEST_F(StateTest, WritesLaterWhatTheDiskRefused) {
+  const auto queue = freedesktop::makeMainQueue();
+  const auto waitFor = [](const bool& done) {
+    while (!done) g_main_context_iteration(nullptr, TRUE);
+  };
+  {
+    StateThread thread(queue);
+    Result<std::optional<std::int64_t>> kept = Error{""};
+    const auto keep = [&](const char* name) {
+      bool done = false;
+      thread.keep({name, "1"}, 1000, [&](auto serial) {
+        kept = std::move(serial);
+        done = true;
+      });
+      waitFor(done);
+    };
+    bool opened = false;
+    thread.open(folder, [&](const Status&) { opened = true; });
+    waitFor(opened);
+    keep("a");
+    ASSERT_TRUE(kept && *kept);
+    const auto first = **kept;
+
+    rlimit limit{};
+    ::getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit none{1, limit.rlim_max};
+    const auto before = ::signal(SIGXFSZ, SIG_IGN);
+    ::setrlimit(RLIMIT_FSIZE, &none);
+    thread.drop(first);
+    keep("b");
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+    ::signal(SIGXFSZ, before);
+    EXPECT_FALSE(kept);
+  }
+  EXPECT_TRUE((*State::open(folder))->waiting()->empty());
 }
 
 TEST_F(StateTest, KeepsTheKeysBeforeForAWeek) {
