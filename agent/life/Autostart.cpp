@@ -22,7 +22,7 @@ std::string quoted(const std::string& word) {
   std::string text = "\"";
   for (const char c : word) {
     if (c == '"' || c == '`' || c == '$' || c == '\\') text += "\\\\";  // the file has an escape of its own
-    if (c == '%') text += '%';
+    if (c == '%' || c == '\\') text += c;
     text += c;
   }
   return text + "\"";

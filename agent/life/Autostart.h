@@ -8,7 +8,7 @@ namespace VorselKelp::agent {
 /// autostart folder, where one is. Main thread.
 class Autostart {
  public:
-  /// `service` is the agent's name on the bus, `command` what starts it, as the words of a command line.
+  /// `service` is the agent's name on the bus, `name` its application's, for the user; the file is absolute.
   Autostart(std::string service, std::string name, std::string descriptionFile);
 
   /// Writes the entry, or removes it; does nothing when it is so already. What prevents it is a line on
