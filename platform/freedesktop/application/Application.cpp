@@ -115,7 +115,7 @@ class DesktopApplication final : public Application, public std::enable_shared_f
            std::chrono::steady_clock::now() < end)
       g_main_context_iteration(nullptr, TRUE);
     g_source_remove(timer);
-    if (taps_ > 0) posix::standardErrorLines()("The application ended before it could handle a tap");
+    if (!taps_->idle()) posix::standardErrorLines()("The application ended before it could handle a tap");
     session_->close();
     center_->endQuestion();
     queue_->close();
