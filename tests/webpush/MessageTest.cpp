@@ -154,6 +154,8 @@ TEST_F(MessageTest, ARequestSaysWhatAPushServiceAsksFor) {
   ASSERT_TRUE(bare.ok()) << whyNot(bare);
   EXPECT_EQ(bare->headers, Headers(expected.begin(), expected.begin() + 3));
   EXPECT_THAT(whyNot(makeRequest("", subscription_, {0, "urgent", "", ""})), HasSubstr("none of very-low"));
+  for (const auto& topic : {std::string("a\r\nb"), std::string(33, 'a')})
+    EXPECT_THAT(whyNot(makeRequest("", subscription_, {.topic = topic})), HasSubstr("The topic"));
   EXPECT_THAT(whyNot(makeRequest(std::string(3994, 'x'), subscription_, {})), HasSubstr("3993 at most"));
 }
 

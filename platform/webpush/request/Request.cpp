@@ -17,12 +17,21 @@ bool isUrgency(const std::string& word) {
                              [&](const char* each) { return word == each; });
 }
 
+bool isTopic(const std::string& topic) {
+  return topic.size() <= topicSize && std::ranges::all_of(topic, [](char c) {
+           return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
+                  c == '_';
+         });
+}
+
 }  // namespace
 
 Result<platform::URLRequest> makeRequest(std::string_view text, const Subscription& subscription,
                                          const RequestOptions& options) {
   if (!options.urgency.empty() && !isUrgency(options.urgency))
     return Error{"The urgency is none of very-low, low, normal and high"};
+  if (!isTopic(options.topic))
+    return Error{"The topic is not of 32 letters, digits, \"-\" and \"_\" at most"};
   auto body = encrypt(text, subscription);
   if (!body) return body.error();
   platform::URLRequest request;

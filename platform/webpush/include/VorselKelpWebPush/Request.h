@@ -19,14 +19,15 @@ struct RequestOptions {
   std::uint32_t ttl = 0;
   /// "very-low", "low", "normal" or "high"; empty: left to the service, which takes "normal".
   std::string urgency{};
-  /// A message that waits is replaced by the next one of the same topic; see topicOf(). Empty: none.
+  /// A message that waits is replaced by the next one of the same topic: 32 characters of base64url at most;
+  /// see topicOf(). Empty: none.
   std::string topic{};
   /// From vapidAuthorization(); empty: the sender stays unknown.
   std::string authorization{};
 };
 
-/// Posts the text, encrypted for the subscription. Errors are those of encrypt(), and an urgency that there
-/// is not.
+/// Posts the text, encrypted for the subscription. Errors are those of encrypt(), and an urgency or a
+/// topic that there is not.
 VORSELKELP_API Result<platform::URLRequest> makeRequest(std::string_view text,
                                                         const Subscription& subscription,
                                                         const RequestOptions& options);
