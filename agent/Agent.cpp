@@ -107,12 +107,13 @@ void Agent::owned() {
 
 void Agent::stateOpened() {
   watchOthers();
-  registration_->begin(state_->state(), [this] {
+  const auto begun = registration_->begin(state_->state(), [this] {
     bus_->findOwner(notificationServer, [this](std::string owner) {
       server_ = std::move(owner);
       begin();
     });
   });
+  if (!begun) fail(begun.error());
 }
 
 void Agent::begin() {

@@ -41,15 +41,19 @@ Registration::Registration(Bus& bus, std::shared_ptr<platform::MainQueue> mainQu
 
 Registration::~Registration() = default;
 
-void Registration::begin(State& state, platform::UniqueFunction<void()> known) {
+Status Registration::begin(State& state, platform::UniqueFunction<void()> known) {
   state_ = &state;
-  load();
+  if (const auto status = load(); !status) return status;
   const auto weak = std::weak_ptr(alive_);
   bus_.watchOwners(distributorNames, true, [this, weak](const std::string& name, const std::string& owner) {
     if (!weak.expired()) ownerIs(name, owner);
   });
-  if (distributor_.empty()) return goOn(std::move(known));
-  findOwner([this, known = std::move(known)]() mutable { goOn(std::move(known)); });
+  if (distributor_.empty()) {
+    goOn(std::move(known));
+  } else {
+    findOwner([this, known = std::move(known)]() mutable { goOn(std::move(known)); });
+  }
+  return Done{};
 }
 
 void Registration::goOn(platform::UniqueFunction<void()> known) {
@@ -68,10 +72,11 @@ void Registration::findOwner(platform::UniqueFunction<void()> found) {
                  });
 }
 
-void Registration::load() {
-  const auto read = [this](const char* name) {
+Status Registration::load() {
+  Status status = Done{};
+  const auto read = [&](const char* name) {
     const auto value = state_->setting(name);
-    if (!value) posix::standardErrorLines()(value.error().description);
+    if (!value) status = value.error();
     return value ? value->value_or("") : std::string();
   };
   wanted_ = read("wanted") == "yes";
@@ -80,11 +85,14 @@ void Registration::load() {
   vapidKey_ = read("vapidKey");
   registeredIn_ = read("registeredIn");
   const auto endpoint = read("endpoint");
-  if (const auto keys = state_->keys(now()); keys && !keys->empty()) keys_ = keys->front();
-  if (!wanted_) return;
+  const auto keys = state_->keys(now());
+  if (!keys) return keys.error();
+  if (!keys->empty()) keys_ = keys->front();
+  if (!status || !wanted_) return status;
   condition_ = {Stage::pending, "The distributor has not answered yet", {}};
   if (!endpoint.empty() && !keys_.publicKey.empty())
     condition_ = {Stage::registered, {}, webpush::Subscription{endpoint, keys_.auth, keys_.publicKey}};
+  return status;
 }
 
 std::string Registration::session() const {

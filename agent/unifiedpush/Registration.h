@@ -46,8 +46,8 @@ class Registration {
   Registration(const Registration&) = delete;
   Registration& operator=(const Registration&) = delete;
 
-  /// Goes on from what the state has. `known` comes when knows() can tell.
-  void begin(State& state, platform::UniqueFunction<void()> known);
+  /// Goes on from what the state has. `known` comes when knows() can tell, unless the state can't be read.
+  Status begin(State& state, platform::UniqueFunction<void()> known);
 
   void want();
   void giveUp();
@@ -64,7 +64,7 @@ class Registration {
   void unregistered(const std::string& sender, const std::string& token);
 
  private:
-  void load();
+  Status load();
   void goOn(platform::UniqueFunction<void()> known);
   void settle(Condition condition);
   void fail(const Error& error);
