@@ -301,7 +301,7 @@ void Agent::leave() {
 void Agent::left() {
   if (!begun_) return end(0);
   if (!intake_->idle()) return queue_->asyncAfter(answerPause, [this] { left(); });
-  if (told_ || idle()) return bus_->flush([this] { end(0); });
+  if (told_ || (!busy() && !waits())) return bus_->flush([this] { end(0); });
   // Nobody goes on with what came at the last moment, unless a later call has activated a successor.
   bus_->requestName(name_, [this](const Result<bool>& ours) {
     if (!ours || !*ours) return bus_->flush([this] { end(0); });
