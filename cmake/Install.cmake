@@ -8,8 +8,9 @@ configure_package_config_file(
   PATH_VARS CMAKE_INSTALL_DATADIR)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/VorselKelpConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/VorselKelpConfig.cmake ${PROJECT_BINARY_DIR}/VorselKelpConfigVersion.cmake
-              cmake/ShortLived.cmake
+              cmake/ShortLived.cmake cmake/InstallApplication.cmake
         DESTINATION ${package})
+install(DIRECTORY cmake/application DESTINATION ${package})
 install(
   EXPORT VorselKelpTargets
   NAMESPACE VorselKelp::

@@ -7,6 +7,7 @@
 #include "VorselKelp/VorselKellp.h"
 #include "VorselKelpGtk/Attach.h"
 #include "VorselKelpGtk/Carousel.h"
+#include "VorselKelpSystem/Description.h"
 #include "VorselKelpWebKit/WebViews.h"
 
 using namespace VorselKelp;
@@ -66,7 +67,7 @@ int main(int argc, char** argv) {
   // Another description serves for another server.
   const char* description = g_getenv("READER_DESCRIPTION");
   reader.push = gtk::attach(
-      application, description != nullptr ? description : READER_DESCRIPTION,
+      application, description != nullptr ? description : system::installedDescription("com.example.reader"),
       {.configure = [](VorselBuilder& builder) { builder.push().scheduleNotifications(24 * 3600); },
        .overlay = [&] { return reader.window.overlay(); },
        .openArticle = [&](const std::string& url) { return reader.window.open(url); },

@@ -51,6 +51,14 @@ std::vector<fs::path> sharedFolders() {
 
 }  // namespace
 
+std::optional<std::string> findSharedFile(std::string_view path) {
+  for (const auto& folder : sharedFolders()) {
+    std::error_code error;
+    if (auto file = folder / path; fs::exists(file, error)) return file.string();
+  }
+  return std::nullopt;
+}
+
 std::optional<std::string> readResource(std::string_view name) {
   if (name.empty() || name.find('/') != std::string_view::npos) return std::nullopt;
   for (const auto& folder : sharedFolders()) {

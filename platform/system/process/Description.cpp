@@ -5,6 +5,7 @@
 
 #include "VorselKelp/JSONText.h"
 #include "VorselKelpPosix/FileIO.h"
+#include "VorselKelpPosix/Resources.h"
 #include "VorselKelpPosix/SafeName.h"
 #include "VorselKelpSystem/ObjectReader.h"
 
@@ -103,6 +104,11 @@ Result<Description> loadDescription(const std::string& path) {
   if (!description) return Error{"The description " + path + " is wrong: " + description.error().description};
   makeProgramsAbsolute(description->programs, path);
   return description;
+}
+
+std::string installedDescription(const std::string& identifier) {
+  const auto path = identifier + "/" + identifier + ".json";
+  return posix::findSharedFile(path).value_or("share/" + path);
 }
 
 Folders foldersOf(const Description& description) {

@@ -55,6 +55,10 @@ VORSELKELP_API Result<Description> loadDescription(const std::string& path);
 /// The same from the file's text.
 VORSELKELP_API Result<Description> parseDescription(std::string_view text);
 
+/// The file of an application that is installed: `<identifier>/<identifier>.json` where shared data lies,
+/// beside this program first. That path below "share" when it is nowhere, for loadDescription() to say so.
+VORSELKELP_API std::string installedDescription(const std::string& identifier);
+
 /// For files that hold more than a description: takes its members out of the object. What is wrong is the
 /// reader's to say.
 VORSELKELP_API void readDescription(ObjectReader& reader, Description& description);
