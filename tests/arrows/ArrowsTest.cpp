@@ -53,6 +53,7 @@ const std::vector<Room> house{
     {"platform/freedesktop", "VorselKelpFreedesktop glib", "VorselKelpSystem", "POSIX GLib"},
     {"platform/gtk", "VorselKelpGtk", "VorselKelpFreedesktop glib", "GTK"},
     {"platform/webkit", "VorselKelpWebKit", "VorselKelpGtk glib", "WebKitGTK GLib"},
+    {"agent", "bus", "VorselKelpFreedesktop VorselKelpWebPush glib", "POSIX SQLite GLib"},
     {"platform/simulator", "VorselKelpSimulator", "VorselKelpSystem", "POSIX SQLite"},
     {"platform/simulator/window", "VorselKelpSimulatorScreen window", "VorselKelpSimulator VorselKelpWebKit",
      "GTK"},
@@ -65,6 +66,7 @@ const std::vector<Room> house{
     // Thousands of devices in one process are cores of their own, on a platform in memory.
     {"tools/brellixctl", "brellixctl",
      "VorselKelpSimulator VorselKelpWebPush collection_server kellp VorselKelpTesting", "POSIX CLI11"},
+    {"tools/distributor", "distributor", "bus", "POSIX CLI11 httplib"},
     {"benchmarks", "", "facade VorselKelpPosix VorselKelpWebPush VorselKelpWebKit VorselKelpTesting",
      "POSIX Boost SQLite giflib httplib benchmark OpenSSL WebKitGTK"},
     {"fuzz", "", "facade VorselKelpPosix VorselKelpWebPush VorselKelpTesting records", ""},
