@@ -14,6 +14,8 @@ using namespace VorselKelp;
 
 namespace {
 
+constexpr double day = 24 * 3600;  // seconds
+
 struct Reader {
   ReaderWindow window;
   std::shared_ptr<gtk::Attached> push;
@@ -64,11 +66,16 @@ int main(int argc, char** argv) {
                      static_cast<Reader*>(self)->window.show(app);
                    }),
                    &reader);
-  // Another description serves for another server.
+  // Another description serves for another server, other seconds for an impatient reader.
   const char* description = g_getenv("READER_DESCRIPTION");
   reader.push = gtk::attach(
       application, description != nullptr ? description : system::installedDescription("com.example.reader"),
-      {.configure = [](VorselBuilder& builder) { builder.push().scheduleNotifications(24 * 3600); },
+      {.configure =
+           [](VorselBuilder& builder) {
+             const char* reminder = g_getenv("READER_REMINDER");
+             builder.push().scheduleNotifications(reminder != nullptr ? g_ascii_strtod(reminder, nullptr)
+                                                                      : day);
+           },
        .overlay = [&] { return reader.window.overlay(); },
        .openArticle = [&](const std::string& url) { return reader.window.open(url); },
        .openCampaign = [&](const auto& campaign) { showCampaign(reader, campaign); },
