@@ -3,6 +3,7 @@
 import json
 import os
 import re
+import signal
 import subprocess
 import time
 import urllib.request
@@ -141,11 +142,11 @@ class Desk:
     def has(self, name):
         return self.ask_bus("NameHasOwner", name) == "(true,)"
 
-    def stop_reader(self):
-        """Its process ends as at the end of a session."""
-        number = self.ask_bus("GetConnectionUnixProcessID", READER)
-        os.kill(int(re.search(r"uint32 (\d+)", number).group(1)), 15)
-        wait("the application ends", lambda: not self.has(READER))
+    def stop(self, name):
+        """Ends the process that has a name on the bus, as the session's end does."""
+        number = self.ask_bus("GetConnectionUnixProcessID", name)
+        os.kill(int(re.search(r"uint32 (\d+)", number).group(1)), signal.SIGTERM)
+        wait(f"{name} ends", lambda: not self.has(name))
 
     def window(self, title):
         return self.run("xdotool", "search", "--onlyvisible", "--name", title)

@@ -129,7 +129,7 @@ class Road:
         self.say("distributor", f"it has registered {READER}.Push")
 
     def notify(self):
-        self.desk.stop_reader()
+        self.desk.stop(READER)
         self.say("end", "the application was ended")
         self.shown(["Storm over the bay", "Follow", "Map"], lambda: self.push("storm", storm(self.desk.url)))
         wait("its picture", lambda: self.desk.look().count(SUN) > 20)
@@ -152,7 +152,7 @@ class Road:
         self.say("click tracker", "the click was tracked: GET /track/click?id=storm")
 
     def hand_over(self):
-        self.desk.stop_reader()
+        self.desk.stop(READER)
         count = len(self.notifications())
         self.push("beacons", BEACONS)
         wait("the application has it", lambda: "1 beacons" in self.desk.lines("session"))
@@ -171,6 +171,6 @@ class Road:
     def remind(self):
         entry = f"{self.desk.environment['XDG_CONFIG_HOME']}/autostart/{READER}.Push.desktop"
         wait("the agent starts with the next session", lambda: os.path.exists(entry))
-        self.shown(["Come back to your reading"], self.desk.stop_reader, 70)
+        self.shown(["Come back to your reading"], lambda: self.desk.stop(READER), 70)
         wait("the application stays ended", lambda: not self.desk.has(READER), 0)
         self.say("reminder", "the agent woke for the reminder, while the application does not run", self.desk.settled())
