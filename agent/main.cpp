@@ -1,6 +1,8 @@
 // vorsel-push-agent: gets an application its push messages while it does not run. One for each application,
 // started by the session's bus.
 
+#include <malloc.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -62,6 +64,8 @@ int main(int argc, char** argv) {
                  description->bundleIdentifier.c_str());
     return 2;
   }
+  // Its threads mostly wait; a heap for each would be memory that is never used again.
+  ::mallopt(M_ARENA_MAX, 1);
   agent::AgentOptions options;
   options.descriptionFile = file;
   options.idleSeconds = arguments->idle;

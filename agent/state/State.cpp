@@ -82,7 +82,8 @@ Result<std::unique_ptr<State>> State::open(const std::string& folder) {
   Database database(opened);
   if (code != SQLITE_OK) return unusable(path, lastError(opened));
   sqlite3_busy_timeout(opened, othersPatience);
-  if (!execute(opened, "PRAGMA journal_mode = WAL") || !execute(opened, schema))
+  // 256 KiB: no two steps look at the same pages.
+  if (!execute(opened, "PRAGMA cache_size = -256; PRAGMA journal_mode = WAL") || !execute(opened, schema))
     return unusable(path, lastError(opened));
   posix::syncFolder(folder);
   return std::unique_ptr<State>(new State(*std::move(lock), std::move(database), path));
