@@ -73,10 +73,6 @@ Result<std::string> Road::read(const Message& message, const std::vector<webpush
 
 void Road::changed(std::int64_t serial, const std::string& payload, system::PushResult result) {
   if (result.kind == RemoteKind::silent) return hand({serial, payload});
-  if (!mayNotify(parts_.store->authorization())) {
-    parts_.state->drop(serial);
-    return leave();
-  }
   show(serial, std::move(result.request));
 }
 
@@ -84,7 +80,7 @@ void Road::show(std::int64_t serial, platform::NotificationRequest request) {
   parts_.center->deliver(request, [weak = weak_from_this(), serial, request](const Status& shown) mutable {
     const auto self = weak.lock();
     if (!self) return;
-    // The user may have forbidden them while this one waited.
+    // What the user forbids waits for nobody.
     if (!shown && mayNotify(self->parts_.store->authorization()))
       return self->refused(serial, std::move(request), shown.error());
     self->parts_.state->drop(serial);
