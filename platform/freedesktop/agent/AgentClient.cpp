@@ -90,7 +90,11 @@ void AgentClient::look() {
 void AgentClient::takeAway(const std::vector<std::string>& identifiers) {
   GVariantBuilder list;
   g_variant_builder_init(&list, G_VARIANT_TYPE("as"));
-  for (const auto& identifier : identifiers) g_variant_builder_add(&list, "s", identifier.c_str());
+  for (const auto& identifier : identifiers) {
+    // The bus takes no other, and no notification has one.
+    if (g_utf8_validate(identifier.c_str(), -1, nullptr))
+      g_variant_builder_add(&list, "s", identifier.c_str());
+  }
   call("TakeAway", hold(g_variant_new("(as)", &list)), "()", [](const Result<VariantPtr>&) {});
 }
 
