@@ -122,6 +122,10 @@ std::string AgentTest::ask(const char* method) {
   return answer ? freedesktop::TextPtr(g_variant_print(answer.get(), FALSE)).get() : "";
 }
 
+void AgentTest::takeAway(const char* identifier) {
+  callAgent("org.vorselkelp.PushAgent1", "TakeAway", g_variant_new_parsed("([%s],)", identifier));
+}
+
 std::string AgentTest::condition(const char* member) {
   const auto answer = callAgent("org.freedesktop.DBus.Properties", "Get",
                                 g_variant_new("(ss)", "org.vorselkelp.PushAgent1", "Condition"));

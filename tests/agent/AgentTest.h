@@ -58,6 +58,8 @@ class AgentTest : private AgentFolder, public freedesktop::BusTest {
   std::string ask(const char* method);
   /// Its condition's "stage", or its "subscription" and so on; empty: there is none.
   std::string condition(const char* member);
+  /// The application has removed a notification.
+  void takeAway(const char* identifier);
   /// Registers, and waits for the subscription.
   webpush::Subscription subscribe();
   /// Sends a payload to the one registration of a distributor; the answer comes by waiting().

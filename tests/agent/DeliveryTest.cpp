@@ -119,6 +119,18 @@ TEST_F(DeliveryTest, GoesOnWhereAKilledOneStopped) {
   EXPECT_THAT(reader.activations[0].target, HasSubstr("bytes-"));
 }
 
+TEST_F(DeliveryTest, DropsWhatTheUserForbids) {
+  NotificationServer server(address);
+  store->setAuthorization(platform::AuthorizationStatus::denied);
+  send(*desk, payload("one"));
+  waitUntil([&] { return acknowledged == 1; });
+  waitUntilRunning(false);
+  store->setAuthorization(platform::AuthorizationStatus::authorized);
+  send(*desk, payload("two"));
+  waitUntil([&] { return !server.shown.empty(); });
+  EXPECT_EQ(server.shown[0].title, "two");
+}
+
 TEST_F(DeliveryTest, HandsTapsToTheApplicationAndKeepsThemForItsNextStart) {
   NotificationServer server(address);
   send(*desk, payload("one"));
@@ -142,18 +154,20 @@ TEST_F(DeliveryTest, HandsTapsToTheApplicationAndKeepsThemForItsNextStart) {
 TEST_F(DeliveryTest, HandsSilentOnesToTheApplicationOnceItRuns) {
   NotificationServer server(address);
   const std::string silent = R"({"aps":{"content-available":1},"x":1})";
+  const std::string line = "A silent notification waits for the application";
   send(*desk, silent, "1");
+  waitUntil([&] { return lines().find(line) != std::string::npos; });
   send(*desk, silent, "2");
-  waitUntil(
-      [&] { return lines().find("A silent notification waits for the application") != std::string::npos; });
-  waitUntil([&] { return acknowledged == 2; });
+  send(*desk, payload("end"));
+  waitUntil([&] { return server.shown.size() == 1; });
+  EXPECT_EQ(lines().find(line), lines().rfind(line)) << "it is not started for each";
   killAgent();
   FakeApplication reader(address);
   send(*desk, silent, "3");
   waitUntil([&] { return reader.activations.size() == 3; });
   EXPECT_EQ(reader.activations[2].action, "vorselkelp-push");
   EXPECT_THAT(reader.activations[2].target, HasSubstr("content-available"));
-  EXPECT_TRUE(server.shown.empty());
+  EXPECT_EQ(server.shown.size(), 1U);
 }
 
 TEST_F(DeliveryTest, LosesNothingOfABurstOrAtTheMomentOfLeaving) {
@@ -187,7 +201,8 @@ TEST_F(DeliveryTest, WakesForWhatTheApplicationHasPutOff) {
   waitUntil([&] { return std::ifstream(entry).good(); });
   waitUntil([&] { return server.shown.size() == 1; });
   EXPECT_EQ(server.shown[0].title, "Come back");
-  server.close(server.shown[0].number, 2);
+  takeAway("reminder");
+  waitUntil([&] { return !server.closed.empty(); });
   waitUntilRunning(false);
   EXPECT_FALSE(std::ifstream(entry).good());
 }

@@ -89,10 +89,11 @@ TEST_F(RegistrationTest, IsNotConfusedByAnswersToWhatItAskedBefore) {
   killAgent();
   const auto before = desk.registrations().begin()->second.token;
   describe(R"(,"remoteNotifications":{"vapidKey":"BKey"})");
-  ask("Register");
-  waitUntil(
-      [&] { return !desk.registrations().empty() && desk.registrations().begin()->second.token != before; });
-  subscribe();
+  waitUntil([&] {
+    const bool registered = condition("stage") == "registered";  // which starts the agent
+    return registered && !desk.registrations().empty() &&
+           desk.registrations().begin()->second.token != before;
+  });
 }
 
 TEST_F(RegistrationTest, FollowsItsDistributor) {
@@ -111,15 +112,20 @@ TEST_F(RegistrationTest, FollowsItsDistributor) {
   desk.end();
   Habits habits;
   habits.endpointsBefore = "https://third.example/";
-  auto& next = startDistributor("desk", habits);  // without any memory
+  auto& third = startDistributor("desk", habits);  // without any memory
   waitUntil([&] { return condition("subscription").find("third.example") != std::string::npos; });
+  waitUntilRunning(false);
+  third.end();
+  habits.endpointsBefore = "https://fourth.example/";
+  auto& next = startDistributor("desk", habits);
+  waitUntil([&] { return condition("subscription").find("fourth.example") != std::string::npos; });
 
   auto& stranger = startDistributor("stranger");
   const auto token = next.registrations().begin()->second.token;
   stranger.adopt({"com.example.app.Push", token, {}, {}});
   stranger.tellEndpoints();
   waitUntil([&] { return lines().find("An endpoint came from a stranger") != std::string::npos; });
-  EXPECT_THAT(condition("subscription"), HasSubstr("third.example"));
+  EXPECT_THAT(condition("subscription"), HasSubstr("fourth.example"));
 
   next.unregisterAll();
   waitUntil([&] { return condition("stage") == "pending"; });
