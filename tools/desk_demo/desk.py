@@ -11,7 +11,6 @@ import urllib.request
 from screen import Picture
 
 READER = "com.example.reader"
-READER_PATH = "/com/example/reader"
 
 
 class Late(Exception):

@@ -54,14 +54,25 @@ void AgentClient::find(platform::UniqueFunction<void(bool)> found) {
   connection_->call({daemonName, "/org/freedesktop/DBus", daemonName, "ListActivatableNames", "(as)"},
                     nullptr,
                     [self = shared_from_this(), found = std::move(found)](Result<VariantPtr> names) mutable {
-                      self->found(std::move(names), std::move(found));
+                      self->listed(std::move(names), std::move(found));
                     });
 }
 
-void AgentClient::found(Result<VariantPtr> names, platform::UniqueFunction<void(bool)> found) {
-  there_ = names && contains(names->get(), name_);
+void AgentClient::listed(Result<VariantPtr> names, platform::UniqueFunction<void(bool)> found) {
   if (!names) reason_ = names.error().description;
-  found(*there_);
+  if (!names || contains(names->get(), name_)) return settle(names.ok(), std::move(found));
+  // Just installed, perhaps: a bus looks for new files when it is to start what it does not know.
+  connection_->call(
+      {daemonName, "/org/freedesktop/DBus", daemonName, "StartServiceByName", "(u)"},
+      hold(g_variant_new("(su)", name_.c_str(), 0U)),
+      [self = shared_from_this(), found = std::move(found)](Result<VariantPtr> started) mutable {
+        self->settle(started.ok(), std::move(found));
+      });
+}
+
+void AgentClient::settle(bool there, platform::UniqueFunction<void(bool)> found) {
+  there_ = there;
+  found(there);
   if (wanted_) ask();
 }
 

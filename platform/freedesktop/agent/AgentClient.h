@@ -38,7 +38,8 @@ class AgentClient final : public system::RemoteRegistration,
   void takeAway(const std::vector<std::string>& identifiers) override;
 
  private:
-  void found(Result<VariantPtr> names, platform::UniqueFunction<void(bool)> found);
+  void listed(Result<VariantPtr> names, platform::UniqueFunction<void(bool)> found);
+  void settle(bool there, platform::UniqueFunction<void(bool)> found);
   void ask();
   void call(const char* method, VariantPtr arguments, const char* answer, Connection::Reply reply);
   void note(GVariant* condition);
