@@ -70,12 +70,22 @@ AgentFolder::AgentFolder() {
   describe({});
   std::filesystem::create_directory(path + "/services");
   std::ofstream(path + "/services/agent.service")
-      << "[D-BUS Service]\nName=" << agentName << "\nExec=/bin/sh -c 'exec " << AGENT << " --description "
-      << path << "/app.json --idle 0.2 2>> " << path << "/lines'\n";
+      << "[D-BUS Service]\nName=" << agentName << "\nExec=/bin/sh " << path << "/start\n";
+  start({}, "0.2");
 }
 
 AgentFolder::~AgentFolder() {
   std::filesystem::remove_all(path);
+}
+
+void AgentFolder::start(const std::string& under, const std::string& idle) const {
+  const auto agent = std::string(AGENT) + " --description " + path + "/app.json --idle " + idle + " 2>> " +
+                     path + "/lines\n";
+  std::ofstream script(path + "/start");
+  if (!under.empty())
+    script << "mv " << path << "/disturbance " << path << "/disturbing 2> /dev/null && exec " << under
+           << " $(cat " << path << "/disturbing) -- " << agent;
+  script << "exec " << agent;
 }
 
 void AgentFolder::describe(const std::string& more) const {

@@ -40,6 +40,9 @@ struct AgentFolder {
   ~AgentFolder();
   /// The description gets these members.
   void describe(const std::string& more) const;
+  /// How long the agent stays idle (seconds), and a command that runs it the next time that there is a file
+  /// "disturbance" with that command's options.
+  void start(const std::string& under, const std::string& idle) const;
 
   std::string path;
 };
@@ -51,6 +54,8 @@ class AgentTest : private AgentFolder, public freedesktop::BusTest {
   ~AgentTest() override;
 
   using AgentFolder::describe;
+  using AgentFolder::path;
+  using AgentFolder::start;
   using Habits = distributor::Habits;
 
   distributor::Distributor& startDistributor(const std::string& name, Habits habits = {});
