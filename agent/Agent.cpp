@@ -240,10 +240,14 @@ void Agent::watchOthers() {
 }
 
 /// The store has the response before the application hears of it: whatever becomes of either, it is not lost.
+/// What can't be kept goes to the application all the same, which finds the notification where it lies.
 void Agent::respond(const freedesktop::BusNotificationResponse& response) {
   const auto& identifier = response.request.identifier;
   const auto kept = store_->keepResponse(identifier, response.actionIdentifier);
-  if (!kept) return posix::standardErrorLines()(kept.error().description);
+  if (!kept) {
+    posix::standardErrorLines()(kept.error().description);
+    if (!store_->tappable(identifier)) return;
+  }
   ++responding_;
   application_->respond(identifier, response.actionIdentifier, response.activationToken,
                         [this](const Status& reached) {
