@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Disturbs real processes of the application and looks for anything that is lost, half done or unanswered.
 
-reliability.py [kill|full|together|answers|hostile|all|short] --programs DIR [--seconds N]
+reliability.py [kill|full|together|answers|hostile|desktop|all|short] --programs DIR [--seconds N]
 """
 
 import argparse
@@ -12,6 +12,7 @@ import sys
 import tempfile
 
 import answers
+import desktop
 import hostile
 import interrupt
 import together
@@ -27,7 +28,7 @@ def permitted(programs):
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("what", nargs="?", default="all",
-                        choices=["kill", "full", "together", "answers", "hostile", "all", "short"])
+                        choices=["kill", "full", "together", "answers", "hostile", "desktop", "all", "short"])
     parser.add_argument("--programs", required=True)
     parser.add_argument("--seconds", type=float, default=60)
     options = parser.parse_args()
@@ -37,6 +38,8 @@ def main():
              "together": lambda f: together.run(programs, f, options.seconds),
              "answers": lambda f: answers.run(programs, f, short),
              "hostile": lambda f: hostile.run(programs, f, short)}
+    if options.what == "desktop":  # has tests of its own as its short form, and needs a desktop's libraries
+        parts = {"desktop": lambda f: desktop.run(programs)}
     if not permitted(programs):
         print("SKIPPED: this system does not let a process decide about another's system calls")
         return 77

@@ -19,7 +19,7 @@ constexpr const char* titles[] = {"one", "two", "three"};
 constexpr const char* reminder = "reminder";
 constexpr const char* last = "last";  // its successor shows it
 /// Milliseconds that a disturbed agent which goes on is given.
-constexpr unsigned patience = 3000;
+constexpr unsigned patience = 1500;
 
 }  // namespace
 
@@ -61,6 +61,17 @@ void Disturbance::putBack() {
 std::size_t Disturbance::timesShown(const std::string& title) const {
   return static_cast<std::size_t>(
       std::ranges::count(server_.shown, title, [](const auto& each) { return each.title; }));
+}
+
+/// As the application does: what it is told of, and with its next start what was kept for it.
+void Disturbance::takeResponses() {
+  for (const auto& activation : std::exchange(application_.activations, {})) {
+    const auto begin = activation.target.find('\'') + 1;
+    const auto identifier = activation.target.substr(begin, activation.target.find('\'', begin) - begin);
+    if (store->claimResponse(identifier, std::string(platform::defaultActionIdentifier))) ++taken_;
+    store->noteTapped(identifier);
+  }
+  taken_ += store->takeResponses().size();
 }
 
 /// The injector reports when all of its processes have gone.
