@@ -121,6 +121,22 @@ std::optional<FileCall> FileCall::of(const WaitingCall& call) {
   return std::nullopt;
 }
 
+std::string FileCall::record(const WaitingCall& call) const {
+  std::string bytes;
+  std::uint64_t offset = 0;
+  if (call.number == SYS_pwrite64) {
+    offset = call.arguments[3];
+    bytes.resize(call.arguments[2]);
+    std::ifstream memory("/proc/" + std::to_string(call.thread) + "/mem", std::ios::binary);
+    memory.seekg(static_cast<std::streamoff>(call.arguments[1]));
+    memory.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  } else if (kind == Kind::resize) {
+    offset = call.arguments[1];
+  }
+  return std::string(name) + " " + std::to_string(offset) + " " + std::to_string(bytes.size()) + " " + path +
+         "\n" + bytes + "\n";
+}
+
 bool FileCall::refusedWith(int error) const {
   switch (kind) {
     case Kind::write:

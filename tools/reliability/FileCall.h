@@ -21,6 +21,10 @@ struct FileCall {
   /// Absent for a call that changes nothing, such as opening a file for reading.
   static std::optional<FileCall> of(const WaitingCall& call);
 
+  /// Everything that the call changes: its name, offset and size, the path, and behind a line's end the
+  /// bytes.
+  [[nodiscard]] std::string record(const WaitingCall& call) const;
+
   /// Whether a file system in this condition (ENOSPC: full, EROFS: read-only, EACCES: not permitted) refuses
   /// it.
   [[nodiscard]] bool refusedWith(int error) const;

@@ -6,11 +6,11 @@ import subprocess
 TESTS = "agent_disturbed_tests"
 
 
-def run(programs):
+def run(programs, chosen):
     """Each row of theirs as it comes."""
     environment = {**os.environ, "VORSEL_THOROUGH": "1"}
     rows = 0
-    with subprocess.Popen([os.path.join(programs, TESTS)], env=environment, text=True, stdin=subprocess.DEVNULL,
+    with subprocess.Popen([os.path.join(programs, TESTS), f"--gtest_filter={chosen}"], env=environment, text=True, stdin=subprocess.DEVNULL,
                           stdout=subprocess.PIPE, stderr=subprocess.DEVNULL) as tests:
         told = []
         for line in tests.stdout:

@@ -1,11 +1,11 @@
 // fault_injector --under DIR [--at N] [--kill | --error NAME [--onwards]] [--process NAME] [--report FILE]
-//                -- COMMAND…
+//                [--record FILE] -- COMMAND…
 //
 // Runs a command and disturbs the N-th call with which it, or a process that it starts, changes something
 // below DIR: the calling process is killed before the call is carried out, or the call fails (with --onwards
 // all later ones too). Without --at the calls are only counted. Ends as the command does (128 and the signal
-// when one ended it) once all of its processes are gone; the report is one line of JSON. 125: this system
-// does not permit it.
+// when one ended it) once all of its processes are gone; the report is one line of JSON, the record every
+// call with its bytes. 125: this system does not permit it.
 
 #include <signal.h>
 #include <sys/wait.h>
@@ -28,6 +28,7 @@ struct Options {
   std::string under;
   std::string process;
   std::string report;
+  std::ofstream record;
   long at = 0;
   int error = 0;  ///< 0: kill
   bool onwards = false;
@@ -57,6 +58,7 @@ bool read(Options& options, int argc, char** argv) {
     if (name == "--under") options.under = std::string(argv[i]) + "/";
     if (name == "--process") options.process = argv[i];
     if (name == "--report") options.report = argv[i];
+    if (name == "--record") options.record.open(argv[i], std::ios::binary);
     if (name == "--at") options.at = std::atol(argv[i]);
     if (name == "--error" && (options.error = errorNamed(argv[i])) == 0) return false;
   }
@@ -69,13 +71,14 @@ struct Count {
   std::string first;  ///< the first call that was disturbed
 };
 
-void decide(const Listener& listener, const WaitingCall& call, const Options& options, Count& count) {
+void decide(const Listener& listener, const WaitingCall& call, Options& options, Count& count) {
   const auto file = FileCall::of(call);
   const bool counts = file && file->path.starts_with(options.under) &&
                       (options.process.empty() || file->process == options.process) &&
                       (options.error == 0 || file->refusedWith(options.error));
   if (!counts) return listener.letGo(call);
   ++count.calls;
+  if (options.record.is_open()) options.record << file->record(call) << std::flush;
   const bool hit =
       options.at > 0 && (count.calls == options.at || (options.onwards && count.calls > options.at));
   if (!hit) return listener.letGo(call);
@@ -95,7 +98,7 @@ int main(int argc, char** argv) {
   if (!read(options, argc, argv)) {
     std::fputs(
         "usage: fault_injector --under DIR [--at N] [--kill | --error ENOSPC|EROFS|EACCES [--onwards]] "
-        "[--process NAME] [--report FILE] -- COMMAND...\n",
+        "[--process NAME] [--report FILE] [--record FILE] -- COMMAND...\n",
         stderr);
     return 2;
   }

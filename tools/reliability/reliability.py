@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Disturbs real processes of the application and looks for anything that is lost, half done or unanswered.
 
-reliability.py [kill|full|together|answers|hostile|desktop|all|short] --programs DIR [--seconds N]
+reliability.py [kill|full|together|answers|hostile|desktop|power|all|short] --programs DIR [--seconds N]
 """
 
 import argparse
@@ -28,7 +28,8 @@ def permitted(programs):
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("what", nargs="?", default="all",
-                        choices=["kill", "full", "together", "answers", "hostile", "desktop", "all", "short"])
+                        choices=["kill", "full", "together", "answers", "hostile", "desktop", "power", "all",
+                                 "short"])
     parser.add_argument("--programs", required=True)
     parser.add_argument("--seconds", type=float, default=60)
     options = parser.parse_args()
@@ -38,8 +39,10 @@ def main():
              "together": lambda f: together.run(programs, f, options.seconds),
              "answers": lambda f: answers.run(programs, f, short),
              "hostile": lambda f: hostile.run(programs, f, short)}
-    if options.what == "desktop":  # has tests of its own as its short form, and needs a desktop's libraries
-        parts = {"desktop": lambda f: desktop.run(programs)}
+    # These have tests of their own as their short form, and need a desktop's libraries.
+    if options.what in ("desktop", "power"):
+        chosen = "PowerTest.*" if options.what == "power" else "-PowerTest.*"
+        parts = {options.what: lambda f: desktop.run(programs, chosen)}
     if not permitted(programs):
         print("SKIPPED: this system does not let a process decide about another's system calls")
         return 77

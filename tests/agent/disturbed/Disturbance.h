@@ -29,6 +29,10 @@ struct Row {
 
 /// An agent that is disturbed at one of its calls while pushes, a reminder and a tap go through it.
 class Disturbance : public AgentTest {
+ public:
+  /// Whether this system lets a process decide about another's calls.
+  static bool permitted();
+
  protected:
   Disturbance();
 
@@ -44,8 +48,6 @@ class Disturbance : public AgentTest {
   Report round(const std::string& options);
   /// Disturbs the first call, the second, … up to the last; every so-many-th.
   void roundsAtEach(const std::string& options, int every, Row& row);
-  /// Whether this system lets a process decide about another's calls.
-  static bool permitted();
 
  private:
   void putBack();
