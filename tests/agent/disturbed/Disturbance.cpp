@@ -42,6 +42,7 @@ Disturbance::Disturbance() : server_(address), application_(address) {
   desk_ = &startDistributor("desk");
   subscribe();
   waitUntilRunning(false);
+  (void)State::open(file("data/com.example.app/vorselkelp/push"));  // waits until the agent has closed it
   fs::copy(file("data"), file("template"), fs::copy_options::recursive);
   // The kernel shortens a program's name.
   start(std::string(INJECTOR) + " --under " + path + " --process vorsel-push-age --report " + file("report"),

@@ -91,6 +91,7 @@ void PowerTest::record(int count) {
   auto& desk = startDistributor("desk");
   subscribe();
   waitUntilRunning(false);
+  ASSERT_TRUE(State::open(folder));  // waits until the agent has closed it
   for (const auto& entry : fs::directory_iterator(folder))
     disk[entry.path().string()].content = contentOf(entry.path());
   start(std::string(INJECTOR) + " --under " + path + " --process vorsel-push-age --report " + file("report"),
