@@ -22,8 +22,6 @@ namespace {
 constexpr double answerPause = 0.05;
 constexpr double busyPause = 0.2;
 
-constexpr const char* notificationServer = "org.freedesktop.Notifications";
-
 std::string serviceName(const system::Description& description) {
   return description.bundleIdentifier + ".Push";
 }
@@ -77,6 +75,7 @@ Status Agent::start() {
   bus_ = *std::move(bus);
   bus_->whenClosed([this] { end(0); });
   state_ = std::make_unique<StateThread>(queue_);
+  numbers_ = std::make_unique<DesktopNumbers>(*bus_, *state_);
   const auto distributor = textOf("UNIFIEDPUSH_DISTRIBUTOR");
   registration_ = std::make_unique<Registration>(
       *bus_, queue_,
@@ -107,18 +106,13 @@ void Agent::owned() {
 
 void Agent::stateOpened() {
   watchOthers();
-  const auto begun = registration_->begin(state_->state(), [this] {
-    bus_->findOwner(notificationServer, [this](std::string owner) {
-      server_ = std::move(owner);
-      begin();
-    });
-  });
+  const auto begun = registration_->begin(state_->state(), [this] { numbers_->find([this] { begin(); }); });
   if (!begun) fail(begun.error());
 }
 
 void Agent::begin() {
   makeServices();
-  resume();
+  numbers_->resume(*store_, *notifications_);
   const auto waiting = state_->state().waiting();
   if (!waiting) return fail(waiting.error());
   for (const auto serial : *waiting) road_->add(serial);
@@ -126,31 +120,6 @@ void Agent::begin() {
   intake_->begin();
   service_->begin();
   lookSoon();
-}
-
-std::string Agent::desktop() const {
-  return bus_->guid() + server_;
-}
-
-/// What an earlier agent showed and nobody has touched since.
-void Agent::resume() {
-  const auto shown = state_->state().shown(desktop());
-  if (!shown) return posix::standardErrorLines()(shown.error().description);
-  for (const auto& [identifier, number, server] : *shown) {
-    auto request = store_->tappable(identifier);
-    if (!request) continue;
-    auto buttons = freedesktop::buttonsOf(*request, store_->categories());
-    notifications_->resume(*std::move(request), std::move(buttons), number);
-  }
-}
-
-void Agent::numbered(const std::string& identifier, std::uint32_t number) {
-  if (!server_.empty()) return state_->note({identifier, number, desktop()});
-  // It was started for this one.
-  bus_->findOwner(notificationServer, [this, identifier, number](std::string owner) {
-    server_ = std::move(owner);
-    state_->note({identifier, number, desktop()});
-  });
 }
 
 void Agent::makeServices() {
@@ -162,11 +131,11 @@ void Agent::makeServices() {
        .busAddress = options_.busAddress,
        .exportedAction = std::string("app.") + freedesktop::Application::responseAction,
        .numbered = [this](const std::string& identifier,
-                          std::uint32_t number) { numbered(identifier, number); }},
+                          std::uint32_t number) { numbers_->numbered(identifier, number); }},
       queue_, [this](const auto& response) { respond(response); },
       [this](const std::string& identifier, freedesktop::CloseReason reason) {
         if (reason == freedesktop::CloseReason::dismissed) store_->noteTapped(identifier);
-        state_->note({identifier, 0, {}});
+        numbers_->gone(identifier);
         lookSoon();
       });
   auto wakeUp = system::makeWakeUp(queue_);
@@ -229,9 +198,8 @@ ConnectorEvents Agent::connectorEvents() {
 }
 
 void Agent::watchOthers() {
-  bus_->watchOwners(notificationServer, false, [this](const std::string&, const std::string& owner) {
-    server_ = owner;
-    if (!owner.empty() && begun_) road_->tryAgain();
+  numbers_->watch([this] {
+    if (begun_) road_->tryAgain();
   });
   bus_->watchOwners(description_.bundleIdentifier.c_str(), false,
                     [this](const std::string&, const std::string& owner) {

@@ -11,6 +11,7 @@
 #include "bus/Bus.h"
 #include "life/Autostart.h"
 #include "road/ApplicationDoor.h"
+#include "road/DesktopNumbers.h"
 #include "road/Intake.h"
 #include "road/Road.h"
 #include "service/PushService.h"
@@ -44,9 +45,6 @@ class Agent {
   void stateOpened();
   void begin();
   void makeServices();
-  void resume();
-  void numbered(const std::string& identifier, std::uint32_t number);
-  [[nodiscard]] std::string desktop() const;
   void respond(const freedesktop::BusNotificationResponse& response);
   void watchOthers();
   [[nodiscard]] ServiceEvents serviceEvents();
@@ -76,11 +74,11 @@ class Agent {
   bool told_ = false;   ///< to end
   unsigned looks_ = 0;  ///< counts what happened, so that a quiet time is known as one
   std::size_t responding_ = 0;
-  std::string server_;  ///< the notification server's connection
   Autostart autostart_;
 
   std::unique_ptr<Bus> bus_;
   std::unique_ptr<StateThread> state_;
+  std::unique_ptr<DesktopNumbers> numbers_;
   std::unique_ptr<Registration> registration_;
   std::unique_ptr<PushService> service_;
   std::unique_ptr<ApplicationDoor> application_;
