@@ -166,13 +166,11 @@ TEST_F(DeliveryTest, RunsFourAtOnceAndThoseOfOneKeyInTurn) {
     return names;
   };
   const auto reach = [&](const std::string& names) {
-    const auto timer = [&](auto&& again) -> void {
-      loop_->asyncAfter(0.01, [&, again] {
-        if (there() != names) again(again);
-      });
-    };
-    timer(timer);
-    return runUntil([&] { return there() == names; });
+    // Files tell nobody that they have come.
+    const auto never = [] { return false; };
+    for (int i = 0; i < 6000 && there() != names; ++i)
+      loop_->run(never, posix::EventLoop::Clock::now() + std::chrono::milliseconds(10));
+    return there() == names;
   };
   const auto go = [&](const std::string& name) { std::ofstream(folder_ / ("go-" + name)) << ""; };
   deliver(*delivery, "a", changeable, "key");
