@@ -13,7 +13,7 @@
 #include "VorselKelpPosix/LineSink.h"
 #include "VorselKelpPosix/Services.h"
 #include "VorselKelpSystem/WakeUp.h"
-#include "life/Program.h"
+#include "program/Program.h"
 
 namespace VorselKelp::agent {
 namespace {

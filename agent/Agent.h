@@ -9,7 +9,7 @@
 #include "VorselKelpSystem/Description.h"
 #include "VorselKelpSystem/NotificationCenter.h"
 #include "bus/Bus.h"
-#include "life/Autostart.h"
+#include "program/Autostart.h"
 #include "road/ApplicationDoor.h"
 #include "road/DesktopNumbers.h"
 #include "road/Intake.h"

@@ -22,7 +22,7 @@ constexpr const char* usage =
 
 struct Arguments {
   std::string description;
-  double idle = 10;
+  double idle = agent::AgentOptions().idleSeconds;
 };
 
 std::optional<Arguments> read(int argc, char** argv) {

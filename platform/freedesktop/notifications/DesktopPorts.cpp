@@ -1,6 +1,7 @@
 #include "VorselKelpFreedesktop/DesktopPorts.h"
 
 #include "VorselKelpSystem/RemoteNotification.h"
+#include "notifications/NotificationTexts.h"
 
 #include <algorithm>
 #include <atomic>
@@ -14,7 +15,7 @@ namespace {
 platform::NotificationCategory withCampaign(const platform::NotificationRequest& request,
                                             platform::NotificationCategory category) {
   if (system::isCampaign(request.content.userInfo))
-    category.actions.push_back({.identifier = campaignAction, .title = "Show all"});
+    category.actions.push_back({.identifier = campaignAction, .title = campaignLabel});
   return category;
 }
 

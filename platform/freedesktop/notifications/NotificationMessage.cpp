@@ -39,7 +39,7 @@ VariantPtr actionsOf(const NotificationCategory& category) {
     g_variant_builder_add(&actions, "s", key.c_str());
     g_variant_builder_add(&actions, "s", title.c_str());
   };
-  add(std::string(tapKey), "Open");
+  add(std::string(tapKey), openLabel);
   for (std::size_t i = 0; i < buttonCount(category); ++i)
     add(keyOf(i), busText(category.actions[i].title, longestLabel));
   return hold(g_variant_builder_end(&actions));

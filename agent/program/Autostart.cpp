@@ -1,4 +1,4 @@
-#include "life/Autostart.h"
+#include "program/Autostart.h"
 
 #include <glib.h>
 #include <unistd.h>
@@ -8,7 +8,7 @@
 #include "VorselKelpPosix/FileIO.h"
 #include "VorselKelpPosix/LineSink.h"
 #include "glib/Pointers.h"
-#include "life/Program.h"
+#include "program/Program.h"
 
 namespace VorselKelp::agent {
 namespace {

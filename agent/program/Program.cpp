@@ -1,4 +1,4 @@
-#include "life/Program.h"
+#include "program/Program.h"
 
 #include <unistd.h>
 
