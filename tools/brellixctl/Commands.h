@@ -91,7 +91,8 @@ int runStore(const CommonOptions& common);
 int runNotifications(const CommonOptions& common, double advance);
 
 /// Says for each fault of application, device and servers what it is and how to mend it.
-int runDoctor(const CommonOptions& common);
+/// `application`: an identifier, of one that is installed on this desktop; empty: the simulated device's.
+int runDoctor(const CommonOptions& common, const std::string& application);
 int runBadge(const CommonOptions& common);
 /// Needs neither device nor application.
 int runLint(const LintRequest& request);

@@ -157,7 +157,9 @@ class CommandLine {
   void addInspection() {
     add("store", "What the stores of the application hold", [this] { return runStore(common_); });
     add("doctor", "What is wrong with the application's set-up, and how to mend it",
-        [this] { return runDoctor(common_); });
+        [this] { return runDoctor(common_, application_); })
+        ->add_option("--application", application_, "One that is installed on this desktop")
+        ->type_name("ID");
     add("badge", "The number on the application's icon", [this] { return runBadge(common_); });
     auto* list = add("notifications", "What the notification centre holds",
                      [this] { return runNotifications(common_, advance_); });
@@ -281,6 +283,7 @@ class CommandLine {
   SendRequest send_;
   VapidRequest vapid_;
   std::string schema_;
+  std::string application_;
   double advance_ = 0;
   std::string action_;
   CLI::Option* actionOption_ = nullptr;

@@ -7,6 +7,7 @@
 #include "brellixctl/Commands.h"
 #include "brellixctl/PlainText.h"
 #include "brellixctl/doctor/Checks.h"
+#include "brellixctl/doctor/desktop/DesktopChecks.h"
 
 namespace brellixctl {
 
@@ -36,8 +37,8 @@ std::string inWords(const Findings& findings) {
     return text + ' ';
   };
   for (const auto& finding : findings) {
-    words += padded(word(finding.state), 7) + padded(finding.check, 10) + plainText(finding.what) + '\n';
-    if (!finding.mend.empty()) words += padded("", 18) + "-> " + plainText(finding.mend) + '\n';
+    words += padded(word(finding.state), 7) + padded(finding.check, 12) + plainText(finding.what) + '\n';
+    if (!finding.mend.empty()) words += padded("", 20) + "-> " + plainText(finding.mend) + '\n';
   }
   return words;
 }
@@ -58,7 +59,35 @@ Findings examine(const Target& target) {
 
 }  // namespace
 
-int runDoctor(const CommonOptions& common) {
+namespace {
+
+int tell(const Findings& findings) {
+  const auto faults = std::ranges::count(findings, Finding::State::fault, &Finding::state);
+  return answer(toJSON(findings), inWords(findings),
+                faults == 0 ? "" : std::to_string(faults) + (faults == 1 ? " fault" : " faults") + " found");
+}
+
+/// An application as it is installed on this desktop.
+int examineInstalled(const std::string& application) {
+  std::string file;
+  Findings findings;
+  const auto add = [&](Findings part) { std::ranges::move(part, std::back_inserter(findings)); };
+  add(checkBus(application));
+  const bool bus = findings.front().state == Finding::State::fine;
+  add(checkFiles(application, file));
+  if (const auto manifest = device::loadManifest(file)) {
+    add(checkFolders(*manifest));
+    if (bus) add(checkAgent(application, *manifest));
+    add(checkEndpoints(*manifest));
+  }
+  if (bus) add(checkNotifications());
+  return tell(findings);
+}
+
+}  // namespace
+
+int runDoctor(const CommonOptions& common, const std::string& application) {
+  if (!application.empty()) return examineInstalled(application);
   Findings findings;
   const auto target = Target::describe(common.home, common.manifest);
   if (target) {
@@ -69,9 +98,7 @@ int runDoctor(const CommonOptions& common) {
     findings.push_back(
         fault("manifest", target.error().description, "Correct the file; examples/news.json is a whole one"));
   }
-  const auto faults = std::ranges::count(findings, Finding::State::fault, &Finding::state);
-  return answer(toJSON(findings), inWords(findings),
-                faults == 0 ? "" : std::to_string(faults) + (faults == 1 ? " fault" : " faults") + " found");
+  return tell(findings);
 }
 
 }  // namespace brellixctl

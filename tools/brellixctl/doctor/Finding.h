@@ -13,8 +13,9 @@ struct Finding {
     fault
   };
   State state = State::fine;
-  std::string
-      check;  ///< "manifest", "home", "group", "switches", "endpoints", "permission", "token", "store"
+  std::string check;  ///< "manifest", "home", "group", "switches", "endpoints", "permission", "token",
+                      ///< "store"; of an installed application also "bus", "files", "folders", "distributor",
+                      ///< "agent", "subscription", "server", "portal"
   std::string what;
   std::string mend;  ///< what to do about it; empty when fine
 };
