@@ -77,15 +77,18 @@ void Road::changed(std::int64_t serial, const std::string& payload, system::Push
 }
 
 void Road::show(std::int64_t serial, platform::NotificationRequest request) {
-  parts_.center->deliver(request, [weak = weak_from_this(), serial, request](const Status& shown) mutable {
-    const auto self = weak.lock();
-    if (!self) return;
-    // What the user forbids waits for nobody.
-    if (!shown && mayNotify(self->parts_.store->authorization()))
-      return self->refused(serial, std::move(request), shown.error());
-    self->parts_.state->drop(serial);
-    self->leave();
-  });
+  parts_.center->deliver(
+      request, [weak = weak_from_this(), serial, request, tries = tries_](const Status& shown) mutable {
+        const auto self = weak.lock();
+        if (!self) return;
+        // Somebody else has come to show it, before the one who was asked had refused.
+        if (!shown && tries != self->tries_) return self->show(serial, std::move(request));
+        // What the user forbids waits for nobody.
+        if (!shown && mayNotify(self->parts_.store->authorization()))
+          return self->refused(serial, std::move(request), shown.error());
+        self->parts_.state->drop(serial);
+        self->leave();
+      });
 }
 
 void Road::refused(std::int64_t serial, platform::NotificationRequest request, const Error& reason) {
@@ -109,6 +112,7 @@ void Road::stand(const Error& reason) {
 }
 
 void Road::tryAgain() {
+  ++tries_;
   if (!std::exchange(standing_, false)) return;
   for (auto& [serial, request] : std::exchange(unshown_, {})) show(serial, std::move(request));
   go();

@@ -72,6 +72,7 @@ class Road : public std::enable_shared_from_this<Road> {
   std::deque<std::int64_t> waiting_;
   std::size_t underWay_ = 0;
   bool standing_ = false;
+  unsigned tries_ = 0;  ///< counts the times when it may have become worth a try
   std::map<std::int64_t, platform::NotificationRequest> unshown_;  ///< under way as well
   std::deque<Silent> silent_;                                      ///< for the application's next start
 };
