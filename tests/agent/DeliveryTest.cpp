@@ -191,6 +191,7 @@ TEST_F(DeliveryTest, LosesNothingOfABurstOrAtTheMomentOfLeaving) {
 
 TEST_F(DeliveryTest, WakesForWhatTheApplicationHasPutOff) {
   NotificationServer server(address);
+  server.holds = true;
   platform::NotificationRequest reminder;
   reminder.identifier = "reminder";
   reminder.content.title = "Come back";
@@ -201,7 +202,8 @@ TEST_F(DeliveryTest, WakesForWhatTheApplicationHasPutOff) {
   waitUntil([&] { return std::ifstream(entry).good(); });
   waitUntil([&] { return server.shown.size() == 1; });
   EXPECT_EQ(server.shown[0].title, "Come back");
-  takeAway("reminder");
+  takeAway("reminder");  // on its way still
+  server.release();
   waitUntil([&] { return !server.closed.empty(); });
   waitUntilRunning(false);
   EXPECT_FALSE(std::ifstream(entry).good());

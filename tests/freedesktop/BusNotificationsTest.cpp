@@ -153,8 +153,7 @@ TEST_F(BusNotificationsTest, ReplacesTheOneOfTheSameIdentifierAlsoWhileThatIsUnd
   server->holds = false;
   server->release();
   waitForAnswers(4);
-  EXPECT_THAT(answers, ElementsAre("second: a newer one took its place before it was shown", "first", "other",
-                                   "third"));
+  EXPECT_THAT(answers, ElementsAre("second", "first", "other", "third"));
   EXPECT_EQ(server->shown.back().title, "third");
   EXPECT_EQ(server->shown.back().replaced, server->shown.front().number);
   EXPECT_TRUE(notifications->idle());
@@ -173,8 +172,7 @@ TEST_F(BusNotificationsTest, RemovesWhatIsShownOrOnItsWay) {
   server->holds = false;
   server->release();
   waitForAnswers(4);
-  EXPECT_THAT(answers, ElementsAre("shown", "waiting: it was removed before it was shown",
-                                   "on its way: it was removed before it was shown", "anew"));
+  EXPECT_THAT(answers, ElementsAre("shown", "waiting", "on its way", "anew"));
   EXPECT_THAT(server->closed, ElementsAre(1, 2));
   server->invoke(1, "default");
   server->invoke(3, "default");

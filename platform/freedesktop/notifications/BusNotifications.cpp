@@ -70,7 +70,7 @@ class ServerDesk final : public NotificationDesk, public std::enable_shared_from
   void abilitiesKnown(const std::string& identifier, Result<VariantPtr> reply) {
     const auto& [order, next, removed] = *sending(identifier);
     if (!reply) return finish(identifier, reply.error());
-    if (removed) return finish(identifier, removedTooSoon());
+    if (removed) return finish(identifier, Done{});
     const auto abilities = serverAbilities(reply->get());
     remembers_ = abilities.persistence;
     auto content = order.request.content;
@@ -88,7 +88,7 @@ class ServerDesk final : public NotificationDesk, public std::enable_shared_from
     if (number == 0) return finish(identifier, Error{"the desktop gave it no number"});
     if (removed) {
       close(number);
-      return finish(identifier, removedTooSoon());
+      return finish(identifier, Done{});
     }
     if (options_.numbered) options_.numbered(identifier, number);
     for (const auto& lost : shown_.put({number, order.request, order.category, {}, false, false}))

@@ -52,14 +52,14 @@ void NotificationOrder::end(const Status& status) {
 void NotificationDesk::show(NotificationOrder order) {
   auto* earlier = sending(order.request.identifier);
   if (!earlier) return start(std::move(order));
-  if (earlier->next) earlier->next->end(Error{"a newer one took its place before it was shown"});
+  if (earlier->next) earlier->next->end(Done{});
   earlier->next = std::move(order);
 }
 
 void NotificationDesk::remove(const std::string& identifier) {
   if (auto* current = sending(identifier)) {
     current->removed = true;
-    if (auto next = std::exchange(current->next, std::nullopt)) next->end(removedTooSoon());
+    if (auto next = std::exchange(current->next, std::nullopt)) next->end(Done{});
   }
   takeAway(identifier);
 }
@@ -85,8 +85,9 @@ void NotificationDesk::start(NotificationOrder order) {
 
 void NotificationDesk::finish(const std::string& identifier, const Status& status) {
   auto ended = std::move(sending_.extract(identifier).mapped());
+  const bool wanted = !ended.removed && !ended.next;
   if (ended.next) start(*std::move(ended.next));
-  ended.order.end(status);
+  ended.order.end(wanted ? status : Done{});
 }
 
 std::shared_ptr<BusNotifications> queuedNotifications(std::shared_ptr<platform::MainQueue> mainQueue,

@@ -48,8 +48,8 @@ class NotificationDesk {
 
   /// Null when it has been abandoned meanwhile.
   [[nodiscard]] Sending* sending(const std::string& identifier);
+  /// Refused, it is done with all the same when it was removed or replaced meanwhile.
   void finish(const std::string& identifier, const Status& status);
-  [[nodiscard]] static Error removedTooSoon() { return {"it was removed before it was shown"}; }
 
   [[nodiscard]] bool nothingToSend() const { return sending_.empty(); }
 

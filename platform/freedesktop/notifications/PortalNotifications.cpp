@@ -77,7 +77,7 @@ class PortalDesk final : public NotificationDesk, public std::enable_shared_from
 
   void add(const std::string& identifier, const std::string& icon, std::uint32_t version) {
     const auto& [order, next, removed] = *sending(identifier);
-    if (removed) return finish(identifier, removedTooSoon());
+    if (removed) return finish(identifier, Done{});
     // Some portals show nothing new for a name that they know.
     withdraw(identifier);
     ask(identifier, portalMethod("AddNotification"),
@@ -89,7 +89,7 @@ class PortalDesk final : public NotificationDesk, public std::enable_shared_from
     const auto& [order, next, removed] = *sending(identifier);
     if (removed) {
       withdraw(identifier);
-      return finish(identifier, removedTooSoon());
+      return finish(identifier, Done{});
     }
     for (const auto& lost : shown_.put({++count_, order.request, order.category, {}, false}))
       tellGone(lost, CloseReason::undefined);

@@ -63,8 +63,9 @@ class BusNotifications {
 
   /// Shows the notification now, whatever its trigger, with the buttons of `category`; one of the same
   /// identifier is replaced. Texts are cut to what fits a desktop. `answer` comes once: when the desktop has
-  /// taken the notification, or with the reason why not (no bus, nobody who serves it, a refusal, no answer
-  /// within 20 seconds, replaced or removed before). Without `answer` the reason is a line on standard error.
+  /// taken the notification, or it was replaced or removed before that; or with the reason why not (no bus,
+  /// nobody who serves it, a refusal, no answer within 20 seconds). Without `answer` the reason is a line on
+  /// standard error.
   virtual void show(platform::NotificationRequest request, platform::NotificationCategory category,
                     Answer answer = nullptr) = 0;
 

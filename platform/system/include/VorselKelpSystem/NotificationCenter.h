@@ -32,7 +32,8 @@ class NotificationPresenter {
   using Shown = platform::UniqueFunction<void(Status)>;
   virtual ~NotificationPresenter() = default;
   /// Shows `request` with its buttons, in place of one of the same identifier. `category` has no buttons when
-  /// the request names none that is known. Answers once, on the main thread, whether it is shown.
+  /// the request names none that is known. Answers once, on the main thread: whether it is shown, which is
+  /// true also of one that was replaced or taken away on its way. A refused one is shown again later.
   virtual void show(const platform::NotificationRequest& request,
                     const platform::NotificationCategory& category, Shown shown) = 0;
   /// Identifiers of what is not shown are ignored.
