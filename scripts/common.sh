@@ -2,7 +2,7 @@
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 build_packages=(g++ cmake ninja-build pkg-config libboost-json1.81-dev libsqlite3-dev
-  libcurl4-openssl-dev libssl-dev libgdk-pixbuf-2.0-dev libgif-dev libcli11-dev libcpp-httplib-dev)
+  libcurl4-openssl-dev libssl-dev libnghttp2-dev libgdk-pixbuf-2.0-dev libgif-dev libcli11-dev libcpp-httplib-dev)
 test_packages=(libgtest-dev libgmock-dev python3)
 # Real windows and pages, and what tests show them on.
 screen_packages=(libgtk-4-dev libwebkitgtk-6.0-dev xvfb xauth dbus dbus-x11 libglib2.0-bin xdotool bubblewrap xdg-dbus-proxy

@@ -61,9 +61,11 @@ const std::vector<Room> house{
     {"examples", "reader_app", "VorselKelpSimulatorScreen BrellixPush VorselKelpTesting", "GoogleTest"},
     {"tools/reliability", "", "", "POSIX"},
     {"tools/collection_server", "collection_server pictures", "VorselKelpSimulator", "POSIX httplib"},
+    {"tools/gateway", "gateway", "VorselKelpSimulator VorselKelpWebPush", "POSIX OpenSSL nghttp2 libcurl"},
     // Thousands of devices in one process are cores of their own, on a platform in memory.
     {"tools/brellixctl", "brellixctl",
-     "VorselKelpSimulator VorselKelpWebPush collection_server kellp VorselKelpTesting", "POSIX CLI11"},
+     "VorselKelpSimulator VorselKelpWebPush collection_server gateway kellp VorselKelpTesting",
+     "POSIX CLI11"},
     {"tools/distributor", "distributor", "bus VorselKelpFreedesktop glib", "POSIX CLI11 GLib httplib"},
     {"benchmarks/agent", "agent", "facade VorselKelpTesting distributor bus support", "POSIX GLib"},
     {"benchmarks", "support", "facade VorselKelpPosix VorselKelpWebPush VorselKelpWebKit VorselKelpTesting",
@@ -75,8 +77,8 @@ const std::map<std::string, std::string, std::less<>> libraries{
     {"benchmark", "benchmark"},   {"boost", "Boost"},      {"CLI", "CLI11"},         {"curl", "libcurl"},
     {"gdk-pixbuf", "gdk-pixbuf"}, {"gif_lib.h", "giflib"}, {"gio", "GLib"},          {"glib.h", "GLib"},
     {"glib-unix.h", "GLib"},      {"gmock", "GoogleTest"}, {"gtest", "GoogleTest"},  {"gtk", "GTK"},
-    {"httplib.h", "httplib"},     {"jsc", "WebKitGTK"},    {"libintl.h", "gettext"}, {"openssl", "OpenSSL"},
-    {"sqlite3.h", "SQLite"},      {"webkit", "WebKitGTK"}};
+    {"httplib.h", "httplib"},     {"jsc", "WebKitGTK"},    {"libintl.h", "gettext"}, {"nghttp2", "nghttp2"},
+    {"openssl", "OpenSSL"},       {"sqlite3.h", "SQLite"}, {"webkit", "WebKitGTK"}};
 
 std::set<std::string> words(const std::string& text) {
   std::istringstream stream(text);
