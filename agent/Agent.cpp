@@ -175,7 +175,10 @@ ServiceEvents Agent::serviceEvents() {
             pending();
             lookSoon();
           },
-          [this](const auto& identifiers) { notifications_->remove(identifiers); },
+          [this](const auto& identifiers) {
+            notifications_->remove(identifiers);
+            lookSoon();
+          },
           [this] { return registration_->condition(); }};
 }
 
