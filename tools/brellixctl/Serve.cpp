@@ -1,5 +1,3 @@
-#include <signal.h>
-
 #include <charconv>
 #include <cstdio>
 #include <cstring>
@@ -7,6 +5,7 @@
 
 #include "VorselKelp/JSONText.h"
 #include "brellixctl/Commands.h"
+#include "brellixctl/EndingSignals.h"
 #include "brellixctl/TextFile.h"
 #include "collection_server/CollectionServer.h"
 
@@ -54,22 +53,6 @@ Result<collection_server::ServerOptions> serverOptions(const ServeOptions& optio
     server.script = *std::move(script);
   }
   return server;
-}
-
-/// Keeps the signals that end the server from this thread, and from those that it starts from now on.
-sigset_t holdEndingSignals() {
-  sigset_t signals;
-  sigemptyset(&signals);
-  sigaddset(&signals, SIGINT);
-  sigaddset(&signals, SIGTERM);
-  ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  return signals;
-}
-
-/// Blocks until the user has had enough of it.
-void waitForInterrupt(const sigset_t& signals) {
-  int signal = 0;
-  ::sigwait(&signals, &signal);
 }
 
 }  // namespace
