@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "brellixctl/Commands.h"
+#include "brellixctl/gateway/GatewayCommand.h"
 #include "brellixctl/webpush/Options.h"
 
 namespace {
@@ -33,6 +34,10 @@ class CommandLine {
     addTry();
     addFleet();
     addWebPush();
+    addGatewayOptions(
+        *add("gateway", "The provider protocol of phones' pushes, towards devices here and desktops",
+             [this] { return runGateway(common_, gateway_); }),
+        gateway_);
   }
 
   int run(int argc, char** argv) {
@@ -282,6 +287,7 @@ class CommandLine {
   FleetRequest fleet_;
   SendRequest send_;
   VapidRequest vapid_;
+  GatewayRequest gateway_;
   std::string schema_;
   std::string application_;
   double advance_ = 0;
