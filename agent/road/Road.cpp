@@ -3,8 +3,7 @@
 #include <utility>
 
 #include "VorselKelpPosix/LineSink.h"
-#include "VorselKelpWebPush/Message.h"
-#include "road/Clear.h"
+#include "road/Reading.h"
 
 namespace VorselKelp::agent {
 namespace {
@@ -28,12 +27,14 @@ void Road::add(std::int64_t serial) {
 }
 
 void Road::go() {
+  if (std::exchange(going_, true)) return;  // thousands may leave at their very beginning
   while (!standing_ && underWay_ < atOnce && !waiting_.empty()) {
     const auto serial = waiting_.front();
     waiting_.pop_front();
     ++underWay_;
     begin(serial);
   }
+  going_ = false;
 }
 
 void Road::begin(std::int64_t serial) {
@@ -42,10 +43,12 @@ void Road::begin(std::int64_t serial) {
   if (!*message) return leave();
   const auto keys = parts_.state->state().keys(parts_.clock->now());
   if (!keys) return later(serial, keys.error());
-  auto payload = read(**message, *keys);
-  if (!payload) return drop(serial, payload.error().description);
+  auto push = readMessage(**message, *keys, options_.plaintext, parts_.clock->now());
+  if (!push) return drop(serial, push.error().description);
+  if (!*push) return leave(serial);
   system::PushAnswers answers;
-  answers.result = [weak = weak_from_this(), serial, payload = *payload](Result<system::PushResult> result) {
+  answers.result = [weak = weak_from_this(), serial,
+                    payload = (*push)->payload](Result<system::PushResult> result) {
     const auto self = weak.lock();
     if (!self) return;
     if (!result) return self->drop(serial, result.error().description);
@@ -57,18 +60,7 @@ void Road::begin(std::int64_t serial) {
     if (report.outcome.stopReason)
       posix::standardErrorLines()("The service extension: " + *report.outcome.stopReason);
   };
-  parts_.delivery->deliver({(*message)->identifier, *std::move(payload), {}}, std::move(answers));
-}
-
-/// Encrypted ones begin with any byte, also with that of a payload in clear.
-Result<std::string> Road::read(const Message& message, const std::vector<webpush::ReceiverKeys>& keys) const {
-  Result<std::string> text = Error{"there are no keys"};
-  for (const auto& pair : keys) {
-    text = webpush::decrypt(message.bytes, pair);
-    if (text) return text;
-  }
-  if (options_.plaintext && isInClear(message.bytes)) return message.bytes;
-  return text;
+  parts_.delivery->deliver(**std::move(push), std::move(answers));
 }
 
 void Road::changed(std::int64_t serial, const std::string& payload, system::PushResult result) {
@@ -86,8 +78,7 @@ void Road::show(std::int64_t serial, platform::NotificationRequest request) {
         // What the user forbids waits for nobody.
         if (!shown && mayNotify(self->parts_.store->authorization()))
           return self->refused(serial, std::move(request), shown.error());
-        self->parts_.state->drop(serial);
-        self->leave();
+        self->leave(serial);
       });
 }
 
@@ -127,13 +118,10 @@ void Road::hand(Silent silent) {
   parts_.application->push(silent.payload, [weak = weak_from_this(), silent](const Status& reached) mutable {
     const auto self = weak.lock();
     if (!self) return;
-    if (reached) {
-      self->parts_.state->drop(silent.serial);
-    } else {
-      posix::standardErrorLines()("A silent notification waits for the application: " +
-                                  reached.error().description);
-      self->silent_.push_back(std::move(silent));
-    }
+    if (reached) return self->leave(silent.serial);
+    posix::standardErrorLines()("A silent notification waits for the application: " +
+                                reached.error().description);
+    self->silent_.push_back(std::move(silent));
     self->leave();
   });
 }
@@ -147,6 +135,11 @@ void Road::applicationRuns() {
 
 void Road::drop(std::int64_t serial, const std::string& reason) {
   posix::standardErrorLines()("A message is dropped: " + reason);
+  leave(serial);
+}
+
+/// Nothing is left to be done with it.
+void Road::leave(std::int64_t serial) {
   parts_.state->drop(serial);
   leave();
 }

@@ -56,8 +56,6 @@ class Road : public std::enable_shared_from_this<Road> {
 
   void go();
   void begin(std::int64_t serial);
-  [[nodiscard]] Result<std::string> read(const Message& message,
-                                         const std::vector<webpush::ReceiverKeys>& keys) const;
   void changed(std::int64_t serial, const std::string& payload, system::PushResult result);
   void show(std::int64_t serial, platform::NotificationRequest request);
   void refused(std::int64_t serial, platform::NotificationRequest request, const Error& reason);
@@ -65,12 +63,14 @@ class Road : public std::enable_shared_from_this<Road> {
   void stand(const Error& reason);
   void hand(Silent silent);
   void leave();
+  void leave(std::int64_t serial);
   void drop(std::int64_t serial, const std::string& reason);
 
   const RoadParts parts_;
   const RoadOptions options_;
   std::deque<std::int64_t> waiting_;
   std::size_t underWay_ = 0;
+  bool going_ = false;
   bool standing_ = false;
   unsigned tries_ = 0;  ///< counts the times when it may have become worth a try
   std::map<std::int64_t, platform::NotificationRequest> unshown_;  ///< under way as well

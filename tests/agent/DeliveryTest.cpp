@@ -1,6 +1,8 @@
+#include <algorithm>
 #include <fstream>
 #include <set>
 
+#include "VorselKelpWebPush/Envelope.h"
 #include "VorselKelpWebPush/Message.h"
 #include "agent/AgentTest.h"
 
@@ -8,7 +10,9 @@ namespace VorselKelp::agent {
 namespace {
 
 using freedesktop::NotificationServer;
+using testing::AllOf;
 using testing::HasSubstr;
+using testing::Not;
 
 class DeliveryTest : public AgentTest {
  protected:
@@ -79,6 +83,33 @@ TEST_F(DeliveryTest, ReadsWhatMayComeInClear) {
   for (int i = 0; i < 2; ++i) sendBytes(*desk, encrypted);
   waitUntil([&] { return acknowledged == 4 && server.shown.size() == 3; });
   EXPECT_EQ(server.shown.back().title, "encrypted");
+}
+
+TEST_F(DeliveryTest, DoesWhatAGatewayHasPutIntoAPayload) {
+  NotificationServer server(address);
+  const auto sendWith = [&](const char* title, const webpush::Envelope& envelope) {
+    send(*desk, *webpush::putInto(envelope, payload(title)));
+  };
+  const std::string collapse = "-/storm \"1\" Ü";
+  sendWith("first", {"id-1", collapse, 4'000'000'000});
+  sendWith("late", {"id-2", collapse, 1'000'000'000});
+  send(*desk, R"({"aps":{},"vorselGateway":{"expiration":"never"}})");
+  for (int i = 0; i < 20; ++i) sendWith(std::to_string(i).c_str(), {"id-3", collapse, 0});
+  sendWith("other", {"id-4", "", {}});
+  const auto isShown = [&](const char* title) {
+    return std::ranges::any_of(server.shown, [&](const auto& each) { return each.title == title; });
+  };
+  waitUntil([&] { return acknowledged == 24 && isShown("19") && isShown("other"); });
+  EXPECT_FALSE(isShown("late"));
+  EXPECT_THAT(lines(), AllOf(HasSubstr("\"expiration\" is none"), Not(HasSubstr("late"))));
+  waitUntil([&] { return store->delivered().size() == 2; });
+  const auto replacing = store->tappable(collapse);
+  ASSERT_TRUE(replacing.has_value());
+  EXPECT_EQ(replacing->content.title, "19") << "those of one key come in their order";
+  EXPECT_EQ(*replacing->content.userInfo.bytes(), payload("19"));
+  std::set<std::uint32_t> numbers;
+  for (const auto& each : server.shown) numbers.insert(each.number);
+  EXPECT_EQ(numbers.size(), 2U);
 }
 
 TEST_F(DeliveryTest, WaitsForSomebodyWhoShows) {
