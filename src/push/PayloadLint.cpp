@@ -19,7 +19,9 @@
 namespace VorselKelp {
 namespace {
 
-constexpr std::size_t largestPush = 4096;  // bytes that push services take
+// Bytes. A desktop's are encrypted, in a message that is as large as a phone's.
+constexpr std::size_t largestPush = 4096;
+constexpr std::size_t largestForDesktops = 3993;
 
 PayloadLint::Shown asItCame(const platform::NotificationContent& original) {
   PayloadLint::Shown shown;
@@ -34,6 +36,13 @@ PayloadLint::Shown asItCame(const platform::NotificationContent& original) {
 
 void stopPreparing(PayloadLint& lint, const std::string& why) {
   lint.stops.push_back({PayloadLint::Stop::When::preparing, 0, why + "; it stops the service extension"});
+}
+
+void warnOfSize(PayloadLint& lint, std::size_t bytes) {
+  if (bytes <= largestForDesktops) return;
+  const auto most = bytes > largestPush ? "push services take at most " + std::to_string(largestPush)
+                                        : "desktops get at most " + std::to_string(largestForDesktops);
+  lint.warnings.push_back("the payload has " + std::to_string(bytes) + " bytes; " + most);
 }
 
 /// The system shows a carousel only with the category that the content extension is registered for.
@@ -113,9 +122,7 @@ PayloadLint lintPayload(std::string_view json, const std::string& identifier,
                         const platform::NotificationContent& original) {
   PayloadLint lint;
   lint.shows = asItCame(original);
-  if (json.size() > largestPush)
-    lint.warnings.push_back("the payload has " + std::to_string(json.size()) +
-                            " bytes; push services take at most 4096");
+  warnOfSize(lint, json.size());
   const auto userInfo = platform::UserInfo::fromJSON(std::string(json));
   const auto payload = Payload::open(userInfo);
   if (!payload) {

@@ -20,6 +20,11 @@ std::string push(const std::string& message, const std::string& alert = R"("titl
   return R"({"aps":{"mutable-content":1,"alert":{)" + alert + R"(,"n":{)" + message + "}}}}";
 }
 
+std::string sized(std::size_t bytes) {
+  const auto around = push(R"("body":"")").size();
+  return push(R"("body":")" + std::string(bytes - around, 'x') + '"');
+}
+
 std::string silent(const std::string& alert, const std::string& more = "") {
   return R"({"aps":{"content-available":1,"alert":{)" + alert + "}" + more + "}}";
 }
@@ -94,6 +99,9 @@ TEST(PayloadLint, WarnsOfWhatIsMostLikelyNotMeant) {
       {R"({"aps":{"alert":"Pages"},"isMultiple":true,"p":[{"i":["https://i.example"],"o":{"image":"https://i.example/1",)" +
            data + "}}]}",
        "p[0].i: requested by nobody"},
+      {sized(3993), ""},
+      {sized(3994), "3994 bytes; desktops get at most 3993"},
+      {sized(4097), "4097 bytes; push services take at most 4096"},
   };
   platform::NotificationContent original;
   original.title = "Pages";
