@@ -1,5 +1,7 @@
 #include "net/Transfer.h"
 
+#include <sys/socket.h>
+
 #include <algorithm>
 #include <cmath>
 #include <string_view>
@@ -11,28 +13,38 @@ namespace {
 constexpr std::size_t headLimit = std::size_t{256} << 10;
 constexpr long mostRedirects = 5;
 
-Transfer::Clock::duration timeoutOf(const platform::URLRequest& request) {
-  double seconds = std::min(request.timeout, request.sessionTimeout.value_or(request.timeout));
-  if (!std::isfinite(seconds) || seconds <= 0) seconds = 60;
+Transfer::Clock::duration durationOf(double seconds) {
   return std::chrono::milliseconds(static_cast<std::int64_t>(std::clamp(seconds, 0.001, 1e6) * 1000));
+}
+
+Transfer::Clock::duration timeoutOf(const platform::URLRequest& request) {
+  const double seconds = std::min(request.timeout, request.sessionTimeout.value_or(request.timeout));
+  return durationOf(std::isfinite(seconds) && seconds > 0 ? seconds : 60);
+}
+
+Transfer::Clock::time_point endOf(const URLSessionOptions& options) {
+  if (!options.longestRequest) return Transfer::Clock::time_point::max();
+  return Transfer::Clock::now() + durationOf(*options.longestRequest);
 }
 
 }  // namespace
 
-Transfer::Transfer(const CurlLibrary& curl, platform::URLRequest request,
+Transfer::Transfer(const CurlLibrary& curl, const URLSessionOptions& options, platform::URLRequest request,
                    platform::URLSession::Completion completion)
     : curl_(curl),
+      options_(options),
       request_(std::move(request)),
       completion_(std::move(completion)),
       timeout_(timeoutOf(request_)),
-      lastByte_(Clock::now()) {}
+      lastByte_(Clock::now()),
+      end_(endOf(options)) {}
 
 Transfer::~Transfer() {
   if (handle_) curl_.easyCleanup(handle_);
   curl_.listFree(headerList_);
 }
 
-bool Transfer::prepare(const std::string& certificateFile, bool followRedirects) {
+bool Transfer::prepare(const std::string& certificateFile) {
   handle_ = curl_.easyInit();
   if (!handle_) return false;
   set(CURLOPT_URL, request_.url.c_str());
@@ -45,13 +57,14 @@ bool Transfer::prepare(const std::string& certificateFile, bool followRedirects)
   set(CURLOPT_XFERINFOFUNCTION, &Transfer::onProgress);
   set(CURLOPT_XFERINFODATA, static_cast<void*>(this));
   set(CURLOPT_NOPROGRESS, 0L);
-  setPolicy(followRedirects);
+  setPolicy();
+  setConnections();
   setTrust(certificateFile);
   setMethod();
   return setHeaders();
 }
 
-void Transfer::setPolicy(bool followRedirects) {
+void Transfer::setPolicy() {
   set(CURLOPT_NOSIGNAL, 1L);
 #if LIBCURL_VERSION_NUM >= 0x075500
   set(CURLOPT_PROTOCOLS_STR, "http,https");
@@ -60,7 +73,7 @@ void Transfer::setPolicy(bool followRedirects) {
   set(CURLOPT_PROTOCOLS, CURLPROTO_HTTP | CURLPROTO_HTTPS);
   set(CURLOPT_REDIR_PROTOCOLS, CURLPROTO_HTTP | CURLPROTO_HTTPS);
 #endif
-  set(CURLOPT_FOLLOWLOCATION, followRedirects ? 1L : 0L);
+  set(CURLOPT_FOLLOWLOCATION, options_.followRedirects ? 1L : 0L);
   set(CURLOPT_MAXREDIRS, mostRedirects);
   set(CURLOPT_DISALLOW_USERNAME_IN_URL, 1L);
   set(CURLOPT_ACCEPT_ENCODING, "");
@@ -71,6 +84,14 @@ void Transfer::setPolicy(bool followRedirects) {
   // A name server that does not answer must not hold up the end of this transfer, and with it all others.
   set(CURLOPT_QUICK_EXIT, 1L);
 #endif
+}
+
+void Transfer::setConnections() {
+  if (options_.connectionsToServer != 0) set(CURLOPT_PIPEWAIT, 1L);
+  if (!options_.mayConnect) return;
+  set(CURLOPT_PROXY, "");
+  set(CURLOPT_OPENSOCKETFUNCTION, &Transfer::onConnect);
+  set(CURLOPT_OPENSOCKETDATA, static_cast<void*>(this));
 }
 
 /// libcurl keeps loaded certificates for the next connection only when they come from a file and not from a
@@ -160,6 +181,16 @@ bool Transfer::takePiece(std::string_view piece) {
   return taken.ok();
 }
 
+/// Whatever a name was resolved to before, this is the address that the connection goes to.
+curl_socket_t Transfer::onConnect(void* self, curlsocktype, curl_sockaddr* address) {
+  auto& transfer = *static_cast<Transfer*>(self);
+  if (!transfer.options_.mayConnect(address->addr)) {
+    transfer.mayNotConnect_ = true;
+    return CURL_SOCKET_BAD;
+  }
+  return ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+}
+
 /// `received` counts the bytes of the body before they are decompressed.
 int Transfer::onProgress(void* self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t sent) {
   auto& transfer = *static_cast<Transfer*>(self);
@@ -213,6 +244,8 @@ Error Transfer::errorOf(CURLcode code) const {
                 : "The response is larger than " + std::to_string(request_.responseLimit) + " bytes",
             CURLE_FILESIZE_EXCEEDED};
   }
+  if (code == CURLE_COULDNT_CONNECT && mayNotConnect_)
+    return {"The server's address may not be connected to", addressRefused};
   if (code == CURLE_OPERATION_TIMEDOUT) return {"The request timed out", code};
   return {errorText_[0] ? errorText_ : curl_.easyErrorText(code), code};
 }

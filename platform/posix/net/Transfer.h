@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -7,6 +8,7 @@
 #include <string_view>
 
 #include "VorselKelp/platform/URLSession.h"
+#include "VorselKelpPosix/CurlURLSession.h"
 #include "net/CurlLibrary.h"
 #include "net/ResponseHead.h"
 
@@ -18,7 +20,8 @@ class Transfer {
  public:
   using Clock = std::chrono::steady_clock;
 
-  Transfer(const CurlLibrary& curl, platform::URLRequest request,
+  /// Library and options outlive it.
+  Transfer(const CurlLibrary& curl, const URLSessionOptions& options, platform::URLRequest request,
            platform::URLSession::Completion completion);
   ~Transfer();
   Transfer(const Transfer&) = delete;
@@ -26,11 +29,11 @@ class Transfer {
 
   /// Makes the handle ready for libcurl; false when memory is short. An empty `certificateFile` leaves the
   /// trust to libcurl's own settings.
-  bool prepare(const std::string& certificateFile, bool followRedirects);
+  bool prepare(const std::string& certificateFile);
   [[nodiscard]] CURL* handle() const { return handle_; }
 
-  /// When the request has gone without a byte for as long as it may.
-  [[nodiscard]] Clock::time_point deadline() const { return lastByte_ + timeout_; }
+  /// When the request has gone without a byte for as long as it may, or taken as long as it may.
+  [[nodiscard]] Clock::time_point deadline() const { return std::min(lastByte_ + timeout_, end_); }
 
   /// The answer, once libcurl is done with the handle.
   [[nodiscard]] platform::URLResult finished(CURLcode code);
@@ -42,7 +45,8 @@ class Transfer {
   void set(CURLoption option, Value value) {
     curl_.easySetOption(handle_, option, value);
   }
-  void setPolicy(bool followRedirects);
+  void setPolicy();
+  void setConnections();
   void setTrust(const std::string& certificateFile);
   void setMethod();
   bool setHeaders();
@@ -54,9 +58,11 @@ class Transfer {
 
   static std::size_t onHeader(char* data, std::size_t size, std::size_t count, void* self);
   static std::size_t onBody(char* data, std::size_t size, std::size_t count, void* self);
+  static curl_socket_t onConnect(void* self, curlsocktype purpose, curl_sockaddr* address);
   static int onProgress(void* self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t sent);
 
   const CurlLibrary& curl_;
+  const URLSessionOptions& options_;
   platform::URLRequest request_;
   platform::URLSession::Completion completion_;
   CURL* handle_ = nullptr;
@@ -65,6 +71,7 @@ class Transfer {
 
   Clock::duration timeout_;
   Clock::time_point lastByte_;
+  const Clock::time_point end_;
   curl_off_t received_ = 0;
   curl_off_t sent_ = 0;
 
@@ -73,6 +80,7 @@ class Transfer {
   std::string body_;
   std::size_t bodyBytes_ = 0;
   bool tooLarge_ = false;
+  bool mayNotConnect_ = false;
   std::optional<Error> refusal_;  // the consumer's
 };
 

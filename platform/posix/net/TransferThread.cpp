@@ -9,8 +9,6 @@
 namespace VorselKelp::posix {
 namespace {
 
-/// Each transfer may need a file descriptor, of which a process has 1024 as a rule.
-constexpr std::size_t mostActive = 256;
 /// By default libcurl keeps four times as many as there are transfers at the moment, and so closes most of
 /// them whenever a burst of short ones is answered.
 constexpr long mostConnections = 128;
@@ -59,6 +57,9 @@ void TransferThread::run() {
     return;
   }
   curl.multiSetOption(multi, CURLMOPT_MAXCONNECTS, mostConnections);
+  if (options_.connectionsToServer != 0)
+    curl.multiSetOption(multi, CURLMOPT_MAX_HOST_CONNECTIONS,
+                        static_cast<long>(options_.connectionsToServer));
   {
     const std::lock_guard lock(mutex_);
     curl_ = &curl;
@@ -97,7 +98,7 @@ void TransferThread::transfer(const CurlLibrary& curl) {
     curl.multiPerform(multi_, &running);
     collectAnswers(curl);
     endOverdue(curl);
-    const bool more = !waiting_.empty() && active_.size() < mostActive;
+    const bool more = !waiting_.empty() && active_.size() < options_.requestsAtOnce;
     curl.multiPoll(multi_, nullptr, 0, more ? 0 : waitingTime(), nullptr);
   }
 }
@@ -111,7 +112,7 @@ bool TransferThread::takePending() {
 }
 
 void TransferThread::startTransfers(const CurlLibrary& curl) {
-  while (!waiting_.empty() && active_.size() < mostActive) {
+  while (!waiting_.empty() && active_.size() < options_.requestsAtOnce) {
     Pending pending = std::move(waiting_.front());
     waiting_.pop_front();
     start(curl, std::move(pending));
@@ -125,9 +126,9 @@ void TransferThread::start(const CurlLibrary& curl, Pending pending) {
   }
   const auto& certificates =
       options_.certificateFile.empty() ? curl.certificateFile : options_.certificateFile;
-  auto transfer = std::make_unique<Transfer>(curl, std::move(pending.request), std::move(pending.completion));
-  if (!transfer->prepare(certificates, options_.followRedirects) ||
-      curl.multiAdd(multi_, transfer->handle()) != CURLM_OK) {
+  auto transfer =
+      std::make_unique<Transfer>(curl, options_, std::move(pending.request), std::move(pending.completion));
+  if (!transfer->prepare(certificates) || curl.multiAdd(multi_, transfer->handle()) != CURLM_OK) {
     answer(*transfer, transfer->finished(CURLE_OUT_OF_MEMORY));
     return;
   }
