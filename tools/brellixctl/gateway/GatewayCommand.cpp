@@ -11,7 +11,9 @@
 #include "brellixctl/EndingSignals.h"
 #include "brellixctl/gateway/ProviderKeys.h"
 #include "brellixctl/gateway/RequestLog.h"
+#include "brellixctl/webpush/Arguments.h"
 #include "gateway/Gateway.h"
+#include "gateway/desktop/Desktops.h"
 #include "gateway/identity/DeskIdentity.h"
 
 namespace brellixctl {
@@ -65,12 +67,26 @@ Status addLog(const std::string& path, gateway::GatewayOptions& options) {
   return VorselKelp::Done{};
 }
 
+Status addDesktops(const GatewayRequest& request, gateway::GatewayOptions& options) {
+  gateway::DesktopOptions desktops;
+  if (!request.vapid.empty()) {
+    auto keys = readSenderKeys(request.vapid);
+    if (!keys) return keys.error();
+    desktops.sender = gateway::Sender{*std::move(keys), request.subject};
+  }
+  desktops.authorities = request.trust;
+  desktops.loopback = request.localPushServices;
+  options.hops.push_back(std::make_shared<gateway::Desktops>(std::move(desktops)));
+  return VorselKelp::Done{};
+}
+
 Result<gateway::GatewayOptions> optionsOf(const GatewayRequest& request, const OwnParts& own) {
   gateway::GatewayOptions options;
   options.port = request.port;
   options.everywhere = !own.certificate && !request.open;
   options.checks = {request.topics, request.open};
   if (const auto status = addKeys(request, own, options); !status) return status.error();
+  if (const auto status = addDesktops(request, options); !status) return status.error();
   if (const auto status = addLog(request.log, options); !status) return status.error();
   return options;
 }

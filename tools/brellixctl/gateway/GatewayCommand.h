@@ -17,10 +17,12 @@ struct GatewayRequest {
   std::vector<std::string> topics;        ///< none: any
   std::vector<std::string> homes;         ///< of the simulated devices, each with the manifest beside it
   std::vector<std::string> manifests;
-  std::string vapid;    ///< the sender's key or its file; empty: the sender stays unknown
-  std::string subject;  ///< how to reach the sender; goes with `vapid`
-  std::string log;      ///< file; empty: none
-  bool open = false;    ///< senders need no token
+  std::string vapid;               ///< the sender's key or its file; empty: the sender stays unknown
+  std::string subject;             ///< how to reach the sender; goes with `vapid`
+  std::string trust;               ///< a file with the authorities of push services; empty: the system's
+  bool localPushServices = false;  ///< those of this machine are posted to as well
+  std::string log;                 ///< file; empty: none
+  bool open = false;               ///< senders need no token
 };
 
 /// What the command line takes behind "gateway". The request outlives the command.

@@ -30,6 +30,10 @@ void addGatewayOptions(CLI::App& gateway, GatewayRequest& request) {
           ->type_name("ADDRESS");
   vapid->needs(subject);
   subject->needs(vapid);
+  gateway.add_option("--trust", request.trust, "Authorities of push services, in PEM; else the system's")
+      ->type_name("FILE");
+  gateway.add_flag("--local-push-services", request.localPushServices,
+                   "Post to push services of this machine too, also by http");
   gateway.add_option("--log", request.log, "Write the answered requests here, one JSON object a line")
       ->type_name("FILE");
   gateway.add_flag("--open", request.open, "Take notifications without a token, from this machine alone");
