@@ -140,4 +140,8 @@ Display::~Display() {
   std::filesystem::remove("/tmp/.X11-unix/X" + number, ignored);
 }
 
+void showOn(phone::TargetProcess& process, const std::shared_ptr<Display>& display) {
+  if (display) process.showOn(display->environment(), display);
+}
+
 }  // namespace brellixctl

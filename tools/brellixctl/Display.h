@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "VorselKelp/Result.h"
+#include "phone/TargetProcess.h"
 
 namespace brellixctl {
 
@@ -38,5 +39,8 @@ class Display {
   int server_ = -1;  ///< the private display's process
   std::vector<std::pair<std::string, std::string>> environment_;
 };
+
+/// Lets the process have its windows there; null leaves it without.
+void showOn(phone::TargetProcess& process, const std::shared_ptr<Display>& display);
 
 }  // namespace brellixctl

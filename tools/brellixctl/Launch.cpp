@@ -1,13 +1,15 @@
 #include "VorselKelpPosix/Hex.h"
 #include "VorselKelpSystem/NotificationRecords.h"
 #include "brellixctl/Operations.h"
-#include "brellixctl/TargetProcess.h"
 #include "brellixctl/TextFile.h"
 #include "collection_server/CollectionServer.h"
+#include "phone/TargetProcess.h"
 
 namespace brellixctl {
 
 using collection_server::CollectionServer;
+using phone::ChildOutcome;
+using phone::TargetProcess;
 using VorselKelp::Error;
 using VorselKelp::JSONAny;
 using VorselKelp::Result;
@@ -98,7 +100,7 @@ Result<LaunchOutcome> launch(const Target& target, const LaunchRequest& request)
   if (!scripts) return scripts.error();
   auto display = displayFor(target, request);
   if (!display) return display.error();
-  process.showOn(*std::move(display));
+  showOn(process, *display);
   auto child = process.run();
   if (!child) return child.error();
   if (child->stopReason) return Error{"The application stopped: " + *child->stopReason};

@@ -7,46 +7,15 @@
 
 #include "VorselKelp/JSONAny.h"
 #include "VorselKelp/Result.h"
-#include "VorselKelp/platform/Notification.h"
-#include "VorselKelpSimulator/DeviceHome.h"
-#include "VorselKelpSimulator/Manifest.h"
-#include "VorselKelpSimulator/Runtime.h"
-#include "VorselKelpSimulator/SimulatedDevice.h"
 #include "brellixctl/Display.h"
+#include "phone/Push.h"
 
 namespace brellixctl {
 
-/// The device and the application that a command is about.
-struct Target {
-  std::string homePath;
-  std::string manifestPath;
-  VorselKelp::simulator::Manifest manifest;
-  VorselKelp::simulator::DeviceHome home;
-
-  /// An error says in one line what is wrong with either.
-  static VorselKelp::Result<Target> open(const std::string& homePath, const std::string& manifestPath);
-  /// The same without a look at the device, which need not be there.
-  static VorselKelp::Result<Target> describe(const std::string& homePath, const std::string& manifestPath);
-  [[nodiscard]] VorselKelp::simulator::SimulatedDevice device() const {
-    return {home, manifest.bundleIdentifier};
-  }
-  /// The executable of one of the application's processes: an absolute path, or a name beside this
-  /// executable.
-  [[nodiscard]] std::string program(VorselKelp::simulator::ProcessKind kind) const;
-};
-
-/// An operation that failed carries this code when it was asked for in a wrong way.
-inline constexpr int wrongUsage = 2;
-
-/// What all operations on the application's processes come to.
-struct Outcome {
-  std::string failure;  ///< why it did not come to what was asked for; empty when it did
-  /// "method" and "url" of each, in the order in which they were sent, and its "status" or "error" once it
-  /// was answered.
-  std::vector<VorselKelp::JSONAny> requests;
-  std::vector<VorselKelp::JSONAny> console;
-  std::vector<std::string> errorLines;  ///< what else a person should know
-};
+using phone::Outcome;
+using phone::PushOutcome;
+using phone::Target;
+using phone::wrongUsage;
 
 struct LaunchRequest {
   std::string answer;  ///< "allow", "deny" or empty
@@ -75,14 +44,6 @@ struct PushRequest {
   std::string payloadPath;
   std::string identifier;  ///< empty: one is made
   double timeLimit = 30;
-};
-
-struct PushOutcome : Outcome {
-  VorselKelp::platform::NotificationRequest shown;
-  std::vector<VorselKelp::platform::NotificationAction> actions;
-  std::string extension;                      ///< answered, silent, timeLimit, stopped or notRun
-  bool silent = false;                        ///< nothing is shown: the application got it in the background
-  std::vector<VorselKelp::JSONAny> delegate;  ///< what a silent one made the library and the application call
 };
 
 VorselKelp::Result<PushOutcome> push(const Target& target, const PushRequest& request);

@@ -2,10 +2,12 @@
 #include <filesystem>
 
 #include "brellixctl/Operations.h"
-#include "brellixctl/TargetProcess.h"
+#include "phone/TargetProcess.h"
 
 namespace brellixctl {
 
+using phone::ChildOutcome;
+using phone::TargetProcess;
 using VorselKelp::Error;
 using VorselKelp::JSONAny;
 using VorselKelp::Result;
@@ -69,7 +71,7 @@ Result<ShowOutcome> show(const Target& target, const ShowRequest& request) {
   if (request.window) process.addFlag("--stay");
   auto display = displayFor(request);
   if (!display) return display.error();
-  process.showOn(*std::move(display));
+  showOn(process, *display);
   auto child = process.run();
   if (!child) return child.error();
   if (!child->stopReason && child->exitStatus != 0) {

@@ -1,10 +1,12 @@
 #include <algorithm>
 
 #include "brellixctl/Operations.h"
-#include "brellixctl/TargetProcess.h"
+#include "phone/TargetProcess.h"
 
 namespace brellixctl {
 
+using phone::ChildOutcome;
+using phone::TargetProcess;
 using VorselKelp::Error;
 using VorselKelp::JSONAny;
 using VorselKelp::Result;
@@ -61,7 +63,7 @@ Result<TapOutcome> tap(const Target& target, const TapRequest& request) {
   process.add("--pictures", request.pictures);
   auto display = request.onDesktop ? Display::find() : Result<std::shared_ptr<Display>>(request.display);
   if (!display) return display.error();
-  process.showOn(*std::move(display));
+  showOn(process, *display);
   auto child = process.run();
   if (!child) return child.error();
   if (child->stopReason) {

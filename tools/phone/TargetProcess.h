@@ -3,10 +3,11 @@
 #include <memory>
 #include <string>
 
-#include "brellixctl/ChildProcess.h"
-#include "brellixctl/Operations.h"
+#include "phone/ChildProcess.h"
+#include "phone/Outcome.h"
+#include "phone/Target.h"
 
-namespace brellixctl {
+namespace phone {
 
 /// A process of the target's application, as it is to be run.
 class TargetProcess {
@@ -18,8 +19,10 @@ class TargetProcess {
   void addFlag(const char* flag) { command_.arguments.emplace_back(flag); }
   /// What the process gets on standard input.
   void read(std::string input) { command_.input = std::move(input); }
-  /// Runs the program's twin with windows there; null leaves it without.
-  void showOn(std::shared_ptr<Display> display);
+  /// Runs the program's twin with windows, with this added to its environment; `display` lives as long as
+  /// this object.
+  void showOn(const std::vector<std::pair<std::string, std::string>>& environment,
+              std::shared_ptr<const void> display);
 
   [[nodiscard]] VorselKelp::Result<ChildOutcome> run() const { return runProcess(command_); }
   /// What the process sent and said.
@@ -30,7 +33,7 @@ class TargetProcess {
 
  private:
   ChildCommand command_;
-  std::shared_ptr<Display> display_;
+  std::shared_ptr<const void> display_;
 };
 
-}  // namespace brellixctl
+}  // namespace phone

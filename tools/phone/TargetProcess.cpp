@@ -1,8 +1,8 @@
-#include "brellixctl/TargetProcess.h"
+#include "phone/TargetProcess.h"
 
 #include <utility>
 
-namespace brellixctl {
+namespace phone {
 
 using VorselKelp::JSONAny;
 
@@ -50,11 +50,11 @@ void TargetProcess::add(const char* option, const std::string& value) {
   if (!value.empty()) command_.arguments.insert(command_.arguments.end(), {option, value});
 }
 
-void TargetProcess::showOn(std::shared_ptr<Display> display) {
-  if (!display) return;
+void TargetProcess::showOn(const std::vector<std::pair<std::string, std::string>>& environment,
+                           std::shared_ptr<const void> display) {
   display_ = std::move(display);
   command_.program += "_desktop";
-  command_.environment = display_->environment();
+  command_.environment = environment;
 }
 
 void TargetProcess::report(ChildOutcome child, Outcome& outcome) {
@@ -69,4 +69,4 @@ VorselKelp::Error TargetProcess::failureOf(const ChildOutcome& child, const std:
   return {reason, child.exitStatus == wrongUsage ? wrongUsage : 0};
 }
 
-}  // namespace brellixctl
+}  // namespace phone

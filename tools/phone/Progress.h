@@ -3,7 +3,7 @@
 #include <chrono>
 #include <string>
 
-namespace brellixctl {
+namespace phone {
 
 /// Tells a person at a terminal that something takes its time: a line on standard error after two seconds,
 /// counted on every second and wiped at the end. Silent when standard error is no terminal.
@@ -23,4 +23,4 @@ class Progress {
   long shown_ = 1;
 };
 
-}  // namespace brellixctl
+}  // namespace phone

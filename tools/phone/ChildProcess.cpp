@@ -1,16 +1,10 @@
-#include "brellixctl/ChildProcess.h"
+#include "phone/ChildProcess.h"
 
 #include <filesystem>
 
-#include "brellixctl/Progress.h"
+#include "phone/Progress.h"
 
-namespace brellixctl {
-
-namespace {
-
-constexpr int channelDescriptor = 3;
-
-}  // namespace
+namespace phone {
 
 std::string pathOf(const std::string& program) {
   if (program.starts_with('/')) return program;
@@ -36,4 +30,4 @@ VorselKelp::Result<ChildOutcome> runProcess(ChildCommand command) {
   return outcome;
 }
 
-}  // namespace brellixctl
+}  // namespace phone

@@ -2,10 +2,13 @@
 
 #include "VorselKelpSystem/ChildProcess.h"
 
-namespace brellixctl {
+namespace phone {
 
 using VorselKelp::system::ChildCommand;
 using VorselKelp::system::ChildOutcome;
+
+/// The descriptor that the application's processes write their events to.
+inline constexpr int channelDescriptor = 3;
 
 /// The absolute path of a program; a name is that of an executable beside this one.
 std::string pathOf(const std::string& program);
@@ -17,4 +20,4 @@ VorselKelp::Error startFailure(const std::string& program, const VorselKelp::Err
 /// work. Its program may be a name as for pathOf(); its events come over a descriptor of their own.
 VorselKelp::Result<ChildOutcome> runProcess(ChildCommand command);
 
-}  // namespace brellixctl
+}  // namespace phone

@@ -1,6 +1,6 @@
-#include "brellixctl/Operations.h"
+#include "phone/Target.h"
 
-namespace brellixctl {
+namespace phone {
 
 using VorselKelp::Error;
 using VorselKelp::Result;
@@ -30,4 +30,4 @@ std::string Target::program(device::ProcessKind kind) const {
   return own(manifest.programs.application, "news_app");
 }
 
-}  // namespace brellixctl
+}  // namespace phone

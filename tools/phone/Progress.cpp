@@ -1,10 +1,10 @@
-#include "brellixctl/Progress.h"
+#include "phone/Progress.h"
 
 #include <unistd.h>
 
 #include <cstdio>
 
-namespace brellixctl {
+namespace phone {
 
 Progress::Progress(std::string what) : what_(std::move(what)), visible_(::isatty(STDERR_FILENO) == 1) {}
 
@@ -21,4 +21,4 @@ void Progress::tick() {
   std::fprintf(stderr, "\r\033[K%s (%ld s)", what_.c_str(), seconds);
 }
 
-}  // namespace brellixctl
+}  // namespace phone
