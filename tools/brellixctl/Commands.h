@@ -49,6 +49,10 @@ struct LintRequest {
   bool strict = false;                      ///< warnings count as failures
 };
 
+struct DeviceRequest {
+  std::string action;  ///< "on", "off" or "uninstall"; empty: how it stands
+};
+
 struct TryRequest {
   std::string payloadPath;
   std::string report;     ///< an HTML file; empty: none
@@ -93,6 +97,8 @@ int runNotifications(const CommonOptions& common, double advance);
 /// Says for each fault of application, device and servers what it is and how to mend it.
 /// `application`: an identifier, of one that is installed on this desktop; empty: the simulated device's.
 int runDoctor(const CommonOptions& common, const std::string& application);
+/// Turns the device off or on, or removes the application.
+int runDevice(const CommonOptions& common, const DeviceRequest& request);
 int runBadge(const CommonOptions& common);
 /// Needs neither device nor application.
 int runLint(const LintRequest& request);

@@ -54,6 +54,7 @@ JSONAny::Dictionary notificationJSON(const platform::NotificationRequest& reques
 }
 
 JSONAny::Dictionary toJSON(const PushOutcome& outcome) {
+  if (outcome.kept) return {{"id", outcome.shown.identifier}, {"kept", true}};
   if (outcome.silent) return silentJSON(outcome);
   auto json = notificationJSON(outcome.shown, outcome.actions);
   json.push_back({"extension", outcome.extension});

@@ -7,7 +7,9 @@ VorselKelp::Result<PushOutcome> push(const Target& target, const PushRequest& re
   auto payload = readPayload(request.payloadPath);
   if (!payload) return payload.error();
   if (const auto json = decodePayload(*payload, request.payloadPath); !json) return json.error();
-  return phone::deliver(target, {request.identifier, *std::move(payload), request.timeLimit});
+  return phone::receive(
+      target,
+      {.identifier = request.identifier, .payload = *std::move(payload), .timeLimit = request.timeLimit});
 }
 
 }  // namespace brellixctl

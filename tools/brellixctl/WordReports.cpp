@@ -86,6 +86,10 @@ std::string inWords(const platform::NotificationRequest& request,
 }
 
 std::string inWords(const PushOutcome& outcome) {
+  if (outcome.kept) {
+    return "The device is off: the push is kept in its home, and delivered by brellixctl device on.\n" +
+           line("notification", outcome.shown.identifier);
+  }
   if (outcome.silent) {
     std::string words =
         "The push is silent: nothing is shown, and the application got it in the background.\n";

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "brellixctl/Commands.h"
+#include "brellixctl/device/DeviceOptions.h"
 #include "brellixctl/gateway/GatewayCommand.h"
 #include "brellixctl/webpush/Options.h"
 
@@ -165,6 +166,9 @@ class CommandLine {
         [this] { return runDoctor(common_, application_); })
         ->add_option("--application", application_, "One that is installed on this desktop")
         ->type_name("ID");
+    addDeviceOptions(*add("device", "Turn the device off or on, or remove the application from it",
+                          [this] { return runDevice(common_, device_); }),
+                     device_);
     add("badge", "The number on the application's icon", [this] { return runBadge(common_); });
     auto* list = add("notifications", "What the notification centre holds",
                      [this] { return runNotifications(common_, advance_); });
@@ -285,6 +289,7 @@ class CommandLine {
   LintRequest lint_;
   TryRequest try_;
   FleetRequest fleet_;
+  DeviceRequest device_;
   SendRequest send_;
   VapidRequest vapid_;
   GatewayRequest gateway_;

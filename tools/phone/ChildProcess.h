@@ -1,5 +1,7 @@
 #pragma once
 
+#include <stop_token>
+
 #include "VorselKelpSystem/ChildProcess.h"
 
 namespace phone {
@@ -17,7 +19,9 @@ std::string pathOf(const std::string& program);
 VorselKelp::Error startFailure(const std::string& program, const VorselKelp::Error& reason);
 
 /// Runs a process of the application to its end, and tells a person who waits for long that it is still at
-/// work. Its program may be a name as for pathOf(); its events come over a descriptor of their own.
-VorselKelp::Result<ChildOutcome> runProcess(ChildCommand command);
+/// work, unless it is to be quiet. Its program may be a name as for pathOf(); its events come over a
+/// descriptor of their own. `stop` kills it.
+VorselKelp::Result<ChildOutcome> runProcess(ChildCommand command, bool quiet = false,
+                                            const std::stop_token& stop = {});
 
 }  // namespace phone

@@ -6,7 +6,8 @@
 
 namespace phone {
 
-Progress::Progress(std::string what) : what_(std::move(what)), visible_(::isatty(STDERR_FILENO) == 1) {}
+Progress::Progress(std::string what, bool quiet)
+    : what_(std::move(what)), visible_(!quiet && ::isatty(STDERR_FILENO) == 1) {}
 
 Progress::~Progress() {
   if (shown_ > 1) std::fputs("\r\033[K", stderr);

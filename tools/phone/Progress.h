@@ -9,7 +9,8 @@ namespace phone {
 /// counted on every second and wiped at the end. Silent when standard error is no terminal.
 class Progress {
  public:
-  explicit Progress(std::string what);
+  /// `quiet`: silent in any case.
+  explicit Progress(std::string what, bool quiet = false);
   ~Progress();
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;

@@ -17,6 +17,7 @@ using VorselKelp::Error;
 using VorselKelp::JSONAny;
 using VorselKelp::RemoteKind;
 using VorselKelp::Result;
+using VorselKelp::Status;
 using VorselKelp::posix::hexOf;
 namespace platform = VorselKelp::platform;
 namespace device = VorselKelp::simulator;
@@ -43,21 +44,27 @@ std::string wordFor(const ChildOutcome& child, bool answered) {
 }
 
 Error noToken() {
-  return {"Nothing arrives: the application has no device token; brellixctl launch --answer allow"};
+  return {"Nothing arrives: the application has no device token; brellixctl launch --answer allow",
+          notWanted};
 }
 
 /// Why a push is not shown at all; nothing of the application runs then, and nothing is asked for.
-VorselKelp::Status allowed(device::SimulatedDevice& simulated) {
+Status allowed(device::SimulatedDevice& simulated) {
   const auto permission = simulated.authorization();
   if (permission == platform::AuthorizationStatus::notDetermined)
     return Error{
         "Nothing is shown: the user has not been asked yet; brellixctl launch --answer allow, with --prompt "
         "ok "
-        "where the publisher's page asks first"};
+        "where the publisher's page asks first",
+        notWanted};
   if (permission == platform::AuthorizationStatus::denied)
-    return Error{"Nothing is shown: the user does not allow notifications"};
+    return Error{"Nothing is shown: the user does not allow notifications", notWanted};
   if (!simulated.remoteToken()) return noToken();
   return VorselKelp::Done{};
+}
+
+Error stopped() {
+  return {"The push is not delivered yet", notNow};
 }
 
 /// What a delivery through the service extension comes to.
@@ -86,17 +93,19 @@ Result<Delivered> extend(const Target& target, const Push& push) {
                        delivered.extension = std::move(report);
                        ended = true;
                      }});
-  Progress progress(program + " is still at work");
-  // The delivery ends the extension in its time.
-  while (!loop->run([&] { return ended; }, VorselKelp::posix::EventLoop::Clock::now() + tick))
+  Progress progress(program + " is still at work", push.quiet);
+  // The delivery ends the extension in its time, or when it goes itself.
+  while (!loop->run([&] { return ended; }, VorselKelp::posix::EventLoop::Clock::now() + tick)) {
+    if (push.stop.stop_requested()) return stopped();
     progress.tick();
+  }
   if (delivered.extension.notStarted) return startFailure(program, *delivered.extension.notStarted);
   if (!delivered.result) return delivered.result.error();
   return delivered;
 }
 
 /// Notes how the extension did. An error when it said that it can't do its work at all.
-VorselKelp::Status noteExtension(ChildOutcome child, PushOutcome& outcome) {
+Status noteExtension(ChildOutcome child, PushOutcome& outcome) {
   if (!child.stopReason && !child.ended && child.exitStatus != 0 && !child.errorLines.empty())
     return Error{child.errorLines.front()};
   outcome.extension = wordFor(child, child.firstOf("content").has_value());
@@ -110,8 +119,9 @@ Result<PushOutcome> handOver(const Target& target, const Push& push) {
   TargetProcess process(target, device::ProcessKind::application, push.timeLimit);
   process.addFlag("--background");
   process.read(push.payload);
-  auto child = process.run();
+  auto child = process.run(push.quiet, push.stop);
   if (!child) return child.error();
+  if (push.stop.stop_requested()) return stopped();
   if (child->stopReason) return Error{"The application stopped: " + *child->stopReason};
   if (child->exitStatus != 0) return TargetProcess::failureOf(*child, "The application");
   PushOutcome outcome;
@@ -135,7 +145,7 @@ Result<PushOutcome> show(const Target& target, const Push& push) {
       return status.error();
   }
   auto shown = simulated.deliver(std::move(delivered->result->request));
-  if (!shown) return Error{"The notification was not delivered. " + shown.error().description};
+  if (!shown) return Error{"The notification was not delivered. " + shown.error().description, notNow};
   outcome.shown = std::move(*shown);
   outcome.actions = simulated.actionsOf(outcome.shown.content.categoryIdentifier);
   return outcome;
@@ -150,6 +160,38 @@ Result<PushOutcome> deliver(const Target& target, Push push) {
   if (VorselKelp::remoteKind(*json) != RemoteKind::silent) return show(target, push);
   if (!target.device().remoteToken()) return noToken();
   return handOver(target, push);
+}
+
+Result<PushOutcome> receive(const Target& target, Push push) {
+  const auto off = target.device().isOff();
+  if (!off) return off.error();
+  if (!*off) {
+    if (const auto status = deliverArrived(target, push.stop, [](const auto&) {}); !status)
+      return status.error();
+    return deliver(target, std::move(push));
+  }
+  if (!target.device().remoteToken()) return noToken();
+  if (push.identifier.empty()) push.identifier = makeIdentifier();
+  PushOutcome outcome;
+  outcome.extension = "notRun";
+  outcome.kept = true;
+  outcome.shown.identifier = push.identifier;
+  const auto place =
+      target.arrivals().put({std::move(push.identifier), std::move(push.payload)}, std::nullopt);
+  if (!place) return place.error();
+  return outcome;
+}
+
+Status deliverArrived(const Target& target, const std::stop_token& stop, Told told) {
+  using device::Arrivals;
+  return target.arrivals().deliver([&](const device::Arrival& arrived) {
+    if (stop.stop_requested()) return Arrivals::Taken::notYet;
+    const auto outcome = deliver(
+        target, {.identifier = arrived.identifier, .payload = arrived.payload, .quiet = true, .stop = stop});
+    const int code = outcome ? 0 : outcome.error().code;
+    if (code != notWanted) told(outcome);
+    return code == notNow ? Arrivals::Taken::notYet : Arrivals::Taken::forGood;
+  });
 }
 
 }  // namespace phone

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "VorselKelp/Result.h"
+#include "VorselKelpSimulator/Arrivals.h"
 #include "VorselKelpSimulator/DeviceHome.h"
 #include "VorselKelpSimulator/Manifest.h"
 #include "VorselKelpSimulator/Runtime.h"
@@ -24,6 +25,8 @@ struct Target {
   [[nodiscard]] VorselKelp::simulator::SimulatedDevice device() const {
     return {home, manifest.bundleIdentifier};
   }
+  /// What has come to the application and is not delivered yet.
+  [[nodiscard]] VorselKelp::simulator::Arrivals arrivals() const { return {home, manifest.bundleIdentifier}; }
   /// The executable of one of the application's processes: an absolute path, or a name beside this
   /// executable.
   [[nodiscard]] std::string program(VorselKelp::simulator::ProcessKind kind) const;

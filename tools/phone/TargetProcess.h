@@ -24,7 +24,11 @@ class TargetProcess {
   void showOn(const std::vector<std::pair<std::string, std::string>>& environment,
               std::shared_ptr<const void> display);
 
-  [[nodiscard]] VorselKelp::Result<ChildOutcome> run() const { return runProcess(command_); }
+  /// As runProcess() does.
+  [[nodiscard]] VorselKelp::Result<ChildOutcome> run(bool quiet = false,
+                                                     const std::stop_token& stop = {}) const {
+    return runProcess(command_, quiet, stop);
+  }
   /// What the process sent and said.
   static void report(ChildOutcome child, Outcome& outcome);
   /// Why a process that ended with an exit status other than 0 did not do its work; `what` is its name for a

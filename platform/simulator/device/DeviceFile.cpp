@@ -48,6 +48,21 @@ std::optional<std::string> bytesOfHex(std::string_view hex) {
   return bytes;
 }
 
+/// Absent when a member is no token with its time.
+std::optional<std::map<std::string, double>> decodeGone(const JSONAny* json) {
+  std::map<std::string, double> gone;
+  if (json == nullptr) return gone;
+  const auto* members = json->as<JSONAny::Dictionary>();
+  if (members == nullptr) return std::nullopt;
+  for (const auto& [hex, value] : *members) {
+    auto token = bytesOfHex(hex);
+    const auto time = numberIn(value);
+    if (!token || !time) return std::nullopt;
+    gone.insert_or_assign(*std::move(token), *time);
+  }
+  return gone;
+}
+
 std::optional<Registration> decodeRegistration(const JSONAny& json) {
   const auto* token = json.find("token");
   const auto* registered = json.find("registered");
@@ -55,9 +70,11 @@ std::optional<Registration> decodeRegistration(const JSONAny& json) {
   const auto* hex = token->as<std::string>();
   const auto* flag = registered->as<bool>();
   if (hex == nullptr || flag == nullptr) return std::nullopt;
-  auto bytes = bytesOfHex(*hex);
-  if (!bytes) return std::nullopt;
-  return Registration{*std::move(bytes), *flag};
+  auto gone = decodeGone(json.find("gone"));
+  // Without a token once the application was uninstalled.
+  auto bytes = hex->empty() && !*flag ? std::string() : bytesOfHex(*hex);
+  if (!bytes || !gone) return std::nullopt;
+  return Registration{*std::move(bytes), *flag, *std::move(gone)};
 }
 
 /// Absent when it is not what encodeContents() writes.
@@ -70,7 +87,12 @@ std::optional<Contents> decodeContents(std::string_view text) {
   const auto offset = numberIn(*clock);
   const auto* members = registrations->as<JSONAny::Dictionary>();
   if (!offset || members == nullptr) return std::nullopt;
-  Contents contents{*offset, {}};
+  Contents contents{*offset};
+  if (const auto* off = json->find("off")) {
+    const auto* flag = off->as<bool>();
+    if (flag == nullptr) return std::nullopt;
+    contents.off = *flag;
+  }
   for (const auto& [application, value] : *members) {
     auto registration = decodeRegistration(value);
     if (!registration) return std::nullopt;
@@ -82,10 +104,14 @@ std::optional<Contents> decodeContents(std::string_view text) {
 Result<std::string> encodeContents(const Contents& contents) {
   JSONAny::Dictionary registrations;
   for (const auto& [application, registration] : contents.registrations) {
+    JSONAny::Dictionary gone;
+    for (const auto& [token, time] : registration.gone) gone.push_back({posix::hexOf(token), time});
     registrations.push_back({application, JSONAny::Dictionary{{"token", posix::hexOf(registration.token)},
-                                                              {"registered", registration.registered}}});
+                                                              {"registered", registration.registered},
+                                                              {"gone", std::move(gone)}}});
   }
   return JSONAny(JSONAny::Dictionary{{"clockOffset", contents.clockOffset},
+                                     {"off", contents.off},
                                      {"registrations", std::move(registrations)}})
       .encode();
 }

@@ -11,19 +11,23 @@
 
 namespace VorselKelp::simulator {
 
-/// What a device knows about itself: how far its clock is ahead, and which applications are registered. A
-/// small JSON file, for every process of the device reads the clock, and a database would be dear for that.
-/// It is read whole and replaced whole, so no reader sees half of it. Several processes at once; any thread.
+/// What a device knows about itself: how far its clock is ahead, whether it is off, and which applications
+/// are registered. A small JSON file, for every process of the device reads the clock, and a database would
+/// be dear for that. It is read whole and replaced whole, so no reader sees half of it. Several processes at
+/// once; any thread.
 class DeviceFile {
  public:
   struct Registration {
     std::string token;  ///< bytes; kept while the application is not registered
     bool registered = false;
+    /// Tokens that nothing reaches any more, and since when: seconds since 1970. The newest few.
+    std::map<std::string, double> gone{};
     friend bool operator==(const Registration&, const Registration&) = default;
   };
   struct Contents {
-    double clockOffset = 0;                             ///< seconds
-    std::map<std::string, Registration> registrations;  ///< by application
+    double clockOffset = 0;                               ///< seconds
+    std::map<std::string, Registration> registrations{};  ///< by application
+    bool off = false;
     friend bool operator==(const Contents&, const Contents&) = default;
   };
 

@@ -19,6 +19,10 @@ DeviceHome::DeviceHome(const std::string& path) : path_(absolutePath(path)) {
   while (path_.size() > 1 && path_.ends_with('/')) path_.pop_back();
 }
 
+std::string DeviceHome::arrivals(const std::string& application) const {
+  return path_ + "/arrivals/" + posix::safeName(application);
+}
+
 std::string DeviceHome::container(const Manifest& manifest, ProcessKind kind) const {
   return path_ + "/applications/" + posix::safeName(bundleIdentifierOf(manifest, kind));
 }

@@ -1,5 +1,8 @@
 #include "VorselKelpSimulator/SimulatedDevice.h"
 
+#include <algorithm>
+
+#include "VorselKelpPosix/Services.h"
 #include "VorselKelpPosix/SystemRandom.h"
 #include "VorselKelpSimulator/DeviceHome.h"
 #include "device/DeviceFile.h"
@@ -9,6 +12,16 @@ namespace VorselKelp::simulator {
 namespace {
 
 constexpr std::size_t tokenBytes = 32;
+constexpr std::size_t goneKept = 16;  // tokens
+
+/// From now on nothing reaches the application's token.
+void retire(DeviceFile::Registration& registration) {
+  auto& gone = registration.gone;
+  registration.registered = false;
+  gone.insert_or_assign(registration.token, posix::makeClock()->now());
+  while (gone.size() > goneKept)
+    gone.erase(std::ranges::min_element(gone, {}, [](const auto& each) { return each.second; }));
+}
 
 double offsetIn(DeviceFile& file) {
   const auto contents = file.read();
@@ -37,6 +50,7 @@ Result<std::string> SimulatedDevice::registerForRemoteNotifications() {
     if (registration.token.empty()) registration.token = token;
     registration.registered = true;
     token = registration.token;
+    registration.gone.erase(token);
   });
   if (!status) return status.error();
   return token;
@@ -44,8 +58,8 @@ Result<std::string> SimulatedDevice::registerForRemoteNotifications() {
 
 void SimulatedDevice::unregisterForRemoteNotifications() {
   if (!remoteToken()) return;
-  file_->report(file_->change(
-      [&](DeviceFile::Contents& contents) { contents.registrations[application_].registered = false; }));
+  file_->report(
+      file_->change([&](DeviceFile::Contents& contents) { retire(contents.registrations[application_]); }));
 }
 
 std::optional<std::string> SimulatedDevice::remoteToken() {
@@ -57,6 +71,38 @@ std::optional<std::string> SimulatedDevice::remoteToken() {
   const auto found = contents->registrations.find(application_);
   if (found == contents->registrations.end() || !found->second.registered) return std::nullopt;
   return std::move(found->second.token);
+}
+
+Result<TokenStanding> SimulatedDevice::standingOf(const std::string& token) {
+  const auto contents = file_->read();
+  if (!contents) return contents.error();
+  const auto found = contents->registrations.find(application_);
+  if (found == contents->registrations.end()) return TokenStanding();
+  const auto& registration = found->second;
+  TokenStanding standing{registration.registered && registration.token == token};
+  if (const auto gone = registration.gone.find(token); gone != registration.gone.end())
+    standing.gone = gone->second;
+  return standing;
+}
+
+Status SimulatedDevice::forget() {
+  const auto retired = file_->change([&](DeviceFile::Contents& contents) {
+    const auto found = contents.registrations.find(application_);
+    if (found == contents.registrations.end() || found->second.token.empty()) return;
+    if (found->second.registered) retire(found->second);
+    found->second.token.clear();
+  });
+  return retired ? NotificationStore::forget() : retired;
+}
+
+Result<bool> SimulatedDevice::isOff() {
+  const auto contents = file_->read();
+  if (!contents) return contents.error();
+  return contents->off;
+}
+
+Status SimulatedDevice::setOff(bool off) {
+  return file_->change([&](DeviceFile::Contents& contents) { contents.off = off; });
 }
 
 double SimulatedDevice::clockOffset() {

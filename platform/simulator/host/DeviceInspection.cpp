@@ -35,7 +35,9 @@ std::string makingProblem(const std::string& path) {
 
 void readRegistrations(const DeviceFile::Contents& contents, const std::string& application,
                        DeviceHealth& health) {
+  health.off = contents.off;
   for (const auto& [identifier, registration] : contents.registrations) {
+    if (registration.token.empty()) continue;  // uninstalled
     const auto known = std::find(health.applications.begin(), health.applications.end(), identifier);
     if (known == health.applications.end()) health.applications.push_back(identifier);
     if (identifier == application && registration.registered) health.token = registration.token;

@@ -115,6 +115,18 @@ void NotificationShelf::remove(Connection& database, const std::string& identifi
   keepUsed(database, identifier);
 }
 
+void NotificationShelf::clear(Connection& database) {
+  for (const auto state : {State::pending, State::delivered}) {
+    for (const auto& held : list(database, state))
+      released_.insert(released_.end(), held.request.content.attachments.begin(),
+                       held.request.content.attachments.end());
+  }
+  for (const char* sql :
+       {"DELETE FROM notification WHERE application = ?1", "DELETE FROM response WHERE application = ?1",
+        "DELETE FROM application WHERE identifier = ?1"})
+    Statement(database, sql).bind(1, application_).run();
+}
+
 void NotificationShelf::keepUsed(Connection& database, const std::string& identifier) {
   // A repeating notification shares its files with those of its kind that were delivered.
   for (const auto state : {State::pending, State::delivered}) {

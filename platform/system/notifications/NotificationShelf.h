@@ -29,6 +29,8 @@ class NotificationShelf {
   void put(Connection& database, const platform::NotificationRequest& request, State state, double due,
            bool unshown = false);
   void remove(Connection& database, const std::string& identifier, State state);
+  /// Removes everything that is known of the application.
+  void clear(Connection& database);
   /// What is left of a tapped notification is the response's request, without files.
   void markTapped(Connection& database, const std::string& identifier, double now);
   /// Delivers every pending notification whose time has come. A repeating one stays pending for the first of

@@ -243,6 +243,15 @@ std::optional<KeptResponse> NotificationStore::claimResponse(const std::string& 
   return status ? taken : std::nullopt;
 }
 
+Status NotificationStore::forget() {
+  const auto status = changeShelf([&](Connection& database) { shelf_->clear(database); });
+  if (!status) return status;
+  std::vector<std::string> known;
+  for (auto& category : categories()) known.push_back(std::move(category.identifier));
+  changeCategories(known, {});
+  return Done{};
+}
+
 std::int64_t NotificationStore::badge() {
   std::int64_t badge = 0;
   use("The badge is not known", [&](Connection& database) {

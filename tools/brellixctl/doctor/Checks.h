@@ -20,6 +20,7 @@ Findings checkHome(const Target& target, const VorselKelp::simulator::DeviceHeal
 /// Whether the servers that an installation has kept are still the manifest's.
 Findings checkStoredAddresses(const VorselKelp::simulator::Manifest& manifest,
                               const VorselKelp::JSONAny& stored);
+Findings checkPower(const VorselKelp::simulator::DeviceHealth& device);
 // The next three find nothing on a device that can't be used.
 Findings checkPermission(const VorselKelp::simulator::DeviceHealth& device);
 Findings checkToken(const VorselKelp::simulator::DeviceHealth& device, const VorselKelp::JSONAny& stored);

@@ -80,6 +80,12 @@ Findings checkArrows(const Manifest& manifest, const device::DeviceHealth& healt
                 "Add it to \"groups\", as well as to the content extension's entitlements on a phone")};
 }
 
+Findings checkPower(const device::DeviceHealth& health) {
+  if (!health.off) return {};
+  return {notice("device", "it is off: of the pushes to an application it gets the last when it is on again",
+                 "Turn it on: brellixctl device on")};
+}
+
 Findings checkPermission(const device::DeviceHealth& health) {
   if (!health.problem.empty()) return {};
   switch (health.authorization) {

@@ -48,8 +48,8 @@ Findings examine(const Target& target) {
   const auto found = device::inspectDevice(target.home, manifest.bundleIdentifier);
   const auto store = device::inspectGroupStore(manifest, target.home);
   Findings findings;
-  for (auto part : {checkManifest(manifest), checkHome(target, found), checkGroup(manifest),
-                    checkArrows(manifest, found), checkSwitches(manifest, store.values),
+  for (auto part : {checkManifest(manifest), checkHome(target, found), checkPower(found),
+                    checkGroup(manifest), checkArrows(manifest, found), checkSwitches(manifest, store.values),
                     checkEndpoints(manifest), checkStoredAddresses(manifest, store.values),
                     checkPermission(found), checkToken(found, store.values), checkStore(found, store)}) {
     std::ranges::move(part, std::back_inserter(findings));

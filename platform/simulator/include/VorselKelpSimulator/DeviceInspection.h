@@ -15,6 +15,7 @@ namespace VorselKelp::simulator {
 struct DeviceHealth {
   bool exists = false;                    ///< false: no application has run on it yet
   std::string problem;                    ///< why it can't be used; empty: it can
+  bool off = false;                       ///< pushes are kept until it is on
   std::vector<std::string> applications;  ///< bundle identifiers
   // Of the application that was asked about:
   platform::AuthorizationStatus authorization = platform::AuthorizationStatus::notDetermined;

@@ -103,6 +103,9 @@ class VORSELKELP_API NotificationStore {
   /// The same, or when none is kept the response to a delivered notification that was not tapped before.
   std::optional<KeptResponse> claimResponse(const std::string& identifier, const std::string& action);
 
+  /// The application is gone: nothing is kept of it any more, the user's permission included.
+  Status forget();
+
   std::int64_t badge();
   void setBadge(std::int64_t badge);
 
