@@ -14,6 +14,7 @@
 #include "brellixctl/webpush/Arguments.h"
 #include "gateway/Gateway.h"
 #include "gateway/desktop/Desktops.h"
+#include "gateway/devices/DeskDevices.h"
 #include "gateway/identity/DeskIdentity.h"
 
 namespace brellixctl {
@@ -80,6 +81,19 @@ Status addDesktops(const GatewayRequest& request, gateway::GatewayOptions& optio
   return VorselKelp::Done{};
 }
 
+Status addDevices(const GatewayRequest& request, gateway::GatewayOptions& options) {
+  if (request.homes.size() != request.manifests.size())
+    return Error{"Each --home takes an --app of its own", wrongUsage};
+  std::vector<phone::Target> targets;
+  for (std::size_t i = 0; i < request.homes.size(); ++i) {
+    auto target = phone::Target::open(request.homes[i], request.manifests[i]);
+    if (!target) return target.error();
+    targets.push_back(*std::move(target));
+  }
+  if (!targets.empty()) options.hops.push_back(std::make_shared<gateway::DeskDevices>(targets));
+  return VorselKelp::Done{};
+}
+
 Result<gateway::GatewayOptions> optionsOf(const GatewayRequest& request, const OwnParts& own) {
   gateway::GatewayOptions options;
   options.port = request.port;
@@ -88,6 +102,7 @@ Result<gateway::GatewayOptions> optionsOf(const GatewayRequest& request, const O
   if (const auto status = addKeys(request, own, options); !status) return status.error();
   if (const auto status = addDesktops(request, options); !status) return status.error();
   if (const auto status = addLog(request.log, options); !status) return status.error();
+  if (const auto status = addDevices(request, options); !status) return status.error();
   return options;
 }
 
