@@ -8,7 +8,7 @@ test_packages=(libgtest-dev libgmock-dev python3)
 screen_packages=(libgtk-4-dev libwebkitgtk-6.0-dev xvfb xauth dbus dbus-x11 libglib2.0-bin xdotool bubblewrap xdg-dbus-proxy
   fonts-dejavu-core fonts-noto-core fonts-droid-fallback fonts-nanum python3-dbusmock dunst xfce4-notifyd at-spi2-core
   xdg-desktop-portal xdg-desktop-portal-gtk libx11-dev)
-benchmark_packages=(libbenchmark-dev)
+benchmark_packages=(libbenchmark-dev nghttp2-server nghttp2-client)
 
 # configure PRESET [OPTION…]: configures build/PRESET, with a compiler cache where one is installed.
 configure() {

@@ -68,6 +68,7 @@ const std::vector<Room> house{
      "VorselKelpWebPush collection_server gateway phone kellp VorselKelpTesting", "POSIX CLI11"},
     {"tools/distributor", "distributor", "bus VorselKelpFreedesktop glib", "POSIX CLI11 GLib httplib"},
     {"benchmarks/agent", "agent", "facade VorselKelpTesting distributor bus support", "POSIX GLib"},
+    {"benchmarks/gateway", "", "support gateway", "POSIX OpenSSL"},
     {"benchmarks", "support", "facade VorselKelpPosix VorselKelpWebPush VorselKelpWebKit VorselKelpTesting",
      "POSIX Boost SQLite giflib httplib benchmark OpenSSL WebKitGTK"},
     {"fuzz", "", "facade VorselKelpPosix VorselKelpWebPush VorselKelpTesting records gateway", ""},
