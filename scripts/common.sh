@@ -9,6 +9,9 @@ screen_packages=(libgtk-4-dev libwebkitgtk-6.0-dev xvfb xauth dbus dbus-x11 libg
   fonts-dejavu-core fonts-noto-core fonts-droid-fallback fonts-nanum python3-dbusmock dunst xfce4-notifyd at-spi2-core
   xdg-desktop-portal xdg-desktop-portal-gtk libx11-dev)
 benchmark_packages=(libbenchmark-dev nghttp2-server nghttp2-client)
+# What tests with ordinary clients run on. Debian's npm brings hundreds of packages; one that is there already will do.
+client_packages=()
+command -v npm >/dev/null || client_packages=(nodejs npm ca-certificates)
 
 # configure PRESET [OPTION…]: configures build/PRESET, with a compiler cache where one is installed.
 configure() {

@@ -16,7 +16,7 @@ namespace platform = VorselKelp::platform;
 constexpr std::size_t longestAnswer = std::size_t{16} << 10;  // bytes
 constexpr unsigned connectionsToServer = 6;
 
-std::shared_ptr<platform::URLSession> makeSession(const DesktopOptions& options) {
+VorselKelp::posix::URLSessionOptions sessionOptions(const DesktopOptions& options) {
   VorselKelp::posix::URLSessionOptions session;
   session.certificateFile = options.authorities;
   session.followRedirects = false;
@@ -26,7 +26,7 @@ std::shared_ptr<platform::URLSession> makeSession(const DesktopOptions& options)
   session.longestRequest = options.patience;
   session.connectionsToServer = connectionsToServer;
   session.requestsAtOnce = options.mostUnderWay;
-  return VorselKelp::posix::makeURLSession(std::move(session));
+  return session;
 }
 
 std::int64_t secondsNow() {
@@ -36,7 +36,8 @@ std::int64_t secondsNow() {
 
 }  // namespace
 
-Desktops::Desktops(DesktopOptions options) : options_(std::move(options)), session_(makeSession(options_)) {
+Desktops::Desktops(DesktopOptions options)
+    : options_(std::move(options)), sessions_(sessionOptions(options_)) {
   if (options_.sender) authorizations_.emplace(*options_.sender);
 }
 
@@ -63,7 +64,7 @@ void Desktops::send(const Notification& notification, Answered answered) {
   push->request.timeout = options_.patience;
   push->request.responseLimit = longestAnswer;
   push->request.discardBody = true;
-  session_->send(std::move(push->request),
+  sessions_.send(std::move(push->request),
                  [this, origin = std::move(push->origin),
                   answered = std::move(answered)](const platform::URLResult& result) mutable {
                    endFor(origin);

@@ -2,15 +2,14 @@
 
 #include <cstddef>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 
-#include "VorselKelp/platform/URLSession.h"
 #include "VorselKelpPosix/SerialQueue.h"
 #include "gateway/Notification.h"
 #include "gateway/desktop/Authorizations.h"
+#include "gateway/desktop/Sessions.h"
 
 namespace gateway {
 
@@ -49,7 +48,7 @@ class Desktops final : public NextHop {
   std::size_t underWay_ = 0;
   std::map<std::string, std::size_t> underWayFor_;  ///< by the push service's origin
   // Last, so that they end while the others are there.
-  std::shared_ptr<VorselKelp::platform::URLSession> session_;
+  Sessions sessions_;
   VorselKelp::posix::SerialQueue encryption_;
 };
 

@@ -1,0 +1,62 @@
+// Two ordinary clients of the provider protocol, unchanged, behind one face: send() resolves with the status and
+// the reason that the client tells its user.
+import { readFileSync } from 'node:fs';
+
+import apn from '@parse/node-apn';
+import apns2 from 'apns2';
+
+export class NodeApn {
+  static title = '@parse/node-apn';
+
+  constructor({ port, providerKey }) {
+    this.provider = new apn.Provider({
+      address: 'localhost',
+      port,
+      token: { key: providerKey.file, keyId: providerKey.key, teamId: providerKey.team },
+    });
+  }
+
+  async send(devices, { topic, type = 'alert', priority, collapse, expiration, payload, id }) {
+    const note = new apn.Notification();
+    Object.assign(note, { topic, pushType: type, priority, collapseId: collapse, rawPayload: payload, id });
+    if (expiration !== undefined) note.expiry = expiration;
+    const { sent, failed } = await this.provider.send(note, devices);
+    const failures = failed.map(({ status, response, error }) => ({
+      status,
+      reason: response?.reason ?? String(error),
+      timestamp: response?.timestamp,
+    }));
+    return [...sent.map(() => ({ status: 200 })), ...failures];
+  }
+
+  end() {
+    return this.provider.shutdown();
+  }
+}
+
+export class Apns2 {
+  static title = 'apns2';
+
+  constructor({ port, providerKey }) {
+    this.client = new apns2.ApnsClient({
+      host: `localhost:${port}`,
+      team: providerKey.team,
+      keyId: providerKey.key,
+      signingKey: Buffer.isBuffer(providerKey.file) ? providerKey.file : readFileSync(providerKey.file),
+    });
+  }
+
+  async send(devices, { topic, type, priority, collapse, expiration, payload }) {
+    const { aps, ...data } = payload;
+    const notes = devices.map(
+      (device) =>
+        new apns2.Notification(device, { topic, type, priority, collapseId: collapse, expiration, aps, data }),
+    );
+    const answers = await this.client.sendMany(notes);
+    return answers.map(({ error }) =>
+      error ? { status: error.statusCode, reason: error.reason ?? String(error), timestamp: error.timestamp } : { status: 200 },
+    );
+  }
+
+  end() {}
+}
