@@ -1,70 +1,107 @@
+#include "VorselKelpPosix/Hex.h"
 #include "agent/AgentTest.h"
 #include "freedesktop/NotificationServer.h"
-#include "VorselKelpPosix/Hex.h"
 #include "tools/ToolFixture.h"
 
 namespace VorselKelp::agent {
 namespace {
 
+using tool_tests::at;
 using tool_tests::ToolRun;
 
-/// A gateway, and a distributor behind it that speaks https; both vouched for by the gateway's authority.
-class ClientsTest : public AgentTest {
- protected:
-  ClientsTest() {
-    auto first = std::make_unique<ToolRun>(gatewayCommand({}), file("gateway-errors"));
-    const auto identity = JSONAny::decode(first->readLine());
-    first = nullptr;
-    const auto authority = identity ? tool_tests::at(*identity, "authority") : "none";
-    const auto folder = authority.substr(0, authority.rfind('/'));
+/// What a script of Node's says.
+std::string node(const std::vector<std::string>& arguments, const std::string& errorFile) {
+  std::vector<std::string> command{NODE, std::string(CLIENTS) + "/" + arguments[0]};
+  command.insert(command.end(), arguments.begin() + 1, arguments.end());
+  const auto said = ToolRun(command, errorFile).readAll();
+  std::ostringstream errors;
+  errors << std::ifstream(errorFile).rdbuf();
+  return said + errors.str();
+}
+
+/// A gateway as a process. From now on scripts of Node's trust its authority.
+class RunningGateway {
+ public:
+  RunningGateway(const std::vector<std::string>& options, const std::string& errorFile)
+      : run_(command(options), errorFile), words(run_.readLine()) {
+    const auto json = JSONAny::decode(words);
+    authority = json ? at(*json, "authority") : "none";
     ::setenv("NODE_EXTRA_CA_CERTS", authority.c_str(), 1);
+  }
+
+ private:
+  static std::vector<std::string> command(const std::vector<std::string>& options) {
+    std::vector<std::string> command{BRELLIXCTL, "--json", "gateway", "--port", "0"};
+    command.insert(command.end(), options.begin(), options.end());
+    return command;
+  }
+  ToolRun run_;
+
+ public:
+  const std::string words;  ///< with which it describes itself
+  std::string authority;
+};
+
+constexpr const char* bothTaken = "{\"status\":200}\n{\"status\":200}\n";
+
+/// The agent, and a distributor that speaks https.
+class ClientsOfADesktopTest : public AgentTest {
+ protected:
+  ClientsOfADesktopTest() {
+    authority_ = RunningGateway({}, file("gateway-errors")).authority;
+    const auto folder = authority_.substr(0, authority_.rfind('/'));
     distributor_ = std::make_unique<ToolRun>(
         std::vector<std::string>{DISTRIBUTOR, "--certificate", folder + "/server.pem", "--key",
                                  folder + "/server.key"},
         file("distributor-errors"));
     EXPECT_THAT(distributor_->readLine(), testing::StartsWith("listening on port"));
-    gateway_ = std::make_unique<ToolRun>(gatewayCommand({"--push-authority", authority}), file("gateway-errors"));
-    gateway = gateway_->readLine();
     subscribe();
   }
 
-  static std::vector<std::string> gatewayCommand(const std::vector<std::string>& options) {
-    std::vector<std::string> command{BRELLIXCTL, "--json", "gateway", "--port", "0"};
-    command.insert(command.end(), options.begin(), options.end());
-    return command;
-  }
-  /// What a script of Node's says.
-  [[nodiscard]] std::string node(const std::string& script, const std::string& first,
-                                 const std::string& second) const {
-    ToolRun run({NODE, std::string(CLIENTS) + "/" + script, first, second}, file("node-errors"));
-    auto said = run.readAll();
-    std::ostringstream errors;
-    errors << std::ifstream(file("node-errors")).rdbuf();
-    return said + errors.str();
-  }
-
-  std::string gateway;  ///< as it describes itself
-  freedesktop::NotificationServer server{address};
+  std::string authority_;
+  freedesktop::NotificationServer server_{address};
 
  private:
   std::unique_ptr<ToolRun> distributor_;
-  std::unique_ptr<ToolRun> gateway_;
 };
 
-TEST_F(ClientsTest, AServersLibraryForWebPushReachesTheDesktop) {
-  EXPECT_EQ(node("send.mjs", webpush::subscriptionText(*subscription), payload("from a server")), "201\n");
-  waitUntil([&] { return server.shown.size() == 1; });
-  EXPECT_EQ(server.shown[0].title, "from a server");
-  EXPECT_EQ(server.shown[0].body, "text");
+TEST_F(ClientsOfADesktopTest, AServersLibraryForWebPushReachesTheScreen) {
+  EXPECT_EQ(node({"send.mjs", webpush::subscriptionText(*subscription), payload("from a server")},
+                 file("node-errors")),
+            "201\n");
+  waitUntil([&] { return server_.shown.size() == 1; });
+  EXPECT_EQ(server_.shown[0].title, "from a server");
+  EXPECT_EQ(server_.shown[0].body, "text");
 }
 
-TEST_F(ClientsTest, ProvidersReachTheDesktopThroughTheGateway) {
+TEST_F(ClientsOfADesktopTest, ProvidersReachTheScreenThroughTheGateway) {
+  const RunningGateway gateway({"--local-push-services", "--trust", authority_}, file("gateway-errors"));
   const auto token = posix::hexOf(webpush::subscriptionText(*subscription));
-  EXPECT_EQ(node("provide.mjs", gateway, token), "{\"status\":200}\n{\"status\":200}\n");
-  waitUntil([&] { return server.shown.size() == 2; });
-  EXPECT_EQ(server.shown[0].title, "@parse/node-apn");
-  EXPECT_EQ(server.shown[1].title, "apns2");
-  EXPECT_EQ(server.shown[1].number, server.shown[0].number) << "it takes the place of the first";
+  EXPECT_EQ(node({"provide.mjs", gateway.words, token, "com.example.app"}, file("node-errors")), bothTaken);
+  waitUntil([&] { return server_.shown.size() == 2; });
+  EXPECT_EQ(server_.shown[0].title, "@parse/node-apn");
+  EXPECT_EQ(server_.shown[1].title, "apns2");
+  EXPECT_EQ(server_.shown[1].number, server_.shown[0].number) << "it takes the place of the first";
+}
+
+using ClientsOfADeviceTest = tool_tests::ToolTest;
+
+TEST_F(ClientsOfADeviceTest, ProvidersReachItThroughTheGateway) {
+  ::setenv("XDG_DATA_HOME", (folder_ / "data").c_str(), 1);
+  writeManifest("true");
+  allowNotifications();
+  simulator::SimulatedDevice device(simulator::DeviceHome(folder_ / "device"), "com.example.news");
+  const auto token = posix::hexOf(*device.registerForRemoteNotifications());
+  {
+    const RunningGateway gateway({"--home", folder_ / "device", "--app", folder_ / "news.json"},
+                                 folder_ / "errors");
+    EXPECT_EQ(node({"provide.mjs", gateway.words, token, "com.example.news"}, folder_ / "node-errors"),
+              bothTaken);
+  }
+  const auto delivered = device.delivered();
+  ASSERT_EQ(delivered.size(), 1U);
+  EXPECT_EQ(delivered[0].request.identifier, "storm");
+  EXPECT_EQ(delivered[0].request.content.title, "apns2");
 }
 
 }  // namespace
