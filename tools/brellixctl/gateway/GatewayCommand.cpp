@@ -133,10 +133,12 @@ std::string describe(const OwnParts& own, const std::string& url, std::uint16_t 
   const auto key = '"' + own.identity->providerKeyIdentifier + '"';
   const auto team = '"' + own.identity->team + '"';
   const auto number = std::to_string(port);
-  text += "\n@parse/node-apn:\n  new apn.Provider({ address: \"localhost\", port: " + number +
-          ",\n    token: { key: " + file + ", keyId: " + key + ", teamId: " + team +
-          " } })\n\napns2:\n  new ApnsClient({ host: \"localhost\", port: " + number + ", team: " + team +
-          ", keyId: " + key + ",\n    signingKey: fs.readFileSync(" + file + ") })\n";
+  text +=
+      "\n@parse/node-apn:\n  new apn.Provider({ address: \"localhost\", port: " + number +
+      ",\n    token: { key: " + file + ", keyId: " + key + ", teamId: " + team +
+      " } })\n\napns2, version 11; later ones know no port but 443:\n  new ApnsClient({ host: \"localhost:" +
+      number + "\", team: " + team + ", keyId: " + key + ",\n    signingKey: fs.readFileSync(" + file +
+      ") })\n";
   if (own.certificate)
     text += "\nBoth as: NODE_EXTRA_CA_CERTS=\"" + own.identity->authority + "\" node YOUR-SERVER.js\n";
   return text;
