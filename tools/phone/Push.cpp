@@ -108,8 +108,12 @@ Result<Delivered> extend(const Target& target, const Push& push) {
 Status noteExtension(ChildOutcome child, PushOutcome& outcome) {
   if (!child.stopReason && !child.ended && child.exitStatus != 0 && !child.errorLines.empty())
     return Error{child.errorLines.front()};
-  outcome.extension = wordFor(child, child.firstOf("content").has_value());
-  if (child.stopReason) outcome.failure = "The service extension stopped: " + *child.stopReason;
+  const bool answered = child.firstOf("content").has_value();
+  outcome.extension = wordFor(child, answered);
+  // Its answer is shown, but no extension is meant to end so.
+  if (child.stopReason)
+    outcome.failure = std::string("The service extension stopped") + (answered ? " after its answer: " : ": ") +
+                      *child.stopReason;
   TargetProcess::report(std::move(child), outcome);
   return VorselKelp::Done{};
 }

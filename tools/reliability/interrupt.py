@@ -69,8 +69,8 @@ def check_outcome(road, run, killing, delivered):
     if killing and hit_tool:
         check(run.status == 137, f"a killed command ended with {run.status}")
         return
-    # A push whose extension stopped has failed, and is shown all the same.
-    stopped = run.json is not None and run.json.get("extension") == "stopped"
+    # A push whose extension stopped, even after its answer, has failed, and is shown all the same.
+    stopped = run.json is not None and run.json.get("error", "").startswith("The service extension stopped")
     if run.status != 0 and not stopped:
         check(run.errors and "\n\n" not in run.errors, "failed without a word")
         # A device that can't write its own database shows nothing; an application may be unable to start.
