@@ -36,7 +36,7 @@ void DesktopNumbers::resume(system::NotificationStore& store, freedesktop::BusNo
       gone(identifier);
       continue;
     }
-    auto buttons = freedesktop::buttonsOf(*request, store.categories());
+    auto buttons = freedesktop::buttonsOf(*request, store.category(request->content.categoryIdentifier));
     notifications.resume(*std::move(request), std::move(buttons), number);
   }
 }

@@ -246,6 +246,25 @@ TEST_F(NotificationStoreTest, LosesNothingWhenProcessesWriteAtOnce) {
   EXPECT_EQ(store_.categories().size(), 2u * each);
 }
 
+TEST_F(NotificationStoreTest, ForgetsTheOldestCategoriesThatWereForOneNotificationEach) {
+  constexpr int many = 900;  // the file is written anew meanwhile
+  const std::string title(100, 'x');
+  store_.changeCategories({}, {{"news", {{.identifier = "read", .title = "Read"}}, false}});
+  for (int i = 0; i < many; ++i)
+    store_.changeCategories({}, {{std::to_string(i), {{.identifier = "a", .title = title}}, true}}, true);
+  store_.changeCategories({}, {{"650", {}, true}}, true);  // the newest once more
+  store_.changeCategories({}, {{"last", {}, true}}, true);
+  NotificationStore another(home_, "com.example.news", clock_);
+  EXPECT_EQ(another.categories(), store_.categories());
+  EXPECT_EQ(another.categories().size(), 257u);
+  EXPECT_EQ(another.actionsOf("news").size(), 1u);
+  EXPECT_EQ(another.actionsOf("645").size(), 1u);
+  EXPECT_TRUE(another.actionsOf("644").empty());
+  EXPECT_TRUE(another.category("650").customDismissAction);
+  const auto size = std::filesystem::file_size(home_ + "/com.example.news.categories");
+  EXPECT_LT(size, 2u * 257 * 150);
+}
+
 TEST_F(NotificationStoreTest, GivesWhatIsDueToOneOfTwoProcesses) {
   constexpr int count = 40;
   {

@@ -112,8 +112,8 @@ Status noteExtension(ChildOutcome child, PushOutcome& outcome) {
   outcome.extension = wordFor(child, answered);
   // Its answer is shown, but no extension is meant to end so.
   if (child.stopReason)
-    outcome.failure = std::string("The service extension stopped") + (answered ? " after its answer: " : ": ") +
-                      *child.stopReason;
+    outcome.failure = std::string("The service extension stopped") +
+                      (answered ? " after its answer: " : ": ") + *child.stopReason;
   TargetProcess::report(std::move(child), outcome);
   return VorselKelp::Done{};
 }

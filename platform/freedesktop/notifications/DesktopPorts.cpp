@@ -3,7 +3,6 @@
 #include "VorselKelpSystem/RemoteNotification.h"
 #include "notifications/NotificationTexts.h"
 
-#include <algorithm>
 #include <atomic>
 #include <string>
 #include <utility>
@@ -12,20 +11,13 @@
 namespace VorselKelp::freedesktop {
 namespace {
 
-platform::NotificationCategory withCampaign(const platform::NotificationRequest& request,
-                                            platform::NotificationCategory category) {
-  if (system::isCampaign(request.content.userInfo))
-    category.actions.push_back({.identifier = campaignAction, .title = campaignLabel});
-  return category;
-}
-
 class DesktopPresenter final : public system::NotificationPresenter {
  public:
   explicit DesktopPresenter(std::shared_ptr<BusNotifications> notifications)
       : notifications_(std::move(notifications)) {}
   void show(const platform::NotificationRequest& request, const platform::NotificationCategory& category,
             Shown shown) override {
-    notifications_->show(request, withCampaign(request, category), std::move(shown));
+    notifications_->show(request, buttonsOf(request, category), std::move(shown));
   }
   void takeAway(const std::vector<std::string>& identifiers) override { notifications_->remove(identifiers); }
 
@@ -52,11 +44,10 @@ class LauncherIconBadge final : public IconBadge {
 }  // namespace
 
 platform::NotificationCategory buttonsOf(const platform::NotificationRequest& request,
-                                         const std::vector<platform::NotificationCategory>& categories) {
-  const auto& name = request.content.categoryIdentifier;
-  const auto found = std::ranges::find(categories, name, &platform::NotificationCategory::identifier);
-  return withCampaign(request,
-                      found == categories.end() ? platform::NotificationCategory{name, {}, false} : *found);
+                                         platform::NotificationCategory category) {
+  if (system::isCampaign(request.content.userInfo))
+    category.actions.push_back({.identifier = campaignAction, .title = campaignLabel});
+  return category;
 }
 
 std::shared_ptr<system::NotificationPresenter> makePresenter(

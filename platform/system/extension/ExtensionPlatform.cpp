@@ -77,6 +77,7 @@ std::shared_ptr<platform::Platform> makeExtensionPlatform(const ExtensionDescrip
   center.store =
       std::make_shared<NotificationStore>(description.notifications, description.application, made->clock);
   center.mainQueue = loop;
+  center.passingCategories = true;
   made->notificationCenter = makeNotificationCenter(std::move(center));
   made->application = makeUnavailableApplication();
   made->random = posix::makeRandom();

@@ -13,6 +13,11 @@ using platform::NotificationCategory;
 
 constexpr std::string_view addition = "+";
 constexpr std::string_view removal = "-";
+// What is said of a category, as bits of a number.
+constexpr std::uint64_t tellsDismissal = 1;
+constexpr std::uint64_t isPassing = 2;
+// As many as there are delivered notifications that could still need one.
+constexpr std::size_t passingKept = 256;
 
 void append(std::string& text, std::string_view field) {
   text += std::to_string(field.size());
@@ -64,8 +69,10 @@ class Fields {
   bool sound_ = true;
 };
 
-void readRest(Fields& fields, NotificationCategory& category) {
-  category.customDismissAction = fields.count() != 0;
+/// Answers whether it is a passing one.
+bool readRest(Fields& fields, NotificationCategory& category) {
+  const auto bits = fields.count();
+  category.customDismissAction = (bits & tellsDismissal) != 0;
   for (auto actions = fields.count(); actions > 0 && fields.sound(); --actions) {
     auto& action = category.actions.emplace_back();
     action.identifier = fields.text();
@@ -73,6 +80,19 @@ void readRest(Fields& fields, NotificationCategory& category) {
     if (fields.count() == static_cast<std::uint64_t>(NotificationActionOption::destructive))
       action.option = NotificationActionOption::destructive;
   }
+  return (bits & isPassing) != 0;
+}
+
+void remove(CategorySet& categories, const std::string& identifier) {
+  if (categories.all.erase(identifier) > 0) std::erase(categories.passing, identifier);
+}
+
+void put(CategorySet& categories, NotificationCategory category, bool passing) {
+  auto identifier = category.identifier;
+  remove(categories, identifier);
+  if (passing) categories.passing.push_back(identifier);
+  categories.all.emplace(std::move(identifier), std::move(category));
+  if (categories.passing.size() > passingKept) remove(categories, std::string(categories.passing.front()));
 }
 
 }  // namespace
@@ -84,11 +104,11 @@ std::string encodeRemoval(std::string_view identifier) {
   return text;
 }
 
-std::string encodeCategory(const NotificationCategory& category) {
+std::string encodeCategory(const NotificationCategory& category, bool passing) {
   std::string text;
   append(text, addition);
   append(text, category.identifier);
-  append(text, std::uint64_t{category.customDismissAction});
+  append(text, (category.customDismissAction ? tellsDismissal : 0) | (passing ? isPassing : 0));
   append(text, category.actions.size());
   for (const auto& action : category.actions) {
     append(text, action.identifier);
@@ -98,19 +118,18 @@ std::string encodeCategory(const NotificationCategory& category) {
   return text;
 }
 
-std::size_t applyChanges(std::string_view text, CategoryMap& categories) {
+std::size_t applyChanges(std::string_view text, CategorySet& categories) {
   Fields fields(text);
   std::size_t applied = 0;
   while (fields.left() > 0) {
     const auto change = fields.text();
     NotificationCategory category{std::string(fields.text()), {}, false};
-    if (change == addition) readRest(fields, category);
+    const bool passing = change == addition && readRest(fields, category);
     if (!fields.sound() || (change != addition && change != removal)) break;
     if (change == addition) {
-      auto identifier = category.identifier;
-      categories.insert_or_assign(std::move(identifier), std::move(category));
+      put(categories, std::move(category), passing);
     } else {
-      categories.erase(category.identifier);
+      remove(categories, category.identifier);
     }
     applied = text.size() - fields.left();
   }

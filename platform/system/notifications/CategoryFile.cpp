@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <set>
 #include <utility>
 
 #include "VorselKelpPosix/FileIO.h"
@@ -47,21 +48,31 @@ bool writeBytes(int file, std::size_t offset, std::string_view bytes) {
 
 Result<std::vector<NotificationCategory>> CategoryFile::read() {
   const std::lock_guard guard(mutex_);
-  auto file = std::make_unique<posix::Descriptor>(
-      ::open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-  if (file->number() < 0 && errno == ENOENT) {
-    forget();
-  } else if (auto read = readNew(std::move(file)); !read) {
-    return read.error();
-  }
+  if (auto looked = look(); !looked) return looked.error();
   std::vector<NotificationCategory> categories;
-  categories.reserve(categories_.size());
-  for (const auto& [identifier, category] : categories_) categories.push_back(category);
+  categories.reserve(categories_.all.size());
+  for (const auto& [identifier, category] : categories_.all) categories.push_back(category);
   return categories;
 }
 
+Result<std::optional<NotificationCategory>> CategoryFile::find(const std::string& identifier) {
+  const std::lock_guard guard(mutex_);
+  if (auto looked = look(); !looked) return looked.error();
+  const auto found = categories_.all.find(identifier);
+  if (found == categories_.all.end()) return std::optional<NotificationCategory>();
+  return std::optional(found->second);
+}
+
+Status CategoryFile::look() {
+  auto file = std::make_unique<posix::Descriptor>(
+      ::open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+  if (file->number() >= 0 || errno != ENOENT) return readNew(std::move(file));
+  forget();
+  return Done{};
+}
+
 Status CategoryFile::change(const std::vector<std::string>& removed,
-                            const std::vector<NotificationCategory>& written) {
+                            const std::vector<NotificationCategory>& written, bool passing) {
   const std::lock_guard guard(mutex_);
   const auto lockFile = path_ + ".lock";
   auto lock = patience_.lock(lockFile);
@@ -73,7 +84,7 @@ Status CategoryFile::change(const std::vector<std::string>& removed,
   if (auto read = readNew(std::move(file)); !read) return read;
   std::string changes;
   for (const auto& identifier : removed) changes += encodeRemoval(identifier);
-  for (const auto& category : written) changes += encodeCategory(category);
+  for (const auto& category : written) changes += encodeCategory(category, passing);
   if (auto appended = append(seen_->number(), changes); !appended) return appended;
   return length_ > longFile ? replace() : Done{};
 }
@@ -82,7 +93,7 @@ void CategoryFile::forget() {
   seen_ = nullptr;
   inode_ = 0;
   length_ = 0;
-  categories_.clear();
+  categories_ = {};
 }
 
 /// Reads on from where the last reading ended; `file` may be none, for the reason that errno gives.
@@ -113,7 +124,12 @@ Status CategoryFile::append(int file, const std::string& changes) {
 /// Under the lock: the passing name is one for all. What can't be written anew stays as it is.
 Status CategoryFile::replace() {
   std::string text;
-  for (const auto& [identifier, category] : categories_) text += encodeCategory(category);
+  const std::set<std::string_view> passing(categories_.passing.begin(), categories_.passing.end());
+  for (const auto& [identifier, category] : categories_.all) {
+    if (!passing.contains(identifier)) text += encodeCategory(category, false);
+  }
+  for (const auto& identifier : categories_.passing)
+    text += encodeCategory(categories_.all.at(identifier), true);
   if (text.size() > length_ / 2) return Done{};
   const auto fresh = path_ + ".new";
   posix::Descriptor file(::open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,11 +27,15 @@ class CategoryFile {
   CategoryFile(std::string path, const Patience& patience) : path_(std::move(path)), patience_(patience) {}
 
   Result<std::vector<platform::NotificationCategory>> read();
-  /// Removes some categories and writes others (new or changed) in one step; all others stay as they are.
+  /// The one of this name, if there is one.
+  Result<std::optional<platform::NotificationCategory>> find(const std::string& identifier);
+  /// Removes some categories and writes others (new or changed) in one step; all others stay as they are, but
+  /// for the oldest of too many passing ones.
   Status change(const std::vector<std::string>& removed,
-                const std::vector<platform::NotificationCategory>& written);
+                const std::vector<platform::NotificationCategory>& written, bool passing);
 
  private:
+  Status look();
   Status readNew(std::unique_ptr<posix::Descriptor> file);
   Status append(int file, const std::string& changes);
   Status replace();
@@ -44,7 +49,7 @@ class CategoryFile {
   ino_t inode_ = 0;
   /// How much of that file was read, and what came of it.
   std::size_t length_ = 0;
-  CategoryMap categories_;
+  CategorySet categories_;
   /// Whether more stands behind it that makes no sense.
   bool torn_ = false;
 };

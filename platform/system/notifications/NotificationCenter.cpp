@@ -39,7 +39,7 @@ class KnownCategories {
     return categories;
   }
 
-  void write(NotificationStore& store, std::vector<NotificationCategory> categories) {
+  void write(NotificationStore& store, std::vector<NotificationCategory> categories, bool passing) {
     const std::lock_guard lock(mutex_);
     if (!known_) known_ = byIdentifier(store.categories());
     auto wanted = byIdentifier(std::move(categories));
@@ -52,7 +52,7 @@ class KnownCategories {
       const auto old = known_->find(identifier);
       if (old == known_->end() || !(old->second == category)) written.push_back(category);
     }
-    store.changeCategories(removed, written);
+    store.changeCategories(removed, written, passing);
     known_ = std::move(wanted);
   }
 
@@ -94,6 +94,7 @@ class Center final : public NotificationCenter, public std::enable_shared_from_t
         asker_(ports.asker),
         store_(ports.store, ports.worker),
         looks_(ports.presenter || ports.wakeUp),
+        passing_(ports.passingCategories),
         display_(std::make_shared<NotificationDisplay>(ports, store_)) {}
   ~Center() override { endQuestion(); }
 
@@ -123,8 +124,9 @@ class Center final : public NotificationCenter, public std::enable_shared_from_t
   }
 
   void setNotificationCategories(std::vector<NotificationCategory> categories) override {
-    store_.run([known = known_, categories = std::move(categories)](NotificationStore& store) mutable {
-      known->write(store, std::move(categories));
+    store_.run([known = known_, passing = passing_,
+                categories = std::move(categories)](NotificationStore& store) mutable {
+      known->write(store, std::move(categories), passing);
     });
   }
 
@@ -156,13 +158,13 @@ class Center final : public NotificationCenter, public std::enable_shared_from_t
                 shown = std::move(shown)](NotificationStore& store) mutable {
       Result<NotificationRequest> kept = Error{"the user does not allow notifications"};
       if (grants(store.authorization())) kept = store.deliver(std::move(request));
-      auto categories = kept ? store.categories() : std::vector<NotificationCategory>();
-      mainQueue->async([display, kept = std::move(kept), categories = std::move(categories),
+      auto category = kept ? store.category(kept->content.categoryIdentifier) : NotificationCategory();
+      mainQueue->async([display, kept = std::move(kept), category = std::move(category),
                         shown = std::move(shown)]() mutable {
         if (!kept) return shown(kept.error());
         const auto screen = display.lock();
         if (!screen) return shown(Error{"the notification centre has gone"});
-        screen->present(*kept, categoryOf(*kept, categories), std::move(shown));
+        screen->present(*kept, category, std::move(shown));
       });
     });
   }
@@ -218,6 +220,7 @@ class Center final : public NotificationCenter, public std::enable_shared_from_t
   const std::shared_ptr<PermissionAsker> asker_;
   const StoreUse store_;
   const bool looks_;
+  const bool passing_;
   const std::shared_ptr<NotificationDisplay> display_;
   const std::shared_ptr<KnownCategories> known_ = std::make_shared<KnownCategories>();
   const std::shared_ptr<Question> question_ = std::make_shared<Question>();

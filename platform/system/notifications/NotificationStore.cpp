@@ -87,17 +87,22 @@ std::vector<platform::NotificationCategory> NotificationStore::categories() {
   return {};
 }
 
+platform::NotificationCategory NotificationStore::category(const std::string& identifier) {
+  auto found = categories_->find(identifier);
+  if (found && *found) return **std::move(found);
+  if (!found) report("The buttons of a notification are not known", unusableCategories(found.error()));
+  return {identifier, {}, false};
+}
+
 std::vector<platform::NotificationAction> NotificationStore::actionsOf(const std::string& category) {
-  for (auto& known : categories()) {
-    if (known.identifier == category) return std::move(known.actions);
-  }
-  return {};
+  return this->category(category).actions;
 }
 
 void NotificationStore::changeCategories(const std::vector<std::string>& removed,
-                                         const std::vector<platform::NotificationCategory>& written) {
+                                         const std::vector<platform::NotificationCategory>& written,
+                                         bool passing) {
   if (removed.empty() && written.empty()) return;
-  const auto changed = categories_->change(removed, written);
+  const auto changed = categories_->change(removed, written, passing);
   if (!changed) report("The buttons of the notifications are not kept", unusableCategories(changed.error()));
 }
 

@@ -17,10 +17,9 @@ namespace VorselKelp::freedesktop {
 /// The button that a campaign's notification gets, behind its own: its messages are to be paged through.
 inline constexpr const char* campaignAction = "vorselkelp-campaign";
 
-/// The buttons with which a presenter of makePresenter() shows a notification, given what is registered.
+/// The buttons with which a presenter of makePresenter() shows a notification of that category.
 [[nodiscard]] VORSELKELP_API platform::NotificationCategory buttonsOf(
-    const platform::NotificationRequest& request,
-    const std::vector<platform::NotificationCategory>& categories);
+    const platform::NotificationRequest& request, platform::NotificationCategory category);
 
 [[nodiscard]] VORSELKELP_API std::shared_ptr<system::NotificationPresenter> makePresenter(
     std::shared_ptr<BusNotifications> notifications);

@@ -58,7 +58,8 @@ struct CenterPorts {
   std::shared_ptr<WakeUp> wakeUp;  ///< none: what comes due is delivered when somebody looks at the store
   std::shared_ptr<Badge> badge;    ///< none: the numbers that notifications bring are kept, and shown nowhere
   std::shared_ptr<StoreWorker> worker = nullptr;  ///< none: the store is used on the caller's thread
-  bool undecided = false;  ///< shows nothing and wakes for nothing before it is told who does
+  bool undecided = false;          ///< shows nothing and wakes for nothing before it is told who does
+  bool passingCategories = false;  ///< those that this process adds are for one notification each
 };
 
 /// The notification centre of one process, on a store that all processes of the application share.

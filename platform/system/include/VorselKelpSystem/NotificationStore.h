@@ -64,11 +64,13 @@ class VORSELKELP_API NotificationStore {
   void setAuthorization(platform::AuthorizationStatus status);
 
   std::vector<platform::NotificationCategory> categories();
-  /// The buttons of one category; none when it is not registered.
+  /// One of them; without buttons when it is not registered.
+  platform::NotificationCategory category(const std::string& identifier);
   std::vector<platform::NotificationAction> actionsOf(const std::string& category);
   /// Removes some categories and writes others (new or changed) in one step; all others stay as they are.
+  /// `passing`: those that are written are for one notification each; of all such the newest 256 stay.
   void changeCategories(const std::vector<std::string>& removed,
-                        const std::vector<platform::NotificationCategory>& written);
+                        const std::vector<platform::NotificationCategory>& written, bool passing = false);
 
   /// Delivers now what the caller shows, in place of a pending or delivered notification of the same
   /// identifier. The files of its attachments move into the folder; a file that can't be taken over is left
