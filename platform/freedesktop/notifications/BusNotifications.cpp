@@ -55,6 +55,7 @@ class ServerDesk final : public NotificationDesk, public std::enable_shared_from
   using Step = void (ServerDesk::*)(const std::string& identifier, Result<VariantPtr> reply);
 
   void send(const std::string& identifier) override {
+    if (abilities_) return notify(identifier);
     ask(identifier, {service, object, service, "GetCapabilities", "(as)"}, nullptr,
         &ServerDesk::abilitiesKnown);
   }
@@ -68,15 +69,19 @@ class ServerDesk final : public NotificationDesk, public std::enable_shared_from
   }
 
   void abilitiesKnown(const std::string& identifier, Result<VariantPtr> reply) {
-    const auto& [order, next, removed] = *sending(identifier);
     if (!reply) return finish(identifier, reply.error());
-    if (removed) return finish(identifier, Done{});
-    const auto abilities = serverAbilities(reply->get());
-    remembers_ = abilities.persistence;
+    abilities_ = serverAbilities(reply->get());
+    remembers_ = abilities_->persistence;
+    if (sending(identifier)->removed) return finish(identifier, Done{});
+    notify(identifier);
+  }
+
+  void notify(const std::string& identifier) {
+    const auto& order = sending(identifier)->order;
     auto content = order.request.content;
     if (shown_.resumed(identifier)) content.sound.reset();
     ask(identifier, {service, object, service, "Notify", "(u)"},
-        notifyArguments(options_, content, order.category, abilities, shown_.numberOf(identifier)),
+        notifyArguments(options_, content, order.category, *abilities_, shown_.numberOf(identifier)),
         &ServerDesk::taken);
   }
 
@@ -160,6 +165,7 @@ class ServerDesk final : public NotificationDesk, public std::enable_shared_from
   /// Another server counts anew: the old numbers would name notifications of others.
   void serverChanged(GVariant*) { forgetAll(); }
   void forgetAll() {
+    abilities_.reset();
     for (const auto& identifier : shown_.clear()) tellGone(identifier, CloseReason::undefined);
   }
 
@@ -168,7 +174,8 @@ class ServerDesk final : public NotificationDesk, public std::enable_shared_from
   const NotificationGone gone_;
   const std::shared_ptr<Connection> connection_;
   ShownNotifications shown_;
-  bool remembers_ = false;  ///< the server keeps what has expired for the user to look at
+  std::optional<ServerAbilities> abilities_;  ///< of the one that runs; absent: nobody has asked it yet
+  bool remembers_ = false;                    ///< the server keeps what has expired for the user to look at
 };
 
 }  // namespace
