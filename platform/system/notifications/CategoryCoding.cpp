@@ -92,7 +92,9 @@ void put(CategorySet& categories, NotificationCategory category, bool passing) {
   remove(categories, identifier);
   if (passing) categories.passing.push_back(identifier);
   categories.all.emplace(std::move(identifier), std::move(category));
-  if (categories.passing.size() > passingKept) remove(categories, std::string(categories.passing.front()));
+  if (categories.passing.size() <= passingKept) return;
+  categories.all.erase(categories.passing.front());
+  categories.passing.pop_front();
 }
 
 }  // namespace

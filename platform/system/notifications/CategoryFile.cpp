@@ -16,7 +16,7 @@ namespace {
 using platform::NotificationCategory;
 
 /// From this many bytes on a file may be longer than it need be.
-constexpr std::size_t longFile = std::size_t{64} << 10;
+constexpr std::size_t longFile = std::size_t{32} << 10;
 
 /// A file that is cut short meanwhile gives less.
 bool readBytes(int file, std::size_t offset, std::string& bytes) {
