@@ -26,6 +26,10 @@ std::string serviceName(const system::Description& description) {
   return description.bundleIdentifier + ".Push";
 }
 
+double monotonicTime() {
+  return static_cast<double>(g_get_monotonic_time()) / G_USEC_PER_SEC;
+}
+
 std::string textOf(const char* variable) {
   const char* value = std::getenv(variable);
   return value ? value : "";
@@ -257,10 +261,17 @@ void Agent::lookSoon() {
   lookIn(options_.idleSeconds);
 }
 
+/// One timer for all that happens: a burst would leave thousands.
 void Agent::lookIn(double seconds) {
-  if (leaving_) return;
-  queue_->asyncAfter(seconds, [this, count = ++looks_] {
-    if (count != looks_ || leaving_) return;
+  quietUntil_ = monotonicTime() + seconds;
+  if (!leaving_ && !std::exchange(looking_, true)) lookAfter(seconds);
+}
+
+void Agent::lookAfter(double seconds) {
+  queue_->asyncAfter(seconds, [this] {
+    if (const double left = quietUntil_ - monotonicTime(); left > 0) return lookAfter(left);
+    looking_ = false;
+    if (leaving_) return;
     if (busy()) return lookIn(std::max(options_.idleSeconds, busyPause));
     if (!waits()) leave();
   });

@@ -56,6 +56,7 @@ class Agent {
   [[nodiscard]] bool waits();
   void lookSoon();
   void lookIn(double seconds);
+  void lookAfter(double seconds);
   void leave();
   void left();
   void fail(const Error& error);
@@ -71,8 +72,9 @@ class Agent {
   int exitStatus_ = 0;
   bool begun_ = false;
   bool leaving_ = false;
-  bool told_ = false;   ///< to end
-  unsigned looks_ = 0;  ///< counts what happened, so that a quiet time is known as one
+  bool told_ = false;      ///< to end
+  bool looking_ = false;   ///< a look is to come
+  double quietUntil_ = 0;  ///< seconds, on the monotonic clock: the end of a time in which nothing happens
   std::size_t responding_ = 0;
   Autostart autostart_;
 

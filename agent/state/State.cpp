@@ -94,6 +94,14 @@ State::State(std::unique_ptr<platform::FileLock> lock, Database database, std::s
 
 State::~State() = default;
 
+Status State::look(platform::FunctionRef<void(Connection&)> work) {
+  const std::lock_guard lock(mutex_);
+  Connection connection{database_.get(), std::nullopt};
+  work(connection);
+  if (connection.failure) return unusable(path_, *connection.failure);
+  return Done{};
+}
+
 Status State::transact(platform::FunctionRef<void(Connection&)> work, bool durable) {
   const std::lock_guard lock(mutex_);
   auto* handle = database_.get();
@@ -111,7 +119,7 @@ Status State::transact(platform::FunctionRef<void(Connection&)> work, bool durab
 
 Result<std::optional<std::string>> State::setting(const char* name) {
   std::optional<std::string> value;
-  const auto status = transact([&](Connection& database) {
+  const auto status = look([&](Connection& database) {
     Statement row(database, "SELECT value FROM setting WHERE name = ?1");
     if (row.bind(1, name).step()) value = row.text(0);
   });
@@ -138,7 +146,7 @@ Status State::set(const std::vector<Setting>& settings) {
 
 Result<std::vector<webpush::ReceiverKeys>> State::keys(double now) {
   std::vector<webpush::ReceiverKeys> found;
-  const auto status = transact([&](Connection& database) {
+  const auto status = look([&](Connection& database) {
     Statement rows(database,
                    "SELECT private, public, auth FROM keys WHERE replaced IS NULL OR replaced > ?1 "
                    "ORDER BY serial DESC");
@@ -191,7 +199,7 @@ Result<std::vector<std::optional<std::int64_t>>> State::keep(const std::vector<M
 
 Result<std::vector<std::int64_t>> State::waiting() {
   std::vector<std::int64_t> found;
-  const auto status = transact([&](Connection& database) {
+  const auto status = look([&](Connection& database) {
     Statement rows(database, "SELECT serial FROM spool ORDER BY serial");
     while (rows.step()) found.push_back(rows.integer(0));
   });
@@ -201,7 +209,7 @@ Result<std::vector<std::int64_t>> State::waiting() {
 
 Result<std::optional<Message>> State::message(std::int64_t serial) {
   std::optional<Message> found;
-  const auto status = transact([&](Connection& database) {
+  const auto status = look([&](Connection& database) {
     Statement row(database, "SELECT identifier, message FROM spool WHERE serial = ?1");
     if (row.bind(1, serial).step()) found = Message{row.text(0), row.text(1)};
   });

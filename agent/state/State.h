@@ -78,6 +78,8 @@ class State {
   using Database = std::unique_ptr<sqlite3, Closer>;
 
   State(std::unique_ptr<platform::FileLock> lock, Database database, std::string path);
+  /// One statement that changes nothing.
+  Status look(platform::FunctionRef<void(posix::Connection&)> work);
   Status transact(platform::FunctionRef<void(posix::Connection&)> work, bool durable = false);
 
   const std::unique_ptr<platform::FileLock> lock_;
