@@ -58,20 +58,12 @@ void answerCall(GDBusMethodInvocation* invocation, const Result<VariantPtr>& ans
 
 struct Bus::Served {
   Handler handler;
-  Property property;
 
   static void called(GDBusConnection*, const gchar* sender, const gchar*, const gchar*, const gchar* method,
                      GVariant* arguments, GDBusMethodInvocation* invocation, gpointer self) {
     static_cast<Served*>(self)->handler(
         {sender, method, arguments,
          [invocation](const Result<VariantPtr>& answer) { answerCall(invocation, answer); }});
-  }
-  static GVariant* read(GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar* name,
-                        GError** error, gpointer self) {
-    auto value = static_cast<Served*>(self)->property(name);
-    if (value) return value.release();
-    g_set_error(error, G_DBUS_ERROR, G_DBUS_ERROR_UNKNOWN_PROPERTY, "There is no property \"%s\"", name);
-    return nullptr;
   }
 };
 
@@ -106,17 +98,12 @@ Bus::~Bus() {
 }
 
 Status Bus::serve(const char* path, const char* xml, Handler handler) {
-  return serve(path, xml, std::move(handler), [](const std::string&) { return VariantPtr(); });
-}
-
-Status Bus::serve(const char* path, const char* xml, Handler handler, Property property) {
-  static constexpr GDBusInterfaceVTable table{Served::called, Served::read, nullptr, {}};
+  static constexpr GDBusInterfaceVTable table{Served::called, nullptr, nullptr, {}};
   GError* error = nullptr;
   auto* node = g_dbus_node_info_new_for_xml(xml, &error);
   if (!node) return describe(ErrorPtr(error));
   const auto object = g_dbus_connection_register_object(
-      connection_.get(), path, node->interfaces[0], &table,
-      new Served{std::move(handler), std::move(property)},
+      connection_.get(), path, node->interfaces[0], &table, new Served{std::move(handler)},
       [](gpointer served) { delete static_cast<Served*>(served); }, &error);
   g_dbus_node_info_unref(node);
   if (object == 0) return describe(ErrorPtr(error));

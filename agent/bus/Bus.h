@@ -37,11 +37,9 @@ class Bus {
   Bus& operator=(const Bus&) = delete;
 
   /// Serves an interface at a path, until the object goes. `xml` is introspection data with this interface
-  /// alone. To be called before requestName(): who activates the agent calls at once.
+  /// alone; its properties are read by the methods "Get" and "GetAll" of the bus. To be called before
+  /// requestName(): who activates the agent calls at once.
   Status serve(const char* path, const char* xml, Handler handler);
-  /// A property that somebody reads, of an interface that is served.
-  using Property = std::function<VariantPtr(const std::string& name)>;
-  Status serve(const char* path, const char* xml, Handler handler, Property property);
   void emitSignal(const char* path, const char* interface, const char* name, GVariant* arguments);
 
   /// `answer` comes with whether the name is ours alone.

@@ -12,6 +12,7 @@ using Stage = Registration::Stage;
 constexpr const char* agentPath = "/org/vorselkelp/PushAgent";
 constexpr const char* agentInterfaceName = "org.vorselkelp.PushAgent1";
 constexpr guint32 version = 1;
+constexpr std::size_t mostEarly = 100;
 
 const char* nameOf(Stage stage) {
   switch (stage) {
@@ -55,14 +56,12 @@ std::vector<std::string> textsOf(GVariant* arguments) {
 
 Status PushService::serve(ServiceEvents events) {
   events_ = std::move(events);
-  return bus_.serve(
-      agentPath, agentInterface.data(),
-      [this](Call call) {
-        if (begun_) return handle(call);
-        // Its arguments last for as long as it does.
-        early_.push_back(std::move(call));
-      },
-      [this](const std::string&) { return freedesktop::hold(encode(events_.condition())); });
+  return bus_.serve(agentPath, agentInterface.data(), [this](Call call) {
+    if (begun_) return handle(call);
+    if (early_.size() == mostEarly) return call.answer(Error{"The push agent is starting"});
+    // Its arguments last for as long as it does.
+    early_.push_back(std::move(call));
+  });
 }
 
 void PushService::begin() {
@@ -85,6 +84,13 @@ void PushService::handle(Call& call) {
     events_.takeAway(textsOf(call.arguments));
     return done();
   }
+  // There is one property. Whoever reads it has started the agent, mostly, and hears what is, not that
+  // nothing is known yet.
+  if (call.method == "Get")
+    return call.answer(freedesktop::hold(g_variant_new("(v)", encode(events_.condition()))));
+  if (call.method == "GetAll")
+    return call.answer(
+        freedesktop::hold(g_variant_new_parsed("({'Condition': <%@a{sv}>},)", encode(events_.condition()))));
   call.method == "Register" ? events_.registerIt() : events_.unregisterIt();
   call.answer(freedesktop::hold(g_variant_new("(@a{sv})", encode(events_.condition()))));
 }

@@ -24,7 +24,7 @@ class PushService {
  public:
   explicit PushService(Bus& bus) : bus_(bus) {}
 
-  /// Calls that come before begin() wait for it.
+  /// Calls that come before begin() wait for it, a hundred of them.
   Status serve(ServiceEvents events);
   void begin();
   /// Tells whoever listens.

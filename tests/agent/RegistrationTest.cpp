@@ -1,4 +1,5 @@
 #include "agent/AgentTest.h"
+#include "state/State.h"
 
 namespace VorselKelp::agent {
 namespace {
@@ -73,6 +74,36 @@ TEST_F(RegistrationTest, SaysWhyThereIsNone) {
   }
   desk.habits.refusal.clear();
   subscribe();
+}
+
+TEST_F(RegistrationTest, AnswersWhenItHasStarted) {
+  startDistributor("desk");
+  subscribe();
+  killAgent();
+  const auto description = *system::parseDescription(R"({"bundleIdentifier":"com.example.app"})");
+  auto lock = State::open(system::foldersOf(description).data + "/push");
+  ASSERT_TRUE(lock.ok());
+  std::string properties;
+  const auto bus = *Bus::connect(address);
+  const auto call = [&](const char* interface, const char* method, GVariant* arguments,
+                        std::function<void(Result<VariantPtr>)> answered) {
+    bus->call("com.example.app.Push", "/org/vorselkelp/PushAgent", interface, method, arguments, "*",
+              std::move(answered));
+  };
+  call("org.freedesktop.DBus.Properties", "GetAll", g_variant_new("(s)", "org.vorselkelp.PushAgent1"),
+       [&](const Result<VariantPtr>& reply) {
+         if (reply) properties = freedesktop::TextPtr(g_variant_print(reply->get(), FALSE)).get();
+       });
+  constexpr int calls = 104;
+  for (int i = 0; i < calls; ++i) {
+    call("org.vorselkelp.PushAgent1", "Look", nullptr,
+         [this](const Result<VariantPtr>& reply) { ++(reply ? acknowledged : refused); });
+  }
+  waitUntil([&] { return refused == 5; });
+  EXPECT_EQ(acknowledged, 0);
+  lock = Error{"closed"};
+  waitUntil([&] { return acknowledged == 99; });
+  EXPECT_THAT(properties, HasSubstr("'Condition': <{'version': <uint32 1>, 'stage': <'registered'>"));
 }
 
 TEST_F(RegistrationTest, IsNotConfusedByAnswersToWhatItAskedBefore) {
