@@ -234,11 +234,11 @@ void Agent::respond(const freedesktop::BusNotificationResponse& response) {
                         });
 }
 
-/// Has the agent come back while something is.
+/// Whether something is to come due. Has the agent come back for that, and for what nobody could show.
 bool Agent::pending() {
   const auto next = store_->nextDue();
   const bool found = next.ok() && next->has_value();
-  if (next.ok()) autostart_.want(found);
+  if (next.ok()) autostart_.want(found || !road_->idle());
   return found;
 }
 
@@ -272,6 +272,7 @@ void Agent::lookAfter(double seconds) {
     if (const double left = quietUntil_ - monotonicTime(); left > 0) return lookAfter(left);
     looking_ = false;
     if (leaving_) return;
+    if (begun_) pending();
     if (busy()) return lookIn(std::max(options_.idleSeconds, busyPause));
     if (!waits()) leave();
   });
@@ -287,6 +288,7 @@ void Agent::leave() {
 void Agent::left() {
   if (!begun_) return end(0);
   if (!intake_->idle()) return queue_->asyncAfter(answerPause, [this] { left(); });
+  pending();
   if (told_ || (!busy() && !waits())) return bus_->flush([this] { end(0); });
   // Nobody goes on with what came at the last moment, unless a later call has activated a successor.
   bus_->requestName(name_, [this](const Result<bool>& ours) {

@@ -117,8 +117,11 @@ TEST_F(DeliveryTest, WaitsForSomebodyWhoShows) {
   waitUntil([&] { return acknowledged == 3; });
   waitUntil([&] { return lines().find("Notifications wait to be shown") != std::string::npos; });
   EXPECT_TRUE(running());
+  const auto entry = file("config/autostart/com.example.app.Push.desktop");
+  waitUntil([&] { return std::ifstream(entry).good(); });
   auto server = std::make_unique<NotificationServer>(address);
   waitUntil([&] { return server->shown.size() == 3; });
+  waitUntil([&] { return !std::ifstream(entry).good(); });
   server->refusal = "org.freedesktop.Notifications.MaxNotificationsExceeded";
   send(*desk, payload("four"));
   waitUntil([&] { return server->shown.size() == 4; });
