@@ -103,7 +103,7 @@ bool Registration::holds() const {
   const bool right =
       options_.wanted.empty() || chooseDistributor({distributor_}, options_.wanted) == distributor_;
   return right && condition_.stage == Stage::registered && vapidKey_ == options_.vapidKey &&
-         registeredIn_ == session();
+         !registeredIn_.empty() && registeredIn_ == session();
 }
 
 void Registration::settle(Condition condition) {
@@ -137,6 +137,13 @@ void Registration::giveUp() {
   settle({});
 }
 
+/// It may come back by the same connection without what it knew.
+void Registration::forgetSession() {
+  if (std::exchange(registeredIn_, {}).empty()) return;
+  if (const auto status = state_->set({{"registeredIn", {}}}); !status)
+    posix::standardErrorLines()(status.error().description);
+}
+
 /// Whoever was asked about it may answer later, or never.
 void Registration::forgetToken() {
   token_.clear();
@@ -151,9 +158,9 @@ bool Registration::knows(const std::string& sender, const std::string& token) co
 void Registration::ownerIs(const std::string& name, const std::string& owner) {
   if (name == distributor_) {
     owner_ = owner;
+    if (owner.empty()) return forgetSession();
     // A new one may have forgotten us.
-    if (wanted_ && !owner.empty() && !asking_ && registeredIn_ != session())
-      token_.empty() ? choose() : ask();
+    if (wanted_ && !asking_ && registeredIn_ != session()) token_.empty() ? choose() : ask();
     return;
   }
   const bool named = !options_.wanted.empty() && chooseDistributor({name}, options_.wanted) == name;

@@ -73,6 +73,7 @@ class Registration {
   void choose();
   void chosen(const std::string& distributor);
   void renew();
+  void forgetSession();
   void forgetToken();
   void ask();
   void answered(const RegistrationAnswer& answer);

@@ -158,6 +158,14 @@ TEST_F(RegistrationTest, FollowsItsDistributor) {
   waitUntil([&] { return lines().find("An endpoint came from a stranger") != std::string::npos; });
   EXPECT_THAT(condition("subscription"), HasSubstr("fourth.example"));
 
+  killAgent();
+  start({}, "60");
+  EXPECT_THAT(condition("subscription"), HasSubstr("fourth.example"));
+  next.end();
+  next.habits.endpointsBefore = "https://fifth.example/";
+  next.begin([](bool) {});  // by the connection that it had, without any memory
+  waitUntil([&] { return condition("subscription").find("fifth.example") != std::string::npos; });
+
   next.unregisterAll();
   waitUntil([&] { return condition("stage") == "pending"; });
   EXPECT_EQ(condition("reason"), "The distributor has ended the registration");
