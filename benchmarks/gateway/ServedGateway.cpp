@@ -68,11 +68,11 @@ std::string bearer(const gateway::DeskIdentity& identity) {
   return "bearer " + text + "." + toBase64Url(sign(textOf(identity.providerKey), text));
 }
 
-std::shared_ptr<gateway::NextHop> makeDevices(const std::shared_ptr<VorselKelp::posix::EventLoop>& loop) {
+std::shared_ptr<gateway::MemoryDevices> makeDevices(
+    const std::shared_ptr<VorselKelp::posix::EventLoop>& loop) {
   std::vector<std::string> tokens;
   for (int i = 0; i < devices; ++i) tokens.push_back(tokenOf(i));
-  return std::make_shared<gateway::MemoryDevices>(tokens, "com.example.app", loop,
-                                                  [](std::size_t, const gateway::Notification&) {});
+  return std::make_shared<gateway::MemoryDevices>(tokens, "com.example.app", [loop] { loop->wake(); });
 }
 
 }  // namespace
@@ -90,7 +90,8 @@ int main(int, char** argv) {
   options.key = identity->key;
   options.providerKeys.push_back({identity->providerKeyIdentifier, identity->team,
                                   *gateway::VerifyingKey::ofPem(textOf(identity->providerKey))});
-  options.hops.push_back(makeDevices(loop));
+  const auto received = makeDevices(loop);
+  options.hops.push_back(received);
   const auto served = gateway::Gateway::make(std::move(options));
   if (!served) return 1;
   std::printf("%u\n%s\n%s\n", (*served)->port(), bearer(*identity).c_str(),
@@ -98,7 +99,12 @@ int main(int, char** argv) {
   std::fflush(stdout);
   std::thread receiving([&] {
     using Clock = VorselKelp::posix::EventLoop::Clock;
-    loop->run([] { return false; }, Clock::now() + std::chrono::hours(1));
+    const auto takeAll = [&] {
+      while (received->next()) {
+      }
+      return false;
+    };
+    loop->run(takeAll, Clock::now() + std::chrono::hours(1));
   });
   (*served)->run();
   return 0;

@@ -4,7 +4,9 @@
 #include <string_view>
 
 #include "brellixctl/Commands.h"
+#include "brellixctl/Numbers.h"
 #include "brellixctl/device/DeviceOptions.h"
+#include "brellixctl/fleet/FleetOptions.h"
 #include "brellixctl/gateway/GatewayCommand.h"
 #include "brellixctl/webpush/Options.h"
 
@@ -210,63 +212,10 @@ class CommandLine {
 
   void addFleet() {
 #ifdef BRELLIXCTL_FLEET
-    auto* fleet = add("fleet", "Many devices at once, to load-test a collection server",
-                      [this] { return runFleet(fleet_); });
-    fleet->add_option("--devices", fleet_.devices, "How many devices")
-        ->check(CLI::Range(1, 1'000'000))
-        ->capture_default_str();
-    fleet->add_option("--pushes", fleet_.pushes, "Notifications for each device")
-        ->check(CLI::Range(0, 1'000'000))
-        ->capture_default_str();
-    fleet->add_option("--server", fleet_.server, "Scheme, host and port of the server; else one of its own")
-        ->type_name("URL");
-    fleet->add_flag("--anywhere", fleet_.anywhere,
-                    "Let requests of payloads and answers go to servers of their own, not to --server alone");
-    fleet
-        ->add_option("--payload", fleet_.payloads,
-                     "A notification, a JSON file; several are sent in turn; without one a sample is")
-        ->type_name("FILE")
-        ->allow_extra_args(false);
-    addLoad(fleet);
+    addFleetOptions(*add("fleet", "Many devices at once, to load-test a collection server",
+                         [this] { return runFleet(fleet_); }),
+                    fleet_);
 #endif
-  }
-
-  /// How much a fleet sends, how fast, and what of it may fail.
-  void addLoad(CLI::App* fleet) {
-    fleet->add_option("--opened", fleet_.opened, "Percent of the notifications that are opened, 0 to 100")
-        ->type_name("PERCENT")
-        ->check(numberUpTo(100, "percent"))
-        ->capture_default_str();
-    fleet->add_option("--rate", fleet_.rate, "Launches and notifications a second at most; 0 for any number")
-        ->type_name("N")
-        ->check(numberUpTo(1e6, "steps a second"))
-        ->capture_default_str();
-    fleet
-        ->add_option("--duration", fleet_.duration,
-                     "Send notifications for so many seconds, in place of --pushes")
-        ->type_name("SECONDS")
-        ->check(numberUpTo(86400, "seconds"));
-    fleet
-        ->add_option("--fail-above", fleet_.failAbove,
-                     "Exit with 1 only when more than this percentage of the requests failed")
-        ->type_name("PERCENT")
-        ->check(numberUpTo(100, "percent"))
-        ->capture_default_str();
-    fleet->add_option("--connections", fleet_.connections, "Requests under way at a time")
-        ->check(CLI::Range(1, 256))
-        ->capture_default_str();
-  }
-
-  /// Unlike the parser's own range this one takes no "nan".
-  static CLI::Validator numberUpTo(double most, const std::string& unit) {
-    const auto check = [most, unit](const std::string& text) {
-      double number = 0;
-      const bool fits = CLI::detail::lexical_cast(text, number) && number >= 0 && number <= most;
-      return fits ? std::string()
-                  : "\"" + text + "\" is no number from 0 to " +
-                        std::to_string(static_cast<long long>(most)) + " (" + unit + ")";
-    };
-    return CLI::Validator(check, "", "");
   }
 
   static void addTimeLimit(CLI::App* command, double& seconds) {

@@ -1,14 +1,9 @@
 #include "gateway/devices/MemoryDevices.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include "VorselKelpPosix/EventLoop.h"
 
 namespace gateway {
 namespace {
-
-using testing::ElementsAre;
 
 class MemoryDevicesTest : public testing::Test {
  protected:
@@ -21,31 +16,37 @@ class MemoryDevicesTest : public testing::Test {
         [&](Answer given) { answer = std::move(given); });
     return answer;
   }
-  void runLoop() {
-    bool last = false;
-    loop_->async([&] { last = true; });
-    loop_->run([&] { return last; }, VorselKelp::posix::EventLoop::Clock::time_point::max());
+  /// The device's number and the payload.
+  std::string next() {
+    const auto arrived = devices_.next();
+    return arrived ? std::to_string(arrived->device) + arrived->notification.payload : "none";
   }
 
-  const std::shared_ptr<VorselKelp::posix::EventLoop> loop_ =
-      std::make_shared<VorselKelp::posix::EventLoop>();
   const std::string first_ = std::string(32, 'a'), second_ = std::string(32, 'b');
-  std::vector<std::string> received_;
-  MemoryDevices devices_{
-      {first_, second_}, "com.example.news", loop_, [this](std::size_t device, const Notification& each) {
-        received_.push_back(std::to_string(device) + each.payload);
-      }};
+  std::size_t wakes_ = 0;
+  MemoryDevices devices_{{first_, second_}, "com.example.news", [this] { ++wakes_; }};
 };
 
-TEST_F(MemoryDevicesTest, AnswersAtOnceAndHandsOverInOrder) {
+TEST_F(MemoryDevicesTest, AnswersAtOnceAndQueuesInOrder) {
   EXPECT_TRUE(devices_.takes(first_) && !devices_.takes("short"));
   EXPECT_EQ(answerTo(std::string(32, 'c')).reason, "BadDeviceToken");
   EXPECT_EQ(answerTo(first_, "", "com.example.weather").reason, "DeviceTokenNotForTopic");
   EXPECT_EQ(answerTo(second_, "x").status, 200);
   EXPECT_EQ(answerTo(first_, "now or never", "com.example.news", 0).status, 200);
-  EXPECT_THAT(received_, ElementsAre());
-  runLoop();
-  EXPECT_THAT(received_, ElementsAre("1x", "0now or never"));
+  EXPECT_EQ(wakes_, 2u);
+  EXPECT_EQ(next(), "1x");
+  EXPECT_EQ(next(), "0now or never");
+  EXPECT_EQ(next(), "none");
+}
+
+TEST_F(MemoryDevicesTest, DropsWhatExpiresWhileItWaits) {
+  const auto now = std::chrono::system_clock::now().time_since_epoch() / std::chrono::seconds(1);
+  EXPECT_EQ(answerTo(first_, "soon", "com.example.news", now + 1).status, 200);
+  EXPECT_EQ(answerTo(first_, "later", "com.example.news", now + 3600).status, 200);
+  while (std::chrono::system_clock::now().time_since_epoch() / std::chrono::seconds(1) < now + 1) {
+  }
+  EXPECT_EQ(next(), "0later");
+  EXPECT_EQ(devices_.expired(), 1u);
 }
 
 TEST_F(MemoryDevicesTest, TakesNoMoreThanItCanHold) {
@@ -54,8 +55,7 @@ TEST_F(MemoryDevicesTest, TakesNoMoreThanItCanHold) {
   while (taken < 1'000'000 && (answer = answerTo(first_)).status == 200) ++taken;
   EXPECT_EQ(answer.reason, "TooManyRequests");
   EXPECT_EQ(answer.retryAfter, "1");
-  runLoop();
-  EXPECT_EQ(received_.size(), taken);
+  EXPECT_EQ(next(), "0");
   EXPECT_EQ(answerTo(second_).status, 200);
 }
 

@@ -20,9 +20,8 @@ std::int64_t timeNow() {
 }  // namespace
 
 MemoryDevices::MemoryDevices(const std::vector<std::string>& tokens, std::string topic,
-                             std::shared_ptr<VorselKelp::platform::MainQueue> queue, Receive receive)
-    : topic_(std::move(topic)), queue_(std::move(queue)), waiting_(std::make_shared<Waiting>()) {
-  waiting_->receive = std::move(receive);
+                             std::function<void()> wake)
+    : topic_(std::move(topic)), wake_(std::move(wake)) {
   numbers_.reserve(tokens.size());
   for (std::size_t number = 0; number < tokens.size(); ++number) numbers_.emplace(tokens[number], number);
 }
@@ -35,18 +34,36 @@ void MemoryDevices::deliver(Notification notification, Answered answered) {
   const auto device = numbers_.find(notification.device);
   if (device == numbers_.end()) return answered({400, "BadDeviceToken"});
   if (!topic_.empty() && notification.topic != topic_) return answered({400, "DeviceTokenNotForTopic"});
-  if (waiting_->count >= mostWaiting) return answered({429, "TooManyRequests", {}, "1"});
   // What has expired before it came was to be delivered at once or not at all: at once it is.
-  const auto arrived = timeNow();
-  if (notification.expiration && *notification.expiration <= arrived) notification.expiration.reset();
-  ++waiting_->count;
-  queue_->async(
-      [waiting = waiting_, number = device->second, notification = std::move(notification)]() mutable {
-        --waiting->count;
-        if (notification.expiration && *notification.expiration <= timeNow()) return;
-        waiting->receive(number, std::move(notification));
-      });
+  if (notification.expiration && *notification.expiration <= timeNow()) notification.expiration.reset();
+  if (!queue({device->second, std::move(notification), std::chrono::steady_clock::now()}))
+    return answered({429, "TooManyRequests", {}, "1"});
+  if (wake_) wake_();
   answered({});
+}
+
+bool MemoryDevices::queue(Arrived arrived) {
+  const std::lock_guard lock(mutex_);
+  if (waiting_.size() == mostWaiting) return false;
+  waiting_.push_back(std::move(arrived));
+  return true;
+}
+
+std::optional<MemoryDevices::Arrived> MemoryDevices::next() {
+  const std::lock_guard lock(mutex_);
+  while (!waiting_.empty()) {
+    auto first = std::move(waiting_.front());
+    waiting_.pop_front();
+    const auto& expiration = first.notification.expiration;
+    if (!expiration || *expiration > timeNow()) return first;
+    ++expired_;
+  }
+  return std::nullopt;
+}
+
+std::size_t MemoryDevices::expired() const {
+  const std::lock_guard lock(mutex_);
+  return expired_;
 }
 
 }  // namespace gateway

@@ -1,44 +1,51 @@
 #pragma once
 
-#include <atomic>
+#include <chrono>
 #include <cstddef>
+#include <deque>
 #include <functional>
-#include <memory>
+#include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
-#include "VorselKelp/platform/MainQueue.h"
 #include "gateway/Notification.h"
 
 namespace gateway {
 
 /// Devices that live in this process, all with one application. A notification is answered as soon as its
-/// device is known, or that too many wait to be received; one that expires while it waits is dropped.
+/// device is known and it waits in the queue, from which whoever has the devices takes it. Any thread.
 class MemoryDevices final : public NextHop {
  public:
-  /// A notification for device number `device`. On the queue, in order.
-  using Receive = std::function<void(std::size_t device, Notification notification)>;
+  struct Arrived {
+    std::size_t device;  ///< its number
+    Notification notification;
+    std::chrono::steady_clock::time_point time;  ///< when it came
+  };
 
-  /// `tokens`: 32 bytes each, one a device. `topic`: the application's identifier; empty: any. The queue must
-  /// have run or dropped its work when what `receive` knows goes.
-  MemoryDevices(const std::vector<std::string>& tokens, std::string topic,
-                std::shared_ptr<VorselKelp::platform::MainQueue> queue, Receive receive);
+  /// `tokens`: 32 bytes each, one a device. `topic`: the application's identifier; empty: any. `wake` runs on
+  /// the gateway's thread whenever something came; may be empty.
+  MemoryDevices(const std::vector<std::string>& tokens, std::string topic, std::function<void()> wake = {});
 
   [[nodiscard]] bool takes(std::string_view device) const override;
   void deliver(Notification notification, Answered answered) override;
 
+  /// The oldest one that waits. One that expired while it waited is dropped.
+  std::optional<Arrived> next();
+  /// How many were dropped.
+  [[nodiscard]] std::size_t expired() const;
+
  private:
+  bool queue(Arrived arrived);
+
   std::unordered_map<std::string, std::size_t> numbers_;  ///< by token
   const std::string topic_;
-  const std::shared_ptr<VorselKelp::platform::MainQueue> queue_;
-  /// What the waiting notifications need, which may outlive this object.
-  struct Waiting {
-    Receive receive;
-    std::atomic<std::size_t> count = 0;
-  };
-  const std::shared_ptr<Waiting> waiting_;
+  const std::function<void()> wake_;
+  mutable std::mutex mutex_;
+  std::deque<Arrived> waiting_;
+  std::size_t expired_ = 0;
 };
 
 }  // namespace gateway
