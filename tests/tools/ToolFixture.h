@@ -65,6 +65,7 @@ class ToolRun {
     }
     return all;
   }
+  void interrupt() const { ::kill(id_, SIGINT); }
   int wait() {
     int status = -1;
     ::waitpid(id_, &status, 0);

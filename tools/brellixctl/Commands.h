@@ -41,6 +41,10 @@ struct FleetRequest {
   double rate = 0;       ///< launches and notifications a second; 0: as many as the server keeps up with
   double duration = 0;   ///< seconds of notifications, in place of `pushes`; 0: none
   double failAbove = 0;  ///< percent of the requests that may fail
+  bool gateway = false;  ///< the notifications come from the publisher's own server
+  std::uint16_t port = 2197;
+  bool open = false;   ///< that server needs no token
+  std::string tokens;  ///< a file for the devices' tokens; empty: none
 };
 
 struct LintRequest {
@@ -82,7 +86,7 @@ struct VapidRequest {
 
 int runDemo(const CommonOptions& common, const DemoRequest& request);
 /// Needs neither device nor application.
-int runFleet(const FleetRequest& request);
+int runFleet(const CommonOptions& common, const FleetRequest& request);
 int runServe(const CommonOptions& common, const ServeOptions& options);
 int runLaunch(const CommonOptions& common, const LaunchRequest& request);
 int runPush(const CommonOptions& common, const PushRequest& request);

@@ -213,7 +213,7 @@ class CommandLine {
   void addFleet() {
 #ifdef BRELLIXCTL_FLEET
     addFleetOptions(*add("fleet", "Many devices at once, to load-test a collection server",
-                         [this] { return runFleet(fleet_); }),
+                         [this] { return runFleet(common_, fleet_); }),
                     fleet_);
 #endif
   }

@@ -16,20 +16,9 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Seconds = std::chrono::duration<double>;
 
-/// A phase in which nothing happens for so long is given up. Longer than any request's own time limit.
-constexpr std::chrono::seconds longestSilence{90};
-
 struct SilentConsole final : platform::Console {
   void print(std::string_view) override {}
 };
-
-/// Spreads a share evenly over steps: of every ten, say, always the same one opens.
-bool chosen(std::size_t step, double share) {
-  const auto upTo = [&](std::size_t steps) {
-    return static_cast<std::size_t>(static_cast<double>(steps) * share);
-  };
-  return upTo(step + 1) > upTo(step);
-}
 
 /// When a phase's steps may be taken.
 class Pace {
@@ -77,7 +66,10 @@ Fleet::Fleet(FleetPlan plan, std::vector<FleetPayload> payloads, Watch watch)
   if (!plan_.anywhere) session = fence_ = std::make_shared<ServerFence>(std::move(session), plan_.server);
   meter_ = std::make_shared<RequestMeter>(
       std::move(session), plan_.connections,
-      [this](const platform::URLRequest& request) { return kindOf(request, payloads_); },
+      [this](const platform::URLRequest& request) {
+        auto kind = incoming_.kindOf(request.url);
+        return kind.empty() ? kindOf(request, payloads_) : kind;
+      },
       [loop = loop_] { loop->wake(); });
   const auto& server = plan_.server;
   services_.endpoints = {server, server, server, server, server, server + "/articles/ad"};
@@ -113,11 +105,19 @@ ServerFence::Counts Fleet::turned() const {
   return fence_ ? fence_->turned() : ServerFence::Counts();
 }
 
+/// Spreads the share evenly: of every ten, say, always the same one is opened.
+bool Fleet::opens(std::size_t step) const {
+  const auto upTo = [&](std::size_t steps) {
+    return static_cast<std::size_t>(static_cast<double>(steps) * plan_.opened);
+  };
+  return upTo(step + 1) > upTo(step);
+}
+
 void Fleet::push(std::size_t step) {
   ++unfinished_;
   devices_[step % devices_.size()]->push(payloads_[step % payloads_.size()].userInfo(),
-                                         "campaign-" + std::to_string(step / devices_.size()),
-                                         chosen(step, plan_.opened), [this] { --unfinished_; });
+                                         "campaign-" + std::to_string(step / devices_.size()), opens(step),
+                                         [this] { --unfinished_; });
 }
 
 FleetPhase Fleet::run(const std::string& name, const Steps& steps) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -8,10 +8,13 @@
 #include <vector>
 
 #include "VorselKelpPosix/EventLoop.h"
+#include "brellixctl/fleet/CampaignWatch.h"
 #include "brellixctl/fleet/FleetDevice.h"
 #include "brellixctl/fleet/FleetPayload.h"
+#include "brellixctl/fleet/IncomingPayload.h"
 #include "brellixctl/fleet/RequestMeter.h"
 #include "brellixctl/fleet/ServerFence.h"
+#include "gateway/devices/MemoryDevices.h"
 
 namespace brellixctl {
 
@@ -32,8 +35,12 @@ struct FleetPhase {
   std::size_t steps = 0;  ///< launches or notifications
   double seconds = 0;
   RequestMeter::Figures requests;
-  bool complete = true;  ///< false: given up after a long time without any answer
+  bool complete = true;                  ///< false: given up after a long time without any answer
+  CampaignWatch::Latencies latencies{};  ///< of what came through a gateway
 };
+
+/// A phase in which nothing happens for so long is given up. Longer than any request's own time limit.
+inline constexpr std::chrono::seconds longestSilence{90};
 
 /// Many devices in one process, whose requests go to one real server. Main thread.
 class Fleet {
@@ -50,6 +57,13 @@ class Fleet {
   FleetPhase launch();
   /// Delivers the campaign.
   FleetPhase campaign();
+  /// The devices' tokens, by their numbers.
+  [[nodiscard]] std::vector<std::string> tokens() const;
+  /// Something came in. Any thread.
+  void wake() { loop_->wake(); }
+  /// Delivers what comes in, until each device has had its pushes, the plan's duration has passed since the
+  /// first one, or `interrupted` says so; then waits for all answers.
+  FleetPhase receive(gateway::MemoryDevices& incoming, const std::function<bool()>& interrupted);
   /// Requests that were meant for other servers.
   [[nodiscard]] ServerFence::Counts turned() const;
 
@@ -60,9 +74,13 @@ class Fleet {
     double duration = 0;  ///< seconds; 0: until all are taken
     std::function<void(std::size_t)> take;
   };
+  /// Whether `step` is one of those that are opened.
+  [[nodiscard]] bool opens(std::size_t step) const;
   /// Takes the steps, never far more than the server keeps up with, and waits for all answers.
   FleetPhase run(const std::string& name, const Steps& steps);
   void push(std::size_t step);
+  void take(gateway::MemoryDevices::Arrived arrived, std::size_t step,
+            const std::shared_ptr<CampaignWatch>& watch);
 
   const FleetPlan plan_;
   const std::vector<FleetPayload> payloads_;
@@ -72,6 +90,7 @@ class Fleet {
   std::shared_ptr<RequestMeter> meter_;
   FleetServices services_;
   std::vector<std::unique_ptr<FleetDevice>> devices_;
+  IncomingPayloads incoming_;
   std::size_t unfinished_ = 0;  ///< notifications whose extension has not answered
 };
 

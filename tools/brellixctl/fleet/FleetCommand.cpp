@@ -3,10 +3,14 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <fstream>
 
+#include "VorselKelpPosix/Hex.h"
 #include "brellixctl/Commands.h"
+#include "brellixctl/EndingSignals.h"
 #include "brellixctl/ServerAddress.h"
 #include "brellixctl/fleet/FleetSummary.h"
+#include "brellixctl/gateway/ServingGateway.h"
 #include "collection_server/CollectionServer.h"
 
 namespace brellixctl {
@@ -14,6 +18,7 @@ namespace brellixctl {
 using collection_server::CollectionServer;
 using VorselKelp::Error;
 using VorselKelp::Result;
+using VorselKelp::Status;
 
 namespace {
 
@@ -53,9 +58,35 @@ Result<std::vector<FleetPayload>> readPayloads(const FleetRequest& request, cons
   return payloads;
 }
 
+Status writeTokens(const std::vector<std::string>& tokens, const std::string& path) {
+  std::ofstream file(path, std::ios::trunc);
+  for (const auto& token : tokens) file << VorselKelp::posix::hexOf(token) << '\n';
+  if (file.close(); !file) return Error{"Cannot write the tokens to " + path};
+  return VorselKelp::Done{};
+}
+
+/// Takes what the publisher's server sends, until all of it came or the user ends it.
+Result<FleetPhase> receive(Fleet& fleet, const CommonOptions& common, const FleetRequest& request) {
+  GatewayRequest wanted;
+  wanted.port = request.port;
+  wanted.open = request.open;
+  const auto devices =
+      std::make_shared<gateway::MemoryDevices>(fleet.tokens(), "", [&fleet] { fleet.wake(); });
+  const auto serving = ServingGateway::start(wanted, {devices});
+  if (!serving) return serving.error();
+  (*serving)->introduce(common.json);
+  if (!common.json) {
+    std::printf("\n%zu devices wait for notifications%s%s; Ctrl-C tells what came so far\n", request.devices,
+                request.tokens.empty() ? "" : ", with the tokens in ", request.tokens.c_str());
+    std::fflush(stdout);
+  }
+  const EndingNote note;
+  return fleet.receive(*devices, &EndingNote::came);
+}
+
 }  // namespace
 
-int runFleet(const FleetRequest& request) {
+int runFleet(const CommonOptions& common, const FleetRequest& request) {
   FleetPlan plan{request.devices, request.pushes,   request.connections, request.opened / 100,
                  request.rate,    request.duration, request.server,      request.anywhere};
   std::unique_ptr<CollectionServer> own;
@@ -82,7 +113,17 @@ int runFleet(const FleetRequest& request) {
   FleetSummary summary{{fleet.launch()}, plan.server, {}};
   const auto& launches = summary.phases.front();
   const bool reachable = launches.complete && anySuccess(launches);
-  if (reachable && (plan.pushes > 0 || plan.duration > 0)) summary.phases.push_back(fleet.campaign());
+  if (!request.tokens.empty()) {
+    if (const auto status = writeTokens(fleet.tokens(), request.tokens); !status) return fail(status.error());
+  }
+  if (reachable && request.gateway) {
+    bar.wipe();
+    auto campaign = receive(fleet, common, request);
+    if (!campaign) return fail(campaign.error());
+    summary.phases.push_back(*std::move(campaign));
+  } else if (reachable && (plan.pushes > 0 || plan.duration > 0)) {
+    summary.phases.push_back(fleet.campaign());
+  }
   bar.wipe();
   summary.turned = fleet.turned();
   return answer(toJSON(summary), inWords(summary), failureIn(summary, request.failAbove));

@@ -7,6 +7,7 @@
 #include "VorselKelp/VorselBuilder.h"
 #include "core/CoreScope.h"
 #include "kellp/Kellp.h"
+#include "push/AdministrativePush.h"
 
 namespace brellixctl {
 
@@ -33,10 +34,17 @@ std::shared_ptr<testing_platform::MemoryDevice> makeDevice(std::size_t number) {
   return device;
 }
 
+std::string makeToken(platform::Random& random) {
+  std::string token(32, '\0');
+  for (auto& byte : token) byte = static_cast<char>(random.below(256));
+  return token;
+}
+
 }  // namespace
 
 FleetDevice::FleetDevice(const FleetServices& shared, std::size_t number)
     : shared_(shared),
+      token_(makeToken(*shared.random)),
       device_(makeDevice(number)),
       process_(device_),
       application_(std::make_shared<Kellp>(adapt(process_))) {}
@@ -59,16 +67,16 @@ void FleetDevice::launch() {
     const VorselKelp::CoreScope scope(application_->context);
     application_->initialize(VorselBuilder(shared_.apiKey, group).push().build());
   }
-  std::array<std::uint8_t, 32> token{};
-  for (auto& byte : token) byte = static_cast<std::uint8_t>(shared_.random->below(256));
-  application_->tokens->registerToken(token);
+  application_->tokens->registerToken({reinterpret_cast<const std::uint8_t*>(token_.data()), token_.size()});
 }
 
 void FleetDevice::push(const platform::UserInfo& payload, const std::string& identifier, bool opens,
-                       std::function<void()> done) {
+                       std::function<void()> done, std::shared_ptr<platform::URLSession> session) {
   const auto process = std::make_shared<testing_platform::MemoryPlatform>(
       device_, testing_platform::ProcessKind::extension, "com.example.app.service");
-  const auto extension = std::make_shared<Kellp>(adapt(*process));
+  auto services = adapt(*process);
+  if (session) services->urlSession = std::move(session);
+  const auto extension = std::make_shared<Kellp>(std::move(services));
   extension->context->state.setAppGroupSetting(group);
   platform::NotificationRequest request;
   request.identifier = identifier;
@@ -92,7 +100,10 @@ void FleetDevice::push(const platform::UserInfo& payload, const std::string& ide
                                           });
 }
 
-/// The user looks at it at once, and either opens it or wipes it away.
+void FleetDevice::handOver(const platform::UserInfo& payload) {
+  VorselKelp::readAdministrativePush(*application_->context, payload, [](const auto&, const auto&) {});
+}
+
 void FleetDevice::show(platform::NotificationRequest request, bool opens) {
   const auto identifier = request.identifier;
   device_->notificationCenter->deliver(request);

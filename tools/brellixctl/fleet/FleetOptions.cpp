@@ -32,6 +32,19 @@ void addLoad(CLI::App& fleet, FleetRequest& request) {
       ->capture_default_str();
 }
 
+/// The notifications come from outside.
+void addGateway(CLI::App& fleet, FleetRequest& request) {
+  auto* gateway = fleet.add_flag("--gateway", request.gateway,
+                                 "Wait for the notifications of your own server, which speaks the provider "
+                                 "protocol, until each device has had its --pushes");
+  fleet.add_option("--port", request.port, "The gateway's port; 0 for any free one")
+      ->needs(gateway)
+      ->capture_default_str();
+  fleet.add_flag("--open", request.open, "Take notifications without a provider's token")->needs(gateway);
+  fleet.add_option("--tokens", request.tokens, "Write the devices' tokens here, hexadecimal, one a line")
+      ->type_name("FILE");
+}
+
 }  // namespace
 
 void addFleetOptions(CLI::App& fleet, FleetRequest& request) {
@@ -51,6 +64,7 @@ void addFleetOptions(CLI::App& fleet, FleetRequest& request) {
       ->type_name("FILE")
       ->allow_extra_args(false);
   addLoad(fleet, request);
+  addGateway(fleet, request);
 }
 
 }  // namespace brellixctl

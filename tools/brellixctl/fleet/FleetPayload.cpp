@@ -66,21 +66,25 @@ FleetPayload FleetPayload::sample(const std::string& server) {
 Result<FleetPayload> FleetPayload::read(const std::string& path) {
   const auto bytes = readPayload(path);
   if (!bytes) return bytes.error();
-  const auto json = VorselKelp::readJSONText(*bytes);
-  if (!json) return Error{path + " is no JSON: " + json.error().description};
-  const auto lint = VorselKelp::lintPayload(*bytes, "fleet");
+  return parse(*bytes, path);
+}
+
+Result<FleetPayload> FleetPayload::parse(const std::string& bytes, const std::string& name) {
+  const auto json = VorselKelp::readJSONText(bytes);
+  if (!json) return Error{name + " is no JSON: " + json.error().description};
+  const auto lint = VorselKelp::lintPayload(bytes, "fleet");
   if (lint.root != PayloadLint::Root::push) {
-    return Error{path + " does not read as a push; see brellixctl lint " + path};
+    return Error{name + " does not read as a push; see brellixctl lint " + name};
   }
   const auto stop =
       std::ranges::find(lint.stops, PayloadLint::Stop::When::preparing, &PayloadLint::Stop::when);
-  if (stop != lint.stops.end()) return Error{path + " stops the service extension: " + stop->text};
+  if (stop != lint.stops.end()) return Error{name + " stops the service extension: " + stop->text};
   const auto* alert = find(&*json, {"aps", "alert"});
   if (find(alert, {"n"}) == nullptr && find(alert, {"e"}) == nullptr) {
-    return Error{path +
+    return Error{name +
                  " has neither a notification nor the address of an ad: its extension would never answer"};
   }
-  return FleetPayload(*bytes);
+  return FleetPayload(bytes);
 }
 
 std::string kindOf(const VorselKelp::platform::URLRequest& request,

@@ -17,6 +17,8 @@ class FleetPayload {
   static FleetPayload sample(const std::string& server);
   /// The user's own. An error says why no extension could show it.
   static VorselKelp::Result<FleetPayload> read(const std::string& path);
+  /// The same from its bytes; `name` is what an error calls it.
+  static VorselKelp::Result<FleetPayload> parse(const std::string& bytes, const std::string& name);
 
   [[nodiscard]] const VorselKelp::platform::UserInfo& userInfo() const { return userInfo_; }
   /// What the payload itself asks for, by URL: "image", "ad", "view tracker", "impression tracker", "click

@@ -52,25 +52,57 @@ std::string lineOf(const std::string& kind, const RequestFigures& figures, doubl
   return line + '\n';
 }
 
+std::string latencyLine(const char* from, const std::vector<float>& latencies) {
+  auto line = formatted("  %-20s %9zu %17s", from, latencies.size(), "");
+  const auto p = percentilesOf(latencies);
+  for (const float value : {p.half, p.ninety, p.ninetyNine, p.most})
+    line += latencies.empty() ? "         -" : formatted(" %9.1f", static_cast<double>(value));
+  return line + '\n';
+}
+
+/// What came through a gateway.
+std::string latenciesInWords(const CampaignWatch::Latencies& latencies) {
+  std::string words;
+  for (const auto& [name, what] : {std::pair("arrival", "first to arrival"),
+                                   {"delivery", "arrival to screen"},
+                                   {"tracker", "arrival to tracker"}}) {
+    if (const auto found = latencies.find(name); found != latencies.end())
+      words += latencyLine(what, found->second);
+  }
+  return words;
+}
+
 JSONAny countsJSON(const std::map<std::string, std::size_t>& counts) {
   JSONAny::Dictionary json;
   for (const auto& [name, count] : counts) json.push_back({name, static_cast<std::int64_t>(count)});
   return json;
 }
 
-JSONAny jsonOf(const RequestFigures& figures, double seconds) {
-  const auto p = percentilesOf(figures.latencies);
+JSONAny percentilesJSON(const std::vector<float>& latencies) {
+  const auto p = percentilesOf(latencies);
   const auto milliseconds = [&](float value) {
-    return figures.latencies.empty() ? JSONAny() : JSONAny(static_cast<double>(value));
+    return latencies.empty() ? JSONAny() : JSONAny(static_cast<double>(value));
   };
+  return JSONAny::Dictionary{{"p50", milliseconds(p.half)},
+                             {"p90", milliseconds(p.ninety)},
+                             {"p99", milliseconds(p.ninetyNine)},
+                             {"max", milliseconds(p.most)}};
+}
+
+JSONAny latenciesJSON(const CampaignWatch::Latencies& latencies) {
+  JSONAny::Dictionary json;
+  for (const auto& [name, times] : latencies)
+    json.push_back({name, JSONAny::Dictionary{{"count", static_cast<std::int64_t>(times.size())},
+                                              {"milliseconds", percentilesJSON(times)}}});
+  return json;
+}
+
+JSONAny jsonOf(const RequestFigures& figures, double seconds) {
   return JSONAny::Dictionary{{"count", static_cast<std::int64_t>(figures.count())},
                              {"failed", static_cast<std::int64_t>(figures.failed())},
                              {"failures", countsJSON(figures.failures)},
                              {"perSecond", static_cast<double>(figures.count()) / seconds},
-                             {"milliseconds", JSONAny::Dictionary{{"p50", milliseconds(p.half)},
-                                                                  {"p90", milliseconds(p.ninety)},
-                                                                  {"p99", milliseconds(p.ninetyNine)},
-                                                                  {"max", milliseconds(p.most)}}}};
+                             {"milliseconds", percentilesJSON(figures.latencies)}};
 }
 
 std::string failuresInWords(const FleetPhase& phase) {
@@ -113,7 +145,8 @@ std::string inWords(const FleetSummary& summary) {
                        "p50 ms", "p90 ms", "p99 ms", "max ms");
     for (const auto& [kind, figures] : phase.requests) words += lineOf(kind, figures, phase.seconds);
     const auto all = together(phase);
-    words += lineOf(all.first, all.second, phase.seconds) + failuresInWords(phase);
+    words += lineOf(all.first, all.second, phase.seconds) + latenciesInWords(phase.latencies) +
+             failuresInWords(phase);
   }
   for (const auto& [origin, count] : summary.turned) {
     words += std::to_string(count) + " requests for " + plainText(origin) + " went to " +
@@ -130,11 +163,13 @@ JSONAny::Dictionary toJSON(const FleetSummary& summary) {
       requests.push_back({kind, jsonOf(figures, phase.seconds)});
     const auto all = together(phase);
     requests.push_back({all.first, jsonOf(all.second, phase.seconds)});
-    list.push_back(JSONAny::Dictionary{{"phase", phase.name},
-                                       {"steps", static_cast<std::int64_t>(phase.steps)},
-                                       {"seconds", phase.seconds},
-                                       {"complete", phase.complete},
-                                       {"requests", std::move(requests)}});
+    JSONAny::Dictionary json{{"phase", phase.name},
+                             {"steps", static_cast<std::int64_t>(phase.steps)},
+                             {"seconds", phase.seconds},
+                             {"complete", phase.complete},
+                             {"requests", std::move(requests)}};
+    if (!phase.latencies.empty()) json.push_back({"latencies", latenciesJSON(phase.latencies)});
+    list.push_back(std::move(json));
   }
   return {{"phases", std::move(list)}, {"turnedToServer", countsJSON(summary.turned)}};
 }
