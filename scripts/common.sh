@@ -5,7 +5,7 @@ build_packages=(g++ cmake ninja-build pkg-config libboost-json1.81-dev libsqlite
   libcurl4-openssl-dev libssl-dev libnghttp2-dev libgdk-pixbuf-2.0-dev libgif-dev libcli11-dev libcpp-httplib-dev)
 test_packages=(libgtest-dev libgmock-dev python3)
 # Real windows and pages, and what tests show them on.
-screen_packages=(libgtk-4-dev libwebkitgtk-6.0-dev xvfb xauth dbus dbus-x11 libglib2.0-bin xdotool bubblewrap xdg-dbus-proxy
+screen_packages=(libgtk-4-dev libwebkitgtk-6.0-dev xvfb xauth dbus dbus-x11 libglib2.0-bin xdotool openbox bubblewrap xdg-dbus-proxy
   fonts-dejavu-core fonts-noto-core fonts-droid-fallback fonts-nanum python3-dbusmock dunst xfce4-notifyd at-spi2-core
   xdg-desktop-portal xdg-desktop-portal-gtk libx11-dev)
 benchmark_packages=(libbenchmark-dev nghttp2-server nghttp2-client)
