@@ -1,7 +1,10 @@
+#include <sqlite3.h>
+
 #include <algorithm>
 #include <fstream>
 #include <set>
 
+#include "VorselKelpPosix/Statement.h"
 #include "VorselKelpWebPush/Envelope.h"
 #include "VorselKelpWebPush/Message.h"
 #include "agent/AgentTest.h"
@@ -21,6 +24,21 @@ class DeliveryTest : public AgentTest {
     subscribe();
   }
 
+  /// How many of the desktop's numbers the agent has written down.
+  static std::int64_t numbersKept() {
+    const auto description = *system::parseDescription(R"({"bundleIdentifier":"com.example.app"})");
+    sqlite3* database = nullptr;
+    ::sqlite3_open((system::foldersOf(description).data + "/push/agent.sqlite").c_str(), &database);
+    std::int64_t count = -1;
+    {
+      posix::Connection connection{database, std::nullopt};
+      posix::Statement row(connection, "SELECT count(*) FROM shown");
+      if (row.step()) count = row.integer(0);
+    }
+    ::sqlite3_close(database);
+    return count;
+  }
+
   distributor::Distributor* desk = nullptr;
 };
 
@@ -35,6 +53,7 @@ TEST_F(DeliveryTest, ShowsWhatCameWhileItDidNotRun) {
   server.close(server.shown[0].number, 2);
   waitUntil([&] { return store->delivered().empty(); });
   waitUntilRunning(false);  // nothing is left to hear of
+  waitUntil([] { return numbersKept() == 0; });
 }
 
 TEST_F(DeliveryTest, ShowsWhatComesTwiceOnce) {
@@ -151,6 +170,25 @@ TEST_F(DeliveryTest, GoesOnWhereAKilledOneStopped) {
   server.invoke(server.shown[2].number, "default");  // what an earlier agent has shown
   waitUntil([&] { return !reader.activations.empty(); });
   EXPECT_THAT(reader.activations[0].target, HasSubstr("bytes-"));
+}
+
+TEST_F(DeliveryTest, KnowsNoNumbersOfAnotherServer) {
+  auto server = std::make_unique<NotificationServer>(address);
+  send(*desk, payload("one"));
+  waitUntil([&] { return server->shown.size() == 1 && numbersKept() == 1; });
+  killAgent();
+  server = nullptr;
+  server = std::make_unique<NotificationServer>(address);
+  FakeApplication reader(address);
+  condition("stage");            // which starts the agent
+  server->invoke(1, "default");  // another application's, to this server
+  send(*desk, payload("two"));
+  waitUntil([&] { return server->shown.size() == 1 && numbersKept() == 1; });
+  server->invoke(1, "default");
+  waitUntil([&] { return !reader.activations.empty(); });
+  const auto kept = store->takeResponses();
+  ASSERT_EQ(kept.size(), 1U);
+  EXPECT_EQ(kept[0].response.request.content.title, "two");
 }
 
 TEST_F(DeliveryTest, DropsWhatTheUserForbids) {
