@@ -23,7 +23,7 @@ export class NodeApn {
     const { sent, failed } = await this.provider.send(note, devices);
     const failures = failed.map(({ status, response, error }) => ({
       status,
-      reason: response?.reason ?? String(error),
+      reason: response?.reason ?? error?.message,
       timestamp: response?.timestamp,
     }));
     return [...sent.map(() => ({ status: 200 })), ...failures];
@@ -53,9 +53,10 @@ export class Apns2 {
         new apns2.Notification(device, { topic, type, priority, collapseId: collapse, expiration, aps, data }),
     );
     const answers = await this.client.sendMany(notes);
-    return answers.map(({ error }) =>
-      error ? { status: error.statusCode, reason: error.reason ?? String(error), timestamp: error.timestamp } : { status: 200 },
-    );
+    return answers.map(({ error }) => {
+      if (!error) return { status: 200 };
+      return { status: error.statusCode, reason: error.reason ?? error.message, timestamp: error.timestamp };
+    });
   }
 
   end() {}

@@ -21,7 +21,8 @@ export async function startGateway(port = 0, options = []) {
   const end = async () => {
     const ended = once(program, 'exit');
     program.kill('SIGTERM');
-    await ended;
+    const [status] = await ended;
+    if (status !== 0) throw new Error(`the gateway has ended with ${status}`);
   };
   return { ...JSON.parse(first[0]), end };
 }
