@@ -32,8 +32,9 @@ def wait(what, check, seconds=20):
 class Desk:
     """Ends with `close`, and everything that it started with it."""
 
-    def __init__(self, programs, folder):
+    def __init__(self, programs, folder, sender=None):
         self.programs, self.folder, self.running = programs, folder, []
+        self.sender = sender or [os.path.join(programs, "brellixctl"), "send"]
         self.prefix = os.path.join(folder, "prefix")
         self.environment = {name: value for name, value in os.environ.items()
                             if not name.startswith(("WAYLAND_", "DBUS_", "XDG_", "UNIFIEDPUSH_", "READER_"))}
@@ -129,7 +130,7 @@ class Desk:
     def send(self, subscription, name, payload):
         """Sends a push, encrypted, by way of its push service."""
         file = self.write(name + ".json", json.dumps(payload))
-        return self.run(os.path.join(self.programs, "brellixctl"), "send", subscription, file)
+        return self.run(*self.sender, subscription, file)
 
     def call(self, name, path, method, *arguments):
         return self.run("gdbus", "call", "--session", "--timeout", "20", "--dest", name, "--object-path", path,

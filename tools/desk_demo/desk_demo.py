@@ -2,11 +2,12 @@
 """Walks a push down its whole road on a desktop of its own: display, session bus, notification daemon, distributor and
 collection server, and the Reader as it is installed.
 
-desk_demo.py --programs DIR [--daemon xfce4-notifyd|dunst] [--report FILE] [--short]
+desk_demo.py --programs DIR [--daemon xfce4-notifyd|dunst] [--report FILE] [--short] [--sender COMMAND]
 """
 
 import argparse
 import os
+import shlex
 import shutil
 import signal
 import sys
@@ -20,7 +21,7 @@ from road import Road
 
 
 def walk(options, folder, told):
-    desk = Desk(os.path.abspath(options.programs), folder)
+    desk = Desk(os.path.abspath(options.programs), folder, shlex.split(options.sender))
     try:
         desk.open()
         desk.serve()
@@ -41,6 +42,7 @@ def main():
     parser.add_argument("--daemon", choices=DAEMONS, default="xfce4-notifyd", help="what shows notifications")
     parser.add_argument("--report", help="write an HTML page with the steps and pictures")
     parser.add_argument("--short", action="store_true", help="without the reminder, which comes after a minute")
+    parser.add_argument("--sender", default="", help="sends in place of `brellixctl send`; gets SUBSCRIPTION and FILE")
     options = parser.parse_args()
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
     began, steps = time.monotonic(), []
