@@ -28,6 +28,7 @@ struct Envelope {
 /// when it is no object, or a text of the envelope's is none of UTF-8 or too long.
 VORSELKELP_API Result<std::string> putInto(const Envelope& envelope, std::string_view payload);
 
+/// A payload and what was in it.
 struct Unwrapped {
   std::string payload;  ///< byte for byte as it was before
   Envelope envelope{};
