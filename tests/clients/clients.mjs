@@ -12,6 +12,7 @@ export class NodeApn {
     this.provider = new apn.Provider({
       address: 'localhost',
       port,
+      requestTimeout: 60_000, // its five seconds are few where a machine has much else to do
       token: { key: providerKey.file, keyId: providerKey.key, teamId: providerKey.team },
     });
   }
