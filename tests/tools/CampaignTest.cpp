@@ -87,8 +87,11 @@ TEST_F(CampaignTest, EachDeviceDoesWhatItsPhoneWould) {
 }
 
 TEST_F(CampaignTest, TellsWhatCameWhenTheUserEndsIt) {
+  startFleet("1", "1");
+  fleet_->interrupt();
+  EXPECT_EQ(at(*campaign().find("requests")->find("all"), "perSecond"), "0.0") << "nothing came";
   startFleet("2", "1");
-  EXPECT_EQ(send(tokens_[1], tracked), 200);
+  EXPECT_EQ(send(tokens_.back(), tracked), 200);
   while (std::ranges::count(requests(), "GET /track/view") == 0) std::this_thread::yield();
   fleet_->interrupt();
   EXPECT_EQ(at(campaign(), "steps"), "1");

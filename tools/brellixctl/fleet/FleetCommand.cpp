@@ -74,13 +74,13 @@ Result<FleetPhase> receive(Fleet& fleet, const CommonOptions& common, const Flee
       std::make_shared<gateway::MemoryDevices>(fleet.tokens(), "", [&fleet] { fleet.wake(); });
   const auto serving = ServingGateway::start(wanted, {devices});
   if (!serving) return serving.error();
+  const EndingNote note;
   (*serving)->introduce(common.json);
   if (!common.json) {
     std::printf("\n%zu devices wait for notifications%s%s; Ctrl-C tells what came so far\n", request.devices,
                 request.tokens.empty() ? "" : ", with the tokens in ", request.tokens.c_str());
     std::fflush(stdout);
   }
-  const EndingNote note;
   return fleet.receive(*devices, &EndingNote::came);
 }
 

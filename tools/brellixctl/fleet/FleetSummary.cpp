@@ -26,6 +26,11 @@ Percentiles percentilesOf(std::vector<float> latencies) {
   return {at(50), at(90), at(99), latencies.back()};
 }
 
+/// 0 where nothing happened.
+double perSecond(std::size_t count, double seconds) {
+  return seconds > 0 ? static_cast<double>(count) / seconds : 0;
+}
+
 /// A phase's kinds and, last, all of them together.
 RequestMeter::Figures::value_type together(const FleetPhase& phase) {
   RequestFigures all;
@@ -46,7 +51,7 @@ std::string formatted(const char* format, Values... values) {
 std::string lineOf(const std::string& kind, const RequestFigures& figures, double seconds) {
   const auto p = percentilesOf(figures.latencies);
   auto line = formatted("  %-20s %9zu %7zu %9.0f", kind.c_str(), figures.count(), figures.failed(),
-                        static_cast<double>(figures.count()) / seconds);
+                        perSecond(figures.count(), seconds));
   for (const float value : {p.half, p.ninety, p.ninetyNine, p.most})
     line += figures.latencies.empty() ? "         -" : formatted(" %9.1f", static_cast<double>(value));
   return line + '\n';
@@ -101,7 +106,7 @@ JSONAny jsonOf(const RequestFigures& figures, double seconds) {
   return JSONAny::Dictionary{{"count", static_cast<std::int64_t>(figures.count())},
                              {"failed", static_cast<std::int64_t>(figures.failed())},
                              {"failures", countsJSON(figures.failures)},
-                             {"perSecond", static_cast<double>(figures.count()) / seconds},
+                             {"perSecond", perSecond(figures.count(), seconds)},
                              {"milliseconds", percentilesJSON(figures.latencies)}};
 }
 
@@ -139,7 +144,7 @@ std::string inWords(const FleetSummary& summary) {
   std::string words;
   for (const auto& phase : summary.phases) {
     words += formatted("%s: %zu in %.1f s, %.0f per second%s\n", phase.name.c_str(), phase.steps,
-                       phase.seconds, static_cast<double>(phase.steps) / phase.seconds,
+                       phase.seconds, perSecond(phase.steps, phase.seconds),
                        phase.complete ? "" : "; given up, for nothing was answered any more");
     words += formatted("  %-20s %9s %7s %9s %9s %9s %9s %9s\n", "requests", "count", "failed", "per s",
                        "p50 ms", "p90 ms", "p99 ms", "max ms");
