@@ -56,8 +56,9 @@ TEST_F(DesktopsTest, AnswersWhatThePushServiceAnswers) {
   });
   const Running running(service);
   Desktops desktops(desk());
-  EXPECT_TRUE(desktops.takes("{\"endpoint\""));
-  EXPECT_FALSE(desktops.takes(std::string(32, '\x01')));
+  EXPECT_TRUE(desktops.takes(webpush::subscriptionText({"https://a.example", keys_.auth, keys_.publicKey})));
+  EXPECT_FALSE(desktops.takes(std::string(32, '{'))) << "a phone's, by chance";
+  EXPECT_FALSE(desktops.takes(std::string(100, 'x')));
   const std::pair<const char*, const char*> cases[] = {
       {"/200", "200 "},
       {"/201", "200 "},

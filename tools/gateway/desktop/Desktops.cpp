@@ -15,6 +15,7 @@ namespace platform = VorselKelp::platform;
 
 constexpr std::size_t longestAnswer = std::size_t{16} << 10;  // bytes
 constexpr unsigned connectionsToServer = 6;
+constexpr std::size_t phoneToken = 32;  // bytes
 
 VorselKelp::posix::URLSessionOptions sessionOptions(const DesktopOptions& options) {
   VorselKelp::posix::URLSessionOptions session;
@@ -41,9 +42,9 @@ Desktops::Desktops(DesktopOptions options)
   if (options_.sender) authorizations_.emplace(*options_.sender);
 }
 
-/// The rest is looked at where there is time for it; devices on this machine have digits.
+/// The rest is looked at where there is time for it. A phone's token can begin with any byte.
 bool Desktops::takes(std::string_view device) const {
-  return device.starts_with('{');
+  return device.size() > phoneToken && device.starts_with('{');
 }
 
 void Desktops::deliver(Notification notification, Answered answered) {
