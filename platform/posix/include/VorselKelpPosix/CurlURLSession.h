@@ -1,7 +1,5 @@
 #pragma once
 
-#include <sys/socket.h>
-
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -10,6 +8,8 @@
 
 #include "VorselKelp/Export.h"
 #include "VorselKelp/platform/URLSession.h"
+
+struct sockaddr;
 
 namespace VorselKelp::posix {
 
