@@ -73,7 +73,10 @@ TEST_F(HostileTest, HoldsBoundedMemoryForAllTogether) {
 }
 
 TEST_F(HostileTest, SendsAwayWhoResetsAllTheTime) {
-  start();
+  Limits limits;
+  limits.resets = 1'000;
+  limits.resetsEachSecond = 10;
+  start(limits);
   Client client(served->port());
   bool open = true;
   for (int i = 0; open && i < 20'000; ++i) {

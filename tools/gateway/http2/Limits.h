@@ -11,6 +11,10 @@ struct Limits {
   std::size_t connections = 16'384;
   std::size_t connectionsOfOneAddress = 1'024;  ///< of one network of 64 bits with IPv6
   std::uint32_t streams = 256;  ///< at once in a connection; a well-behaved client keeps to it
+  /// Of streams, by their client. Some clients reset every stream that was answered; what is under way for
+  /// the others stays within `held`.
+  std::uint64_t resets = 50'000;
+  std::uint64_t resetsEachSecond = 1'000;  ///< beyond those
   std::size_t head =
       std::size_t{16} << 10;  ///< bytes of a request's fields with their names, and 32 for each
   std::size_t held = std::size_t{256}

@@ -158,6 +158,7 @@ Session::Session(Events& events, const Limits& limits, std::shared_ptr<Budget> b
   nghttp2_option* option = nullptr;
   nghttp2_option_new(&option);
   nghttp2_option_set_no_closed_streams(option, 1);
+  nghttp2_option_set_stream_reset_rate_limit(option, limits_.resets, limits_.resetsEachSecond);
   nghttp2_session_server_new2(&session, callbacks, this, option);
   nghttp2_option_del(option);
   nghttp2_session_callbacks_del(callbacks);
