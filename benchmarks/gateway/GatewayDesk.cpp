@@ -146,6 +146,39 @@ GatewayDesk::Run GatewayDesk::crowd(bool floor) {
   return load(floor, {"-n300000", "-c1000", "-m100"});
 }
 
+double GatewayDesk::fleet() {
+  constexpr std::size_t devices = 10'000;
+  std::filesystem::remove(file("tokens"));
+  ::setenv("XDG_DATA_HOME", folder_.c_str(), 1);
+  const Server fleet({BRELLIXCTL_EXECUTABLE, "fleet", "--gateway", "--open", "--json", "--port", "0",
+                      "--devices", std::to_string(devices), "--tokens", file("tokens")});
+  std::smatch match;
+  const auto where = fleet.line();
+  if (!std::regex_search(where, match, std::regex(R"re("url":"([^"]*)")re"))) fail("brellixctl: " + where);
+  const std::string url = match[1];
+  std::vector<std::string> tokens;
+  for (int i = 0; tokens.size() < devices && i < 2000; ++i) {
+    usleep(50'000);
+    tokens.clear();
+    std::ifstream lines(file("tokens"));
+    for (std::string token; lines >> token;) tokens.push_back(token);
+  }
+  std::ofstream addresses(file("addresses"));
+  for (const auto& token : tokens) addresses << url << "/3/device/" << token << '\n';
+  addresses.close();
+  const auto [process, output] =
+      spawn({"h2load", "-n" + std::to_string(devices), "-c1", "-m100", "-d", file("body"), "-H",
+             "apns-topic: com.example.app", "-i", file("addresses")});
+  (void)timeForEach(all(output));
+  close(output);
+  waitpid(process, nullptr, 0);
+  const auto report = fleet.line();
+  if (!std::regex_search(report, match,
+                         std::regex(R"re("phase":"Campaign","steps":10000,"seconds":([0-9.]+))re")))
+    fail("brellixctl: " + report);
+  return std::stod(match[1]) * 1e6 / static_cast<double>(devices);
+}
+
 double GatewayDesk::slowestLogged() const {
   std::ifstream log(file("log"));
   std::vector<double> times;

@@ -42,6 +42,9 @@ class GatewayDesk {
   Run slowest(bool floor);
   /// 1,000 connections of 100 streams.
   Run crowd(bool floor);
+  /// Microseconds for each of 10,000 notifications, one a device, from the first request until the last one
+  /// is on its device's screen: what `brellixctl fleet --gateway` tells of it.
+  double fleet();
 
  private:
   Run load(bool floor, const std::vector<std::string>& how);
