@@ -96,9 +96,13 @@ void TransferThread::transfer(const CurlLibrary& curl) {
     startTransfers(curl);
     int running = 0;
     curl.multiPerform(multi_, &running);
+    const auto before = active_.size();
     collectAnswers(curl);
     endOverdue(curl);
-    const bool more = !waiting_.empty() && active_.size() < options_.requestsAtOnce;
+    // Also when some have ended: libcurl gives their connections to those that wait for one, and may then not
+    // say that there is something to do at once.
+    const bool more =
+        active_.size() < before || (!waiting_.empty() && active_.size() < options_.requestsAtOnce);
     curl.multiPoll(multi_, nullptr, 0, more ? 0 : waitingTime(), nullptr);
   }
 }
