@@ -1,6 +1,6 @@
 #include "brellixctl/gateway/ProviderKeys.h"
 
-#include "brellixctl/Answer.h"
+#include "brellixctl/Operations.h"
 #include "brellixctl/TextFile.h"
 
 namespace brellixctl {
