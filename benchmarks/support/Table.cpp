@@ -51,6 +51,10 @@ void printTable(const std::vector<Line>& lines) {
   for (const Line& line : lines) {
     std::printf("%-58s", line.figure.c_str());
     print(line.value, line.unit);
+    if (line.kind == Line::Goal::none && line.floor.median == 0) {
+      std::putchar('\n');  // nothing to stand beside
+      continue;
+    }
     print(line.floor, line.unit);
     printGoal(line);
   }
