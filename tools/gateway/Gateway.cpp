@@ -67,6 +67,7 @@ class Reception final : public Server::Requests {
     return responseOf(answer, std::move(identifier));
   }
 
+  /// Any thread, and signal handlers: what is read from now on is refused.
   void leave() { leaving_ = true; }
 
  private:
@@ -98,7 +99,7 @@ class Reception final : public Server::Requests {
   Checker checker_;
   const std::vector<std::shared_ptr<NextHop>> hops_;
   const std::shared_ptr<const Log> log_;
-  bool leaving_ = false;
+  std::atomic<bool> leaving_ = false;
 };
 
 class RunningGateway final : public Gateway {
@@ -123,6 +124,7 @@ class RunningGateway final : public Gateway {
   }
 
   void stop() override {
+    reception_.leave();
     stopping_ = true;
     loop_->wake();
   }
@@ -131,7 +133,6 @@ class RunningGateway final : public Gateway {
   void round() {
     if (stopping_ && !leaving_) {
       leaving_ = Loop::Clock::now();
-      reception_.leave();
       server_->leave();
       server_->look();
     }
