@@ -40,7 +40,7 @@ class BusTest : public testing::Test {
   explicit BusTest(const std::string& services = {});
   ~BusTest() override;
 
-  /// Lets the bus and the main queue work until `done` answers true; fails after 20 seconds.
+  /// Lets the bus and the main queue work until `done` answers true; ends the test after 20 seconds.
   void waitUntil(const std::function<bool()>& done,
                  std::source_location where = std::source_location::current());
   /// Lets time pass, each timer running at its time.
