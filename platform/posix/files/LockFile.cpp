@@ -4,9 +4,11 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <thread>
+#include <utility>
 
 namespace VorselKelp::posix {
 namespace {
@@ -22,13 +24,18 @@ class HeldFile final : public platform::FileLock {
   int descriptor_;
 };
 
+// Most are held for less than a millisecond.
+constexpr std::chrono::microseconds shortestPause(50);
+constexpr std::chrono::microseconds longestPause(1000);
+
 /// flock has no time limit of its own, so with one it is asked again and again.
 bool takeLock(int descriptor, std::optional<std::chrono::milliseconds> patience) {
   const auto start = std::chrono::steady_clock::now();
+  std::chrono::microseconds pause = shortestPause;
   while (::flock(descriptor, patience ? LOCK_EX | LOCK_NB : LOCK_EX) != 0) {
     if (errno == EINTR) continue;
     if (errno != EWOULDBLOCK || std::chrono::steady_clock::now() - start > *patience) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    std::this_thread::sleep_for(std::exchange(pause, std::min(pause * 2, longestPause)));
   }
   return true;
 }
