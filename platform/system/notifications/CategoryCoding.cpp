@@ -38,8 +38,9 @@ class Fields {
   [[nodiscard]] bool sound() const { return sound_; }
 
   std::string_view text() {
-    const auto size = number(rest_.substr(0, rest_.find(':')));
-    const auto start = rest_.find(':') + 1;
+    const auto colon = rest_.find(':');
+    const auto size = number(rest_.substr(0, colon));
+    const auto start = colon + 1;
     if (!size || *size > rest_.size() - start) return fail();
     const auto field = rest_.substr(start, *size);
     rest_.remove_prefix(start + *size);
@@ -83,21 +84,30 @@ bool readRest(Fields& fields, NotificationCategory& category) {
   return (bits & isPassing) != 0;
 }
 
-void remove(CategorySet& categories, const std::string& identifier) {
-  if (categories.all.erase(identifier) > 0) std::erase(categories.passing, identifier);
-}
-
-void put(CategorySet& categories, NotificationCategory category, bool passing) {
-  auto identifier = category.identifier;
-  remove(categories, identifier);
-  if (passing) categories.passing.push_back(identifier);
-  categories.all.emplace(std::move(identifier), std::move(category));
-  if (categories.passing.size() <= passingKept) return;
-  categories.all.erase(categories.passing.front());
-  categories.passing.pop_front();
-}
-
 }  // namespace
+
+const NotificationCategory* CategorySet::find(std::string_view identifier) const {
+  const auto place = places_.find(identifier);
+  return place == places_.end() ? nullptr : &kept_[place->second].category;
+}
+
+void CategorySet::put(NotificationCategory category, bool passing) {
+  remove(category.identifier);
+  kept_.push_back({std::move(category), passing});
+  places_.emplace(kept_.back().category.identifier, kept_.size() - 1);
+  if (!passing || ++passing_ <= passingKept) return;
+  while (kept_[oldestPassing_].gone || !kept_[oldestPassing_].passing) ++oldestPassing_;
+  remove(kept_[oldestPassing_].category.identifier);
+}
+
+void CategorySet::remove(std::string_view identifier) {
+  const auto place = places_.find(identifier);
+  if (place == places_.end()) return;
+  auto& kept = kept_[place->second];
+  if (kept.passing) --passing_;
+  kept.gone = true;
+  places_.erase(place);
+}
 
 std::string encodeRemoval(std::string_view identifier) {
   std::string text;
@@ -120,20 +130,21 @@ std::string encodeCategory(const NotificationCategory& category, bool passing) {
   return text;
 }
 
-std::size_t applyChanges(std::string_view text, CategorySet& categories) {
+AppliedChanges applyChanges(std::string_view text, CategorySet& categories) {
   Fields fields(text);
-  std::size_t applied = 0;
+  AppliedChanges applied;
   while (fields.left() > 0) {
     const auto change = fields.text();
     NotificationCategory category{std::string(fields.text()), {}, false};
     const bool passing = change == addition && readRest(fields, category);
     if (!fields.sound() || (change != addition && change != removal)) break;
     if (change == addition) {
-      put(categories, std::move(category), passing);
+      categories.put(std::move(category), passing);
     } else {
-      remove(categories, category.identifier);
+      categories.remove(category.identifier);
     }
-    applied = text.size() - fields.left();
+    ++applied.count;
+    applied.bytes = text.size() - fields.left();
   }
   return applied;
 }

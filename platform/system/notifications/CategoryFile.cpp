@@ -5,7 +5,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <set>
 #include <utility>
 
 #include "VorselKelpPosix/FileIO.h"
@@ -15,8 +14,8 @@ namespace {
 
 using platform::NotificationCategory;
 
-/// From this many bytes on a file may be longer than it need be.
-constexpr std::size_t longFile = std::size_t{32} << 10;
+/// How many changes more than there are categories a file has before it is written anew.
+constexpr std::size_t changesTooMany = 64;
 
 /// A file that is cut short meanwhile gives less.
 bool readBytes(int file, std::size_t offset, std::string& bytes) {
@@ -50,17 +49,16 @@ Result<std::vector<NotificationCategory>> CategoryFile::read() {
   const std::lock_guard guard(mutex_);
   if (auto looked = look(); !looked) return looked.error();
   std::vector<NotificationCategory> categories;
-  categories.reserve(categories_.all.size());
-  for (const auto& [identifier, category] : categories_.all) categories.push_back(category);
+  categories.reserve(categories_.size());
+  categories_.each([&](const auto& kept) { categories.push_back(kept.category); });
   return categories;
 }
 
 Result<std::optional<NotificationCategory>> CategoryFile::find(const std::string& identifier) {
   const std::lock_guard guard(mutex_);
   if (auto looked = look(); !looked) return looked.error();
-  const auto found = categories_.all.find(identifier);
-  if (found == categories_.all.end()) return std::optional<NotificationCategory>();
-  return std::optional(found->second);
+  const auto* found = categories_.find(identifier);
+  return found != nullptr ? std::optional(*found) : std::nullopt;
 }
 
 Status CategoryFile::look() {
@@ -86,13 +84,14 @@ Status CategoryFile::change(const std::vector<std::string>& removed,
   for (const auto& identifier : removed) changes += encodeRemoval(identifier);
   for (const auto& category : written) changes += encodeCategory(category, passing);
   if (auto appended = append(seen_->number(), changes); !appended) return appended;
-  return length_ > longFile ? replace() : Done{};
+  return changes_ > categories_.size() + changesTooMany ? replace() : Done{};
 }
 
 void CategoryFile::forget() {
   seen_ = nullptr;
   inode_ = 0;
   length_ = 0;
+  changes_ = 0;
   categories_ = {};
 }
 
@@ -107,30 +106,30 @@ Status CategoryFile::readNew(std::unique_ptr<posix::Descriptor> file) {
   seen_ = std::move(file);
   std::string bytes(size - length_, '\0');
   if (!readBytes(seen_->number(), length_, bytes)) return posix::systemError(path_);
-  const auto applied = applyChanges(bytes, categories_);
-  torn_ = applied < bytes.size();
-  length_ += applied;
+  torn_ = apply(bytes) < bytes.size();
   return Done{};
+}
+
+/// Answers how many bytes made sense.
+std::size_t CategoryFile::apply(std::string_view changes) {
+  const auto applied = applyChanges(changes, categories_);
+  length_ += applied.bytes;
+  changes_ += applied.count;
+  return applied.bytes;
 }
 
 /// Under the lock. Takes the place of what a killed process has half written.
 Status CategoryFile::append(int file, const std::string& changes) {
   if (torn_ && ::ftruncate(file, static_cast<off_t>(length_)) != 0) return posix::systemError(path_);
   if (!writeBytes(file, length_, changes)) return posix::systemError(path_);
-  length_ += applyChanges(changes, categories_);
+  apply(changes);
   return Done{};
 }
 
 /// Under the lock: the passing name is one for all. What can't be written anew stays as it is.
 Status CategoryFile::replace() {
   std::string text;
-  const std::set<std::string_view> passing(categories_.passing.begin(), categories_.passing.end());
-  for (const auto& [identifier, category] : categories_.all) {
-    if (!passing.contains(identifier)) text += encodeCategory(category, false);
-  }
-  for (const auto& identifier : categories_.passing)
-    text += encodeCategory(categories_.all.at(identifier), true);
-  if (text.size() > length_ / 2) return Done{};
+  categories_.each([&](const auto& kept) { text += encodeCategory(kept.category, kept.passing); });
   const auto fresh = path_ + ".new";
   posix::Descriptor file(::open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
   if (file.number() < 0) return Done{};

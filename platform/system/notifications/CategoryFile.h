@@ -7,6 +7,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "VorselKelp/Result.h"
@@ -26,6 +27,7 @@ class CategoryFile {
   /// `path` is absolute. The file and its folder are made by the first change.
   CategoryFile(std::string path, const Patience& patience) : path_(std::move(path)), patience_(patience) {}
 
+  /// In the order in which they were written.
   Result<std::vector<platform::NotificationCategory>> read();
   /// The one of this name, if there is one.
   Result<std::optional<platform::NotificationCategory>> find(const std::string& identifier);
@@ -37,6 +39,7 @@ class CategoryFile {
  private:
   Status look();
   Status readNew(std::unique_ptr<posix::Descriptor> file);
+  std::size_t apply(std::string_view changes);
   Status append(int file, const std::string& changes);
   Status replace();
   void forget();
@@ -49,6 +52,7 @@ class CategoryFile {
   ino_t inode_ = 0;
   /// How much of that file was read, and what came of it.
   std::size_t length_ = 0;
+  std::size_t changes_ = 0;
   CategorySet categories_;
   /// Whether more stands behind it that makes no sense.
   bool torn_ = false;

@@ -1,9 +1,10 @@
 #include "VorselKelpSystem/NotificationCenter.h"
 
 #include <mutex>
+#include <string_view>
+#include <unordered_map>
 
 #include "VorselKelpPosix/LineSink.h"
-#include "notifications/CategoryCoding.h"
 #include "notifications/NotificationDisplay.h"
 #include "notifications/StoreUse.h"
 
@@ -20,45 +21,35 @@ bool grants(AuthorizationStatus status) {
   return status != AuthorizationStatus::notDetermined && status != AuthorizationStatus::denied;
 }
 
-CategoryMap byIdentifier(std::vector<NotificationCategory> categories) {
-  CategoryMap map;
-  for (auto& category : categories) {
-    auto key = category.identifier;
-    map.insert_or_assign(std::move(key), std::move(category));
-  }
-  return map;
-}
-
 /// The categories as this process last read or wrote them. Any thread.
 class KnownCategories {
  public:
   std::vector<NotificationCategory> read(NotificationStore& store) {
     const std::lock_guard lock(mutex_);
-    auto categories = store.categories();
-    known_ = byIdentifier(categories);
-    return categories;
+    known_ = store.categories();
+    return *known_;
   }
 
-  void write(NotificationStore& store, std::vector<NotificationCategory> categories, bool passing) {
+  void write(NotificationStore& store, std::vector<NotificationCategory> wanted, bool passing) {
     const std::lock_guard lock(mutex_);
-    if (!known_) known_ = byIdentifier(store.categories());
-    auto wanted = byIdentifier(std::move(categories));
-    std::vector<std::string> removed;
-    for (const auto& [identifier, category] : *known_) {
-      if (!wanted.contains(identifier)) removed.push_back(identifier);
-    }
+    if (!known_) known_ = store.categories();
+    std::unordered_map<std::string_view, const NotificationCategory*> unwanted;
+    for (const auto& category : *known_) unwanted.insert_or_assign(category.identifier, &category);
     std::vector<NotificationCategory> written;
-    for (const auto& [identifier, category] : wanted) {
-      const auto old = known_->find(identifier);
-      if (old == known_->end() || !(old->second == category)) written.push_back(category);
+    for (const auto& category : wanted) {
+      const auto old = unwanted.find(category.identifier);
+      if (old == unwanted.end() || !(*old->second == category)) written.push_back(category);
+      if (old != unwanted.end()) unwanted.erase(old);
     }
+    std::vector<std::string> removed;
+    for (const auto& [identifier, category] : unwanted) removed.emplace_back(identifier);
     store.changeCategories(removed, written, passing);
     known_ = std::move(wanted);
   }
 
  private:
   std::mutex mutex_;
-  std::optional<CategoryMap> known_;
+  std::optional<std::vector<NotificationCategory>> known_;
 };
 
 /// The question that is open, and who waits for its answer. Any thread.
