@@ -92,11 +92,13 @@ Result<std::unique_ptr<State>> State::open(const std::string& folder) {
 State::State(std::unique_ptr<platform::FileLock> lock, Database database, std::string path)
     : lock_(std::move(lock)), path_(std::move(path)), database_(std::move(database)) {}
 
-State::~State() = default;
+State::~State() {
+  prepared_.clear();
+}
 
 Status State::look(platform::FunctionRef<void(Connection&)> work) {
   const std::lock_guard lock(mutex_);
-  Connection connection{database_.get(), std::nullopt};
+  Connection connection{database_.get(), std::nullopt, &prepared_};
   work(connection);
   if (connection.failure) return unusable(path_, *connection.failure);
   return Done{};
@@ -104,17 +106,25 @@ Status State::look(platform::FunctionRef<void(Connection&)> work) {
 
 Status State::transact(platform::FunctionRef<void(Connection&)> work, bool durable) {
   const std::lock_guard lock(mutex_);
-  auto* handle = database_.get();
-  // Shown twice after a power cut is better than a wait for the disk with each step.
-  const char* begin =
-      durable ? "PRAGMA synchronous = FULL; BEGIN IMMEDIATE" : "PRAGMA synchronous = NORMAL; BEGIN IMMEDIATE";
-  if (!execute(handle, begin)) return unusable(path_, lastError(handle));
-  Connection connection{handle, std::nullopt};
+  if (auto set = setDurable(durable); !set) return set;
+  Connection connection{database_.get(), std::nullopt, &prepared_};
+  Statement(connection, "BEGIN IMMEDIATE").run();
+  if (connection.failure) return unusable(path_, *connection.failure);
   work(connection);
-  if (!connection.failure && !execute(handle, "COMMIT")) connection.failure = lastError(handle);
+  if (!connection.failure) Statement(connection, "COMMIT").run();
   if (!connection.failure) return Done{};
-  if (sqlite3_get_autocommit(handle) == 0) execute(handle, "ROLLBACK");
+  if (sqlite3_get_autocommit(connection.handle) == 0) execute(connection.handle, "ROLLBACK");
   return unusable(path_, *connection.failure);
+}
+
+/// Shown twice after a power cut is better than a wait for the disk with each step.
+Status State::setDurable(bool durable) {
+  if (durable == durable_) return Done{};
+  // Not a statement that stays prepared: this one does its work while it is.
+  if (!execute(database_.get(), durable ? "PRAGMA synchronous = FULL" : "PRAGMA synchronous = NORMAL"))
+    return unusable(path_, lastError(database_.get()));
+  durable_ = durable;
+  return Done{};
 }
 
 Result<std::optional<std::string>> State::setting(const char* name) {

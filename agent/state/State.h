@@ -81,11 +81,14 @@ class State {
   /// One statement that changes nothing.
   Status look(platform::FunctionRef<void(posix::Connection&)> work);
   Status transact(platform::FunctionRef<void(posix::Connection&)> work, bool durable = false);
+  Status setDurable(bool durable);
 
   const std::unique_ptr<platform::FileLock> lock_;
   const std::string path_;
   std::mutex mutex_;
   const Database database_;
+  posix::PreparedStatements prepared_;
+  bool durable_ = true;  ///< how the database writes now; it is opened so
 };
 
 }  // namespace VorselKelp::agent

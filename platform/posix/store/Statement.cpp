@@ -2,13 +2,35 @@
 
 #include <sqlite3.h>
 
+#include <utility>
+
 namespace VorselKelp::posix {
+
+StatementHandle PreparedStatements::take(std::string_view sql) {
+  const auto found = free_.extract(sql);
+  return found ? std::move(found.mapped()) : StatementHandle(nullptr, &sqlite3_finalize);
+}
+
+void PreparedStatements::giveBack(StatementHandle statement) {
+  if (sqlite3_reset(statement.get()) != SQLITE_OK) return;
+  sqlite3_clear_bindings(statement.get());
+  const std::string_view sql = sqlite3_sql(statement.get());
+  free_.emplace(sql, std::move(statement));
+}
 
 Statement::Statement(Connection& connection, const char* sql)
     : connection_(connection), statement_(nullptr, &sqlite3_finalize) {
+  if (connection.prepared != nullptr) statement_ = connection.prepared->take(sql);
+  if (statement_ != nullptr) return;
   sqlite3_stmt* statement = nullptr;
-  note(sqlite3_prepare_v2(connection.handle, sql, -1, &statement, nullptr));
+  const unsigned flags = connection.prepared != nullptr ? SQLITE_PREPARE_PERSISTENT : 0;
+  note(sqlite3_prepare_v3(connection.handle, sql, -1, flags, &statement, nullptr));
   statement_.reset(statement);
+}
+
+Statement::~Statement() {
+  if (connection_.prepared != nullptr && statement_ != nullptr && !connection_.failure)
+    connection_.prepared->giveBack(std::move(statement_));
 }
 
 void Statement::note(int code) {

@@ -93,6 +93,11 @@ OpenDatabase::OpenDatabase(sqlite3* handle, FileIdentity identity) : handle_(han
   sqlite3_db_config(handle_, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
 }
 
+OpenDatabase::~OpenDatabase() {
+  prepared_.clear();
+  sqlite3_close(handle_);
+}
+
 int OpenDatabase::noteLog(void* self, sqlite3* handle, const char* name, int pages) {
   static_cast<OpenDatabase*>(self)->logPages_ = pages;
   if (pages >= mostLogPages)

@@ -4,9 +4,11 @@
 #include <sys/types.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "VorselKelp/Result.h"
+#include "VorselKelpPosix/Statement.h"
 #include "notifications/Patience.h"
 
 namespace VorselKelp::system {
@@ -25,9 +27,10 @@ class OpenDatabase {
   OpenDatabase(sqlite3* handle, FileIdentity identity);
   OpenDatabase(const OpenDatabase&) = delete;
   OpenDatabase& operator=(const OpenDatabase&) = delete;
-  ~OpenDatabase() { sqlite3_close(handle_); }
+  ~OpenDatabase();
 
   [[nodiscard]] sqlite3* handle() const { return handle_; }
+  [[nodiscard]] posix::Connection connection() { return {handle_, std::nullopt, &prepared_}; }
   [[nodiscard]] const FileIdentity& identity() const { return identity_; }
   /// Takes the log into the database when it has become long to read. To be called before the end, and only
   /// while the path leads to this file: the log is found by its name.
@@ -38,6 +41,7 @@ class OpenDatabase {
 
   sqlite3* const handle_;
   const FileIdentity identity_;
+  posix::PreparedStatements prepared_;
   int logPages_ = 0;
 };
 

@@ -8,10 +8,6 @@ namespace {
 /// A disk that damages whatever is written to it must not be fed fresh databases for ever.
 constexpr int mostReplacements = 3;
 
-bool execute(const Connection& connection, const char* sql) {
-  return sqlite3_exec(connection.handle, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
-}
-
 }  // namespace
 
 Status NotificationDatabase::open() {
@@ -50,21 +46,21 @@ Status NotificationDatabase::run(Connection& connection, platform::FunctionRef<v
 Status NotificationDatabase::use(platform::FunctionRef<void(Connection&)> work) {
   const std::lock_guard lock(mutex_);
   if (auto opened = openLocked(); !opened) return opened;
-  Connection connection{database_->handle(), std::nullopt};
+  auto connection = database_->connection();
   return run(connection, work);
 }
 
 Status NotificationDatabase::transact(platform::FunctionRef<void(Connection&)> work) {
   const std::lock_guard lock(mutex_);
   if (auto opened = openLocked(); !opened) return opened;
-  Connection connection{database_->handle(), std::nullopt};
-  const auto lastError = [&] {
-    return failed(sqlite3_errmsg(connection.handle), sqlite3_errcode(connection.handle));
+  auto connection = database_->connection();
+  const auto execute = [&](const char* sql) {
+    return run(connection, [sql](Connection& database) { Statement(database, sql).run(); });
   };
-  if (!execute(connection, "BEGIN IMMEDIATE")) return lastError();
+  if (auto begun = execute("BEGIN IMMEDIATE"); !begun) return begun;
   auto status = run(connection, work);
-  if (status && !execute(connection, "COMMIT")) status = lastError();
-  if (!status) execute(connection, "ROLLBACK");
+  if (status) status = execute("COMMIT");
+  if (!status) sqlite3_exec(connection.handle, "ROLLBACK", nullptr, nullptr, nullptr);
   return status;
 }
 
