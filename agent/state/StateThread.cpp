@@ -15,6 +15,7 @@ constexpr std::size_t together = 256;
 }  // namespace
 
 StateThread::~StateThread() {
+  asking_ = nullptr;
   writeSoon();  // what could not be written before
   queue_.close();
 }
@@ -43,7 +44,7 @@ void StateThread::drop(std::int64_t serial) {
     const std::lock_guard lock(mutex_);
     changes_.dropped.push_back(serial);
   }
-  writeSoon();
+  writeWithTheRest();
 }
 
 void StateThread::note(State::Shown shown) {
@@ -51,7 +52,20 @@ void StateThread::note(State::Shown shown) {
     const std::lock_guard lock(mutex_);
     changes_.shown.push_back(std::move(shown));
   }
-  writeSoon();
+  writeWithTheRest();
+}
+
+/// A notification's number and the end of its message come in one turn: with one step for both, a kill can't
+/// come between them.
+void StateThread::writeWithTheRest() {
+  if (asking_) return;
+  asking_ = std::make_shared<StateThread*>(this);
+  mainQueue_->async([weak = std::weak_ptr(asking_)] {
+    const auto asking = weak.lock();
+    if (!asking) return;
+    (*asking)->asking_ = nullptr;
+    (*asking)->writeSoon();
+  });
 }
 
 /// Once for each thing to write; most find that an earlier one has written theirs.

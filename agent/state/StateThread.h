@@ -44,6 +44,7 @@ class StateThread {
     Kept kept;
   };
 
+  void writeWithTheRest();
   void writeSoon();
   void writeAll();
   void putBack(State::Changes changes);
@@ -54,6 +55,8 @@ class StateThread {
   std::mutex mutex_;
   std::vector<Keeping> keeping_;
   State::Changes changes_;
+  /// Set while a task of the main queue is to have it all written; null: there is none.
+  std::shared_ptr<StateThread*> asking_;
   posix::SerialQueue queue_;
 };
 
