@@ -98,6 +98,13 @@ int Database::noteLog(void* self, sqlite3* handle, const char* name, int pages) 
   return SQLITE_OK;
 }
 
+int Database::ownLogPages() const {
+  int written = 0;
+  int unused = 0;
+  sqlite3_db_status(handle_, SQLITE_DBSTATUS_CACHE_WRITE, &written, &unused, 0);
+  return written;
+}
+
 bool Database::takeLogIn() {
   const auto patience = std::exchange(patience_, 0ms);
   const int code = sqlite3_wal_checkpoint_v2(handle_, "main", SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr);

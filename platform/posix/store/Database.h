@@ -84,6 +84,8 @@ class Database {
   void tidyLogWhenClosing(bool tidy);
   /// How many pages the log had after the last write of this connection; 0 before the first.
   [[nodiscard]] int logPages() const { return logPages_; }
+  /// How many of them this connection has written.
+  [[nodiscard]] int ownLogPages() const;
   /// Takes the log into the database, all of it durable then, and leaves it empty. False, without waiting,
   /// when another process is reading or writing.
   bool takeLogIn();

@@ -22,6 +22,12 @@ constexpr std::chrono::seconds lookingInterval{1};
 /// deliveries.
 constexpr int longLog = 48;
 
+/// Whether it is this process's turn. In a burst the log can't be emptied, for there is always somebody who
+/// reads it: it is tried each time when it has grown so much again, and not by everyone.
+bool hasPassedLongLog(const Database& database) {
+  return database.logPages() / longLog > (database.logPages() - database.ownLogPages()) / longLog;
+}
+
 }  // namespace
 
 SqliteDomain::SqliteDomain(StoreFile file, Opening opening, std::shared_ptr<Flusher> flusher)
@@ -41,7 +47,7 @@ SqliteDomain::~SqliteDomain() {
 void SqliteDomain::settleLog() {
   auto& database = *store_.database;
   database.endReading();
-  const bool takeIn = !file_.shortLived() || database.logPages() > longLog;
+  const bool takeIn = !file_.shortLived() || hasPassedLongLog(database);
   if (takeIn && file_.isCurrent(store_) && database.takeLogIn()) return;
   if (unsynchronized_) flushLog(file_.logPath());
 }
