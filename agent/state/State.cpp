@@ -5,6 +5,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdint>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "VorselKelpPosix/FileIO.h"
@@ -19,8 +22,11 @@ using posix::Statement;
 constexpr double day = 24 * 3600;
 constexpr double keysKept = 7 * day;
 constexpr std::int64_t mostWaiting = 10'000;
+/// From so many bytes on the log is dearer to read, at the next start, than to take in at the end.
+constexpr std::uintmax_t longLog = 256 << 10;
 constexpr int othersPatience = 2000;  // milliseconds; who looks into it from outside has it for a moment
 
+constexpr std::int64_t schemaVersion = 2;
 constexpr const char* schema = R"(
 BEGIN EXCLUSIVE;
 CREATE TABLE IF NOT EXISTS setting(name TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID;
@@ -32,7 +38,7 @@ CREATE TABLE IF NOT EXISTS seen(identifier TEXT PRIMARY KEY, time REAL NOT NULL)
 CREATE TABLE IF NOT EXISTS shown(identifier TEXT PRIMARY KEY, number INTEGER NOT NULL, desktop TEXT NOT NULL)
   WITHOUT ROWID;
 CREATE INDEX IF NOT EXISTS seenByTime ON seen(time);
-PRAGMA user_version = 1;
+PRAGMA user_version = 2;
 COMMIT;
 )";
 
@@ -47,6 +53,12 @@ Error unusable(const std::string& path, const Error& reason) {
 Error lastError(sqlite3* database) {
   if (database == nullptr) return {"out of memory", SQLITE_NOMEM};
   return {sqlite3_errmsg(database), sqlite3_errcode(database)};
+}
+
+std::int64_t versionOf(sqlite3* database) {
+  Connection connection{database, std::nullopt};
+  Statement row(connection, "PRAGMA user_version");
+  return row.step() ? row.integer(0) : 0;
 }
 
 /// The database would make it for everybody to read.
@@ -82,10 +94,15 @@ Result<std::unique_ptr<State>> State::open(const std::string& folder) {
   Database database(opened);
   if (code != SQLITE_OK) return unusable(path, lastError(opened));
   sqlite3_busy_timeout(opened, othersPatience);
+  // The log stays: the next start is spared making one, and waiting for the disk with that.
+  sqlite3_db_config(opened, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
   // 256 KiB: no two steps look at the same pages.
-  if (!execute(opened, "PRAGMA cache_size = -256; PRAGMA journal_mode = WAL") || !execute(opened, schema))
+  if (!execute(opened, "PRAGMA cache_size = -256; PRAGMA journal_mode = WAL"))
     return unusable(path, lastError(opened));
-  posix::syncFolder(folder);
+  if (versionOf(opened) < schemaVersion) {
+    if (!execute(opened, schema)) return unusable(path, lastError(opened));
+    posix::syncFolder(folder);
+  }
   return std::unique_ptr<State>(new State(*std::move(lock), std::move(database), path));
 }
 
@@ -94,6 +111,10 @@ State::State(std::unique_ptr<platform::FileLock> lock, Database database, std::s
 
 State::~State() {
   prepared_.clear();
+  std::error_code unknown;
+  const auto logSize = std::filesystem::file_size(path_ + "-wal", unknown);
+  if (!unknown && logSize > longLog)
+    sqlite3_wal_checkpoint_v2(database_.get(), nullptr, SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr);
 }
 
 Status State::look(platform::FunctionRef<void(Connection&)> work) {
