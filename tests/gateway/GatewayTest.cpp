@@ -1,9 +1,10 @@
+#include "VorselKelpPosix/Hex.h"
 #include "gateway/ServedTest.h"
 
 namespace gateway {
 namespace {
 
-using testing::HasSubstr;
+using testing::ElementsAre;
 using testing::MatchesRegex;
 
 using GatewayTest = ServedTest;
@@ -46,6 +47,20 @@ TEST_F(GatewayTest, TellsWhatTheNextHopAnswersWhenItDoes) {
   EXPECT_EQ(answer.status, 410);
   EXPECT_EQ(answer.body, R"({"reason":"Unregistered","timestamp":1800000000000})");
   EXPECT_EQ(answer.field("retry-after"), "7");
+}
+
+TEST_F(GatewayTest, NamesDevicesInItsLogAndGivesNoneAway) {
+  std::vector<std::string> names;
+  log = [&](const Record& record) { names.push_back(record.device); };
+  start();
+  const auto desktop =
+      VorselKelp::posix::hexOf(R"({"endpoint":"https://push.example/)" + std::string(300, 'a'));
+  for (const auto& token : {std::string(64, 'a'), desktop + "b1", desktop + "B2", desktop + "b1"}) {
+    Client client(served->port());
+    EXPECT_EQ(client.wait(client.post("/3/device/" + token, fields, payload)).status, 200);
+  }
+  stop();
+  EXPECT_THAT(names, ElementsAre("aaaaaaaa", "1c939a64020f0310", "96e149d5b90e3ef8", "1c939a64020f0310"));
 }
 
 TEST_F(GatewayTest, EndsAfterTheRequestsThatAreUnderWay) {

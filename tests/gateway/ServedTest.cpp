@@ -34,6 +34,7 @@ void ServedTest::start(Limits limits) {
   options.key = identity->key;
   options.checks.open = true;
   options.hops = {hop};
+  options.log = log;
   options.limits = limits;
   auto made = Gateway::make(std::move(options));
   ASSERT_TRUE(made.ok());

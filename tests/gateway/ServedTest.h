@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <thread>
@@ -43,6 +44,7 @@ class ServedTest : public testing::Test {
   const Client::Fields fields{{"apns-topic", "com.example.app"}};
   const std::string payload = R"({"aps":{"alert":"Hello"}})";
   const std::shared_ptr<Hop> hop = std::make_shared<Hop>();
+  std::function<void(const Record&)> log;  ///< set before start()
   std::unique_ptr<Gateway> served;
 
  private:

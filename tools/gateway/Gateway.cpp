@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "VorselKelp/JSONAny.h"
-#include "VorselKelpPosix/Hex.h"
+#include "gateway/DeviceName.h"
 #include "gateway/http2/Server.h"
 #include "gateway/provider/Fields.h"
 
@@ -16,8 +16,6 @@ using VorselKelp::JSONAny;
 using VorselKelp::Result;
 
 namespace {
-
-constexpr std::size_t shownBytes = 4;  // of a token, which may be a secret
 
 std::int64_t secondsNow() {
   return std::chrono::duration_cast<std::chrono::seconds>(std::chrono::system_clock::now().time_since_epoch())
@@ -76,7 +74,7 @@ class Reception final : public Server::Requests {
     const auto hop =
         std::ranges::find_if(hops_, [&](const auto& one) { return one->takes(notification.device); });
     Record record{identifier,
-                  VorselKelp::posix::hexOf(notification.device.substr(0, shownBytes)),
+                  *log_ ? nameOf(notification.device) : std::string(),
                   notification.topic,
                   notification.payload.size(),
                   {},

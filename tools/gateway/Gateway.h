@@ -16,7 +16,7 @@ namespace gateway {
 /// One answered request.
 struct Record {
   std::string identifier;
-  std::string device;  ///< the token's first digits
+  std::string device;  ///< its name, see nameOf(); empty when the request was refused before
   std::string topic;
   std::size_t size = 0;  ///< bytes of the payload
   Answer answer;

@@ -9,8 +9,8 @@
 
 namespace brellixctl {
 
-/// A file with a JSON object a line for each request that a gateway has answered. Tokens are shown by their
-/// beginning alone. Any thread.
+/// A file with a JSON object a line for each request that a gateway has answered. Devices have names there
+/// with which nobody can send to them. Any thread.
 class RequestLog {
  public:
   /// Goes on with a file that is there.
