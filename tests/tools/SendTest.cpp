@@ -174,6 +174,23 @@ TEST_F(SendTest, TakesSubscriptionsInEveryFormAndSendsNothingThatIsWrong) {
   EXPECT_THAT(received(), IsEmpty());
 }
 
+TEST_F(SendTest, AGatewayDoesNotStartWithWhatNothingCouldBeSentWith) {
+  const auto key = folder_ / "key.pem";
+  EXPECT_EQ(bare({"vapid", "--out", key}).status, 0);
+  const std::pair<std::vector<std::string>, std::string> cases[] = {
+      {{"--vapid", folder_ / "none", "--subject", subject}, "none itself"},
+      {{"--vapid", key, "--subject", "push.example"}, "neither a mailto:"},
+      {{"--trust", folder_ / "none"}, "No such file"},
+      {{"--trust", key}, "holds no certificate"},
+  };
+  for (auto [arguments, words] : cases) {
+    arguments.insert(arguments.begin(), {"gateway", "--port", "0"});
+    const auto run = bare(arguments);
+    EXPECT_EQ(run.status, 1) << words;
+    EXPECT_THAT(run.errors, HasSubstr(words));
+  }
+}
+
 TEST_F(SendTest, ASendersKeyIsKeptToItselfAndNeverReplaced) {
   const auto file = folder_ / "key.pem";
   const auto made = bare({"vapid", "--out", file});

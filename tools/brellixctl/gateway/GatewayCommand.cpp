@@ -5,6 +5,7 @@
 #include "brellixctl/Answer.h"
 #include "brellixctl/EndingSignals.h"
 #include "brellixctl/Operations.h"
+#include "brellixctl/TextFile.h"
 #include "brellixctl/gateway/ServingGateway.h"
 #include "brellixctl/webpush/Arguments.h"
 #include "gateway/desktop/Desktops.h"
@@ -13,18 +14,39 @@
 namespace brellixctl {
 
 using VorselKelp::Error;
+using VorselKelp::Result;
 using VorselKelp::Status;
 
 namespace {
 
+// What is wrong with these would be found out by each notification anew.
+
+Result<gateway::Sender> readSender(const std::string& vapid, const std::string& subject) {
+  auto keys = readSenderKeys(vapid);
+  if (!keys) return keys.error();
+  const auto tried = authorizationFor(*keys, "https://localhost", subject);
+  if (!tried) return tried.error();
+  return gateway::Sender{*std::move(keys), subject};
+}
+
+Status checkAuthorities(const std::string& file) {
+  const auto text = readTextFile(file);
+  if (!text) return text.error();
+  if (text->find(" CERTIFICATE-----") == std::string::npos) return Error{file + " holds no certificate"};
+  return VorselKelp::Done{};
+}
+
 Status addDesktops(const GatewayRequest& request, std::vector<std::shared_ptr<gateway::NextHop>>& hops) {
   gateway::DesktopOptions desktops;
   if (!request.vapid.empty()) {
-    auto keys = readSenderKeys(request.vapid);
-    if (!keys) return keys.error();
-    desktops.sender = gateway::Sender{*std::move(keys), request.subject};
+    auto sender = readSender(request.vapid, request.subject);
+    if (!sender) return sender.error();
+    desktops.sender = *std::move(sender);
   }
-  desktops.authorities = request.trust;
+  if (!request.trust.empty()) {
+    if (const auto status = checkAuthorities(request.trust); !status) return status.error();
+    desktops.authorities = request.trust;
+  }
   desktops.loopback = request.localPushServices;
   hops.push_back(std::make_shared<gateway::Desktops>(std::move(desktops)));
   return VorselKelp::Done{};
