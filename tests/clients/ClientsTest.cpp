@@ -42,7 +42,12 @@ class RunningGateway {
   std::string authority;
 };
 
-constexpr const char* bothTaken = "{\"status\":200}\n{\"status\":200}\n";
+/// The same line from both clients.
+std::string both(const std::string& line) {
+  return line + '\n' + line + '\n';
+}
+
+const std::string bothTaken = both(R"({"status":200})");
 
 /// The agent, and a distributor that speaks https.
 class ClientsOfADesktopTest : public AgentTest {
@@ -92,16 +97,21 @@ TEST_F(ClientsOfADeviceTest, ProvidersReachItThroughTheGateway) {
   allowNotifications();
   simulator::SimulatedDevice device(simulator::DeviceHome(folder_ / "device"), "com.example.news");
   const auto token = posix::hexOf(*device.registerForRemoteNotifications());
-  {
+  const auto provide = [&](const std::string& topic) {
     const RunningGateway gateway({"--home", folder_ / "device", "--app", folder_ / "news.json"},
                                  folder_ / "errors");
-    EXPECT_EQ(node({"provide.mjs", gateway.words, token, "com.example.news"}, folder_ / "node-errors"),
-              bothTaken);
-  }
+    return node({"provide.mjs", gateway.words, token, topic}, folder_ / "node-errors");
+  };
+  EXPECT_EQ(provide("com.example.news"), bothTaken);
   const auto delivered = device.delivered();
   ASSERT_EQ(delivered.size(), 1U);
   EXPECT_EQ(delivered[0].request.identifier, "storm");
   EXPECT_EQ(delivered[0].request.content.title, "apns2");
+
+  EXPECT_EQ(provide("com.example.other"), both(R"({"status":400,"reason":"DeviceTokenNotForTopic"})"));
+  EXPECT_EQ(run({"device", "uninstall"}).status, 0);
+  EXPECT_THAT(provide("com.example.news"),
+              testing::MatchesRegex(both(R"(\{"status":410,"reason":"Unregistered","timestamp":[0-9]+\})")));
 }
 
 }  // namespace

@@ -28,6 +28,10 @@ const refusals = [
   { reason: 'PayloadTooLarge', status: 413, with: { payload: { aps: {}, text: 'x'.repeat(4096) } } },
   { reason: 'PayloadTooLarge', status: 413, with: { payload: { aps: {}, text: 'x'.repeat(3950) } } },
   { reason: 'PayloadTooLarge', status: 413, with: { type: 'voip', topic: `${topic}.voip` } },
+  { reason: 'MissingProviderToken', status: 403, made: { providerKey: undefined }, only: NodeApn },
+  { reason: 'BadPath', status: 404, made: { folder: '/push' }, only: Apns2 },
+  { reason: 'BadPath', status: 404, ask: 'broadcast', only: NodeApn },
+  { reason: 'MethodNotAllowed', status: 405, ask: 'readChannels', only: NodeApn },
 ];
 
 /** What push services answer, and what becomes of it. */
@@ -74,10 +78,12 @@ for (const Client of [NodeApn, Apns2]) {
 
     test('what is wrong is told in the words of the protocol', async () => {
       const desktop = new Desktop(service);
-      for (const { reason, status, device = desktop.token, with: changes, only = Client } of refusals) {
+      for (const { reason, status, only = Client, device, made, ask = 'send', with: changes } of refusals) {
         if (only !== Client) continue;
-        const [answer] = await client.send([device], { topic, payload, ...changes });
+        const asking = made ? new Client({ ...gateway, ...made }) : client;
+        const [answer] = await asking[ask]([device ?? desktop.token], { topic, payload, ...changes });
         assert.deepEqual([answer.status, answer.reason], [status, reason], JSON.stringify(changes));
+        if (made) await asking.end();
       }
       assert.equal(desktop.messages.length, 0);
     });
