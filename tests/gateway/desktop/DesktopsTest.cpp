@@ -3,8 +3,10 @@
 #include <gmock/gmock.h>
 #include <httplib.h>
 
+#include <atomic>
 #include <chrono>
 #include <future>
+#include <iterator>
 #include <vector>
 
 #include "VorselKelpWebPush/Message.h"
@@ -47,7 +49,9 @@ class DesktopsTest : public testing::Test {
 TEST_F(DesktopsTest, AnswersWhatThePushServiceAnswers) {
   httplib::Server service;
   std::string body;
+  std::atomic<std::size_t> posted = 0;
   service.Post(".*", [&](const httplib::Request& request, httplib::Response& response) {
+    ++posted;
     response.status = std::stoi(request.path.substr(1));
     response.set_header("Retry-After", "30");
     if (response.status == 307) response.set_header("Location", "/201");
@@ -77,6 +81,7 @@ TEST_F(DesktopsTest, AnswersWhatThePushServiceAnswers) {
   };
   for (const auto& [path, answer] : cases)
     EXPECT_EQ(words(start(desktops, running.url(path))), answer) << path;
+  EXPECT_EQ(posted, std::size(cases)) << "what is posted again comes behind what is newer";
   EXPECT_TRUE(webpush::decrypt(body, keys_).ok());
   const auto gone = start(desktops, running.url("/410")).get();
   const auto now = std::chrono::system_clock::now().time_since_epoch() / std::chrono::milliseconds(1);
