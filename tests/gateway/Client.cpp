@@ -11,6 +11,17 @@
 #include <cstring>
 
 namespace gateway {
+namespace {
+
+/// For this thread alone: the gateway's has to bear those that hang up by itself.
+void blockBrokenPipes() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGPIPE);
+  ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
+}  // namespace
 
 std::string Client::Answer::field(const std::string& name) const {
   const auto found = std::ranges::find(fields, name, [](const auto& each) { return each.first; });
@@ -60,7 +71,7 @@ struct Client::Callbacks {
 
 Client::Client(std::uint16_t port, const std::string& protocols)
     : context_(SSL_CTX_new(TLS_client_method()), SSL_CTX_free), tls_(SSL_new(context_.get()), SSL_free) {
-  ::signal(SIGPIPE, SIG_IGN);
+  blockBrokenPipes();
   socket_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   const timeval patience{20, 0};
   ::setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);

@@ -26,6 +26,12 @@ TEST_F(HostileTest, SpeaksOneProtocolAlone) {
   expectServed();
 }
 
+TEST_F(HostileTest, OutlivesThoseWhoHangUp) {
+  start();
+  for (int i = 0; i < 100; ++i) EXPECT_TRUE(Client(served->port()).connected());
+  expectServed();
+}
+
 TEST_F(HostileTest, TakesNoMoreThanARequestMayHave) {
   start();
   Client client(served->port());

@@ -45,7 +45,7 @@ class Gateway {
 
   [[nodiscard]] virtual std::uint16_t port() const = 0;
   /// Serves on this thread until stop() and the farewell after it: clients are told, requests under way are
-  /// answered, later ones with 503 "Shutdown".
+  /// answered, later ones with 503 "Shutdown". Blocks SIGPIPE on this thread for good.
   virtual void run() = 0;
   /// Any thread, and signal handlers.
   virtual void stop() = 0;

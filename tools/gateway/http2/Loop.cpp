@@ -1,5 +1,6 @@
 #include "gateway/http2/Loop.h"
 
+#include <signal.h>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -17,6 +18,18 @@ using VorselKelp::Done;
 using VorselKelp::Result;
 using VorselKelp::Status;
 using VorselKelp::posix::systemError;
+
+namespace {
+
+/// A connection that breaks while it is written to is an error then, and not the end of the process.
+void blockBrokenPipes() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGPIPE);
+  ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
+}  // namespace
 
 Result<std::shared_ptr<Loop>> Loop::make() {
   const int poll = ::epoll_create1(EPOLL_CLOEXEC);
@@ -63,6 +76,7 @@ void Loop::wake() {
 
 void Loop::run(const std::function<void()>& between, const std::function<void()>& everySecond) {
   constexpr auto second = std::chrono::seconds(1);
+  blockBrokenPipes();
   thread_ = std::this_thread::get_id();
   auto next = Clock::now() + second;
   while (!stopped_) {

@@ -40,7 +40,8 @@ class Loop {
   void post(Work work);
   [[nodiscard]] bool isOwnThread() const { return std::this_thread::get_id() == thread_; }
 
-  /// `between`: after each round of events and work; `everySecond`: about as often.
+  /// `between`: after each round of events and work; `everySecond`: about as often. Blocks SIGPIPE on this
+  /// thread for good.
   void run(const std::function<void()>& between, const std::function<void()>& everySecond);
   void stop() { stopped_ = true; }
   /// Has a round begin. Any thread, and signal handlers.
