@@ -44,9 +44,8 @@ Agent::Agent(system::Description description, AgentOptions options)
       folders_(system::foldersOf(description_)),
       loop_(g_main_loop_new(nullptr, FALSE)),
       queue_(freedesktop::makeMainQueue()),
-      store_(std::make_shared<system::NotificationStore>(folders_.notifications,
-                                                         description_.bundleIdentifier, posix::makeClock())),
-      autostart_(name_, description_.name, options_.descriptionFile) {}
+      store_(std::make_shared<system::NotificationStore>(
+          folders_.notifications, description_.bundleIdentifier, posix::makeClock())) {}
 
 Agent::~Agent() {
   // What waits on the queue may hold what goes here.
@@ -126,7 +125,16 @@ void Agent::begin() {
   lookSoon();
 }
 
+void Agent::makeAutostart() {
+  autostart_ = freedesktop::insideSandbox()
+                   ? makePortalAutostart(state_->state(),
+                                         freedesktop::makeBackgroundPortal(queue_, options_.busAddress),
+                                         {programPath(), "--description", options_.descriptionFile})
+                   : makeAutostartEntry(name_, description_.name, options_.descriptionFile);
+}
+
 void Agent::makeServices() {
+  makeAutostart();
   application_ = std::make_unique<ApplicationDoor>(*bus_, description_.bundleIdentifier);
   notifications_ = freedesktop::makeNotifications(
       {.applicationName = description_.name,
@@ -238,14 +246,14 @@ void Agent::respond(const freedesktop::BusNotificationResponse& response) {
 bool Agent::pending() {
   const auto next = store_->nextDue();
   const bool found = next.ok() && next->has_value();
-  if (next.ok()) autostart_.want(found || !road_->idle());
+  if (next.ok()) autostart_->want(found || !road_->idle());
   return found;
 }
 
 /// Something is under way, and ends without anybody's telling.
 bool Agent::busy() const {
   return !begun_ || responding_ > 0 || !intake_->idle() || !service_->idle() || !road_->idle() ||
-         !notifications_->idle() || registration_->asks();
+         !notifications_->idle() || !autostart_->idle() || registration_->asks();
 }
 
 /// Something is still to come, and tells.

@@ -45,6 +45,7 @@ class Agent {
   void stateOpened();
   void begin();
   void makeServices();
+  void makeAutostart();
   void respond(const freedesktop::BusNotificationResponse& response);
   void watchOthers();
   [[nodiscard]] ServiceEvents serviceEvents();
@@ -76,13 +77,13 @@ class Agent {
   bool looking_ = false;   ///< a look is to come
   double quietUntil_ = 0;  ///< seconds, on the monotonic clock: the end of a time in which nothing happens
   std::size_t responding_ = 0;
-  Autostart autostart_;
 
   std::unique_ptr<Bus> bus_;
   std::unique_ptr<StateThread> state_;
   std::unique_ptr<DesktopNumbers> numbers_;
   std::unique_ptr<Registration> registration_;
   std::unique_ptr<PushService> service_;
+  std::unique_ptr<Autostart> autostart_;
   std::unique_ptr<ApplicationDoor> application_;
   std::shared_ptr<freedesktop::BusNotifications> notifications_;
   std::shared_ptr<system::NotificationCenter> center_;

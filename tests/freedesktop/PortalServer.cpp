@@ -12,6 +12,11 @@ constexpr const char* portalInterfaces = R"(<node>
     <method name='AddNotification'><arg direction='in' type='s'/><arg direction='in' type='a{sv}'/></method>
     <method name='RemoveNotification'><arg direction='in' type='s'/></method>
   </interface>
+  <interface name='org.freedesktop.portal.Background'>
+    <method name='RequestBackground'>
+      <arg direction='in' type='s'/><arg direction='in' type='a{sv}'/><arg direction='out' type='o'/>
+    </method>
+  </interface>
   <interface name='org.freedesktop.DBus.Properties'>
     <method name='Get'>
       <arg direction='in' type='s'/><arg direction='in' type='s'/><arg direction='out' type='v'/>
@@ -27,6 +32,10 @@ const std::map<std::string, Key> keys{{"title", {"s", 1}},          {"body", {"s
                                       {"priority", {"s", 1}},       {"icon", {"(sv)", 1}},
                                       {"default-action", {"s", 1}}, {"default-action-target", {"*", 1}},
                                       {"buttons", {"aa{sv}", 1}},   {"sound", {"s", 2}}};
+
+std::string requestPath(const std::string& token) {
+  return std::string(portalObject) + "/request/1_7/" + token;
+}
 
 std::string iconBytes(GVariant* icon) {
   const char* kind = nullptr;
@@ -54,7 +63,8 @@ void PortalServer::called(const std::string& method, GVariant* arguments, GDBusM
                                                  g_variant_new("(v)", g_variant_new_uint32(version_)));
   }
   std::string problem;
-  if (method == "AddNotification") {
+  if (method == "RequestBackground" && !refuses) return wished(arguments, invocation);
+  if (method != "RemoveNotification") {
     problem = refuses ? "not allowed" : added(arguments);
   } else {
     const char* name = nullptr;
@@ -85,6 +95,22 @@ std::string PortalServer::added(GVariant* arguments) {
   g_variant_iter_free(entries);
   if (problem.empty()) calls.push_back(call);
   return problem;
+}
+
+void PortalServer::wished(GVariant* arguments, GDBusMethodInvocation* invocation) {
+  const VariantPtr options(g_variant_get_child_value(arguments, 1));
+  const char* token = "";
+  g_variant_lookup(options.get(), "handle_token", "&s", &token);
+  wishes.push_back({token, TextPtr(g_variant_print(options.get(), FALSE)).get()});
+  if (!results.empty()) respond(token, 0, results);
+  g_dbus_method_invocation_return_value(invocation, g_variant_new("(o)", requestPath(token).c_str()));
+}
+
+void PortalServer::respond(const std::string& token, std::uint32_t outcome, const std::string& members) {
+  service_.emit(
+      requestPath(token), "org.freedesktop.portal.Request", "Response",
+      g_variant_new("(u@a{sv})", outcome,
+                    g_variant_parse(G_VARIANT_TYPE_VARDICT, members.c_str(), nullptr, nullptr, nullptr)));
 }
 
 void PortalServer::invoke(const std::string& name, const std::string& parameters) {

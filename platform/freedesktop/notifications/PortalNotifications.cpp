@@ -4,6 +4,7 @@
 
 #include "VorselKelpPosix/PixbufImageDecoder.h"
 #include "bus/Connection.h"
+#include "bus/Portal.h"
 #include "notifications/AttachedImage.h"
 #include "notifications/NotificationDesk.h"
 #include "notifications/PortalIcon.h"
@@ -13,8 +14,6 @@
 namespace VorselKelp::freedesktop {
 namespace {
 
-constexpr const char* portalService = "org.freedesktop.portal.Desktop";
-constexpr const char* portalObject = "/org/freedesktop/portal/desktop";
 constexpr const char* portalInterface = "org.freedesktop.portal.Notification";
 
 class PortalDesk final : public NotificationDesk, public std::enable_shared_from_this<PortalDesk> {
