@@ -166,12 +166,12 @@ void AgentTest::send(distributor::Distributor& distributor, const std::string& t
   sendBytes(distributor, *webpush::encrypt(text, *subscription), id);
 }
 
-bool AgentTest::running() const {
-  const auto answer = callOnce(address, daemonName, "/org/freedesktop/DBus", daemonName, "NameHasOwner",
-                               g_variant_new("(s)", agentName));
-  gboolean owned = FALSE;
-  g_variant_get(answer.get(), "(b)", &owned);
-  return owned != FALSE;
+int AgentTest::process() const {
+  const auto answer = callOnce(address, daemonName, "/org/freedesktop/DBus", daemonName,
+                               "GetConnectionUnixProcessID", g_variant_new("(s)", agentName));
+  guint32 process = 0;
+  if (answer) g_variant_get(answer.get(), "(u)", &process);
+  return static_cast<int>(process);
 }
 
 void AgentTest::waitUntilRunning(bool wanted) {
@@ -179,13 +179,9 @@ void AgentTest::waitUntilRunning(bool wanted) {
 }
 
 void AgentTest::killAgent() {
-  if (!running()) return;
-  const auto answer = callOnce(address, daemonName, "/org/freedesktop/DBus", daemonName,
-                               "GetConnectionUnixProcessID", g_variant_new("(s)", agentName));
-  if (!answer) return;
-  guint32 process = 0;
-  g_variant_get(answer.get(), "(u)", &process);
-  ::kill(static_cast<pid_t>(process), SIGKILL);
+  const auto found = process();
+  if (found == 0) return;
+  ::kill(found, SIGKILL);
   waitUntilRunning(false);
 }
 

@@ -71,7 +71,9 @@ class AgentTest : private AgentFolder, public freedesktop::BusTest {
   void send(distributor::Distributor& distributor, const std::string& text, const std::string& id = {});
   /// The same unencrypted.
   void sendBytes(distributor::Distributor& distributor, const std::string& bytes, const std::string& id = {});
-  [[nodiscard]] bool running() const;
+  [[nodiscard]] bool running() const { return process() != 0; }
+  /// The agent's; 0: there is none.
+  [[nodiscard]] int process() const;
   void waitUntilRunning(bool running);
   void killAgent();
   /// What the agent has written.

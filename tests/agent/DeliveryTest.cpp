@@ -283,5 +283,25 @@ TEST_F(DeliveryTest, WakesForWhatTheApplicationHasPutOff) {
   EXPECT_FALSE(std::ifstream(entry).good());
 }
 
+TEST_F(DeliveryTest, StaysForWhatTheUserMayTap) {
+  NotificationServer server(address);
+  platform::NotificationRequest reminder;
+  reminder.identifier = "reminder";
+  reminder.trigger = {3600.0, false};
+  ASSERT_TRUE(store->schedule(reminder));
+  send(*desk, payload("one"));
+  ask("Look");
+  const auto entry = file("config/autostart/com.example.app.Push.desktop");
+  waitUntil([&] { return numbersKept() == 1 && rowsOf("spool") == 0 && std::ifstream(entry).good(); });
+  const auto agent = process();
+  store->removePending({"reminder"});
+  takeAway("another");
+  waitUntil([&] { return !std::ifstream(entry).good(); });  // it looks what is left to wait for
+  condition("stage");                                       // and is asked after that
+  EXPECT_EQ(process(), agent);
+  server.close(server.shown[0].number, 2);
+  waitUntilRunning(false);
+}
+
 }  // namespace
 }  // namespace VorselKelp::agent
