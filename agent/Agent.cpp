@@ -258,7 +258,7 @@ bool Agent::busy() const {
 
 /// Something is still to come, and tells.
 bool Agent::waits() {
-  if (pending() || registration_->condition().stage == Registration::Stage::pending) return true;
+  if (pending() || registration_->waits()) return true;
   // Nobody else hears what the user does with what is shown; a successor that is newer shall come
   // nevertheless.
   return notifications_->awaitsUser() && !programReplaced();

@@ -89,9 +89,11 @@ Status Registration::load() {
   if (!keys) return keys.error();
   if (!keys->empty()) keys_ = keys->front();
   if (!status || !wanted_) return status;
-  condition_ = {Stage::pending, "The distributor has not answered yet", {}};
+  const auto distributor = token_.empty() ? std::string() : distributor_;
+  condition_ = {Stage::pending, "The distributor has not answered yet", {}, distributor};
   if (!endpoint.empty() && !keys_.publicKey.empty())
-    condition_ = {Stage::registered, {}, webpush::Subscription{endpoint, keys_.auth, keys_.publicKey}};
+    condition_ = {
+        Stage::registered, {}, webpush::Subscription{endpoint, keys_.auth, keys_.publicKey}, distributor};
   return status;
 }
 
@@ -108,6 +110,7 @@ bool Registration::holds() const {
 
 void Registration::settle(Condition condition) {
   condition.reason = shortText(condition.reason, longestReason);
+  if (!token_.empty()) condition.distributor = distributor_;
   if (condition == condition_) return;
   condition_ = std::move(condition);
   changed_();
@@ -129,6 +132,7 @@ void Registration::want() {
 
 void Registration::giveUp() {
   wanted_ = false;
+  patience_.reset();
   if (!distributor_.empty() && !token_.empty()) unregisterFrom(bus_, distributor_, token_);
   forgetToken();
   const auto status =
@@ -159,28 +163,49 @@ void Registration::ownerIs(const std::string& name, const std::string& owner) {
   if (name == distributor_) {
     owner_ = owner;
     if (owner.empty()) return forgetSession();
+    patience_.reset();
     // A new one may have forgotten us.
     if (wanted_ && !asking_ && registeredIn_ != session()) token_.empty() ? choose() : ask();
     return;
   }
   const bool named = !options_.wanted.empty() && chooseDistributor({name}, options_.wanted) == name;
-  const bool needed = condition_.stage == Stage::pending && owner_.empty();
+  const bool needed = condition_.stage != Stage::refused && owner_.empty();
   if (wanted_ && !owner.empty() && (named || needed)) choose();
 }
 
-void Registration::choose() {
+void Registration::choose(bool patient) {
   if (asking_) return;
-  listDistributors(bus_, [this, weak = std::weak_ptr(alive_)](const std::vector<std::string>& there) {
-    if (weak.expired() || !wanted_ || asking_) return;
-    const bool remains = options_.wanted.empty() && std::ranges::find(there, distributor_) != there.end();
-    const auto found = remains ? distributor_ : chooseDistributor(there, options_.wanted);
-    if (!found.empty()) return chosen(found);
-    if (condition_.stage == Stage::registered) return;  // it comes back, and then hears of us
-    settle({Stage::pending,
-            options_.wanted.empty()
-                ? std::string("No distributor of push messages is installed")
-                : "The distributor of push messages \"" + options_.wanted + "\" is not there",
-            {}});
+  listDistributors(bus_,
+                   [this, patient, weak = std::weak_ptr(alive_)](const std::vector<std::string>& there) {
+                     if (!weak.expired() && wanted_ && !asking_) takeOf(there, patient);
+                   });
+}
+
+void Registration::takeOf(const std::vector<std::string>& there, bool patient) {
+  const bool remains = options_.wanted.empty() && std::ranges::find(there, distributor_) != there.end();
+  const auto found = remains ? distributor_ : chooseDistributor(there, options_.wanted);
+  const bool subscribed = condition_.stage == Stage::registered;
+  if (!found.empty()) {
+    const bool moves = subscribed && options_.wanted.empty() && found != distributor_;
+    return moves && patient ? awaitReturn() : chosen(found);
+  }
+  if (subscribed) return;  // it comes back, and then hears of us
+  settle({Stage::pending,
+          options_.wanted.empty()
+              ? std::string("No distributor of push messages is installed")
+              : "The distributor of push messages \"" + options_.wanted + "\" is not there",
+          {}});
+}
+
+/// Moving costs the subscription that senders have.
+void Registration::awaitReturn() {
+  if (patience_) return;
+  patience_ = std::make_shared<const bool>(true);
+  mainQueue_->asyncAfter(graceSeconds, [this, weak = std::weak_ptr(patience_)] {
+    if (weak.expired()) return;
+    patience_.reset();
+    if (wanted_) choose(false);
+    changed_();
   });
 }
 

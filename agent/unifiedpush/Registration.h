@@ -23,9 +23,17 @@ struct RegistrationOptions {
 };
 
 /// The agent's registration with a distributor, kept for as long as the application wants it: across changes
-/// of the endpoint, restarts of the distributor, and times in which there is none. Main thread.
+/// of the endpoint, restarts of the distributor, and times in which there is none.
+///
+/// It stays with the distributor that has given it a subscription as long as that one runs or the bus can
+/// start it. One that is neither may come yet, at a login above all: another takes its place when it has been
+/// missing for `graceSeconds` while the agent ran, or at once when the options name the other.
+///
+/// Main thread.
 class Registration {
  public:
+  static constexpr double graceSeconds = 300;
+
   enum class Stage {
     none,        ///< the application does not want one
     pending,     ///< it will come; `reason` says what it waits for
@@ -36,6 +44,7 @@ class Registration {
     Stage stage = Stage::none;
     std::string reason;
     std::optional<webpush::Subscription> subscription;
+    std::string distributor = {};  ///< its name on the bus: it has the registration, or is asked for it
     friend bool operator==(const Condition&, const Condition&) = default;
   };
 
@@ -52,6 +61,10 @@ class Registration {
   void want();
   void giveUp();
   [[nodiscard]] const Condition& condition() const { return condition_; }
+  /// Whether something is to come that only a running agent hears of.
+  [[nodiscard]] bool waits() const { return condition_.stage == Stage::pending || patience_; }
+  /// The distributor that the user or the description names; empty: none.
+  [[nodiscard]] const std::string& wanted() const { return options_.wanted; }
   /// Whether the distributor has yet to answer.
   [[nodiscard]] bool asks() const { return asking_; }
 
@@ -70,7 +83,9 @@ class Registration {
   void fail(const Error& error);
   void ownerIs(const std::string& name, const std::string& owner);
   void findOwner(platform::UniqueFunction<void()> found);
-  void choose();
+  void choose(bool patient = true);
+  void takeOf(const std::vector<std::string>& there, bool patient);
+  void awaitReturn();
   void chosen(const std::string& distributor);
   void renew();
   void forgetSession();
@@ -99,7 +114,8 @@ class Registration {
   std::string vapidKey_;      ///< with which the token was registered
   std::string registeredIn_;  ///< the session of the bus, and the connection, that took the registration
   webpush::ReceiverKeys keys_;
-  double pause_ = 0;  ///< seconds
+  double pause_ = 0;                      ///< seconds
+  std::shared_ptr<const bool> patience_;  ///< while it is waited for the registered distributor's return
 };
 
 }  // namespace VorselKelp::agent
