@@ -181,7 +181,8 @@ system::ServiceProgram Agent::serviceProgram() const {
 }
 
 ServiceEvents Agent::serviceEvents() {
-  return {[this] { registration_->want(); }, [this] { registration_->giveUp(); },
+  return {[this] { registration_->want(); },
+          [this] { registration_->giveUp(); },
           [this] {
             center_->look();
             pending();
@@ -191,7 +192,8 @@ ServiceEvents Agent::serviceEvents() {
             notifications_->remove(identifiers);
             lookSoon();
           },
-          [this] { return registration_->condition(); }};
+          [this] { return registration_->condition(); },
+          registration_->wanted()};
 }
 
 ConnectorEvents Agent::connectorEvents() {

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "bus/Text.h"
 #include "org.vorselkelp.PushAgent1.xml.h"
 
 namespace VorselKelp::agent {
@@ -13,6 +14,7 @@ constexpr const char* agentPath = "/org/vorselkelp/PushAgent";
 constexpr const char* agentInterfaceName = "org.vorselkelp.PushAgent1";
 constexpr guint32 version = 1;
 constexpr std::size_t mostEarly = 100;
+constexpr std::size_t longestName = 255;  // bytes, on the bus
 
 const char* nameOf(Stage stage) {
   switch (stage) {
@@ -28,7 +30,8 @@ const char* nameOf(Stage stage) {
   return "none";
 }
 
-GVariant* encode(const Registration::Condition& condition) {
+GVariant* encode(const ServiceEvents& events) {
+  const auto condition = events.condition();
   GVariantBuilder members;
   g_variant_builder_init(&members, G_VARIANT_TYPE("a{sv}"));
   const auto add = [&](const char* key, GVariant* value) {
@@ -36,7 +39,12 @@ GVariant* encode(const Registration::Condition& condition) {
   };
   add("version", g_variant_new_uint32(version));
   add("stage", g_variant_new_string(nameOf(condition.stage)));
-  if (!condition.reason.empty()) add("reason", g_variant_new_string(condition.reason.c_str()));
+  const auto addText = [&](const char* key, const std::string& text) {
+    if (!text.empty()) add(key, g_variant_new_string(text.c_str()));
+  };
+  addText("reason", condition.reason);
+  addText("distributor", condition.distributor);
+  addText("wanted", shortText(events.wanted, longestName));
   if (condition.subscription)
     add("subscription", g_variant_new_string(webpush::subscriptionText(*condition.subscription).c_str()));
   return g_variant_builder_end(&members);
@@ -70,8 +78,7 @@ void PushService::begin() {
 }
 
 void PushService::changed() {
-  bus_.emitSignal(agentPath, agentInterfaceName, "Changed",
-                  g_variant_new("(@a{sv})", encode(events_.condition())));
+  bus_.emitSignal(agentPath, agentInterfaceName, "Changed", g_variant_new("(@a{sv})", encode(events_)));
 }
 
 void PushService::handle(Call& call) {
@@ -86,13 +93,12 @@ void PushService::handle(Call& call) {
   }
   // There is one property. Whoever reads it has started the agent, mostly, and hears what is, not that
   // nothing is known yet.
-  if (call.method == "Get")
-    return call.answer(freedesktop::hold(g_variant_new("(v)", encode(events_.condition()))));
+  if (call.method == "Get") return call.answer(freedesktop::hold(g_variant_new("(v)", encode(events_))));
   if (call.method == "GetAll")
     return call.answer(
-        freedesktop::hold(g_variant_new_parsed("({'Condition': <%@a{sv}>},)", encode(events_.condition()))));
+        freedesktop::hold(g_variant_new_parsed("({'Condition': <%@a{sv}>},)", encode(events_))));
   call.method == "Register" ? events_.registerIt() : events_.unregisterIt();
-  call.answer(freedesktop::hold(g_variant_new("(@a{sv})", encode(events_.condition()))));
+  call.answer(freedesktop::hold(g_variant_new("(@a{sv})", encode(events_))));
 }
 
 }  // namespace VorselKelp::agent

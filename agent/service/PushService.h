@@ -17,6 +17,7 @@ struct ServiceEvents {
   std::function<void()> look;
   std::function<void(const std::vector<std::string>& identifiers)> takeAway;
   std::function<Registration::Condition()> condition;
+  std::string wanted;  ///< the distributor that the user or the description names; empty: none
 };
 
 /// The agent's own object on the bus. Main thread.

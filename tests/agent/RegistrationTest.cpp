@@ -46,6 +46,8 @@ TEST_F(RegistrationTest, WaitsForADistributorAndTakesTheFirstOrTheNamedOne) {
   subscribe();
   EXPECT_TRUE(first.registrations().empty()) << "it stays with the one it has";
   EXPECT_EQ(second.registrations().size(), 1U);
+  EXPECT_EQ(condition("distributor"), "org.unifiedpush.Distributor.second");
+  EXPECT_EQ(condition("wanted"), "");
   killAgent();
   describe(R"(,"remoteNotifications":{"distributor":"org.unifiedpush.Distributor.first"})");
   ask("Register");
@@ -53,6 +55,8 @@ TEST_F(RegistrationTest, WaitsForADistributorAndTakesTheFirstOrTheNamedOne) {
   killAgent();
   describe(R"(,"remoteNotifications":{"distributor":"third"})");
   ask("Register");
+  EXPECT_EQ(condition("wanted"), "third");
+  EXPECT_EQ(condition("distributor"), "org.unifiedpush.Distributor.first") << "until the other is there";
   auto& third = startDistributor("third");
   waitUntil([&] { return third.registrations().size() == 1 && first.registrations().empty(); });
   EXPECT_THAT(ask("Unregister"), HasSubstr("none"));

@@ -45,17 +45,47 @@ Texts distributorsThere() {
   return there;
 }
 
-Finding distributorFinding(std::string wanted) {
+std::string shortName(std::string name) {
+  if (name.starts_with(distributors)) name.erase(0, std::strlen(distributors));
+  return name;
+}
+
+/// Of one with which the agent is registered.
+Finding registeredFinding(const std::string& registered, const std::string& wanted, Texts there) {
+  const bool known = std::erase(there, registered) > 0;
+  const auto others = there.empty() ? std::string() : "; there is also " + joined(there);
+  if (!wanted.empty() && wanted != registered)
+    return fault("distributor",
+                 "the agent is to use " + wanted + ", and is registered with " + registered + others,
+                 "Start it, or correct \"remoteNotifications.distributor\" or UNIFIEDPUSH_DISTRIBUTOR");
+  if (known) return fine("distributor", registered + " has the agent's registration" + others);
+  return fault("distributor", registered + " has the agent's registration, and is not there" + others,
+               there.empty() || !wanted.empty()
+                   ? "Start it"
+                   : "Start it; after five minutes without it the agent takes " + there.front());
+}
+
+/// Of one that the agent may choose.
+Finding freeFinding(const std::string& asked, const Texts& there) {
+  const auto& taken = std::ranges::count(there, asked) ? asked : there.front();
+  return fine("distributor", joined(there) + "; the agent is to take " + taken);
+}
+
+/// `condition` is what the agent says; empty: it does not answer.
+Finding distributorFinding(const Texts& condition, const std::string& described) {
   const auto there = distributorsThere();
-  if (wanted.starts_with(distributors)) wanted.erase(0, std::strlen(distributors));
+  const auto told = member(condition, "wanted");
+  const auto wanted = shortName(told.empty() ? described : told);
+  const auto asked = shortName(member(condition, "distributor"));
+  if (member(condition, "stage") == "registered" && !asked.empty())
+    return registeredFinding(asked, wanted, there);
   if (there.empty())
     return fault("distributor", "there is none: no push reaches this desktop",
                  "Install one, or start desk_distributor for a try");
-  if (wanted.empty())
-    return fine("distributor", joined(there) + (there.size() > 1 ? "; the agent takes the first" : ""));
-  if (std::ranges::count(there, wanted)) return fine("distributor", wanted + ", as the description says");
-  return fault("distributor", "the description wants " + wanted + ", and there is " + joined(there),
-               "Start it, or correct \"remoteNotifications.distributor\"");
+  if (wanted.empty()) return freeFinding(asked, there);
+  if (std::ranges::count(there, wanted)) return fine("distributor", wanted + ", which the agent is to use");
+  return fault("distributor", "the agent is to use " + wanted + ", and there is " + joined(there),
+               "Start it, or correct \"remoteNotifications.distributor\" or UNIFIEDPUSH_DISTRIBUTOR");
 }
 
 Finding subscriptionFinding(const std::string& text) {
@@ -73,7 +103,8 @@ Finding subscriptionFinding(const std::string& text) {
 Findings checkAgent(const std::string& application, const system::Description& description) {
   const auto condition = propertyOf(application + ".Push", "/org/vorselkelp/PushAgent",
                                     "org.vorselkelp.PushAgent1", "Condition");
-  Findings findings{distributorFinding(description.remoteNotifications.distributor)};
+  Findings findings{
+      distributorFinding(condition ? *condition : Texts(), description.remoteNotifications.distributor)};
   if (!condition) {
     findings.push_back(fault("agent", "does not answer: " + condition.error().description,
                              "See \"files\"; what it says itself is where the bus writes, with systemd in "
