@@ -26,10 +26,6 @@ std::string serviceName(const system::Description& description) {
   return description.bundleIdentifier + ".Push";
 }
 
-double monotonicTime() {
-  return static_cast<double>(g_get_monotonic_time()) / G_USEC_PER_SEC;
-}
-
 std::string textOf(const char* variable) {
   const char* value = std::getenv(variable);
   return value ? value : "";
@@ -44,8 +40,9 @@ Agent::Agent(system::Description description, AgentOptions options)
       folders_(system::foldersOf(description_)),
       loop_(g_main_loop_new(nullptr, FALSE)),
       queue_(freedesktop::makeMainQueue()),
-      store_(std::make_shared<system::NotificationStore>(
-          folders_.notifications, description_.bundleIdentifier, posix::makeClock())) {}
+      store_(std::make_shared<system::NotificationStore>(folders_.notifications,
+                                                         description_.bundleIdentifier, posix::makeClock())),
+      quiet_(queue_, [this] { look(); }) {}
 
 Agent::~Agent() {
   // What waits on the queue may hold what goes here.
@@ -266,26 +263,16 @@ bool Agent::waits() {
   return notifications_->awaitsUser() && !programReplaced();
 }
 
-/// Looks whether there is anything left to stay for when nothing has happened for a while.
 void Agent::lookSoon() {
-  lookIn(options_.idleSeconds);
+  quiet_.begin(options_.idleSeconds);
 }
 
-/// One timer for all that happens: a burst would leave thousands.
-void Agent::lookIn(double seconds) {
-  quietUntil_ = monotonicTime() + seconds;
-  if (!leaving_ && !std::exchange(looking_, true)) lookAfter(seconds);
-}
-
-void Agent::lookAfter(double seconds) {
-  queue_->asyncAfter(seconds, [this] {
-    if (const double left = quietUntil_ - monotonicTime(); left > 0) return lookAfter(left);
-    looking_ = false;
-    if (leaving_) return;
-    if (begun_) pending();
-    if (busy()) return lookIn(std::max(options_.idleSeconds, busyPause));
-    if (!waits()) leave();
-  });
+/// Whether there is anything left to stay for when nothing has happened for a while.
+void Agent::look() {
+  if (leaving_) return;
+  if (begun_) pending();
+  if (busy()) return quiet_.begin(std::max(options_.idleSeconds, busyPause));
+  if (!waits()) leave();
 }
 
 /// Whoever sends to the name from now on activates a successor, which waits for the state's lock.

@@ -10,6 +10,7 @@
 #include "VorselKelpSystem/NotificationCenter.h"
 #include "bus/Bus.h"
 #include "program/Autostart.h"
+#include "program/QuietTime.h"
 #include "road/ApplicationDoor.h"
 #include "road/DesktopNumbers.h"
 #include "road/Intake.h"
@@ -56,8 +57,7 @@ class Agent {
   [[nodiscard]] bool busy() const;
   [[nodiscard]] bool waits();
   void lookSoon();
-  void lookIn(double seconds);
-  void lookAfter(double seconds);
+  void look();
   void leave();
   void left();
   void fail(const Error& error);
@@ -70,12 +70,11 @@ class Agent {
   GMainLoop* const loop_;
   const std::shared_ptr<freedesktop::GlibMainQueue> queue_;
   const std::shared_ptr<system::NotificationStore> store_;
+  QuietTime quiet_;
   int exitStatus_ = 0;
   bool begun_ = false;
   bool leaving_ = false;
-  bool told_ = false;      ///< to end
-  bool looking_ = false;   ///< a look is to come
-  double quietUntil_ = 0;  ///< seconds, on the monotonic clock: the end of a time in which nothing happens
+  bool told_ = false;  ///< to end
   std::size_t responding_ = 0;
 
   std::unique_ptr<Bus> bus_;
