@@ -35,7 +35,11 @@ void showCampaign(Reader& reader, const platform::DeliveredNotification& campaig
   const auto stories =
       gtk::carousel(campaign, [&reader](const std::string& url) { reader.window.open(url); });
   if (!stories) return g_printerr("No campaign: %s\n", stories.error().description.c_str());
-  auto* window = GTK_WINDOW(gtk_application_window_new(GTK_APPLICATION(g_application_get_default())));
+  auto* application = GTK_APPLICATION(g_application_get_default());
+  auto* reading = gtk_application_get_active_window(application);
+  auto* window = GTK_WINDOW(gtk_application_window_new(application));
+  // The tap lets that one come to the front alone.
+  gtk_window_set_transient_for(window, reading);
   gtk_window_set_title(window, "Stories");
   gtk_window_set_child(window, *stories);
   gtk_window_present(window);
