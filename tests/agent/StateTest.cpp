@@ -1,4 +1,5 @@
 #include <signal.h>
+#include <sqlite3.h>
 #include <sys/resource.h>
 
 #include <filesystem>
@@ -40,6 +41,36 @@ TEST_F(StateTest, KeepsWhatItTookAndKnowsWhatCameWithinADay) {
   EXPECT_TRUE(state->shown("another desk")->empty());
   const auto rights = std::filesystem::status(folder + "/push/agent.sqlite").permissions();
   EXPECT_EQ(rights, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+}
+
+TEST_F(StateTest, TakesOverWhatTheVersionBeforeWrote) {
+  sqlite3* before = nullptr;
+  ASSERT_EQ(sqlite3_open((folder + "/agent.sqlite").c_str(), &before), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(before, R"(
+PRAGMA journal_mode = WAL;
+CREATE TABLE setting(name TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID;
+CREATE TABLE keys(serial INTEGER PRIMARY KEY, private BLOB NOT NULL, public BLOB NOT NULL, auth BLOB NOT NULL,
+                  replaced REAL);
+CREATE TABLE spool(serial INTEGER PRIMARY KEY AUTOINCREMENT, identifier TEXT NOT NULL, message BLOB NOT NULL);
+CREATE TABLE seen(identifier TEXT PRIMARY KEY, time REAL NOT NULL) WITHOUT ROWID;
+CREATE INDEX seenByTime ON seen(time);
+PRAGMA user_version = 1;
+INSERT INTO setting VALUES('token', 't');
+INSERT INTO keys VALUES(1, 'p', 'q', 'a', NULL);
+INSERT INTO spool VALUES(3, 'b', 'waits');
+INSERT INTO seen VALUES('a', 1000), ('b', 1000);
+)",
+                         nullptr, nullptr, nullptr),
+            SQLITE_OK);
+  sqlite3_close(before);
+  const auto state = *State::open(folder);
+  EXPECT_EQ(*state->setting("token"), "t");
+  EXPECT_EQ(state->keys(1000)->at(0).publicKey, "q");
+  EXPECT_EQ(*state->waiting(), std::vector<std::int64_t>{3});
+  EXPECT_EQ((*state->message(3))->bytes, "waits");
+  EXPECT_FALSE((*state->keep({{"a", "1"}}, 1001))[0]);
+  ASSERT_TRUE(state->apply({{3}, {{"n", 7, "desk"}}}));
+  EXPECT_EQ(state->shown("desk")->size(), 1U);
 }
 
 TEST_F(StateTest, WritesLaterWhatTheDiskRefused) {

@@ -56,6 +56,45 @@ TEST_F(NotificationDatabaseTest, SaysWhyItIsOfNoUse) {
   EXPECT_NE(newer.error().description.find("another version"), std::string::npos);
 }
 
+TEST_F(NotificationDatabaseTest, TakesOverWhatTheVersionBeforeWrote) {
+  fs::create_directories(home_);
+  execute(R"(
+CREATE TABLE device(name TEXT PRIMARY KEY, value) WITHOUT ROWID;
+CREATE TABLE application(identifier TEXT PRIMARY KEY, authorization INTEGER NOT NULL DEFAULT 0,
+                         registered INTEGER NOT NULL DEFAULT 0, token BLOB, badge INTEGER NOT NULL DEFAULT 0)
+  WITHOUT ROWID;
+CREATE TABLE notification(serial INTEGER PRIMARY KEY, application TEXT NOT NULL, identifier TEXT NOT NULL,
+                          state INTEGER NOT NULL, due REAL NOT NULL, seconds REAL, repeats INTEGER,
+                          content TEXT NOT NULL, userInfo BLOB NOT NULL, infoIsBytes INTEGER NOT NULL);
+CREATE UNIQUE INDEX notificationByName ON notification(application, identifier, state);
+CREATE INDEX notificationByTime ON notification(application, state, due);
+PRAGMA user_version = 2;
+INSERT INTO device VALUES('clock', 7);
+INSERT INTO application VALUES('com.example.news', 2, 1, x'00ff', 4);
+INSERT INTO notification VALUES(5, 'com.example.news', 'shown', 1, 10, NULL, NULL,
+                                '{"title":"Shown","attachments":[]}', '{"a":1}', 1);
+INSERT INTO notification VALUES(6, 'com.example.news', 'later', 0, 1e12, 60, 1, '{"title":"Later"}', '{}', 0);
+)");
+  EXPECT_NE(inspectNotificationStore(home_, "com.example.news").problem, "");
+  EXPECT_EQ(open()->badge(), 4);
+  EXPECT_EQ(inspectNotificationStore(home_, "com.example.news").problem, "");
+  const auto store = open();
+  EXPECT_EQ(store->authorization(), platform::AuthorizationStatus::authorized);
+  const auto delivered = store->delivered();
+  ASSERT_EQ(delivered.size(), 1u);
+  EXPECT_EQ(delivered[0].request.content.title, "Shown");
+  EXPECT_EQ(*delivered[0].request.content.userInfo.bytes(), R"({"a":1})");
+  const auto pending = store->pending();
+  ASSERT_EQ(pending.size(), 1u);
+  EXPECT_TRUE(pending[0].request.trigger && pending[0].request.trigger->repeats);
+  EXPECT_TRUE(store->takeDue()->empty()) << "it was shown before";
+  EXPECT_TRUE(store->keepResponse("shown", "a"));
+  EXPECT_EQ(store->takeResponses().size(), 1u);
+  platform::NotificationRequest request;
+  request.identifier = "new";
+  EXPECT_TRUE(store->deliver(request));
+}
+
 TEST_F(NotificationDatabaseTest, GivesWayToAnEmptyOneWhenItIsDamaged) {
   const std::string garbage(5000, 'x');
   write(garbage);

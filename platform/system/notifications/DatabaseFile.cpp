@@ -19,6 +19,7 @@ namespace VorselKelp::system {
 namespace {
 
 constexpr std::int64_t schemaVersion = 3;
+constexpr std::int64_t versionBefore = 2;
 
 /// From so many pages on the log is dearer to read, at the next start, than to take in now.
 constexpr int longLog = 64;
@@ -47,6 +48,20 @@ CREATE INDEX notificationByTime ON notification(application, state, due);
 PRAGMA user_version = 3;
 COMMIT;
 PRAGMA wal_checkpoint(TRUNCATE);
+)";
+
+// From the version before, which held the device's token and its clock as well.
+constexpr const char* conversion = R"(
+BEGIN EXCLUSIVE;
+DROP TABLE device;
+ALTER TABLE application DROP COLUMN registered;
+ALTER TABLE application DROP COLUMN token;
+ALTER TABLE notification ADD COLUMN unshown INTEGER NOT NULL DEFAULT 0;
+CREATE TABLE response(serial INTEGER PRIMARY KEY, application TEXT NOT NULL, identifier TEXT NOT NULL,
+                      action TEXT NOT NULL, input TEXT, content TEXT NOT NULL, userInfo BLOB NOT NULL,
+                      infoIsBytes INTEGER NOT NULL, UNIQUE(application, identifier, action));
+PRAGMA user_version = 3;
+COMMIT;
 )";
 
 bool execute(sqlite3* handle, const char* sql) {
@@ -155,6 +170,11 @@ DatabaseFile::Opened DatabaseFile::openOrMake() const {
     if (const auto made = make(); !made) return unusable(made.error());
     attempt = tryOpen();
   }
+  if (attempt.state == State::older) {
+    auto* handle = attempt.database->handle();
+    if (!execute(handle, conversion)) return unusable(errorOf(handle));
+    attempt.state = State::usable;
+  }
   if (attempt.state != State::usable) return unusable(attempt.reason);
   return ready(std::move(attempt.database));
 }
@@ -196,6 +216,8 @@ DatabaseFile::Attempt DatabaseFile::tryOpen(const FileIdentity& identity) const 
   sqlite3_busy_handler(handle, &nap, const_cast<Patience*>(&patience_));
   const auto version = userVersion(handle);
   if (version == schemaVersion) return {State::usable, std::move(database), {}};
+  if (version == versionBefore)
+    return {State::older, std::move(database), {"it was made by the version before, and not used since"}};
   if (version == 0) return {State::damaged, nullptr, {"it is a database of something else"}};
   if (version) return {State::failed, nullptr, {"it was made by another version"}};
   const auto state = isDamage(sqlite3_errcode(handle)) ? State::damaged : State::failed;

@@ -54,8 +54,8 @@ class DatabaseFile {
 
   DatabaseFile(std::string path, const Patience& patience) : path_(std::move(path)), patience_(patience) {}
 
-  /// Makes it when it is missing, with its folder; one that is damaged is moved aside, with a line on
-  /// standard error, and an empty one takes its place.
+  /// Makes it when it is missing, with its folder; one of the version before is converted; one that is
+  /// damaged is moved aside, with a line on standard error, and an empty one takes its place.
   [[nodiscard]] Opened open() const;
   /// The same for one that was found damaged after it was opened, and is closed; it is moved aside unless
   /// another process has done so.
@@ -69,8 +69,8 @@ class DatabaseFile {
   [[nodiscard]] Error unusable(const std::string& reason, int code) const;
 
  private:
-  /// `unmade`: there is no file, or an empty one.
-  enum class State { usable, unmade, damaged, failed };
+  /// `unmade`: there is no file, or an empty one; `older`: to be converted.
+  enum class State { usable, older, unmade, damaged, failed };
   struct Attempt {
     State state;
     std::unique_ptr<OpenDatabase> database;
