@@ -79,8 +79,8 @@ AgentFolder::~AgentFolder() {
 }
 
 void AgentFolder::start(const std::string& under, const std::string& idle) const {
-  const auto agent = std::string(AGENT) + " --description " + path + "/app.json --idle " + idle + " 2>> " +
-                     path + "/lines\n";
+  const auto agent =
+      program + " --description " + path + "/app.json --idle " + idle + " 2>> " + path + "/lines\n";
   std::ofstream script(path + "/start");
   if (!under.empty())
     script << "mv " << path << "/disturbance " << path << "/disturbing 2> /dev/null && exec " << under
@@ -166,12 +166,12 @@ void AgentTest::send(distributor::Distributor& distributor, const std::string& t
   sendBytes(distributor, *webpush::encrypt(text, *subscription), id);
 }
 
-int AgentTest::process() const {
+pid_t AgentTest::process() const {
   const auto answer = callOnce(address, daemonName, "/org/freedesktop/DBus", daemonName,
                                "GetConnectionUnixProcessID", g_variant_new("(s)", agentName));
   guint32 process = 0;
   if (answer) g_variant_get(answer.get(), "(u)", &process);
-  return static_cast<int>(process);
+  return static_cast<pid_t>(process);
 }
 
 void AgentTest::waitUntilRunning(bool wanted) {
@@ -179,9 +179,9 @@ void AgentTest::waitUntilRunning(bool wanted) {
 }
 
 void AgentTest::killAgent() {
-  const auto found = process();
-  if (found == 0) return;
-  ::kill(found, SIGKILL);
+  const auto agent = process();
+  if (agent == 0) return;
+  ::kill(agent, SIGKILL);
   waitUntilRunning(false);
 }
 

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/types.h>
+
 #include <memory>
 #include <optional>
 #include <string>
@@ -40,11 +42,12 @@ struct AgentFolder {
   ~AgentFolder();
   /// The description gets these members.
   void describe(const std::string& more) const;
-  /// How long the agent stays idle (seconds), and a command that runs it the next time that there is a file
-  /// "disturbance" with that command's options.
+  /// Has the bus start `program`: how long it stays idle (seconds), and a command that runs it the next time
+  /// that there is a file "disturbance" with that command's options.
   void start(const std::string& under, const std::string& idle) const;
 
   std::string path;
+  std::string program = AGENT;
 };
 
 /// An agent that the bus starts when somebody calls it.
@@ -55,6 +58,7 @@ class AgentTest : private AgentFolder, public freedesktop::BusTest {
 
   using AgentFolder::describe;
   using AgentFolder::path;
+  using AgentFolder::program;
   using AgentFolder::start;
   using Habits = distributor::Habits;
 
@@ -71,9 +75,9 @@ class AgentTest : private AgentFolder, public freedesktop::BusTest {
   void send(distributor::Distributor& distributor, const std::string& text, const std::string& id = {});
   /// The same unencrypted.
   void sendBytes(distributor::Distributor& distributor, const std::string& bytes, const std::string& id = {});
+  /// The agent's number; 0: it does not run.
+  [[nodiscard]] pid_t process() const;
   [[nodiscard]] bool running() const { return process() != 0; }
-  /// The agent's; 0: there is none.
-  [[nodiscard]] int process() const;
   void waitUntilRunning(bool running);
   void killAgent();
   /// What the agent has written.
