@@ -84,6 +84,11 @@ Status copyFile(const std::string& source, const std::string& target) {
   return Done{};
 }
 
+void syncFile(const std::string& path) {
+  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (file.number() >= 0) ::fdatasync(file.number());
+}
+
 void syncFolder(const std::string& path) {
   const Descriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (folder.number() >= 0) ::fsync(folder.number());

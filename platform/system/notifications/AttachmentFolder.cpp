@@ -32,6 +32,8 @@ bool AttachmentFolder::moveIn(platform::NotificationAttachment& attachment) cons
     fs::remove(source, error);
     if (error) return false;
   }
+  // Else a power cut might leave the notification with a part of its picture.
+  posix::syncFile(target.string());
   attachment.path = target.string();
   std::error_code ignored;
   fs::remove(source.parent_path(), ignored);

@@ -13,8 +13,9 @@ class AttachmentFolder {
   explicit AttachmentFolder(std::string path) : path_(std::move(path)) {}
 
   /// Moves the attachments' files in and changes their paths accordingly; the folders that they leave go when
-  /// they are empty. An attachment whose file can't be moved is dropped, with a line on standard error.
-  /// Answers those that moved; the others were in already.
+  /// they are empty. Waits until each is on the disk: it is there whole when its notification is. An
+  /// attachment whose file can't be moved is dropped, with a line on standard error. Answers those that
+  /// moved; the others were in already.
   std::vector<platform::NotificationAttachment> takeOver(
       std::vector<platform::NotificationAttachment>& attachments) const;
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <utility>
+#include <vector>
 
 namespace VorselKelp::system {
 namespace {
@@ -13,6 +14,8 @@ using platform::NotificationCategory;
 
 constexpr std::string_view addition = "+";
 constexpr std::string_view removal = "-";
+/// Several changes, or a long one, of which no part counts without the others.
+constexpr std::string_view step = "=";
 // What is said of a category, as bits of a number.
 constexpr std::uint64_t tellsDismissal = 1;
 constexpr std::uint64_t isPassing = 2;
@@ -84,6 +87,37 @@ bool readRest(Fields& fields, NotificationCategory& category) {
   return (bits & isPassing) != 0;
 }
 
+struct Change {
+  NotificationCategory category;  ///< only its name counts for one that is removed
+  bool removed = false;
+  bool passing = false;
+};
+
+/// The change of which `kind` was read.
+std::optional<Change> readChange(std::string_view kind, Fields& fields) {
+  Change change{{std::string(fields.text()), {}, false}, kind == removal};
+  if (kind == addition) change.passing = readRest(fields, change.category);
+  if (!fields.sound() || (kind != addition && kind != removal)) return std::nullopt;
+  return change;
+}
+
+/// A step has no zeros; they stand where a disk has lost a part of it. Empty: it makes no sense.
+std::vector<Change> readStep(std::string_view text) {
+  std::vector<Change> changes;
+  if (text.find('\0') != std::string_view::npos) return {};
+  for (Fields fields(text); fields.left() > 0;) {
+    auto change = readChange(fields.text(), fields);
+    if (!change) return {};
+    changes.push_back(*std::move(change));
+  }
+  return changes;
+}
+
+void apply(Change change, CategorySet& categories) {
+  if (change.removed) return categories.remove(change.category.identifier);
+  categories.put(std::move(change.category), change.passing);
+}
+
 }  // namespace
 
 const NotificationCategory* CategorySet::find(std::string_view identifier) const {
@@ -130,20 +164,30 @@ std::string encodeCategory(const NotificationCategory& category, bool passing) {
   return text;
 }
 
+std::string encodeStep(std::string changes) {
+  if (changes.find('\0') != std::string::npos) return changes;
+  std::string text;
+  append(text, step);
+  append(text, changes);
+  return text;
+}
+
 AppliedChanges applyChanges(std::string_view text, CategorySet& categories) {
   Fields fields(text);
   AppliedChanges applied;
   while (fields.left() > 0) {
-    const auto change = fields.text();
-    NotificationCategory category{std::string(fields.text()), {}, false};
-    const bool passing = change == addition && readRest(fields, category);
-    if (!fields.sound() || (change != addition && change != removal)) break;
-    if (change == addition) {
-      categories.put(std::move(category), passing);
+    const auto kind = fields.text();
+    if (kind == step) {
+      auto changes = readStep(fields.text());
+      if (changes.empty()) break;
+      for (auto& change : changes) apply(std::move(change), categories);
+      applied.count += changes.size();
     } else {
-      categories.remove(category.identifier);
+      auto change = readChange(kind, fields);
+      if (!change) break;
+      apply(*std::move(change), categories);
+      ++applied.count;
     }
-    ++applied.count;
     applied.bytes = text.size() - fields.left();
   }
   return applied;

@@ -19,6 +19,12 @@ class CategorySet {
     bool gone = false;
   };
 
+  CategorySet() = default;
+  CategorySet(CategorySet&&) = default;
+  CategorySet& operator=(CategorySet&&) = default;
+  CategorySet(const CategorySet&) = delete;
+  CategorySet& operator=(const CategorySet&) = delete;
+
   [[nodiscard]] std::size_t size() const { return places_.size(); }
   /// Null: there is none of this name. Lives until the next change.
   [[nodiscard]] const platform::NotificationCategory* find(std::string_view identifier) const;
@@ -46,6 +52,8 @@ class CategorySet {
 /// ("4:read"), so that any byte may stand in it.
 [[nodiscard]] std::string encodeRemoval(std::string_view identifier);
 [[nodiscard]] std::string encodeCategory(const platform::NotificationCategory& category, bool passing);
+/// Changes that count together or not at all.
+[[nodiscard]] std::string encodeStep(std::string changes);
 
 /// How much of a text made sense.
 struct AppliedChanges {

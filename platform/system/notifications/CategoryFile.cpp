@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -16,6 +17,8 @@ using platform::NotificationCategory;
 
 /// How many changes more than there are categories a file has before it is written anew.
 constexpr std::size_t changesTooMany = 64;
+/// A power cut may take a shorter one's end along, but no part in its middle.
+constexpr std::size_t longChange = 4096;
 
 /// A file that is cut short meanwhile gives less.
 bool readBytes(int file, std::size_t offset, std::string& bytes) {
@@ -83,6 +86,8 @@ Status CategoryFile::change(const std::vector<std::string>& removed,
   std::string changes;
   for (const auto& identifier : removed) changes += encodeRemoval(identifier);
   for (const auto& category : written) changes += encodeCategory(category, passing);
+  if (removed.size() + written.size() > 1 || changes.size() > longChange)
+    changes = encodeStep(std::move(changes));
   if (auto appended = append(seen_->number(), changes); !appended) return appended;
   return changes_ > categories_.size() + changesTooMany ? replace() : Done{};
 }
@@ -133,8 +138,8 @@ Status CategoryFile::replace() {
   const auto fresh = path_ + ".new";
   posix::Descriptor file(::open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
   if (file.number() < 0) return Done{};
-  if (!writeBytes(file.number(), 0, text) || !file.close() || ::rename(fresh.c_str(), path_.c_str()) != 0)
-    ::unlink(fresh.c_str());
+  const bool written = writeBytes(file.number(), 0, text) && ::fdatasync(file.number()) == 0;
+  if (!written || !file.close() || ::rename(fresh.c_str(), path_.c_str()) != 0) ::unlink(fresh.c_str());
   return Done{};
 }
 

@@ -1,5 +1,7 @@
 #include "notifications/NotificationShelf.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -47,6 +49,8 @@ HeldNotification readRow(Statement& row) {
 platform::NotificationContent readContent(const Statement& row, int column) {
   const auto json = JSONAny::decode(row.text(column));
   auto content = json ? decodeContent(*json) : platform::NotificationContent();
+  // A power cut may take a file along, or bring a notification back whose files had gone.
+  std::erase_if(content.attachments, [](const auto& file) { return ::access(file.path.c_str(), F_OK) != 0; });
   content.userInfo = readUserInfo(row.text(column + 1), row.integer(column + 2) != 0);
   return content;
 }

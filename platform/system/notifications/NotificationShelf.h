@@ -74,7 +74,7 @@ class NotificationShelf {
 };
 
 /// The content in three columns of a row, from `column` on: text, user information, and whether that is
-/// bytes.
+/// bytes. Attachments whose files are missing are left out.
 platform::NotificationContent readContent(const Statement& row, int column);
 
 /// Whether the user lets the application notify; what it schedules is not shown otherwise.

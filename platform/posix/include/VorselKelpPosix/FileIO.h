@@ -29,6 +29,9 @@ VORSELKELP_API Result<std::string> readWholeFile(const std::string& path, std::s
 /// What could not be copied whole is removed again.
 VORSELKELP_API Status copyFile(const std::string& source, const std::string& target);
 
+/// Waits until the file's bytes are on the disk, where it can.
+VORSELKELP_API void syncFile(const std::string& path);
+
 /// Makes names just given in the folder survive a power cut, where the file system can.
 VORSELKELP_API void syncFolder(const std::string& path);
 

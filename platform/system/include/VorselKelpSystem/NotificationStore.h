@@ -40,11 +40,12 @@ struct KeptResponse {
 /// an older one goes, with its files, when another one comes. All of it lies in a folder, which the
 /// stores of several applications may share: a database, the attachments' files, and a file of categories for
 /// each application, which extensions need not open a database for. A power cut may take the last changes
-/// along; a database that is damaged is moved aside, with a line on standard error, and an empty one takes
-/// its place. Several processes may use one folder at once; every operation is atomic and takes effect for
-/// all of them when it returns, and waits up to ten seconds for what another process keeps locked. Any
-/// thread. When something can't be read or written, an operation that answers a Result says so there; the
-/// others tell on standard error what was lost, each time, and then find nothing or write nothing.
+/// along, each as a whole; an attachment whose file is missing is left out of its notification. A database
+/// that is damaged is moved aside, with a line on standard error, and an empty one takes its place. Several
+/// processes may use one folder at once; every operation is atomic and takes effect for all of them when it
+/// returns, and waits up to ten seconds for what another process keeps locked. Any thread. When something
+/// can't be read or written, an operation that answers a Result says so there; the others tell on standard
+/// error what was lost, each time, and then find nothing or write nothing.
 class VORSELKELP_API NotificationStore {
  public:
   /// Touches no file: the folder and what is in it are made by the first operation that needs them. `folder`
