@@ -79,6 +79,40 @@ std::string pathOf(const Entry& entry, const WaitingCall& call) {
   return path.empty() ? base : base + "/" + path;
 }
 
+std::string bytesOf(const WaitingCall& call) {
+  std::string bytes(call.arguments[2], '\0');
+  std::ifstream memory("/proc/" + std::to_string(call.thread) + "/mem", std::ios::binary);
+  memory.seekg(static_cast<std::streamoff>(call.arguments[1]));
+  memory.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  return bytes;
+}
+
+/// Where a write without an offset goes. Nothing that is recorded opens a file to append.
+std::uint64_t positionOf(const WaitingCall& call) {
+  std::ifstream info("/proc/" + std::to_string(call.thread) + "/fdinfo/" +
+                     std::to_string(static_cast<int>(call.arguments[0])));
+  std::uint64_t position = 0;
+  for (std::string word; info >> word;) {
+    if (word == "pos:" && info >> position) break;
+  }
+  return position;
+}
+
+/// A rename's new name; absolute, or there is none.
+std::string targetOf(const WaitingCall& call) {
+#ifdef SYS_rename
+  if (call.number == SYS_rename) return textAt(call.thread, call.arguments[1]);
+#endif
+  return textAt(call.thread, call.arguments[3]);
+}
+
+bool isFolder(const WaitingCall& call) {
+#ifdef SYS_mkdir
+  if (call.number == SYS_mkdir) return true;
+#endif
+  return call.number == SYS_mkdirat;
+}
+
 std::string programOf(pid_t thread) {
   // The thread's own name may be another.
   std::ifstream status("/proc/" + std::to_string(thread) + "/status");
@@ -105,11 +139,12 @@ std::span<const int> FileCall::numbers() {
 std::optional<FileCall> FileCall::of(const WaitingCall& call) {
   for (const auto& entry : entries()) {
     if (entry.number != call.number) continue;
-    FileCall made{entry.kind, entry.name, {}, false, {}};
+    FileCall made{entry.kind, entry.name, {}, false, false, {}};
     if (entry.flags >= 0) {
       const auto flags = static_cast<int>(call.arguments[static_cast<std::size_t>(entry.flags)]);
       if ((flags & (O_WRONLY | O_RDWR | O_CREAT | O_TRUNC)) == 0) return std::nullopt;
       made.creates = (flags & O_CREAT) != 0;
+      made.truncates = (flags & O_TRUNC) != 0;
     }
     made.path = pathOf(entry, call);
     const bool there = ::access(made.path.c_str(), F_OK) == 0;
@@ -122,19 +157,28 @@ std::optional<FileCall> FileCall::of(const WaitingCall& call) {
 }
 
 std::string FileCall::record(const WaitingCall& call) const {
-  std::string bytes;
-  std::uint64_t offset = 0;
-  if (call.number == SYS_pwrite64) {
-    offset = call.arguments[3];
-    bytes.resize(call.arguments[2]);
-    std::ifstream memory("/proc/" + std::to_string(call.thread) + "/mem", std::ios::binary);
-    memory.seekg(static_cast<std::streamoff>(call.arguments[1]));
-    memory.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  } else if (kind == Kind::resize) {
-    offset = call.arguments[1];
+  const auto line = [this](std::string_view effect, std::uint64_t offset = 0, const std::string& bytes = {}) {
+    return std::string(effect) + " " + std::to_string(offset) + " " + std::to_string(bytes.size()) + " " +
+           path + "\n" + bytes + "\n";
+  };
+  switch (kind) {
+    case Kind::write:
+      if (call.number == SYS_pwrite64) return line("write", call.arguments[3], bytesOf(call));
+      return call.number == SYS_write ? line("write", positionOf(call), bytesOf(call)) : line(name);
+    case Kind::resize:
+      return line("resize", call.arguments[1]);
+    case Kind::sync:
+      return line("sync");
+    case Kind::open:
+      return creates ? line("make") : truncates ? line("resize") : std::string();
+    case Kind::make:
+      return isFolder(call) ? std::string() : line(name);
+    case Kind::remove:
+      return line("remove");
+    case Kind::rename:
+      return line("rename", 0, targetOf(call));
   }
-  return std::string(name) + " " + std::to_string(offset) + " " + std::to_string(bytes.size()) + " " + path +
-         "\n" + bytes + "\n";
+  return {};
 }
 
 bool FileCall::refusedWith(int error) const {

@@ -41,7 +41,7 @@ def main():
              "hostile": lambda f: hostile.run(programs, f, short)}
     # These have tests of their own as their short form, and need a desktop's libraries.
     if options.what in ("desktop", "power"):
-        chosen = "PowerTest.*" if options.what == "power" else "-PowerTest.*"
+        chosen = "*PowerTest.*" if options.what == "power" else "-*PowerTest.*"
         parts = {options.what: lambda f: desktop.run(programs, chosen)}
     if not permitted(programs):
         print("SKIPPED: this system does not let a process decide about another's system calls")
