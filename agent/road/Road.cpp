@@ -1,6 +1,7 @@
 #include "road/Road.h"
 
 #include <utility>
+#include <vector>
 
 #include "VorselKelpPosix/LineSink.h"
 #include "road/Reading.h"
@@ -78,13 +79,26 @@ void Road::show(std::int64_t serial, platform::NotificationRequest request) {
         // What the user forbids waits for nobody.
         if (!shown && mayNotify(self->parts_.store->authorization()))
           return self->refused(serial, std::move(request), shown.error());
+        self->dropReplaced(serial, request.identifier);
         self->leave(serial);
       });
 }
 
 void Road::refused(std::int64_t serial, platform::NotificationRequest request, const Error& reason) {
+  dropReplaced(serial, request.identifier);
   unshown_.emplace(serial, std::move(request));
   stand(reason);
+}
+
+/// An earlier one of its collapse key that waits would take its place.
+void Road::dropReplaced(std::int64_t serial, const std::string& identifier) {
+  std::vector<std::int64_t> replaced;
+  std::erase_if(unshown_, [&](const auto& waiting) {
+    const bool older = waiting.first < serial && waiting.second.identifier == identifier;
+    if (older) replaced.push_back(waiting.first);
+    return older;
+  });
+  for (const auto each : replaced) leave(each);
 }
 
 /// What can't be read now is not lost for that.

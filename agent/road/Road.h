@@ -59,6 +59,7 @@ class Road : public std::enable_shared_from_this<Road> {
   void changed(std::int64_t serial, const std::string& payload, system::PushResult result);
   void show(std::int64_t serial, platform::NotificationRequest request);
   void refused(std::int64_t serial, platform::NotificationRequest request, const Error& reason);
+  void dropReplaced(std::int64_t serial, const std::string& identifier);
   void later(std::int64_t serial, const Error& reason);
   void stand(const Error& reason);
   void hand(Silent silent);

@@ -1,6 +1,7 @@
 #include "agent/AgentTest.h"
 
 #include <signal.h>
+#include <sqlite3.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -8,6 +9,7 @@
 #include <sstream>
 
 #include "VorselKelpPosix/Services.h"
+#include "VorselKelpPosix/Statement.h"
 #include "VorselKelpWebPush/Message.h"
 
 namespace VorselKelp::agent {
@@ -176,6 +178,20 @@ pid_t AgentTest::process() const {
 
 void AgentTest::waitUntilRunning(bool wanted) {
   waitUntil([&] { return running() == wanted; });
+}
+
+std::int64_t AgentTest::rowsOf(const std::string& table) {
+  const auto description = *system::parseDescription(R"({"bundleIdentifier":"com.example.app"})");
+  sqlite3* database = nullptr;
+  ::sqlite3_open((system::foldersOf(description).data + "/push/agent.sqlite").c_str(), &database);
+  std::int64_t count = -1;
+  {
+    posix::Connection connection{database, std::nullopt};
+    posix::Statement row(connection, ("SELECT count(*) FROM " + table).c_str());
+    if (row.step()) count = row.integer(0);
+  }
+  ::sqlite3_close(database);
+  return count;
 }
 
 void AgentTest::killAgent() {

@@ -5,6 +5,7 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -79,6 +80,10 @@ class AgentTest : private AgentFolder, public freedesktop::BusTest {
   [[nodiscard]] pid_t process() const;
   [[nodiscard]] bool running() const { return process() != 0; }
   void waitUntilRunning(bool running);
+  /// How many rows of a table the agent has written down.
+  static std::int64_t rowsOf(const std::string& table);
+  /// How many of the desktop's numbers it has written down.
+  static std::int64_t numbersKept() { return rowsOf("shown"); }
   void killAgent();
   /// What the agent has written.
   [[nodiscard]] std::string lines() const;

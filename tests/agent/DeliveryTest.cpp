@@ -1,10 +1,7 @@
-#include <sqlite3.h>
-
 #include <algorithm>
 #include <fstream>
 #include <set>
 
-#include "VorselKelpPosix/Statement.h"
 #include "VorselKelpWebPush/Envelope.h"
 #include "VorselKelpWebPush/Message.h"
 #include "agent/AgentTest.h"
@@ -23,23 +20,6 @@ class DeliveryTest : public AgentTest {
     desk = &startDistributor("desk");
     subscribe();
   }
-
-  /// How many rows of a table the agent has written down.
-  static std::int64_t rowsOf(const std::string& table) {
-    const auto description = *system::parseDescription(R"({"bundleIdentifier":"com.example.app"})");
-    sqlite3* database = nullptr;
-    ::sqlite3_open((system::foldersOf(description).data + "/push/agent.sqlite").c_str(), &database);
-    std::int64_t count = -1;
-    {
-      posix::Connection connection{database, std::nullopt};
-      posix::Statement row(connection, ("SELECT count(*) FROM " + table).c_str());
-      if (row.step()) count = row.integer(0);
-    }
-    ::sqlite3_close(database);
-    return count;
-  }
-  /// How many of the desktop's numbers it has written down.
-  static std::int64_t numbersKept() { return rowsOf("shown"); }
 
   distributor::Distributor* desk = nullptr;
 };
