@@ -27,6 +27,8 @@ class BusService {
   void serve(const std::string& path, const char* interfaces, Methods methods);
   void own();
   void emit(const std::string& path, const char* interface, const char* signal, GVariant* arguments);
+  /// Everything that the bus has taken for it before has been called.
+  void catchUp();
 
  private:
   const std::string name_;

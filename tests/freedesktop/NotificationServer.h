@@ -28,6 +28,8 @@ class NotificationServer {
   void invoke(std::uint32_t number, const std::string& key);
   void close(std::uint32_t number, std::uint32_t reason);
   void emit(const char* signal, GVariant* arguments);
+  /// Has everything shown that was on its way.
+  void catchUp() { service_.catchUp(); }
 
   std::vector<std::string> abilities{"actions", "body", "body-markup"};
   bool holds = false;         ///< Notify is not answered until release()

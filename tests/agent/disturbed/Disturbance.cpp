@@ -188,6 +188,9 @@ Disturbance::Report Disturbance::round(const std::string& options) {
   if (!whole && !ended()) killAgent();
   disturbed_ = false;
   waitUntil([this] { return ended(); });
+  // The bus has heard the last of the agent when it knows that it has gone.
+  waitUntilRunning(false);
+  server_.catchUp();
   Report report;
   std::ifstream stream(file("report"));
   std::string line((std::istreambuf_iterator<char>(stream)), {});
