@@ -10,6 +10,8 @@ import time
 from device import Device, Fault, check, store_path
 from roads import message, stored
 
+# A device keeps so many of the newest.
+KEPT = 256
 EXTENSIONS = 8
 
 
@@ -111,7 +113,10 @@ def check_all(gathering, requests):
         trackers, links = stored(device.url, name)
         check(group["vs_t"][name] == trackers and group["vs_url"][name] == links, f"{name} is not whole")
     check(group["vs_badge"] == len(pushed), f"the badge is {group['vs_badge']} after {len(pushed)}")
-    check({n["id"] for n in shown["delivered"]} == left, "what is shown is not what was delivered")
+    ids = {n["id"] for n in shown["delivered"]}
+    # A tap on one that is left makes no room for one that has gone.
+    least = min(len(left), KEPT - len(tapped))
+    check(ids <= left and len(ids) >= least, f"{len(ids)} are shown, {len(left)} are unopened, {len(ids - left)} of them not")
     categories = {c["identifier"] for c in shown["categories"]}
     missing = [n["id"] for n in shown["delivered"] if n["category"] not in categories or len(n["actions"]) != 2]
     check(not missing, f"{len(missing)} have lost their buttons")
