@@ -41,6 +41,8 @@ BusService::BusService(const std::string& address, std::string name)
     : name_(std::move(name)), connection_(connect(address)) {}
 
 BusService::~BusService() {
+  // A call that has come and waits for its turn would still be handed on.
+  for (const auto object : objects_) g_dbus_connection_unregister_object(connection_.get(), object);
   g_dbus_connection_close_sync(connection_.get(), nullptr, nullptr);
 }
 
@@ -50,9 +52,9 @@ void BusService::serve(const std::string& path, const char* interfaces, Methods 
   GDBusNodeInfo* node = g_dbus_node_info_new_for_xml(interfaces, &error);
   if (error) throw std::runtime_error(ErrorPtr(error)->message);
   for (auto** each = node->interfaces; *each; ++each) {
-    g_dbus_connection_register_object(
+    objects_.push_back(g_dbus_connection_register_object(
         connection_.get(), path.c_str(), *each, &table, new Methods(methods),
-        [](gpointer data) { delete static_cast<Methods*>(data); }, nullptr);
+        [](gpointer data) { delete static_cast<Methods*>(data); }, nullptr));
   }
   g_dbus_node_info_unref(node);
 }

@@ -6,6 +6,7 @@
 #include <memory>
 #include <source_location>
 #include <string>
+#include <vector>
 
 #include "VorselKelpTesting/ManualClock.h"
 #include "VorselKelpTesting/ManualMainQueue.h"
@@ -33,6 +34,7 @@ class BusService {
  private:
   const std::string name_;
   ObjectPtr<GDBusConnection> connection_;
+  std::vector<guint> objects_;
 };
 
 /// A test with a bus of its own, and with time that stands still.
