@@ -162,7 +162,7 @@ bool Registration::knows(const std::string& sender, const std::string& token) co
 void Registration::ownerIs(const std::string& name, const std::string& owner) {
   if (name == distributor_) {
     owner_ = owner;
-    if (owner.empty()) return forgetSession();
+    if (owner.empty()) return lost();
     patience_.reset();
     // A new one may have forgotten us.
     if (wanted_ && !asking_ && registeredIn_ != session()) token_.empty() ? choose() : ask();
@@ -171,6 +171,18 @@ void Registration::ownerIs(const std::string& name, const std::string& owner) {
   const bool named = !options_.wanted.empty() && chooseDistributor({name}, options_.wanted) == name;
   const bool needed = condition_.stage != Stage::refused && owner_.empty();
   if (wanted_ && !owner.empty() && (named || needed)) choose();
+}
+
+/// It is started where the bus can do that, else waited for from now on.
+void Registration::lost() {
+  forgetSession();
+  listDistributors(bus_, [this, weak = std::weak_ptr(alive_)](const std::vector<std::string>& there) {
+    if (weak.expired() || !wanted_ || condition_.stage != Stage::registered || !owner_.empty()) return;
+    if (std::ranges::find(there, distributor_) == there.end()) return awaitReturn(false);
+    // What ends as soon as it has started is not started without a pause.
+    pause_ == 0 ? choose() : askAgainLater();
+    pause_ = std::max(pause_, firstPause);
+  });
 }
 
 void Registration::choose(bool patient) {
@@ -187,7 +199,7 @@ void Registration::takeOf(const std::vector<std::string>& there, bool patient) {
   const bool subscribed = condition_.stage == Stage::registered;
   if (!found.empty()) {
     const bool moves = subscribed && options_.wanted.empty() && found != distributor_;
-    return moves && patient ? awaitReturn() : chosen(found);
+    return moves && patient ? awaitReturn(true) : chosen(found);
   }
   if (subscribed) return;  // it comes back, and then hears of us
   settle({Stage::pending,
@@ -198,9 +210,12 @@ void Registration::takeOf(const std::vector<std::string>& there, bool patient) {
 }
 
 /// Moving costs the subscription that senders have.
-void Registration::awaitReturn() {
-  if (patience_) return;
-  patience_ = std::make_shared<const bool>(true);
+void Registration::awaitReturn(bool stay) {
+  if (patience_) {
+    *patience_ = *patience_ || stay;
+    return;
+  }
+  patience_ = std::make_shared<bool>(stay);
   mainQueue_->asyncAfter(graceSeconds, [this, weak = std::weak_ptr(patience_)] {
     if (weak.expired()) return;
     patience_.reset();
@@ -259,11 +274,10 @@ void Registration::ask() {
 void Registration::answered(const RegistrationAnswer& answer) {
   switch (answer.outcome) {
     case Outcome::accepted:
-      pause_ = 0;
       registeredIn_ = session();
       if (const auto status = state_->set({{"registeredIn", registeredIn_}}); !status)
         posix::standardErrorLines()(status.error().description);
-      return;
+      return noteStay();
     case Outcome::refused:
       return settle({Stage::refused, "The distributor refuses: " + answer.reason, {}});
     case Outcome::absent:
@@ -272,6 +286,13 @@ void Registration::answered(const RegistrationAnswer& answer) {
         settle({Stage::pending, "The distributor can't register yet: " + answer.reason, {}});
       askAgainLater();
   }
+}
+
+/// One that has stayed for a while is asked, or started, without a pause the next time.
+void Registration::noteStay() {
+  mainQueue_->asyncAfter(firstPause, [this, weak = std::weak_ptr(alive_), session = registeredIn_] {
+    if (!weak.expired() && registeredIn_ == session) pause_ = 0;
+  });
 }
 
 void Registration::askAgainLater() {

@@ -26,8 +26,11 @@ struct RegistrationOptions {
 /// of the endpoint, restarts of the distributor, and times in which there is none.
 ///
 /// It stays with the distributor that has given it a subscription as long as that one runs or the bus can
-/// start it. One that is neither may come yet, at a login above all: another takes its place when it has been
-/// missing for `graceSeconds` while the agent ran, or at once when the options name the other.
+/// start it; one that ends meanwhile is started again. One that is neither may come yet, at a login above
+/// all: another takes its place when it has been missing for `graceSeconds` while the agent ran, or at once
+/// when the options name the other. They begin when the agent finds at its start that it is missing, or with
+/// its end while the agent runs. For the latter the agent does not stay: the next one, if this one has left,
+/// begins them anew.
 ///
 /// Main thread.
 class Registration {
@@ -62,7 +65,7 @@ class Registration {
   void giveUp();
   [[nodiscard]] const Condition& condition() const { return condition_; }
   /// Whether something is to come that only a running agent hears of.
-  [[nodiscard]] bool waits() const { return condition_.stage == Stage::pending || patience_; }
+  [[nodiscard]] bool waits() const { return condition_.stage == Stage::pending || (patience_ && *patience_); }
   /// The distributor that the user or the description names; empty: none.
   [[nodiscard]] const std::string& wanted() const { return options_.wanted; }
   /// Whether the distributor has yet to answer.
@@ -82,16 +85,18 @@ class Registration {
   void settle(Condition condition);
   void fail(const Error& error);
   void ownerIs(const std::string& name, const std::string& owner);
+  void lost();
   void findOwner(platform::UniqueFunction<void()> found);
   void choose(bool patient = true);
   void takeOf(const std::vector<std::string>& there, bool patient);
-  void awaitReturn();
+  void awaitReturn(bool stay);
   void chosen(const std::string& distributor);
   void renew();
   void forgetSession();
   void forgetToken();
   void ask();
   void answered(const RegistrationAnswer& answer);
+  void noteStay();
   void askAgainLater();
   [[nodiscard]] std::string session() const;
   /// Whether what is registered is what is wanted, and the distributor that runs knows it.
@@ -114,8 +119,9 @@ class Registration {
   std::string vapidKey_;      ///< with which the token was registered
   std::string registeredIn_;  ///< the session of the bus, and the connection, that took the registration
   webpush::ReceiverKeys keys_;
-  double pause_ = 0;                      ///< seconds
-  std::shared_ptr<const bool> patience_;  ///< while it is waited for the registered distributor's return
+  double pause_ = 0;  ///< seconds, before the next try; 0: none is needed
+  std::shared_ptr<bool>
+      patience_;  ///< whether the agent stays for the distributor's return; null: it is here
 };
 
 }  // namespace VorselKelp::agent

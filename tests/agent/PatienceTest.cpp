@@ -30,11 +30,28 @@ class PatienceTest : public AgentTest {
     bool known = false;
     ASSERT_TRUE(registration->begin(*state, [&] { known = true; }));
     waitUntil([&] { return known; });
-    for (int list = 0; list < 2; ++list) call("GetId", nullptr);  // behind its questions who is there
+    settle();
+  }
+  /// It has heard who is there, and asked for what it wants then.
+  void settle() {
+    constexpr int questions = 6;  // one after the other's answer
+    for (int i = 0; i < questions; ++i) call("GetId", nullptr);
   }
   void end(distributor::Distributor& distributor, const std::string& name) {
     distributor.end();
     waitForName("org.unifiedpush.Distributor." + name, false);
+    settle();
+  }
+  /// The bus starts what only leaves a file, "started".
+  void makeActivatable(const std::string& name) {
+    std::ofstream(file("services/distributor.service"))
+        << "[D-BUS Service]\nName=org.unifiedpush.Distributor." << name << "\nExec=/usr/bin/touch "
+        << file("started") << "\n";
+    call("StartServiceByName",
+         g_variant_new("(su)", "com.example.none", 0U));  // for which it looks for new files
+  }
+  void waitUntilStarted() {
+    waitUntil([&] { return std::filesystem::remove(file("started")); });
   }
   void call(const char* method, GVariant* arguments) {
     bool done = false;
@@ -78,14 +95,10 @@ TEST_F(PatienceTest, MovesOnlyWhenItsDistributorDoesNotComeBack) {
   EXPECT_FALSE(registration->waits());
 
   end(another, "another");
-  std::ofstream(file("services/another.service"))
-      << "[D-BUS Service]\nName=org.unifiedpush.Distributor.another\nExec=/usr/bin/touch " << file("started")
-      << "\n";
-  call("StartServiceByName",
-       g_variant_new("(su)", "com.example.none", 0U));  // for which it looks for new files
+  makeActivatable("another");
   mine.begin([](bool) {});
   live();
-  waitUntil([&] { return std::filesystem::exists(file("started")); });
+  waitUntilStarted();
   EXPECT_THAT(registration->condition().distributor, HasSubstr("another"));
   EXPECT_FALSE(registration->waits());
   EXPECT_TRUE(mine.registrations().empty());
@@ -103,6 +116,62 @@ TEST_F(PatienceTest, NoticesAnotherThatComesLater) {
   waitUntil([&] { return registration->waits(); });
   registration->giveUp();
   EXPECT_FALSE(registration->waits());
+}
+
+TEST_F(PatienceTest, BeginsWhenItsDistributorEndsMeanwhile) {
+  auto& mine = startDistributor("mine");
+  live();
+  registration->want();
+  waitUntil([&] { return isWith("mine"); });
+  auto& another = startDistributor("another");
+  end(mine, "mine");
+  EXPECT_FALSE(registration->waits()) << "the next agent covers it";
+  advance(299);
+  mine.begin([](bool) {});
+  waitUntil([&] { return !mine.registrations().empty() && isWith("mine"); });
+  advance(600);
+  end(mine, "mine");
+  advance(299);
+  settle();
+  EXPECT_TRUE(isWith("mine"));
+  EXPECT_EQ(another.asked, 0U);
+  advance(1);
+  waitUntil([&] { return isWith("another"); });
+
+  end(another, "another");
+  advance(200);
+  mine.begin([](bool) {});
+  waitUntil([&] { return registration->waits(); });
+  advance(100);
+  waitUntil([&] { return isWith("mine"); });
+}
+
+TEST_F(PatienceTest, StartsItsDistributorAgainButNotWithoutEnd) {
+  auto& mine = startDistributor("mine");
+  auto& another = startDistributor("zany");
+  live();
+  registration->want();
+  const auto isBack = [&] { return !mine.registrations().empty() && isWith("mine"); };
+  waitUntil(isBack);
+  makeActivatable("mine");
+  advance(60);
+  end(mine, "mine");
+  waitUntilStarted();
+  mine.begin([](bool) {});
+  waitUntil(isBack);
+  end(mine, "mine");
+  EXPECT_FALSE(registration->asks()) << "it has just started";
+  EXPECT_FALSE(std::filesystem::exists(file("started")));
+  advance(120);
+  waitUntilStarted();
+  mine.begin([](bool) {});
+  waitUntil(isBack);
+  advance(60);
+  end(mine, "mine");
+  waitUntilStarted();
+  advance(400);
+  settle();
+  EXPECT_EQ(another.asked, 0U);
 }
 
 }  // namespace
