@@ -55,10 +55,26 @@ Error lastError(sqlite3* database) {
   return {sqlite3_errmsg(database), sqlite3_errcode(database)};
 }
 
-std::int64_t versionOf(sqlite3* database) {
+Result<std::int64_t> versionOf(sqlite3* database) {
   Connection connection{database, std::nullopt};
   Statement row(connection, "PRAGMA user_version");
-  return row.step() ? row.integer(0) : 0;
+  if (row.step()) return row.integer(0);
+  return connection.failure.value_or(Error{"it has no version"});
+}
+
+/// What a newer version has written stays as it is.
+Status prepare(sqlite3* database, const std::string& folder) {
+  const auto written = versionOf(database);
+  if (!written) return written.error();
+  if (*written > schemaVersion)
+    return Error{"a newer version wrote it; install that version again, or remove the folder " + folder +
+                 " to register anew, which loses the messages that wait there"};
+  // 256 KiB: no two steps look at the same pages.
+  if (!execute(database, "PRAGMA cache_size = -256; PRAGMA journal_mode = WAL")) return lastError(database);
+  if (*written == schemaVersion) return Done{};
+  if (!execute(database, schema)) return lastError(database);
+  posix::syncFolder(folder);
+  return Done{};
 }
 
 /// The database would make it for everybody to read.
@@ -96,13 +112,7 @@ Result<std::unique_ptr<State>> State::open(const std::string& folder) {
   sqlite3_busy_timeout(opened, othersPatience);
   // The log stays: the next start is spared making one, and waiting for the disk with that.
   sqlite3_db_config(opened, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
-  // 256 KiB: no two steps look at the same pages.
-  if (!execute(opened, "PRAGMA cache_size = -256; PRAGMA journal_mode = WAL"))
-    return unusable(path, lastError(opened));
-  if (versionOf(opened) < schemaVersion) {
-    if (!execute(opened, schema)) return unusable(path, lastError(opened));
-    posix::syncFolder(folder);
-  }
+  if (const auto prepared = prepare(opened, folder); !prepared) return unusable(path, prepared.error());
   return std::unique_ptr<State>(new State(*std::move(lock), std::move(database), path));
 }
 

@@ -29,7 +29,8 @@ struct Message {
 /// power cut as well.
 class State {
  public:
-  /// Makes what is missing. Waits until the agent that has the lock leaves.
+  /// Makes what is missing, and converts what an older version has written; what a newer one has is an error,
+  /// and stays as it is. Waits until the agent that has the lock leaves.
   static Result<std::unique_ptr<State>> open(const std::string& folder);
   ~State();
   State(const State&) = delete;

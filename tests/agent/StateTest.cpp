@@ -3,6 +3,8 @@
 #include <sys/resource.h>
 
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 
 #include "VorselKelpFreedesktop/MainQueue.h"
 #include "agent/AgentTest.h"
@@ -118,6 +120,42 @@ TEST_F(StateTest, KeepsTheKeysBeforeForAWeek) {
   const auto later = *state->keys(100 + 7 * day + 1);
   ASSERT_EQ(later.size(), 1U);
   EXPECT_EQ(later[0].privateKey, "p2");
+}
+
+class NewerStateTest : public AgentTest {
+ protected:
+  void execute(const char* sql) const {
+    sqlite3* database = nullptr;
+    ASSERT_EQ(sqlite3_open(written.c_str(), &database), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(database, sql, nullptr, nullptr, nullptr), SQLITE_OK);
+    sqlite3_close(database);
+  }
+  [[nodiscard]] std::string bytes() const {
+    std::ostringstream text;
+    text << std::ifstream(written, std::ios::binary).rdbuf();
+    return text.str();
+  }
+
+  const std::string written =
+      system::foldersOf(*system::parseDescription(R"({"bundleIdentifier":"com.example.app"})")).data +
+      "/push/agent.sqlite";
+};
+
+TEST_F(NewerStateTest, StaysAsItIsAndTakesNoMessages) {
+  auto& desk = startDistributor("desk");
+  subscribe();
+  killAgent();
+  execute("PRAGMA journal_mode = DELETE; PRAGMA user_version = 3");
+  const auto before = bytes();
+  send(desk, payload("one"));
+  waitUntil([&] { return refused == 1; });
+  waitUntilRunning(false);
+  EXPECT_EQ(bytes(), before);
+  EXPECT_THAT(lines(),
+              testing::HasSubstr(written + ": a newer version wrote it; install that version again"));
+  execute("PRAGMA user_version = 2");
+  send(desk, payload("one"));
+  waitUntil([&] { return acknowledged == 1; });
 }
 
 TEST(TextTest, IsCutBetweenCharacters) {
