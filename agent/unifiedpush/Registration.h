@@ -7,11 +7,11 @@
 #include <vector>
 
 #include "VorselKelp/platform/MainQueue.h"
-#include "VorselKelpWebPush/ReceiverKeys.h"
 #include "VorselKelpWebPush/Subscription.h"
 #include "bus/Bus.h"
 #include "state/State.h"
 #include "unifiedpush/Distributor.h"
+#include "unifiedpush/RegistrationRecord.h"
 
 namespace VorselKelp::agent {
 
@@ -80,10 +80,11 @@ class Registration {
   void unregistered(const std::string& sender, const std::string& token);
 
  private:
-  Status load();
+  Status load(State& state);
   void goOn(platform::UniqueFunction<void()> known);
   void settle(Condition condition);
   void fail(const Error& error);
+  static void tell(const Status& written);
   void ownerIs(const std::string& name, const std::string& owner);
   void lost();
   void findOwner(platform::UniqueFunction<void()> found);
@@ -91,9 +92,8 @@ class Registration {
   void takeOf(const std::vector<std::string>& there, bool patient);
   void awaitReturn(bool stay);
   void chosen(const std::string& distributor);
-  void renew();
-  void forgetSession();
-  void forgetToken();
+  void leaveDistributor();
+  void renew(const std::string& distributor);
   void ask();
   void answered(const RegistrationAnswer& answer);
   void noteStay();
@@ -107,21 +107,15 @@ class Registration {
   const RegistrationOptions options_;
   const std::function<void()> changed_;
   const std::shared_ptr<const bool> alive_ = std::make_shared<const bool>(true);
-  State* state_ = nullptr;
+  RegistrationRecord record_;
   Condition condition_;
-  bool wanted_ = false;
   bool asking_ = false;
-  std::string distributor_;
   std::string owner_;  ///< the distributor's connection; empty while it does not run
   bool known_ = false;
   std::vector<platform::UniqueFunction<void()>> early_;
-  std::string token_;
-  std::string vapidKey_;      ///< with which the token was registered
-  std::string registeredIn_;  ///< the session of the bus, and the connection, that took the registration
-  webpush::ReceiverKeys keys_;
   double pause_ = 0;  ///< seconds, before the next try; 0: none is needed
-  std::shared_ptr<bool>
-      patience_;  ///< whether the agent stays for the distributor's return; null: it is here
+  /// Whether the agent stays for the distributor's return; null: it is not waited for.
+  std::shared_ptr<bool> patience_;
 };
 
 }  // namespace VorselKelp::agent
