@@ -133,6 +133,7 @@ void Agent::makeAutostart() {
 void Agent::makeServices() {
   makeAutostart();
   application_ = std::make_unique<ApplicationDoor>(*bus_, description_.bundleIdentifier);
+  taps_ = std::make_unique<Taps>(store_, *application_, [this] { lookSoon(); });
   notifications_ = freedesktop::makeNotifications(
       {.applicationName = description_.name,
        .applicationIdentifier = description_.bundleIdentifier,
@@ -141,7 +142,7 @@ void Agent::makeServices() {
        .exportedAction = std::string("app.") + freedesktop::Application::responseAction,
        .numbered = [this](const std::string& identifier,
                           std::uint32_t number) { numbers_->numbered(identifier, number); }},
-      queue_, [this](const auto& response) { respond(response); },
+      queue_, [this](const auto& response) { taps_->respond(response); },
       [this](const std::string& identifier, freedesktop::CloseReason reason) {
         if (reason == freedesktop::CloseReason::dismissed) store_->noteTapped(identifier);
         numbers_->gone(identifier);
@@ -221,26 +222,6 @@ void Agent::watchOthers() {
                     });
 }
 
-/// The store has the response before the application hears of it: whatever becomes of either, it is not lost.
-/// What can't be kept goes to the application all the same, which finds the notification where it lies.
-void Agent::respond(const freedesktop::BusNotificationResponse& response) {
-  const auto& identifier = response.request.identifier;
-  const auto kept = store_->keepResponse(identifier, response.actionIdentifier);
-  if (!kept) {
-    posix::standardErrorLines()(kept.error().description);
-    if (!store_->tappable(identifier)) return;
-  }
-  ++responding_;
-  application_->respond(identifier, response.actionIdentifier, response.activationToken,
-                        [this](const Status& reached) {
-                          --responding_;
-                          if (!reached)
-                            posix::standardErrorLines()("A tap waits for the application's next start: " +
-                                                        reached.error().description);
-                          lookSoon();
-                        });
-}
-
 /// Whether something is to come due. Has the agent come back for that, and for what nobody could show.
 bool Agent::pending() {
   const auto next = store_->nextDue();
@@ -251,7 +232,7 @@ bool Agent::pending() {
 
 /// Something is under way, and ends without anybody's telling.
 bool Agent::busy() const {
-  return !begun_ || responding_ > 0 || !intake_->idle() || !service_->idle() || !road_->idle() ||
+  return !begun_ || !taps_->idle() || !intake_->idle() || !service_->idle() || !road_->idle() ||
          !notifications_->idle() || !autostart_->idle() || registration_->asks();
 }
 

@@ -15,6 +15,7 @@
 #include "road/DesktopNumbers.h"
 #include "road/Intake.h"
 #include "road/Road.h"
+#include "road/Taps.h"
 #include "service/PushService.h"
 #include "state/StateThread.h"
 #include "unifiedpush/Registration.h"
@@ -47,7 +48,6 @@ class Agent {
   void begin();
   void makeServices();
   void makeAutostart();
-  void respond(const freedesktop::BusNotificationResponse& response);
   void watchOthers();
   [[nodiscard]] ServiceEvents serviceEvents();
   [[nodiscard]] ConnectorEvents connectorEvents();
@@ -75,7 +75,6 @@ class Agent {
   bool begun_ = false;
   bool leaving_ = false;
   bool told_ = false;  ///< to end
-  std::size_t responding_ = 0;
 
   std::unique_ptr<Bus> bus_;
   std::unique_ptr<StateThread> state_;
@@ -84,6 +83,7 @@ class Agent {
   std::unique_ptr<PushService> service_;
   std::unique_ptr<Autostart> autostart_;
   std::unique_ptr<ApplicationDoor> application_;
+  std::unique_ptr<Taps> taps_;
   std::shared_ptr<freedesktop::BusNotifications> notifications_;
   std::shared_ptr<system::NotificationCenter> center_;
   std::shared_ptr<Road> road_;
