@@ -77,7 +77,9 @@ AgentFolder::AgentFolder() {
 }
 
 AgentFolder::~AgentFolder() {
-  std::filesystem::remove_all(path);
+  // An agent that has given its name back may still be closing its files.
+  std::error_code ignored;
+  std::filesystem::remove_all(path, ignored);
 }
 
 void AgentFolder::start(const std::string& under, const std::string& idle) const {
