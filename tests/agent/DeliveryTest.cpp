@@ -28,9 +28,9 @@ TEST_F(DeliveryTest, ShowsWhatCameWhileItDidNotRun) {
   NotificationServer server(address);
   waitUntilRunning(false);
   send(*desk, payload("one"));
-  waitUntil([&] { return server.shown.size() == 1; });
+  // What the agent sends to two receivers reaches them in any order.
+  waitUntil([&] { return server.shown.size() == 1 && acknowledged == 1; });
   EXPECT_EQ(server.shown[0].title, "one");
-  EXPECT_EQ(acknowledged, 1);
   EXPECT_EQ(store->delivered().size(), 1U);
   server.close(server.shown[0].number, 2);
   waitUntil([&] { return store->delivered().empty(); });
@@ -249,7 +249,7 @@ TEST_F(DeliveryTest, WakesForWhatTheApplicationHasPutOff) {
   platform::NotificationRequest reminder;
   reminder.identifier = "reminder";
   reminder.content.title = "Come back";
-  reminder.trigger = {1.0, false};
+  reminder.trigger = {3.0, false};  // seconds: a busy machine starts the agent in less
   ASSERT_TRUE(store->schedule(reminder));
   ask("Look");
   const auto entry = file("config/autostart/com.example.app.Push.desktop");
