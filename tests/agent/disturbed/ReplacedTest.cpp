@@ -38,7 +38,20 @@ class ReplacedTest : public AgentTest {
     return fs::equivalent("/proc/" + std::to_string(process()) + "/exe", program, error);
   }
 
+  void noteAgent() {
+    if (const auto agent = process(); agent != 0) agents.insert(agent);
+  }
+  /// One that starts slowly is seen now at the latest.
+  void waitUntilShown(std::size_t count) {
+    waitUntil([&] {
+      noteAgent();
+      return server.shown.size() == count;
+    });
+  }
+
   distributor::Distributor* desk = nullptr;
+  freedesktop::NotificationServer server{address};
+  std::set<pid_t> agents;
 };
 
 /// With a button, which the extension makes of it.
@@ -50,22 +63,20 @@ std::string payloadWithButton(const std::string& title) {
 TEST_F(ReplacedTest, ShowsEachPushOnceAndGivesWayToItsSuccessor) {
   const std::size_t count = thorough() ? 50 : 20;
   const int rounds = thorough() ? 20 : 1;
-  freedesktop::NotificationServer server(address);
   FakeApplication reader(address);
   Row row("agent and extension replaced under way");
-  std::set<pid_t> agents;
   std::size_t sent = 0;
   for (; row.rounds < rounds && !HasFailure(); ++row.rounds) {
     for (std::size_t i = 1; i <= count; ++i) {
       if (i % 5 == 3 || i % 5 == 0) replace();  // while others are under way, and before the last of them
       send(*desk, payloadWithButton(std::to_string(sent++)));
-      agents.insert(process());
-      if (i % 5 == 0) waitUntil([&] { return server.shown.size() == sent; });
+      noteAgent();
+      if (i % 5 == 0) waitUntilShown(sent);
       if (i % 10 == 0) waitUntilRunning(false);  // although the user has not tapped on anything yet
     }
     waitUntil([&] { return acknowledged + refused == static_cast<int>(sent); });
     send(*desk, payloadWithButton(std::to_string(sent++)));
-    waitUntil([&] { return server.shown.size() == sent; });
+    waitUntilShown(sent);
     EXPECT_TRUE(isCurrent());
     server.invoke(server.shown[sent - 2].number, "button-0");
     waitUntil([&] { return reader.activations.size() == static_cast<std::size_t>(row.rounds) + 1; });
