@@ -58,12 +58,12 @@ TEST_F(MainQueueTest, RunsInOrderWhoeverAppends) {
 TEST_F(MainQueueTest, KeepsTimesAndNothingRunsInsideTheCall) {
   bool done = false;
   const auto start = g_get_monotonic_time();
+  queue->asyncAfter(0.01, note("later"));
   queue->asyncAfter(0.02, [&] {
     EXPECT_GE(g_get_monotonic_time() - start, 20'000);
     done = true;
   });
   queue->asyncAfter(std::numeric_limits<double>::infinity(), note("never"));
-  queue->asyncAfter(0.01, note("later"));
   queue->asyncAfter(std::numeric_limits<double>::quiet_NaN(), note("no number"));
   queue->asyncAfter(-1, note("past"));
   queue->async(note("now"));
