@@ -49,7 +49,6 @@ TEST_F(HostileTest, TakesNoMoreThanARequestMayHave) {
 TEST_F(HostileTest, DoesNotWaitForTheSlow) {
   Limits limits;
   limits.request = std::chrono::seconds(1);
-  limits.handshake = std::chrono::seconds(1);
   limits.idle = std::chrono::seconds(1);
   start(limits);
   Client slow(served->port());
