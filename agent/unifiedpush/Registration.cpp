@@ -148,9 +148,8 @@ void Registration::ownerIs(const std::string& name, const std::string& owner) {
 void Registration::lost() {
   // It may come back by the same connection without what it knew.
   if (!record_.registeredIn().empty()) tell(record_.noteSession({}));
-  listDistributors(bus_, [this, weak = std::weak_ptr(alive_)](const std::vector<std::string>& there) {
-    if (weak.expired() || !record_.wanted() || condition_.stage != Stage::registered || !owner_.empty())
-      return;
+  look([this](const std::vector<std::string>& there) {
+    if (!record_.wanted() || condition_.stage != Stage::registered || !owner_.empty()) return;
     if (std::ranges::find(there, record_.distributor()) == there.end()) return awaitReturn(false);
     // What ends as soon as it has started is not started without a pause.
     pause_ == 0 ? choose() : askAgainLater();
@@ -160,10 +159,20 @@ void Registration::lost() {
 
 void Registration::choose(bool patient) {
   if (asking_) return;
-  listDistributors(bus_,
-                   [this, patient, weak = std::weak_ptr(alive_)](const std::vector<std::string>& there) {
-                     if (!weak.expired() && record_.wanted() && !asking_) takeOf(there, patient);
-                   });
+  look([this, patient](const std::vector<std::string>& there) {
+    if (record_.wanted() && !asking_) takeOf(there, patient);
+  });
+}
+
+/// The agent stays until the bus has told which distributors there are.
+void Registration::look(platform::UniqueFunction<void(const std::vector<std::string>& there)> found) {
+  ++looking_;
+  listDistributors(bus_, [this, weak = std::weak_ptr(alive_),
+                          found = std::move(found)](const std::vector<std::string>& there) mutable {
+    if (weak.expired()) return;
+    --looking_;
+    found(there);
+  });
 }
 
 void Registration::takeOf(const std::vector<std::string>& there, bool patient) {

@@ -68,8 +68,8 @@ class Registration {
   [[nodiscard]] bool waits() const { return condition_.stage == Stage::pending || (patience_ && *patience_); }
   /// The distributor that the user or the description names; empty: none.
   [[nodiscard]] const std::string& wanted() const { return options_.wanted; }
-  /// Whether the distributor has yet to answer.
-  [[nodiscard]] bool asks() const { return asking_; }
+  /// Whether the distributor has yet to answer, or the bus.
+  [[nodiscard]] bool asks() const { return asking_ || looking_ > 0; }
 
   /// Whether this connection is the registered distributor's, and the token is ours.
   [[nodiscard]] bool knows(const std::string& sender, const std::string& token) const;
@@ -89,6 +89,7 @@ class Registration {
   void lost();
   void findOwner(platform::UniqueFunction<void()> found);
   void choose(bool patient = true);
+  void look(platform::UniqueFunction<void(const std::vector<std::string>& there)> found);
   void takeOf(const std::vector<std::string>& there, bool patient);
   void awaitReturn(bool stay);
   void chosen(const std::string& distributor);
@@ -110,7 +111,8 @@ class Registration {
   RegistrationRecord record_;
   Condition condition_;
   bool asking_ = false;
-  std::string owner_;  ///< the distributor's connection; empty while it does not run
+  unsigned looking_ = 0;  ///< how often the bus is being asked for the distributors
+  std::string owner_;     ///< the distributor's connection; empty while it does not run
   bool known_ = false;
   std::vector<platform::UniqueFunction<void()>> early_;
   double pause_ = 0;  ///< seconds, before the next try; 0: none is needed
