@@ -7,7 +7,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <optional>
@@ -15,6 +14,7 @@
 #include "VorselKelpFreedesktop/MainQueue.h"
 #include "VorselKelpPosix/Descriptor.h"
 #include "posix/support/TemporaryFolder.h"
+#include "posix/support/Variable.h"
 
 namespace VorselKelp::freedesktop {
 namespace {
@@ -25,9 +25,6 @@ using testing::HasSubstr;
 class UrlOpenerTest : public testing::Test {
  protected:
   UrlOpenerTest() {
-    // GIO asks for the folders once in a process.
-    for (const auto* variable : {"XDG_DATA_HOME", "XDG_DATA_DIRS", "XDG_CONFIG_HOME", "XDG_CONFIG_DIRS"})
-      ::setenv(variable, folder.path().c_str(), 1);
     std::filesystem::create_directories(folder / "applications");
     ::mkfifo((folder / "pipe").c_str(), 0600);
     std::ofstream(folder / "applications/handler.desktop")
@@ -47,6 +44,9 @@ class UrlOpenerTest : public testing::Test {
   }
 
   const testing_support::TemporaryFolder folder;
+  // GLib asks for the folders once in a process. The system's stay as they are: there it learns of pictures.
+  const testing_support::Variable data{"XDG_DATA_HOME", folder.path().c_str()};
+  const testing_support::Variable config{"XDG_CONFIG_HOME", folder.path().c_str()};
   const std::shared_ptr<platform::MainQueue> queue = makeMainQueue();
 };
 

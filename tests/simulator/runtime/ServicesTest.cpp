@@ -9,25 +9,12 @@
 
 #include "VorselKelpPosix/Services.h"
 #include "VorselKelpSimulator/Runtime.h"
+#include "posix/support/Variable.h"
 
 namespace VorselKelp::simulator {
 namespace {
 
-/// Sets a variable of the environment for the length of a test.
-class Variable {
- public:
-  Variable(const char* name, const char* value) : name_(name) {
-    if (const char* old = ::getenv(name)) old_ = old;
-    value != nullptr ? ::setenv(name, value, 1) : ::unsetenv(name);
-  }
-  ~Variable() { old_ ? ::setenv(name_, old_->c_str(), 1) : ::unsetenv(name_); }
-  Variable(const Variable&) = delete;
-  Variable& operator=(const Variable&) = delete;
-
- private:
-  const char* name_;
-  std::optional<std::string> old_;
-};
+using testing_support::Variable;
 
 TEST(Device, TakesMachineLanguageAndTimeZoneFromManifestAndEnvironment) {
   Manifest manifest;
