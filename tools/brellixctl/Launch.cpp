@@ -64,8 +64,19 @@ Result<std::shared_ptr<Display>> displayFor(const Target& target, const LaunchRe
   return real ? std::make_shared<Display>() : std::shared_ptr<Display>();
 }
 
+/// Empty when somebody listened to all of them.
+std::string unwatchedBeacons(const ChildOutcome& child) {
+  std::string uuids;
+  for (const auto& event : child.valuesOf("unwatchedBeacon")) {
+    const auto* uuid = event.as<std::string>();
+    if (uuid != nullptr) uuids += (uuids.empty() ? "" : ", ") + *uuid;
+  }
+  return uuids.empty() ? uuids : "The application does not watch beacons with " + uuids;
+}
+
 LaunchOutcome outcomeOf(const Target& target, const LaunchRequest& request, ChildOutcome child) {
   LaunchOutcome outcome;
+  outcome.failure = unwatchedBeacons(child);
   if (const auto ended = child.firstOf("ended")) {
     const auto* flag = ended->find("initialised");
     outcome.initialised = flag != nullptr && flag->value == JSONAny(true).value;

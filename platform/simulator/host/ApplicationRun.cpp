@@ -160,10 +160,9 @@ void ApplicationRun::start(const std::vector<PreparedCall>& calls) {
 
 void ApplicationRun::feedBeacons() {
   for (const auto& event : process_.options.beacons) {
-    process_.loop->async([location = device_.location, &event] {
+    process_.loop->async([location = device_.location, channel = process_.channel, &event] {
       if (location->happen(event)) return;
-      posix::standardErrorLines()("The application does not watch beacons with " +
-                                  event.proximityUUIDs.front());
+      for (const auto& uuid : event.proximityUUIDs) channel->send("unwatchedBeacon", uuid);
     });
   }
 }
