@@ -11,6 +11,10 @@ constexpr const char* object = "/org/freedesktop/Notifications";
 // What Notify answers is left open: a bad server may send anything.
 constexpr const char* interfaces = R"(<node><interface name='org.freedesktop.Notifications'>
   <method name='GetCapabilities'><arg direction='out' type='as'/></method>
+  <method name='GetServerInformation'>
+    <arg direction='out' type='s'/><arg direction='out' type='s'/><arg direction='out' type='s'/>
+    <arg direction='out' type='s'/>
+  </method>
   <method name='CloseNotification'><arg direction='in' type='u'/></method>
   <method name='Notify'>
     <arg direction='in' type='s'/><arg direction='in' type='u'/><arg direction='in' type='s'/>
@@ -49,6 +53,8 @@ void NotificationServer::called(const std::string& method, GVariant* arguments,
     g_variant_get(arguments, "(u)", &closed.emplace_back());
     return reply(invocation, g_variant_new("()"));
   }
+  if (method == "GetServerInformation")
+    return reply(invocation, g_variant_new("(ssss)", "desk", "the test's", "1.5", "1.2"));
   GVariantBuilder names;
   g_variant_builder_init(&names, G_VARIANT_TYPE("as"));
   for (const auto& ability : abilities) g_variant_builder_add(&names, "s", ability.c_str());

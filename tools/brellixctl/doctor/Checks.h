@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "VorselKelp/JSONAny.h"
 #include "VorselKelpSimulator/DeviceInspection.h"
 #include "VorselKelpSimulator/StoreListing.h"
@@ -7,6 +9,9 @@
 #include "brellixctl/doctor/Finding.h"
 
 namespace brellixctl {
+
+/// The key that the application's core takes; empty when it has none.
+std::string apiKeyOf(const VorselKelp::simulator::Manifest& manifest);
 
 // Each looks at one side of an application and its device, and changes neither.
 

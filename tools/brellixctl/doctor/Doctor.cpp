@@ -76,6 +76,8 @@ int examineInstalled(const std::string& application) {
   const bool bus = findings.front().state == Finding::State::fine;
   add(checkFiles(application, file));
   if (const auto manifest = device::loadManifest(file)) {
+    add(checkManifest(*manifest));
+    add(checkGroup(*manifest));
     add(checkFolders(*manifest));
     if (bus) add(checkAgent(application, *manifest));
     add(checkEndpoints(*manifest));

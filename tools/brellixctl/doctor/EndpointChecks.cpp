@@ -137,8 +137,7 @@ Findings checkEndpoints(const Manifest& manifest) {
   const auto& bases = manifest.endpoints;
   const std::array endpoints{
       Endpoint{true, "collection", "registrations and activity reports", bases.collection, {}},
-      Endpoint{true, "tag", "remote configurations", bases.tag,
-               "/tag/" + manifest.apiKey.value_or("") + ".json"},
+      Endpoint{true, "tag", "remote configurations", bases.tag, "/tag/" + apiKeyOf(manifest) + ".json"},
       Endpoint{manifest.layer == Manifest::Layer::facade, "events", "publisher events", bases.events, {}},
       Endpoint{false, "adFeed", "ads", bases.adFeed, {}},
       Endpoint{false, "script", "permission pages", bases.script, {}}};

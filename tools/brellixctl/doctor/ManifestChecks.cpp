@@ -30,10 +30,15 @@ const char* word(bool raised) {
 
 }  // namespace
 
+std::string apiKeyOf(const Manifest& manifest) {
+  if (manifest.apiKey) return *manifest.apiKey;
+  const auto property = manifest.properties.find(keyProperty);
+  return property != manifest.properties.end() ? property->second : std::string();
+}
+
 Findings checkManifest(const Manifest& manifest) {
   Findings findings{fine("manifest", "describes " + manifest.bundleIdentifier + " " + manifest.version)};
-  const bool inProperties = manifest.properties.contains(keyProperty);
-  if (manifest.apiKey ? manifest.apiKey->empty() : !inProperties) {
+  if (apiKeyOf(manifest).empty()) {
     findings.push_back(fault("manifest", "has no API key: nothing is registered, reported or configured",
                              std::string("Set \"apiKey\" to the key that your account shows, or \"") +
                                  keyProperty + "\" under \"properties\""));

@@ -21,12 +21,20 @@ std::string valueOf(const char* variable, const std::string& otherwise) {
   return value != nullptr && *value != '\0' ? value : otherwise;
 }
 
+std::string trimmed(const std::string& text) {
+  constexpr const char* blanks = " \t\r";
+  const auto first = text.find_first_not_of(blanks);
+  return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(blanks) + 1 - first);
+}
+
 }  // namespace
 
 std::string SessionFile::value(const std::string& key) const {
   std::istringstream lines(text);
   for (std::string line; std::getline(lines, line);) {
-    if (line.starts_with(key + "=")) return line.substr(key.size() + 1);
+    const auto sign = line.find('=');
+    if (sign != std::string::npos && trimmed(line.substr(0, sign)) == key)
+      return trimmed(line.substr(sign + 1));
   }
   return {};
 }
