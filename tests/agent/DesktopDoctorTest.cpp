@@ -13,6 +13,7 @@ namespace VorselKelp::agent {
 namespace {
 
 using testing::AllOf;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -128,6 +129,7 @@ TEST_F(DesktopDoctorTest, FindsNothingWrongWithAWholeDesktop) {
 
 TEST_F(DesktopDoctorTest, NamesTheFileThatIsWrong) {
   const std::string head = "[D-BUS Service]\nName=com.example.app\nExec=";
+  write("other.json", R"({"bundleIdentifier":"com.example.other"})");
   struct Case {
     const char* name;
     std::string text;  ///< empty: there is no such file
@@ -144,6 +146,9 @@ TEST_F(DesktopDoctorTest, NamesTheFileThatIsWrong) {
       {applicationFile, head + "app\n", ElementsAre(HasSubstr("\"app\" is no absolute path"))},
       {agentFile, "[D-BUS Service]\nName=com.example.app.Push\nExec=/bin/sh\n",
        ElementsAre("fault files: the agent is started without --description", HasSubstr("fault files: "))},
+      {agentFile,
+       "[D-BUS Service]\nName=com.example.app.Push\nExec=/bin/sh --description " + file("other.json"),
+       Contains("fault files: " + file("other.json") + " is that of com.example.other")},
       {entryFile, "", ElementsAre(HasSubstr("fault files: there is no desktop entry"))},
       {entryFile, "[Desktop Entry]\nName=App\n", ElementsAre(HasSubstr("does not say DBusActivatable=true"))},
       {entryFile, "[Desktop Entry]\nDBusActivatable = true\n", IsEmpty()},
