@@ -96,13 +96,17 @@ void Server::ready(std::uint32_t) {
     const int socket = ::accept4(socket_->number(), reinterpret_cast<sockaddr*>(&address), &size,
                                  SOCK_CLOEXEC | SOCK_NONBLOCK);
     if (socket < 0) {
-      // Without descriptors nobody can be taken until somebody goes: look() tries again.
+      // Without descriptors nobody can be taken until somebody goes; look() tries again in any case.
       if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM)
         (void)loop_->watch(socket_->number(), 0, *this);
       return;
     }
     take(socket, networkOf(address));
   }
+}
+
+void Server::takeOthers() {
+  if (socket_) (void)loop_->watch(socket_->number(), EPOLLIN, *this);
 }
 
 void Server::take(int socket, std::string network) {
@@ -133,7 +137,7 @@ void Server::flush() {
 
 void Server::look() {
   const auto now = Loop::Clock::now();
-  if (socket_) (void)loop_->watch(socket_->number(), EPOLLIN, *this);
+  takeOthers();
   for (const auto& [number, client] : clients_->all) {
     if (leaving_) client->connection().leave();
     client->connection().look(now);
@@ -146,6 +150,7 @@ void Server::forget(std::uint64_t number) {
   const auto network = networks_.find(client->second->network());
   if (--network->second == 0) networks_.erase(network);
   clients_->all.erase(client);
+  takeOthers();
 }
 
 void Server::leave() {

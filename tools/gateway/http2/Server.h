@@ -61,6 +61,8 @@ class Server final : public Loop::Source {
     std::vector<std::uint64_t> toFlush;
   };
 
+  /// From now on, should it have paused.
+  void takeOthers();
   void take(int socket, std::string network);
   void forget(std::uint64_t number);
 
