@@ -34,6 +34,7 @@ class DesktopDoctorTest : public AgentTest {
     for (const char* name : {"collection", "tag", "events", "adFeed", "script"})
       servers += std::string(servers.empty() ? "\"" : ",\"") + name + "\":\"" + url + '"';
     install();
+    start({}, "60");  // an agent that leaves between two looks would begin anew
     write("services/app.service", "[D-BUS Service]\nName=com.example.app\nExec=/bin/false\n");
     lookForFiles();
     subscribe();

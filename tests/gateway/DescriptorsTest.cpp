@@ -37,7 +37,7 @@ TEST_F(DescriptorsTest, WhoeverWaitsForOneIsTakenAsSoonAsOneIsFree) {
   address.sin_port = htons(served->port());
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   auto waited = Clock::duration::zero();
-  for (int round = 0; round < 4; ++round) {
+  for (int round = 0; round < 20; ++round) {
     auto there = std::make_unique<Client>(served->port());
     const VorselKelp::posix::Descriptor waiting(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
     const OpenFilesBelow none(waiting.number() + 1);
@@ -51,7 +51,7 @@ TEST_F(DescriptorsTest, WhoeverWaitsForOneIsTakenAsSoonAsOneIsFree) {
     }
     waited += Clock::now() - begin;
   }
-  EXPECT_LT(waited, std::chrono::seconds(2)) << "it would look each second by itself";
+  EXPECT_LT(waited, std::chrono::seconds(10)) << "it would look each second by itself";
 }
 
 }  // namespace
