@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -67,6 +68,8 @@ int execv(const char* path, char* const* argv) noexcept {
 
 int posix_spawn(pid_t* child, const char* path, const posix_spawn_file_actions_t* actions,
                 const posix_spawnattr_t* attributes, char* const* argv, char* const* envp) {
+  // The emulator's child has memory of its own, in which its failure is lost.
+  if (::access(path, X_OK) != 0) return errno;
   Command command(path, argv, envp);
   return next(&posix_spawn, "posix_spawn")(child, command.program, actions, attributes,
                                            command.arguments.data(), command.environment.data());
